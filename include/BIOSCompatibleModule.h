@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "ConfigOptions.h"
+#include "Export.h"
+#include "RedfishConfigResult.h"
+
+namespace Tavrine
+{
+
+/// Old names of settings, taken from the table "legacy_names" of the
+/// configuration file (old name = new name, compared exactly).
+class TAVRINE_EXPORT BIOSCompatibleModule
+{
+  public:
+    explicit BIOSCompatibleModule(const Config_Options& options);
+    virtual ~BIOSCompatibleModule();
+
+    /// Writes the current form of `oldName` to `newName`. Where the table has no
+    /// such name, or LegacyNameMode is off, `newName` stays as it was.
+    /// @return 0 when a name was written; 20 otherwise.
+    RedfishConfigResult ConvertNameFromOldToNew(const std::string oldName, std::string& newName);
+
+  private:
+    Config_Options m_Options;
+};
+
+} // namespace Tavrine

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ConnectionInfo.h"
+#include "RedfishConfigProc.h"
+
+class RedfishConfigSettingManager;
+
+namespace Tavrine
+{
+
+class BiosBasicSettingProc;
+class BiosRedfishProcCreator;
+class BiosSettingAssistant;
+
+/// The BIOS/UEFI settings of one server, through its BMC. Construction and
+/// destruction send nothing; everything is fetched when it is first needed and
+/// kept. A copy shares what was fetched and has its own strings and lists.
+class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
+{
+  public:
+    /// Prefixes of names become "UEFI" for SystemTypeUefi and "BIOS" otherwise.
+    BiosRedfishConfigProc(const TavrineConnection::ConnectionInfo& connection,
+                          ConfigurateSupportedSystemType systemType, const Config_Options& options);
+    BiosRedfishConfigProc(const BiosRedfishConfigProc& other);
+    BiosRedfishConfigProc& operator=(const BiosRedfishConfigProc& other);
+    ~BiosRedfishConfigProc() override;
+
+    RedfishConfigResult QueryGroupSettingValues(SettingStringMap& values) override;
+    RedfishConfigResult QuerySettingValue(const std::string& setting, SettingStringMap& values) override;
+    RedfishConfigResult PatchSettingNewValueWithOutCheck(const std::string& setting, const std::string& value,
+                                                         bool batchMode) override;
+    RedfishConfigResult QueryGroupList(SettingGroupMap& groups) override;
+    RedfishConfigResult QuerySettingValidValues(SettingStringMap& values, const std::string& setting) override;
+    RedfishConfigResult QuerySettingDefaultValues(SettingStringMap& values, const std::string& setting) override;
+    RedfishConfigResult QuerySettingDescriptions(SettingStringMap& values, const std::string& setting) override;
+    RedfishConfigResult PatchSettingNewValue(const std::string& setting, const std::string& value,
+                                             bool batchMode) override;
+    RedfishConfigResult QuerySaveSettingValues(SettingStringMap& values) override;
+    RedfishConfigResult Restore(SettingStringMap& values, SettingStringMap& unchangedValues,
+                                SettingStringMap& doneValues, bool sameSystem, bool reserved) override;
+    RedfishConfigResult PostDefaultvalue(const std::string& setting, const std::string& option) override;
+    void SetPrefix(const std::string& first, const std::string& second) override;
+    /// Answers 0 for every name.
+    RedfishConfigResult CheckSettingCouldbeSupported(const std::string& setting) override;
+    RedfishConfigResult CompareSettingPendingValues(SettingCompareMap& values, const std::string& setting) override;
+    void SetDebugConfigFile(const std::string& path) override;
+
+  private:
+    using ProcRead = RedfishConfigResult (BiosBasicSettingProc::*)(SettingValueMap&);
+
+    RedfishConfigResult QuerySettingManager(bool includeProtected);
+    RedfishConfigResult QuerySettingManagerWithoutValue();
+    bool ManagerFlag() const;
+    RedfishConfigResult FetchSchema(const char* missingAssistantText);
+    std::string CurrentNameOf(const std::string& setting);
+    RedfishConfigResult CollectValues(ProcRead read, SettingValueMap& values, bool includeProtected);
+    RedfishConfigResult GetCurrentValuesMap(SettingValueMap& values, bool includeProtected);
+    RedfishConfigResult ReloadAllSettingValues(SettingValueMap& values, bool includeProtected);
+    void RestoreRequestedName(SettingStringMap& values, const std::string& keyName, const std::string& requestedName);
+    std::vector<std::string> GetGlobalConfigHiddenKeywords();
+    void HardcodeHiddenSettings(SettingStringMap& map);
+    void HardcodeHiddenSettings(SettingCompareMap& map);
+    void HiddenSettingsByKeywords(SettingStringMap& map);
+    void HiddenSettingsByKeywords(SettingCompareMap& map);
+    RedfishConfigResult QueryGroupListFromSchema(SettingGroupMap& groups);
+
+    std::string m_Schema;
+    std::vector<std::string> m_PendingNames;
+    std::vector<std::string> m_PendingDependencies;
+    std::shared_ptr<BiosSettingAssistant> m_SettingAssistant;
+    std::shared_ptr<BiosRedfishProcCreator> m_ProcCreator;
+    std::shared_ptr<RedfishConfigSettingManager> m_SettingManager;
+};
+
+} // namespace Tavrine

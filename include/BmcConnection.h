@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "ConnectionInfo.h"
+#include "Export.h"
+#include "RedfishConfigResult.h"
+
+namespace Tavrine
+{
+class RedfishClient;
+}
+
+namespace TavrineConnection
+{
+
+/// What a ConnectionInfo has no room for.
+struct ConnectionProfile
+{
+    /// PEM file of the certificate authorities to trust instead of the system's.
+    std::string CaFile;
+    /// SHA-256 of the one certificate to trust (of its DER form): 64 hexadecimal
+    /// digits. It stands in for every other check, FlagNoTlsVerify included; any other
+    /// text, or plain http, makes every request fail.
+    std::string PinnedSha256;
+    /// Language of the attribute registry (RFC 5646), "en" or "ja" for example.
+    std::string Language = "en";
+};
+
+/// What went over one connection so far.
+struct Traffic
+{
+    std::uint64_t Requests = 0;
+    std::uint64_t Connections = 0;
+    std::uint64_t BytesReceived = 0;
+};
+
+/// One BMC as its caller sees it: owns the profile, the shared client and the
+/// session (DSP0266, "Session management"). All library objects made from Info()
+/// use them while this object lives; made later they answer 24 to everything, since
+/// what the profile demanded is gone. Construction sends nothing; destruction
+/// closes the session if one is open. Its operations may be called from any
+/// thread.
+class TAVRINE_EXPORT BmcConnection
+{
+  public:
+    BmcConnection(const ConnectionInfo& info, const ConnectionProfile& profile);
+    ~BmcConnection();
+    BmcConnection(const BmcConnection&) = delete;
+    BmcConnection& operator=(const BmcConnection&) = delete;
+
+    /// The record to hand to the library; its ProfileId leads back here.
+    const ConnectionInfo& Info() const;
+
+    /// Logs in with User and Password of the record.
+    /// @return 0, also when a session is open already; 11 when the service has no
+    ///         sessions (basic authentication serves then); 24 also without a User;
+    ///         otherwise the codes of BMCBaseAssistant.
+    RedfishConfigResult OpenSession();
+    /// Logs out. Without a session, or when it has run out, this answers 0; 28 when
+    /// the BMC never told where the session can be closed. The session is not used
+    /// any more, whatever the result.
+    RedfishConfigResult CloseSession();
+
+    Traffic Counters() const;
+
+    /// Makes every request of this process that runs now or is made later fail
+    /// with code 24, but those of CloseSession. Takes effect within a fraction of a
+    /// second. Safe in a signal handler.
+    static void AbortRequests();
+
+  private:
+    ConnectionInfo m_Info;
+    std::shared_ptr<Tavrine::RedfishClient> m_Client;
+};
+
+} // namespace TavrineConnection

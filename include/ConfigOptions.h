@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Tavrine
+{
+
+/// Options of one front object, copied by value wherever they are needed.
+struct Config_Options
+{
+    /// Numbers are shown and taken in hexadecimal (text output only).
+    bool HexValueMode = false;
+    /// On a UEFI system: operations on single protected settings are allowed.
+    bool allowProtectedSettings = false;
+    /// Kept for the layout; nothing reads it.
+    bool ReservedOption = false;
+    /// Names from the caller may be old names (see BIOSCompatibleModule).
+    bool LegacyNameMode = false;
+    /// 0: text, one entry a setting. 1: JSON text under one key. 2: valid
+    /// values are answered with the whole attribute registry.
+    std::int32_t OutputFormat = 0;
+};
+static_assert(sizeof(Config_Options) == 8);
+
+/// The kind of system that a front object manages. The numbers are fixed; a
+/// value without a name counts as an ordinary BIOS system.
+enum ConfigurateSupportedSystemType : std::int32_t
+{
+    SystemTypeBios = 0,
+    /// Systems whose reset action wants a "ResetType" in its body.
+    SystemTypeResetTypeFirst = 1,
+    SystemTypeResetTypeSecond = 4,
+    /// Settings may be protected; the OEM actions carry those.
+    SystemTypeUefi = 5,
+    /// What the value assistants hand to their REST client.
+    SystemTypeValueResource = 6,
+};
+
+/// Tells the setting manager what a context or a listing is made for.
+enum filterAction : std::int32_t
+{
+    FilterChange = 8,
+    FilterSave = 14,
+    FilterRestoreSameSystem = 15,
+    FilterRestoreOtherSystem = 16,
+    FilterDefaultOne = 17,
+    FilterDefaultAll = 18,
+};
+
+} // namespace Tavrine

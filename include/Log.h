@@ -1,0 +1,37 @@
+#pragma once
+
+#include <sstream>
+
+#include "Export.h"
+
+namespace Tavrine
+{
+
+/// One log record: constructed, filled through Stream(), written out by its
+/// destructor. Levels: 1 failures and refusals, 3 entry and exit of the
+/// interface's operations, 4 detail. Where records go is told by Logging.
+///
+/// A record whose level no sink takes when it is made is never written: its
+/// stream takes insertions and formats nothing, which keeps it cheap.
+///
+/// A record belongs to the thread that made it; writing records from many
+/// threads at once is safe.
+class TAVRINE_EXPORT Log
+{
+  public:
+    /// @param sourcePath  kept by pointer: a literal, relative to the repository.
+    Log(unsigned int level, const char* sourcePath, int sourceLine);
+    Log(const Log&) = delete;
+    Log& operator=(const Log&) = delete;
+    virtual ~Log();
+
+    std::ostringstream& Stream();
+
+  private:
+    unsigned int m_Level;
+    const char* m_SourcePath;
+    int m_SourceLine;
+    std::ostringstream m_Stream;
+};
+
+} // namespace Tavrine

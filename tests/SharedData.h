@@ -1,0 +1,35 @@
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace testdata
+{
+
+/// Folder of real machines' answers; it need not exist.
+inline std::filesystem::path SharedData() { return TAVRINE_SHARED_DATA; }
+
+/// The machines in it, as folders with a bios.json; empty where there is no data.
+inline std::vector<std::filesystem::path> Machines()
+{
+    std::vector<std::filesystem::path> machines;
+    for (const char* name : {"hpe-DL360", "hpe-DL325_Gen10Plus_FC", "dmtf-example", "openstack-sushy", "ami-zt"})
+    {
+        if (std::filesystem::exists(SharedData() / name / "bios.json"))
+        {
+            machines.push_back(SharedData() / name);
+        }
+    }
+    return machines;
+}
+
+inline std::string ReadFile(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+} // namespace testdata
