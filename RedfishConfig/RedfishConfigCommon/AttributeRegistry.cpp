@@ -1,0 +1,442 @@
+#include "AttributeRegistry.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <boost/json/monotonic_resource.hpp>
+#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
+
+namespace Tavrine
+{
+
+namespace
+{
+
+namespace json = boost::json;
+
+constexpr std::size_t MaxNoteLines = 50;
+constexpr std::size_t MaxNameInNote = 200;
+
+std::string_view View(const json::string& text) { return {text.data(), text.size()}; }
+
+std::string Quoted(std::string_view name) { return "\"" + std::string(name.substr(0, MaxNameInNote)) + "\""; }
+
+std::optional<std::string> TextOf(const json::object& object, std::string_view key)
+{
+    const json::value* member = object.if_contains(key);
+    const json::string* text = member != nullptr ? member->if_string() : nullptr;
+    return text != nullptr ? std::optional<std::string>(View(*text)) : std::nullopt;
+}
+
+const json::object* ObjectOf(const json::object& object, std::string_view key)
+{
+    const json::value* member = object.if_contains(key);
+    return member != nullptr ? member->if_object() : nullptr;
+}
+
+const json::array* ArrayOf(const json::object& object, std::string_view key)
+{
+    const json::value* member = object.if_contains(key);
+    return member != nullptr ? member->if_array() : nullptr;
+}
+
+bool FlagOf(const json::object& object, std::string_view key)
+{
+    const json::value* member = object.if_contains(key);
+    const std::optional<RegistryScalar> scalar = member != nullptr ? ScalarFromJson(*member) : std::nullopt;
+    return scalar && ScalarAsFlag(*scalar).value_or(false);
+}
+
+std::size_t DepthOf(std::string_view normalisedPath)
+{
+    const auto cuts = std::count(normalisedPath.begin(), normalisedPath.end(), '/');
+    return normalisedPath.empty() ? 0 : static_cast<std::size_t>(cuts) + 1;
+}
+
+/// Reads one document into one registry; short-lived.
+class RegistryReader
+{
+  public:
+    RegistryReader(AttributeRegistry& registry, RegistryNotes& notes) : m_Registry(registry), m_Notes(notes) {}
+
+    void Read(const json::object& entries, const json::array& attributes)
+    {
+        if (const json::array* menus = ArrayOf(entries, "Menus"))
+        {
+            ReadMenus(*menus);
+        }
+        m_Registry.Attributes.reserve(std::min(attributes.size(), MaxRegistryAttributes));
+        ForEachObject(attributes, "attribute", MaxRegistryAttributes,
+                      [this](const json::object& attribute) { ReadAttribute(attribute); });
+        if (const json::array* dependencies = ArrayOf(entries, "Dependencies"))
+        {
+            ForEachObject(*dependencies, "dependency", MaxRegistryDependencies,
+                          [this](const json::object& dependency) { ReadDependency(dependency); });
+        }
+    }
+
+  private:
+    template <class Reader>
+    void ForEachObject(const json::array& list, const char* what, std::size_t most, const Reader& read)
+    {
+        for (std::size_t position = 0; position < list.size(); ++position)
+        {
+            if (position == most)
+            {
+                m_Notes.Add("The registry has " + std::to_string(list.size()) + " elements of the kind " + what +
+                            ", so those above " + std::to_string(most) + " are left out.");
+                return;
+            }
+            if (const json::object* element = list[position].if_object())
+            {
+                read(*element);
+            }
+            else
+            {
+                m_Notes.Add("Registry " + std::string(what) + " " + std::to_string(position) +
+                            " is no object, so skipped.");
+            }
+        }
+    }
+
+    void ReadMenus(const json::array& menus)
+    {
+        std::vector<RegistryMenu> read;
+        ForEachObject(menus, "menu", MaxRegistryMenus,
+                      [this, &read](const json::object& object)
+                      {
+                          if (std::optional<RegistryMenu> menu = ReadMenu(object))
+                          {
+                              read.push_back(std::move(*menu));
+                          }
+                      });
+        std::stable_sort(read.begin(), read.end(),
+                         [](const RegistryMenu& left, const RegistryMenu& right)
+                         { return DepthOf(left.Path) < DepthOf(right.Path); });
+        for (RegistryMenu& menu : read)
+        {
+            EnterMenu(std::move(menu));
+        }
+    }
+
+    std::optional<RegistryMenu> ReadMenu(const json::object& object)
+    {
+        const std::optional<std::string> path = TextOf(object, "MenuPath");
+        RegistryMenu menu;
+        menu.Name = TextOf(object, "MenuName").value_or(std::string());
+        if (!path || (menu.Path = NormalisedMenuPath(*path), DepthOf(menu.Path) > MaxMenuDepth))
+        {
+            m_Notes.Add("Menu " + Quoted(menu.Name) + " has no \"MenuPath\" or one that is too deep, so skipped.");
+            return std::nullopt;
+        }
+        const std::string lastPart = menu.Path.substr(menu.Path.rfind('/') + 1);
+        menu.DisplayName = TextOf(object, "DisplayName").value_or(std::string());
+        menu.DisplayName = !menu.DisplayName.empty() ? menu.DisplayName : !menu.Name.empty() ? menu.Name : lastPart;
+        for (const SettingProperty flag : FlagProperties)
+        {
+            menu.Flags[static_cast<std::size_t>(flag)] = FlagOf(object, PropertyWord(flag));
+        }
+        return menu;
+    }
+
+    void EnterMenu(RegistryMenu menu)
+    {
+        const std::size_t index = m_Registry.Menus.size();
+        menu.Parent = menu.Path.empty() ? NoIndex : NearestMenu(menu.Path.substr(0, LastCut(menu.Path)));
+        if (!m_MenuByPath.try_emplace(menu.Path, index).second)
+        {
+            m_Notes.Add("Menu path " + Quoted(menu.Path) + " occurs twice, so the later menu is skipped.");
+            // Dependencies may still name the menu that was left out.
+            m_MenuByName.try_emplace(menu.Name, m_MenuByPath[menu.Path]);
+            return;
+        }
+        m_MenuByName.try_emplace(menu.Name, index);
+        m_Registry.Menus.push_back(std::move(menu));
+    }
+
+    static std::size_t LastCut(std::string_view path)
+    {
+        const std::size_t cut = path.rfind('/');
+        return cut == std::string_view::npos ? 0 : cut;
+    }
+
+    /// The menu of this normalised path or of the nearest path above it.
+    std::size_t NearestMenu(std::string path) const
+    {
+        while (true)
+        {
+            const auto found = m_MenuByPath.find(path);
+            if (found != m_MenuByPath.end())
+            {
+                return found->second;
+            }
+            if (path.empty())
+            {
+                return NoIndex;
+            }
+            path.resize(LastCut(path));
+        }
+    }
+
+    void ReadAttribute(const json::object& object)
+    {
+        const std::optional<std::string> name = TextOf(object, "AttributeName");
+        if (!name)
+        {
+            m_Notes.Add("An attribute without a text in \"AttributeName\" is skipped.");
+            return;
+        }
+        if (!m_Registry.AttributeIndex.try_emplace(*name, m_Registry.Attributes.size()).second)
+        {
+            m_Notes.Add("Attribute " + Quoted(*name) + " occurs twice, so the later one is skipped.");
+            return;
+        }
+        RegistryAttribute& attribute = m_Registry.Attributes.emplace_back();
+        attribute.Info.AttributeKey = name;
+        attribute.Info.SettingType = TextOf(object, "Type");
+        attribute.Info.IsSystemUnique = FlagOf(object, "IsSystemUniqueProperty");
+        attribute.Info.IsProtected = IsProtected(object);
+        ReadProperties(object, attribute);
+        ReadValueNames(object, attribute);
+        ReadMenuPath(object, attribute);
+    }
+
+    /// This family's machines mark what only their OEM actions reach.
+    static bool IsProtected(const json::object& attribute)
+    {
+        const json::object* oem = ObjectOf(attribute, "Oem");
+        const json::object* zorvan = oem != nullptr ? ObjectOf(*oem, "Zorvan") : nullptr;
+        return zorvan != nullptr && FlagOf(*zorvan, "Protected");
+    }
+
+    void ReadProperties(const json::object& object, RegistryAttribute& attribute)
+    {
+        for (std::size_t row = 0; row < PropertyCount; ++row)
+        {
+            const auto property = static_cast<SettingProperty>(row);
+            const json::value* member = object.if_contains(PropertyWord(property));
+            if (member == nullptr || member->is_null())
+            {
+                continue;
+            }
+            const std::optional<RegistryScalar> scalar = ScalarFromJson(*member);
+            const std::optional<RegistryScalar> suited = scalar ? SuitedTo(property, *scalar) : std::nullopt;
+            if (suited)
+            {
+                SetRegistryProperty(attribute, property, *suited);
+            }
+            else
+            {
+                m_Notes.Add("Attribute " + Quoted(*attribute.Info.AttributeKey) + " has a wrong kind of \"" +
+                            PropertyWord(property) + "\", so that is left out.");
+            }
+        }
+    }
+
+    void ReadValueNames(const json::object& object, RegistryAttribute& attribute)
+    {
+        const json::array* values = ArrayOf(object, "Value");
+        for (std::size_t position = 0; values != nullptr && position < values->size(); ++position)
+        {
+            const json::object* value = (*values)[position].if_object();
+            const std::optional<std::string> name = value != nullptr ? TextOf(*value, "ValueName") : std::nullopt;
+            if (!name)
+            {
+                m_Notes.Add("Attribute " + Quoted(*attribute.Info.AttributeKey) + " has a value without a name.");
+                continue;
+            }
+            const std::string display = TextOf(*value, "ValueDisplayName").value_or(*name);
+            if (attribute.Info.ValueNames.try_emplace(*name, display).second)
+            {
+                attribute.ValueOrder.push_back(*name);
+            }
+        }
+    }
+
+    void ReadMenuPath(const json::object& object, RegistryAttribute& attribute)
+    {
+        attribute.Info.MenuPath = TextOf(object, "MenuPath");
+        if (!attribute.Info.MenuPath)
+        {
+            return;
+        }
+        const std::string path = NormalisedMenuPath(*attribute.Info.MenuPath);
+        if (DepthOf(path) <= MaxMenuDepth)
+        {
+            attribute.Menu = NearestMenu(path);
+            attribute.MenuIsKnown = m_MenuByPath.contains(path);
+        }
+    }
+
+    void ReadDependency(const json::object& object)
+    {
+        const std::optional<std::string> type = TextOf(object, "Type");
+        const json::object* map = ObjectOf(object, "Dependency");
+        if (type.value_or("Map") != "Map" || map == nullptr)
+        {
+            m_Notes.Add("A dependency that is no \"Map\" is skipped.");
+            return;
+        }
+        RegistryDependency dependency;
+        std::string cause;
+        if (!ReadTarget(*map, dependency, cause) || !ReadTerms(*map, dependency, cause))
+        {
+            m_Notes.Add("A dependency on " + Quoted(TextOf(*map, "MapToAttribute").value_or("")) +
+                        " is skipped: " + cause);
+            return;
+        }
+        m_Registry.Dependencies.push_back(std::move(dependency));
+    }
+
+    bool ReadTarget(const json::object& map, RegistryDependency& dependency, std::string& cause) const
+    {
+        const std::string name = TextOf(map, "MapToAttribute").value_or("");
+        dependency.Attribute = AttributeOf(name);
+        const auto menu = m_MenuByName.find(name);
+        if (dependency.Attribute == NoIndex && menu != m_MenuByName.end())
+        {
+            dependency.Menu = menu->second;
+        }
+        const std::optional<SettingProperty> property = PropertyFromWord(TextOf(map, "MapToProperty").value_or(""));
+        const json::value* member = map.if_contains("MapToValue");
+        const std::optional<RegistryScalar> scalar = member != nullptr ? ScalarFromJson(*member) : std::nullopt;
+        const std::optional<RegistryScalar> suited = property && scalar ? SuitedTo(*property, *scalar) : std::nullopt;
+        cause = dependency.Attribute == NoIndex && dependency.Menu == NoIndex ? "there is no such attribute or menu."
+                : !property                                        ? "\"MapToProperty\" is no property of a setting."
+                : dependency.Menu != NoIndex && !IsFlag(*property) ? "a menu has no such property."
+                : !suited                                          ? "\"MapToValue\" does not suit the property."
+                                                                   : "";
+        if (!cause.empty())
+        {
+            return false;
+        }
+        dependency.Property = *property;
+        dependency.Value = *suited;
+        return true;
+    }
+
+    bool ReadTerms(const json::object& map, RegistryDependency& dependency, std::string& cause) const
+    {
+        const json::array* terms = ArrayOf(map, "MapFrom");
+        if (terms == nullptr || terms->empty() || terms->size() > MaxDependencyTerms)
+        {
+            cause = "\"MapFrom\" has no terms or too many.";
+            return false;
+        }
+        dependency.Terms.reserve(terms->size());
+        for (const json::value& element : *terms)
+        {
+            const json::object* object = element.if_object();
+            std::optional<DependencyTerm> term = object != nullptr ? ReadTerm(*object) : std::nullopt;
+            if (!term)
+            {
+                // Leaving out one term would widen the condition, so all of it goes.
+                cause = "a term of \"MapFrom\" cannot be understood.";
+                return false;
+            }
+            dependency.Terms.push_back(std::move(*term));
+        }
+        return true;
+    }
+
+    std::optional<DependencyTerm> ReadTerm(const json::object& object) const
+    {
+        static constexpr std::pair<std::string_view, TermCondition> conditions[] = {
+            {"EQU", TermCondition::Equal}, {"NEQ", TermCondition::NotEqual},       {"GTR", TermCondition::Greater},
+            {"LSS", TermCondition::Less},  {"GEQ", TermCondition::GreaterOrEqual}, {"LEQ", TermCondition::LessOrEqual},
+        };
+        const std::string word = TextOf(object, "MapFromCondition").value_or("");
+        const auto* condition = std::find_if(std::begin(conditions), std::end(conditions),
+                                             [&word](const auto& row) { return row.first == word; });
+        const json::value* member = object.if_contains("MapFromValue");
+        std::optional<RegistryScalar> value = member != nullptr ? ScalarFromJson(*member) : std::nullopt;
+        if (condition == std::end(conditions) || !value)
+        {
+            return std::nullopt;
+        }
+        DependencyTerm term;
+        term.AttributeName = TextOf(object, "MapFromAttribute").value_or("");
+        term.Attribute = AttributeOf(term.AttributeName);
+        term.Property = PropertyFromWord(TextOf(object, "MapFromProperty").value_or(""));
+        term.Condition = condition->second;
+        term.Value = std::move(*value);
+        term.Or = TextOf(object, "MapTerms").value_or("") == "OR";
+        return term;
+    }
+
+    std::size_t AttributeOf(const std::string& name) const
+    {
+        const auto found = m_Registry.AttributeIndex.find(name);
+        return found != m_Registry.AttributeIndex.end() ? found->second : NoIndex;
+    }
+
+    AttributeRegistry& m_Registry;
+    RegistryNotes& m_Notes;
+    std::unordered_map<std::string, std::size_t> m_MenuByPath;
+    std::unordered_map<std::string, std::size_t> m_MenuByName;
+};
+
+} // namespace
+
+void RegistryNotes::Add(std::string line)
+{
+    if (Lines.size() < MaxNoteLines)
+    {
+        Lines.push_back(std::move(line));
+    }
+    else
+    {
+        ++More;
+    }
+}
+
+std::string NormalisedMenuPath(std::string_view path)
+{
+    std::string normalised;
+    while (!path.empty())
+    {
+        const std::size_t cut = std::min(path.find('/'), path.size());
+        const std::string_view part = path.substr(0, cut);
+        if (!part.empty() && part != ".")
+        {
+            normalised.append(normalised.empty() ? "" : "/").append(part);
+        }
+        path.remove_prefix(std::min(cut + 1, path.size()));
+    }
+    return normalised;
+}
+
+bool ReadAttributeRegistry(std::string_view text, AttributeRegistry& registry, RegistryNotes& notes, std::string& error)
+{
+    if (text.size() > MaxRegistryBytes)
+    {
+        error = "it is larger than " + std::to_string(MaxRegistryBytes) + " bytes.";
+        return false;
+    }
+    json::monotonic_resource memory;
+    json::parse_options options;
+    options.max_depth = MaxRegistryDepth;
+    json::error_code failure;
+    const json::value document = json::parse(json::string_view(text.data(), text.size()), failure, &memory, options);
+    if (failure)
+    {
+        error = "it is no JSON: " + failure.message() + ".";
+        return false;
+    }
+    const json::object* root = document.if_object();
+    const json::object* entries = root != nullptr ? ObjectOf(*root, "RegistryEntries") : nullptr;
+    const json::array* attributes = entries != nullptr ? ArrayOf(*entries, "Attributes") : nullptr;
+    error = root == nullptr         ? "it is no JSON object."
+            : entries == nullptr    ? "it has no object \"RegistryEntries\"."
+            : attributes == nullptr ? "its \"RegistryEntries\" have no array \"Attributes\"."
+                                    : "";
+    if (!error.empty())
+    {
+        return false;
+    }
+    RegistryReader(registry, notes).Read(*entries, *attributes);
+    return true;
+}
+
+} // namespace Tavrine

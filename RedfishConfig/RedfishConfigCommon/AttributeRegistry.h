@@ -1,0 +1,131 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "ExactInteger.h"
+#include "RedfishConfigSettingInfo.h"
+#include "RegistryScalar.h"
+#include "SettingProperty.h"
+
+namespace Tavrine
+{
+
+constexpr std::size_t NoIndex = static_cast<std::size_t>(-1);
+
+/// One attribute as the registry writes it, no dependency applied.
+struct RegistryAttribute
+{
+    /// "AttributeKey" is always filled.
+    RedfishConfigSettingInfoStru Info;
+
+    /// The numbers of Info, not narrowed.
+    std::optional<ExactInteger> LowerBound;
+    std::optional<ExactInteger> UpperBound;
+    std::optional<ExactInteger> ScalarIncrement;
+    std::optional<ExactInteger> MinLength;
+    std::optional<ExactInteger> MaxLength;
+    std::optional<ExactInteger> DisplayOrder;
+    RegistryScalar DefaultValue;
+    RegistryScalar CurrentValue;
+
+    /// Value names in the order of the registry.
+    std::vector<std::string> ValueOrder;
+
+    /// The nearest menu that holds the setting, and whether it is the very one
+    /// that the attribute's "MenuPath" names.
+    std::size_t Menu = NoIndex;
+    bool MenuIsKnown = false;
+};
+
+struct RegistryMenu
+{
+    std::string Name;
+    /// Normalised; empty for the root menu.
+    std::string Path;
+    std::string DisplayName;
+    /// Indexed by SettingProperty; registries give three of the five.
+    std::array<bool, FlagProperties.size()> Flags{};
+    std::size_t Parent = NoIndex;
+};
+
+enum class TermCondition : std::uint8_t
+{
+    Equal,
+    NotEqual,
+    Greater,
+    Less,
+    GreaterOrEqual,
+    LessOrEqual,
+};
+
+struct DependencyTerm
+{
+    /// NoIndex for a name that is no attribute: the term is false.
+    std::size_t Attribute = NoIndex;
+    std::string AttributeName;
+    /// Empty for a property that settings do not have: the term is false.
+    std::optional<SettingProperty> Property;
+    TermCondition Condition = TermCondition::Equal;
+    RegistryScalar Value;
+    /// Joined by OR, else by AND, to what stands before it.
+    bool Or = false;
+};
+
+/// "Map" dependency: when the terms hold, the property of an attribute, or of all
+/// attributes of a menu and the menus below it, has this value.
+struct RegistryDependency
+{
+    std::vector<DependencyTerm> Terms;
+    /// One of the two is NoIndex.
+    std::size_t Attribute = NoIndex;
+    std::size_t Menu = NoIndex;
+    SettingProperty Property = SettingProperty::ReadOnly;
+    RegistryScalar Value;
+};
+
+/// An attribute registry (DSP8010, AttributeRegistry schema), read once. Names
+/// are unique: the first of several attributes or menus of one name or path wins.
+struct AttributeRegistry
+{
+    std::vector<RegistryAttribute> Attributes;
+    /// Parents stand before their children.
+    std::vector<RegistryMenu> Menus;
+    std::vector<RegistryDependency> Dependencies;
+    std::unordered_map<std::string, std::size_t> AttributeIndex;
+};
+
+/// What was left out of a registry while reading it: the first lines, and how
+/// many more there would be.
+struct RegistryNotes
+{
+    std::vector<std::string> Lines;
+    std::size_t More = 0;
+
+    void Add(std::string line);
+};
+
+/// More than these are left out, with a note.
+constexpr std::size_t MaxRegistryAttributes = 200'000;
+constexpr std::size_t MaxRegistryMenus = 20'000;
+constexpr std::size_t MaxRegistryDependencies = 200'000;
+constexpr std::size_t MaxDependencyTerms = 64;
+constexpr std::size_t MaxMenuDepth = 32;
+constexpr std::size_t MaxRegistryDepth = 32;
+constexpr std::size_t MaxRegistryBytes = std::size_t{128} << 20;
+
+/// Reads a registry. Attributes without a name and dependencies that cannot be
+/// understood are left out with a note; they never fail the whole.
+/// @param error  the cause when the text is no registry.
+bool ReadAttributeRegistry(std::string_view text, AttributeRegistry& registry, RegistryNotes& notes,
+                           std::string& error);
+
+/// "./A/B/", "/A/B" and "A//B" are "A/B"; the root is empty.
+std::string NormalisedMenuPath(std::string_view path);
+
+} // namespace Tavrine

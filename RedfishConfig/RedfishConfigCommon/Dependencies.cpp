@@ -1,0 +1,300 @@
+#include "Dependencies.h"
+
+#include <algorithm>
+
+namespace Tavrine
+{
+
+namespace
+{
+
+constexpr std::size_t MaxConditionText = 400;
+
+bool OrderSuits(TermCondition condition, std::strong_ordering order)
+{
+    switch (condition)
+    {
+    case TermCondition::Greater:
+        return order > 0;
+    case TermCondition::Less:
+        return order < 0;
+    case TermCondition::GreaterOrEqual:
+        return order >= 0;
+    default:
+        return order <= 0;
+    }
+}
+
+const char* ConditionWords(TermCondition condition)
+{
+    static constexpr std::array words = {" is ",       " is not ",      " is above ",
+                                         " is below ", " is at least ", " is at most "};
+    return words[static_cast<std::size_t>(condition)];
+}
+
+std::string CutText(std::string text)
+{
+    if (text.size() <= MaxConditionText)
+    {
+        return text;
+    }
+    std::size_t end = MaxConditionText;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
+    {
+        --end;
+    }
+    return text.substr(0, end) + "...";
+}
+
+/// A value that a map holds under the name, whatever its case.
+const OptionalVar* FindValue(const SettingValueMap& values, const std::string& name)
+{
+    const auto found = values.find(name);
+    return found != values.end() ? &found->second : nullptr;
+}
+
+} // namespace
+
+DependencyEvaluation::DependencyEvaluation(const SettingModel& model, const SettingValueMap& values,
+                                           const SettingValueMap& changes)
+    : m_Model(model), m_Values(model.Registry().Attributes.size()), m_Winners(model.Slots().size(), NoIndex),
+      m_MenuFlags(model.Registry().Menus.size())
+{
+    ResolveValues(values, changes);
+    SpreadMenuFlags();
+    if (changes.empty())
+    {
+        RunRounds(nullptr);
+    }
+    else
+    {
+        const DependencyEvaluation before(model, values);
+        RunRounds(&before);
+    }
+}
+
+void DependencyEvaluation::ResolveValues(const SettingValueMap& values, const SettingValueMap& changes)
+{
+    std::vector<bool> resolved(m_Values.size());
+    const auto resolve = [&](std::size_t attribute)
+    {
+        if (attribute == NoIndex || resolved[attribute])
+        {
+            return;
+        }
+        resolved[attribute] = true;
+        const RegistryAttribute& registered = m_Model.Attribute(attribute);
+        const OptionalVar* changed = FindValue(changes, *registered.Info.AttributeKey);
+        const OptionalVar* reported = FindValue(values, *registered.Info.AttributeKey);
+        m_Values[attribute] = {changed != nullptr    ? ScalarFromValue(*changed)
+                               : reported != nullptr ? ScalarFromValue(*reported)
+                                                     : registered.CurrentValue,
+                               changed != nullptr};
+    };
+    for (const RegistryDependency& dependency : m_Model.Registry().Dependencies)
+    {
+        resolve(dependency.Attribute);
+        for (const DependencyTerm& term : dependency.Terms)
+        {
+            resolve(term.Attribute);
+        }
+    }
+}
+
+void DependencyEvaluation::RunRounds(const DependencyEvaluation* before)
+{
+    while (!m_Settled && m_Rounds < MaxRounds)
+    {
+        m_Settled = !RunRound(before);
+        ++m_Rounds;
+    }
+}
+
+/// @return whether anything moved.
+bool DependencyEvaluation::RunRound(const DependencyEvaluation* before)
+{
+    const std::vector<RegistryDependency>& dependencies = m_Model.Registry().Dependencies;
+    std::vector<std::size_t> winners(m_Winners.size(), NoIndex);
+    for (std::size_t index = 0; index < dependencies.size(); ++index)
+    {
+        std::size_t& winner = winners[m_Model.SlotOfDependency(index)];
+        if (MayForceValue(dependencies[index], before) && Holds(dependencies[index]) && Beats(index, winner))
+        {
+            winner = index;
+        }
+    }
+    KeepFormerValues(winners);
+    const bool moved = winners != m_Winners;
+    m_Winners.swap(winners);
+    SpreadMenuFlags();
+    return moved;
+}
+
+/// Giving a value is an act: it stays done when the value makes its own condition
+/// false, as with two ports that must not share one address.
+void DependencyEvaluation::KeepFormerValues(std::vector<std::size_t>& winners) const
+{
+    for (std::size_t slot = 0; slot < winners.size(); ++slot)
+    {
+        if (winners[slot] == NoIndex && m_Model.Slots()[slot].Property == SettingProperty::CurrentValue)
+        {
+            winners[slot] = m_Winners[slot];
+        }
+    }
+}
+
+bool DependencyEvaluation::MayForceValue(const RegistryDependency& dependency, const DependencyEvaluation* before) const
+{
+    if (dependency.Property != SettingProperty::CurrentValue)
+    {
+        return true;
+    }
+    const KnownValue& known = m_Values[dependency.Attribute];
+    if (known.Changed || before == nullptr || !HasValue(known.Value))
+    {
+        return !known.Changed && !HasValue(known.Value);
+    }
+    return std::any_of(dependency.Terms.begin(), dependency.Terms.end(),
+                       [&](const DependencyTerm& term)
+                       {
+                           return term.Attribute != NoIndex && term.Property &&
+                                  Now(term.Attribute, *term.Property) != before->Now(term.Attribute, *term.Property);
+                       });
+}
+
+bool DependencyEvaluation::Holds(const RegistryDependency& dependency)
+{
+    bool holds = false;
+    for (std::size_t index = 0; index < dependency.Terms.size(); ++index)
+    {
+        const DependencyTerm& term = dependency.Terms[index];
+        ++m_TermsRead;
+        const bool termHolds = Holds(term);
+        holds = index == 0 ? termHolds : term.Or ? (holds || termHolds) : (holds && termHolds);
+    }
+    return holds;
+}
+
+bool DependencyEvaluation::Holds(const DependencyTerm& term) const
+{
+    if (term.Attribute == NoIndex || !term.Property)
+    {
+        return false;
+    }
+    const RegistryScalar now = Now(term.Attribute, *term.Property);
+    // Nothing can be said of a value that is not known, not even that it differs.
+    if (!HasValue(now) && HasValue(term.Value))
+    {
+        return false;
+    }
+    if (term.Condition == TermCondition::Equal || term.Condition == TermCondition::NotEqual)
+    {
+        return SameScalar(now, term.Value) == (term.Condition == TermCondition::Equal);
+    }
+    const std::optional<std::strong_ordering> order = OrderScalars(now, term.Value);
+    return order && OrderSuits(term.Condition, *order);
+}
+
+bool DependencyEvaluation::Beats(std::size_t dependency, std::size_t former) const
+{
+    if (former == NoIndex)
+    {
+        return true;
+    }
+    const RegistryDependency& challenger = m_Model.Registry().Dependencies[dependency];
+    const RegistryDependency& holder = m_Model.Registry().Dependencies[former];
+    if (IsFlag(challenger.Property))
+    {
+        return challenger.Value == RegistryScalar(true) && holder.Value == RegistryScalar(false);
+    }
+    return challenger.Value != holder.Value;
+}
+
+const RegistryDependency* DependencyEvaluation::WinnerOf(std::size_t slot) const
+{
+    return slot == NoIndex || m_Winners[slot] == NoIndex ? nullptr : &m_Model.Registry().Dependencies[m_Winners[slot]];
+}
+
+DependencyEvaluation::MenuFlag DependencyEvaluation::OwnFlag(std::size_t slot, bool ofRegistry) const
+{
+    const RegistryDependency* winner = WinnerOf(slot);
+    return winner == nullptr ? MenuFlag{ofRegistry, NoIndex}
+                             : MenuFlag{ScalarAsFlag(winner->Value).value_or(false), m_Winners[slot]};
+}
+
+void DependencyEvaluation::SpreadMenuFlags()
+{
+    const std::vector<RegistryMenu>& menus = m_Model.Registry().Menus;
+    for (std::size_t menu = 0; menu < menus.size(); ++menu)
+    {
+        for (const SettingProperty flag : FlagProperties)
+        {
+            const auto at = static_cast<std::size_t>(flag);
+            MenuFlag own = OwnFlag(m_Model.SlotOfMenu(menu, flag), menus[menu].Flags[at]);
+            if (!own.On && menus[menu].Parent != NoIndex)
+            {
+                own = m_MenuFlags[menus[menu].Parent][at];
+            }
+            m_MenuFlags[menu][at] = own;
+        }
+    }
+}
+
+DependencyEvaluation::MenuFlag DependencyEvaluation::FlagWithCause(std::size_t attribute, SettingProperty flag) const
+{
+    const RegistryAttribute& registered = m_Model.Attribute(attribute);
+    const bool ofRegistry = PropertyOfRegistry(registered, flag) == RegistryScalar(true);
+    const MenuFlag own = OwnFlag(m_Model.SlotOfAttribute(attribute, flag), ofRegistry);
+    return own.On || registered.Menu == NoIndex ? own : m_MenuFlags[registered.Menu][static_cast<std::size_t>(flag)];
+}
+
+bool DependencyEvaluation::Flag(std::size_t attribute, SettingProperty flag) const
+{
+    return FlagWithCause(attribute, flag).On;
+}
+
+RegistryScalar DependencyEvaluation::Now(std::size_t attribute, SettingProperty property) const
+{
+    if (IsFlag(property))
+    {
+        return Flag(attribute, property);
+    }
+    if (const RegistryDependency* winner = WinnerOf(m_Model.SlotOfAttribute(attribute, property)))
+    {
+        return winner->Value;
+    }
+    return property == SettingProperty::CurrentValue ? m_Values[attribute].Value
+                                                     : PropertyOfRegistry(m_Model.Attribute(attribute), property);
+}
+
+const RegistryDependency* DependencyEvaluation::Cause(std::size_t attribute, SettingProperty property) const
+{
+    if (!IsFlag(property))
+    {
+        return WinnerOf(m_Model.SlotOfAttribute(attribute, property));
+    }
+    const MenuFlag flag = FlagWithCause(attribute, property);
+    return flag.On && flag.Cause != NoIndex ? &m_Model.Registry().Dependencies[flag.Cause] : nullptr;
+}
+
+std::string ConditionText(const RegistryDependency& dependency)
+{
+    std::string text;
+    for (const DependencyTerm& term : dependency.Terms)
+    {
+        text += text.empty() ? "" : term.Or ? " or " : " and ";
+        text += term.AttributeName;
+        if (term.Property && *term.Property != SettingProperty::CurrentValue)
+        {
+            text.append(" ").append(PropertyWord(*term.Property));
+        }
+        text += ConditionWords(term.Condition) + ScalarText(term.Value);
+        if (text.size() > MaxConditionText)
+        {
+            break;
+        }
+    }
+    return CutText(std::move(text));
+}
+
+} // namespace Tavrine

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "ConfigOptions.h"
+#include "SettingModel.h"
+
+/// What a setting's type lets it hold.
+enum class SettingKind
+{
+    /// The registry gives no type, or an unknown one.
+    Unknown,
+    Text,
+    Numeric,
+    Enumerate,
+    Boolean,
+    Password,
+};
+
+/// One setting of the manager: its kind, and its place in the model that all
+/// settings of one registry share. The place to check new values from: exact
+/// bounds and the order of value names are in Attribute(), the effect of
+/// dependencies in DependencyEvaluation.
+class RedfishConfigSetting
+{
+  public:
+    RedfishConfigSetting(SettingKind kind, const Tavrine::Config_Options& options);
+
+    /// Called once, before anything else.
+    void Attach(std::shared_ptr<const Tavrine::SettingModel> model, std::size_t index);
+
+    SettingKind Kind() const { return m_Kind; }
+    const Tavrine::Config_Options& Options() const { return m_Options; }
+    std::size_t Index() const { return m_Index; }
+    const Tavrine::SettingModel& Model() const { return *m_Model; }
+    const Tavrine::RegistryAttribute& Attribute() const { return m_Model->Attribute(m_Index); }
+
+  private:
+    SettingKind m_Kind;
+    Tavrine::Config_Options m_Options;
+    std::shared_ptr<const Tavrine::SettingModel> m_Model;
+    std::size_t m_Index = Tavrine::NoIndex;
+};

@@ -1,0 +1,238 @@
+#include "RedfishConfigSettingManager.h"
+
+#include <cstddef>
+#include <utility>
+
+#include "AttributeRegistry.h"
+#include "Dependencies.h"
+#include "Log.h"
+#include "RedfishConfigSetting.h"
+#include "SettingGroups.h"
+#include "SettingModel.h"
+
+using Tavrine::Config_Options;
+using Tavrine::Log;
+using Tavrine::OptionalVar;
+using Tavrine::RedfishConfigSettingInfoStru;
+
+namespace
+{
+
+constexpr int CodeUnknownSetting = 20;
+constexpr int CodeUnreadable = 27;
+
+void LogNotes(const Tavrine::RegistryNotes& notes)
+{
+    for (const std::string& line : notes.Lines)
+    {
+        Log(4, __FILE__, __LINE__).Stream() << line;
+    }
+    if (notes.More != 0)
+    {
+        Log(4, __FILE__, __LINE__).Stream() << notes.More << " more notes on the attribute registry are not shown.";
+    }
+}
+
+/// The properties that dependencies shape, flags first.
+void ApplyDependencies(const Tavrine::SettingModel& model, const Tavrine::DependencyEvaluation& evaluation,
+                       std::vector<RedfishConfigSettingInfoStru>& infos)
+{
+    for (std::size_t index = 0; index < infos.size(); ++index)
+    {
+        for (const Tavrine::SettingProperty flag : Tavrine::FlagProperties)
+        {
+            Tavrine::SetProperty(infos[index], flag, evaluation.Flag(index, flag));
+        }
+    }
+    for (const Tavrine::DependencySlot& slot : model.Slots())
+    {
+        if (!Tavrine::IsFlag(slot.Property) && slot.Property != Tavrine::SettingProperty::CurrentValue)
+        {
+            Tavrine::SetProperty(infos[slot.Attribute], slot.Property, evaluation.Now(slot.Attribute, slot.Property));
+        }
+    }
+}
+
+/// What dependencies force on one setting, each with its condition.
+Tavrine::SettingStringMap ForcedOn(std::size_t index, const Tavrine::DependencyEvaluation& evaluation)
+{
+    Tavrine::SettingStringMap forced;
+    for (std::size_t row = 0; row < Tavrine::PropertyCount; ++row)
+    {
+        const auto property = static_cast<Tavrine::SettingProperty>(row);
+        const Tavrine::RegistryDependency* cause = evaluation.Cause(index, property);
+        if (cause != nullptr && property != Tavrine::SettingProperty::CurrentValue)
+        {
+            forced[Tavrine::PropertyWord(property)] = Tavrine::ConditionText(*cause);
+        }
+    }
+    return forced;
+}
+
+} // namespace
+
+RedfishConfigSettingManager::~RedfishConfigSettingManager() = default;
+
+RedfishConfigResult RedfishConfigSettingManager::ReadModel()
+{
+    if (!m_Settings.empty())
+    {
+        return {0, "", ""};
+    }
+    Tavrine::AttributeRegistry registry;
+    Tavrine::RegistryNotes notes;
+    std::string error;
+    if (!Tavrine::ReadAttributeRegistry(m_Schema, registry, notes, error))
+    {
+        return {CodeUnreadable, "The attribute registry cannot be read: " + error, ""};
+    }
+    LogNotes(notes);
+    const auto model = std::make_shared<const Tavrine::SettingModel>(std::move(registry));
+    m_SettingInfos.clear();
+    for (std::size_t index = 0; index < model->Registry().Attributes.size(); ++index)
+    {
+        RedfishConfigSettingInfoStru& info = m_SettingInfos.emplace_back(model->Attribute(index).Info);
+        const auto setting = std::shared_ptr<RedfishConfigSetting>(MakeSetting(info));
+        setting->Attach(model, index);
+        m_Settings.emplace(*info.AttributeKey, setting);
+    }
+    EvaluateDependencies();
+    return {0, "", ""};
+}
+
+RedfishConfigSetting* RedfishConfigSettingManager::MakeSetting(RedfishConfigSettingInfoStru& info)
+{
+    const auto creator = m_SettingTypeCreators.find(info.SettingType.value_or(""));
+    if (creator != m_SettingTypeCreators.end())
+    {
+        return (this->*creator->second)(info, m_Options);
+    }
+    Log(4, __FILE__, __LINE__).Stream() << "Setting " << *info.AttributeKey << " has no known type.";
+    info.SettingType.reset();
+    return new RedfishConfigSetting(SettingKind::Unknown, m_Options);
+}
+
+void RedfishConfigSettingManager::EvaluateDependencies()
+{
+    m_ForcedProperties.clear();
+    if (m_Settings.empty())
+    {
+        return;
+    }
+    const Tavrine::SettingModel& model = m_Settings.begin()->second->Model();
+    const Tavrine::DependencyEvaluation evaluation(model, m_Values);
+    if (!evaluation.Settled())
+    {
+        Log(4, __FILE__, __LINE__).Stream()
+            << "Dependencies of the attribute registry did not settle after " << evaluation.Rounds() << " rounds.";
+    }
+    ApplyDependencies(model, evaluation, m_SettingInfos);
+    for (std::size_t index = 0; index < m_SettingInfos.size(); ++index)
+    {
+        Tavrine::SettingStringMap forced = ForcedOn(index, evaluation);
+        if (!forced.empty())
+        {
+            m_ForcedProperties.emplace(*m_SettingInfos[index].AttributeKey, std::move(forced));
+        }
+    }
+}
+
+void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
+{
+    for (const auto& [name, value] : values)
+    {
+        m_Values[name] = value;
+    }
+    // Before the first operation there is no model yet; it starts with these values.
+    EvaluateDependencies();
+}
+
+RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std::string name,
+                                                                      RedfishConfigSettingInfoStru& info)
+{
+    RedfishConfigResult result = ReadModel();
+    if (result != 0)
+    {
+        return result;
+    }
+    const auto found = m_Settings.find(name);
+    if (found == m_Settings.end())
+    {
+        return UnknownSetting(name);
+    }
+    const RedfishConfigSetting& setting = *found->second;
+    info = m_SettingInfos[setting.Index()];
+    const auto value = m_Values.find(name);
+    if (value != m_Values.end())
+    {
+        info.CurrentValue = value->second;
+    }
+    info.DependencyNames = setting.Model().RelatedSettings(setting.Index());
+    const auto forced = m_ForcedProperties.find(name);
+    if (forced != m_ForcedProperties.end())
+    {
+        info.ForcedBy = forced->second;
+    }
+    return result;
+}
+
+RedfishConfigResult RedfishConfigSettingManager::UnknownSetting(const std::string& name) const
+{
+    std::string message = "Unable to find the setting " + name;
+    const std::optional<std::string> other =
+        m_Settings.empty() ? std::nullopt : m_Settings.begin()->second->Model().NameDifferingInCase(name);
+    if (other)
+    {
+        message += ". Did you mean " + *other + "?";
+    }
+    return {CodeUnknownSetting, message, name};
+}
+
+void RedfishConfigSettingManager::GetGroupList(Tavrine::SettingGroupMap& groups)
+{
+    groups.clear();
+    m_ErrorList.clear();
+    const RedfishConfigResult result = ReadModel();
+    if (result != 0)
+    {
+        m_ErrorList.push_back(result);
+        return;
+    }
+    if (m_Groups.empty() && !m_Settings.empty())
+    {
+        m_Groups = Tavrine::GroupSettings(m_Settings.begin()->second->Model().Registry());
+    }
+    groups = m_Groups;
+}
+
+std::vector<RedfishConfigResult> RedfishConfigSettingManager::GetError() const { return m_ErrorList; }
+
+RedfishConfigSetting* RedfishConfigSettingManager::createNumericSetting(RedfishConfigSettingInfoStru&,
+                                                                        const Config_Options& options)
+{
+    return new RedfishConfigSetting(SettingKind::Numeric, options);
+}
+
+RedfishConfigSetting* RedfishConfigSettingManager::createTextSetting(RedfishConfigSettingInfoStru&,
+                                                                     const Config_Options& options)
+{
+    return new RedfishConfigSetting(SettingKind::Text, options);
+}
+
+RedfishConfigSetting* RedfishConfigSettingManager::createEnumerateSetting(RedfishConfigSettingInfoStru&,
+                                                                          const Config_Options& options)
+{
+    return new RedfishConfigSetting(SettingKind::Enumerate, options);
+}
+
+RedfishConfigSetting* RedfishConfigSettingManager::createBooleanSetting(RedfishConfigSettingInfoStru&,
+                                                                        const Config_Options& options)
+{
+    return new RedfishConfigSetting(SettingKind::Boolean, options);
+}
+
+RedfishConfigSetting* RedfishConfigSettingManager::createPasswordSetting(RedfishConfigSettingInfoStru&,
+                                                                         const Config_Options& options)
+{
+    return new RedfishConfigSetting(SettingKind::Password, options);
+}

@@ -1,0 +1,165 @@
+#include "SettingModel.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace Tavrine
+{
+
+namespace
+{
+
+void SortUnique(std::vector<std::size_t>& indexes)
+{
+    std::sort(indexes.begin(), indexes.end());
+    indexes.erase(std::unique(indexes.begin(), indexes.end()), indexes.end());
+}
+
+} // namespace
+
+SettingModel::SettingModel(AttributeRegistry registry)
+    : m_Registry(std::move(registry)), m_DependenciesOn(m_Registry.Attributes.size() + m_Registry.Menus.size()),
+      m_DependenciesFrom(m_Registry.Attributes.size()), m_SettingsOfMenu(m_Registry.Menus.size()),
+      m_ChildMenus(m_Registry.Menus.size()), m_ByLoweredName(m_Registry.Attributes.size())
+{
+    IndexDependencies();
+    for (std::size_t attribute = 0; attribute < m_Registry.Attributes.size(); ++attribute)
+    {
+        if (m_Registry.Attributes[attribute].Menu != NoIndex)
+        {
+            m_SettingsOfMenu[m_Registry.Attributes[attribute].Menu].push_back(attribute);
+        }
+    }
+    for (std::size_t menu = 0; menu < m_Registry.Menus.size(); ++menu)
+    {
+        if (m_Registry.Menus[menu].Parent != NoIndex)
+        {
+            m_ChildMenus[m_Registry.Menus[menu].Parent].push_back(menu);
+        }
+    }
+    std::iota(m_ByLoweredName.begin(), m_ByLoweredName.end(), std::size_t{0});
+    std::sort(m_ByLoweredName.begin(), m_ByLoweredName.end(),
+              [this, less = CaseInsensitiveComparator()](std::size_t left, std::size_t right)
+              { return less(*Attribute(left).Info.AttributeKey, *Attribute(right).Info.AttributeKey); });
+}
+
+std::size_t SettingModel::OwnerOf(const RegistryDependency& dependency) const
+{
+    return dependency.Attribute != NoIndex ? dependency.Attribute : m_Registry.Attributes.size() + dependency.Menu;
+}
+
+void SettingModel::IndexDependencies()
+{
+    m_SlotOfDependency.reserve(m_Registry.Dependencies.size());
+    for (std::size_t index = 0; index < m_Registry.Dependencies.size(); ++index)
+    {
+        const RegistryDependency& dependency = m_Registry.Dependencies[index];
+        const std::size_t owner = OwnerOf(dependency);
+        const std::size_t key = owner * PropertyCount + static_cast<std::size_t>(dependency.Property);
+        const auto [slot, isNew] = m_SlotIndex.try_emplace(key, m_Slots.size());
+        if (isNew)
+        {
+            m_Slots.push_back({dependency.Attribute, dependency.Menu, dependency.Property});
+        }
+        m_SlotOfDependency.push_back(slot->second);
+        m_DependenciesOn[owner].push_back(index);
+        for (const DependencyTerm& term : dependency.Terms)
+        {
+            if (term.Attribute != NoIndex)
+            {
+                m_DependenciesFrom[term.Attribute].push_back(index);
+            }
+        }
+    }
+}
+
+std::size_t SettingModel::FindSlot(std::size_t owner, SettingProperty property) const
+{
+    const auto found = m_SlotIndex.find(owner * PropertyCount + static_cast<std::size_t>(property));
+    return found != m_SlotIndex.end() ? found->second : NoIndex;
+}
+
+std::size_t SettingModel::SlotOfAttribute(std::size_t attribute, SettingProperty property) const
+{
+    return FindSlot(attribute, property);
+}
+
+std::size_t SettingModel::SlotOfMenu(std::size_t menu, SettingProperty flag) const
+{
+    return FindSlot(m_Registry.Attributes.size() + menu, flag);
+}
+
+std::vector<std::string> SettingModel::RelatedSettings(std::size_t attribute) const
+{
+    std::vector<std::size_t> related;
+    const auto addSources = [&](std::size_t owner)
+    {
+        for (const std::size_t dependency : m_DependenciesOn[owner])
+        {
+            for (const DependencyTerm& term : m_Registry.Dependencies[dependency].Terms)
+            {
+                related.push_back(term.Attribute);
+            }
+        }
+    };
+    addSources(attribute);
+    for (std::size_t menu = Attribute(attribute).Menu; menu != NoIndex; menu = m_Registry.Menus[menu].Parent)
+    {
+        addSources(m_Registry.Attributes.size() + menu);
+    }
+    std::vector<std::size_t> menus;
+    for (const std::size_t dependency : m_DependenciesFrom[attribute])
+    {
+        related.push_back(m_Registry.Dependencies[dependency].Attribute);
+        menus.push_back(m_Registry.Dependencies[dependency].Menu);
+    }
+    AddSettingsBelow(std::move(menus), related);
+    SortUnique(related);
+
+    std::vector<std::string> names;
+    for (const std::size_t other : related)
+    {
+        if (other != attribute && other != NoIndex)
+        {
+            names.push_back(*Attribute(other).Info.AttributeKey);
+        }
+    }
+    return names;
+}
+
+void SettingModel::AddSettingsBelow(std::vector<std::size_t> menus, std::vector<std::size_t>& settings) const
+{
+    SortUnique(menus);
+    std::vector<bool> seen(m_Registry.Menus.size());
+    while (!menus.empty())
+    {
+        const std::size_t menu = menus.back();
+        menus.pop_back();
+        if (menu == NoIndex || seen[menu])
+        {
+            continue;
+        }
+        seen[menu] = true;
+        settings.insert(settings.end(), m_SettingsOfMenu[menu].begin(), m_SettingsOfMenu[menu].end());
+        menus.insert(menus.end(), m_ChildMenus[menu].begin(), m_ChildMenus[menu].end());
+    }
+}
+
+std::optional<std::string> SettingModel::NameDifferingInCase(const std::string& name) const
+{
+    const CaseInsensitiveComparator less;
+    const auto nameOf = [this](std::size_t index) -> const std::string& { return *Attribute(index).Info.AttributeKey; };
+    const auto first =
+        std::lower_bound(m_ByLoweredName.begin(), m_ByLoweredName.end(), name,
+                         [&](std::size_t index, const std::string& wanted) { return less(nameOf(index), wanted); });
+    const auto differs = [&](auto position)
+    { return position == m_ByLoweredName.end() || less(name, nameOf(*position)); };
+    if (differs(first) || !differs(std::next(first)))
+    {
+        return std::nullopt;
+    }
+    return nameOf(*first);
+}
+
+} // namespace Tavrine

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "AttributeRegistry.h"
+
+namespace Tavrine
+{
+
+/// What dependencies can force: a property of one attribute, or a flag of one
+/// menu.
+struct DependencySlot
+{
+    std::size_t Attribute = NoIndex;
+    std::size_t Menu = NoIndex;
+    SettingProperty Property = SettingProperty::ReadOnly;
+};
+
+/// A registry and the indexes that keep every question about it cheap. Never
+/// changed once built, so it is shared freely.
+class SettingModel
+{
+  public:
+    explicit SettingModel(AttributeRegistry registry);
+
+    const AttributeRegistry& Registry() const { return m_Registry; }
+    const RegistryAttribute& Attribute(std::size_t index) const { return m_Registry.Attributes[index]; }
+
+    const std::vector<DependencySlot>& Slots() const { return m_Slots; }
+    std::size_t SlotOfDependency(std::size_t dependency) const { return m_SlotOfDependency[dependency]; }
+    /// NoIndex where no dependency forces it.
+    std::size_t SlotOfAttribute(std::size_t attribute, SettingProperty property) const;
+    std::size_t SlotOfMenu(std::size_t menu, SettingProperty flag) const;
+
+    /// The other settings that dependencies connect with this one, in either
+    /// direction, each once, in the order of the registry.
+    std::vector<std::string> RelatedSettings(std::size_t attribute) const;
+
+    /// The one name that differs from `name` in case alone; nothing for none or
+    /// several.
+    std::optional<std::string> NameDifferingInCase(const std::string& name) const;
+
+  private:
+    std::size_t FindSlot(std::size_t owner, SettingProperty property) const;
+    std::size_t OwnerOf(const RegistryDependency& dependency) const;
+    void IndexDependencies();
+    void AddSettingsBelow(std::vector<std::size_t> menus, std::vector<std::size_t>& settings) const;
+
+    AttributeRegistry m_Registry;
+    std::vector<DependencySlot> m_Slots;
+    std::vector<std::size_t> m_SlotOfDependency;
+    std::unordered_map<std::size_t, std::size_t> m_SlotIndex;
+    /// Dependencies by what they force (attributes, then menus) and by the
+    /// attributes that they read.
+    std::vector<std::vector<std::size_t>> m_DependenciesOn;
+    std::vector<std::vector<std::size_t>> m_DependenciesFrom;
+    std::vector<std::vector<std::size_t>> m_SettingsOfMenu;
+    std::vector<std::vector<std::size_t>> m_ChildMenus;
+    /// Attribute indexes in the order of CaseInsensitiveComparator.
+    std::vector<std::size_t> m_ByLoweredName;
+};
+
+} // namespace Tavrine

@@ -1,0 +1,134 @@
+#include "ValueConversions.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <locale>
+#include <optional>
+#include <string_view>
+
+#include <boost/json/value.hpp>
+
+#include "ExactInteger.h"
+
+namespace Tavrine
+{
+
+namespace
+{
+
+std::optional<ExactInteger> ParseHex(std::string_view text)
+{
+    std::string digits;
+    if (text.starts_with('-'))
+    {
+        digits = "-";
+        text.remove_prefix(1);
+    }
+    if (text.starts_with("0x") || text.starts_with("0X"))
+    {
+        text.remove_prefix(2);
+    }
+    // A second sign behind the prefix must not be taken for the first.
+    if (text.starts_with('-'))
+    {
+        return std::nullopt;
+    }
+    digits += text;
+    return ParseExact(digits, 16);
+}
+
+bool IsWord(std::string_view text, std::string_view lowered)
+{
+    return std::equal(text.begin(), text.end(), lowered.begin(), lowered.end(),
+                      [](char left, char right)
+                      { return ((left >= 'A' && left <= 'Z') ? static_cast<char>(left - 'A' + 'a') : left) == right; });
+}
+
+std::optional<SettingVariant> ParseAs(const SettingVariant& kind, const std::string& text)
+{
+    if (std::holds_alternative<std::int64_t>(kind))
+    {
+        const std::optional<ExactInteger> number = ParseExact(text, 10);
+        return number && FitsSigned(*number) ? std::optional<SettingVariant>(Narrowed(*number)) : std::nullopt;
+    }
+    if (std::holds_alternative<bool>(kind))
+    {
+        const bool on = IsWord(text, "true");
+        return on || IsWord(text, "false") ? std::optional<SettingVariant>(on) : std::nullopt;
+    }
+    return text;
+}
+
+} // namespace
+
+bool CaseInsensitiveComparator::operator()(const std::string& left, const std::string& right) const
+{
+    const std::locale locale;
+    const auto& letters = std::use_facet<std::ctype<char>>(locale);
+    const auto lowered = [&letters](char letter) { return static_cast<unsigned char>(letters.tolower(letter)); };
+    return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
+                                        [&lowered](char first, char second)
+                                        { return lowered(first) < lowered(second); });
+}
+
+boost::json::value VariantToJson(const SettingVariant& value)
+{
+    return std::visit([](const auto& held) { return boost::json::value(held); }, value);
+}
+
+bool TransferStringToOptionalVar(OptionalVar& value, const std::string text)
+{
+    const std::optional<SettingVariant> parsed = ParseAs(value.value_or(SettingVariant(std::string())), text);
+    if (!parsed)
+    {
+        return false;
+    }
+    value = parsed;
+    return true;
+}
+
+bool GetOptionalVarAsString(const OptionalVar& value, std::string& text)
+{
+    if (!value)
+    {
+        return false;
+    }
+    if (const auto* words = std::get_if<std::string>(&*value))
+    {
+        text = *words;
+    }
+    else if (const auto* number = std::get_if<std::int64_t>(&*value))
+    {
+        text = std::to_string(*number);
+    }
+    else
+    {
+        text = std::get<bool>(*value) ? "true" : "false";
+    }
+    return true;
+}
+
+bool IsNumSetting(const OptionalVar& value) { return value && std::holds_alternative<std::int64_t>(*value); }
+
+bool IsBoolenSetting(const OptionalVar& value) { return value && std::holds_alternative<bool>(*value); }
+
+bool isHexString(const std::string text) { return ParseHex(text).has_value(); }
+
+std::string HexToDec(const std::string text)
+{
+    const std::optional<ExactInteger> number = ParseHex(text);
+    return number ? ExactText(*number, 10) : text;
+}
+
+std::string DecToHex(const std::string text)
+{
+    const std::optional<ExactInteger> number = ParseExact(text, 10);
+    if (!number)
+    {
+        return text;
+    }
+    const std::string digits = ExactText({false, number->Magnitude}, 16);
+    return (number->Negative ? "-0x" : "0x") + digits;
+}
+
+} // namespace Tavrine

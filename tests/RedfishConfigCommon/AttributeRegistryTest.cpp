@@ -1,0 +1,277 @@
+#include "AttributeRegistry.h"
+
+#include <limits>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "RegistryTexts.h"
+
+using namespace Tavrine;
+using namespace registrytext;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace
+{
+
+struct ReadOutcome
+{
+    AttributeRegistry Registry;
+    RegistryNotes Notes;
+    std::string Error;
+    bool Succeeded = false;
+};
+
+ReadOutcome Read(const std::string& text)
+{
+    ReadOutcome outcome;
+    outcome.Succeeded = ReadAttributeRegistry(text, outcome.Registry, outcome.Notes, outcome.Error);
+    return outcome;
+}
+
+} // namespace
+
+TEST(AttributeRegistry, ReadsEveryPropertyOfAnAttribute)
+{
+    const ReadOutcome outcome = Read(Registry(R"({"AttributeName":"Cores","Type":"Integer","DisplayName":"Core count",
+        "HelpText":"Help","WarningText":"Warning","ReadOnly":true,"WriteOnly":true,"Hidden":true,"GrayOut":true,
+        "Immutable":true,"IsSystemUniqueProperty":true,"LowerBound":-4,"UpperBound":18446744073709551615,
+        "ScalarIncrement":0,"MinLength":1,"MaxLength":2,"DisplayOrder":3,"MenuPath":"./Cpu","DefaultValue":8,
+        "CurrentValue":"x","ValueExpression":"^a$","Oem":{"Zorvan":{"Protected":true}},
+        "Value":[{"ValueName":"Z","ValueDisplayName":"Zed"},{"ValueName":"A"},{"ValueName":"Z"},{},7]})"));
+    ASSERT_TRUE(outcome.Succeeded) << outcome.Error;
+    ASSERT_EQ(outcome.Registry.Attributes.size(), 1U);
+    const RegistryAttribute& attribute = outcome.Registry.Attributes.front();
+    const RedfishConfigSettingInfoStru& info = attribute.Info;
+    EXPECT_EQ(info.AttributeKey, "Cores");
+    EXPECT_EQ(info.SettingType, "Integer");
+    EXPECT_EQ(info.DisplayName, "Core count");
+    EXPECT_EQ(info.HelpText, "Help");
+    EXPECT_EQ(info.WarningText, "Warning");
+    EXPECT_EQ(info.ValueExpression, "^a$");
+    EXPECT_EQ(info.MenuPath, "./Cpu");
+    EXPECT_TRUE(info.ReadOnly && info.WriteOnly && info.Hidden && info.GrayOut && info.Immutable);
+    EXPECT_TRUE(info.IsSystemUnique && info.IsProtected);
+    EXPECT_EQ(info.LowerBound, -4);
+    EXPECT_EQ(info.UpperBound, std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(attribute.UpperBound, ExactFromUnsigned(std::numeric_limits<std::uint64_t>::max()));
+    EXPECT_EQ(info.ScalarIncrement, 0);
+    EXPECT_EQ(info.MinLength, 1);
+    EXPECT_EQ(info.MaxLength, 2);
+    EXPECT_EQ(info.DisplayOrder, 3);
+    EXPECT_EQ(info.DefaultValue, OptionalVar(std::int64_t{8}));
+    EXPECT_EQ(info.CurrentValue, OptionalVar(std::string("x")));
+    EXPECT_THAT(attribute.ValueOrder, ElementsAre("Z", "A"));
+    EXPECT_EQ(info.ValueNames, (SettingStringMap{{"A", "A"}, {"Z", "Zed"}}));
+}
+
+TEST(AttributeRegistry, MissingMembersStayEmpty)
+{
+    const ReadOutcome outcome = Read(Registry(R"({"AttributeName":"Bare"})"));
+    ASSERT_EQ(outcome.Registry.Attributes.size(), 1U);
+    const RedfishConfigSettingInfoStru& info = outcome.Registry.Attributes.front().Info;
+    EXPECT_FALSE(info.ReadOnly || info.WriteOnly || info.IsProtected || info.Hidden || info.GrayOut || info.Immutable ||
+                 info.IsSystemUnique);
+    EXPECT_FALSE(info.LowerBound || info.UpperBound || info.ScalarIncrement || info.MinLength || info.MaxLength ||
+                 info.DisplayOrder);
+    EXPECT_FALSE(info.SettingType || info.DisplayName || info.HelpText || info.WarningText || info.MenuPath ||
+                 info.ValueExpression || info.CurrentValue || info.DefaultValue);
+    EXPECT_TRUE(info.ValueNames.empty());
+    EXPECT_TRUE(outcome.Notes.Lines.empty());
+}
+
+TEST(AttributeRegistry, WrongKindsAreLeftOutWithANote)
+{
+    for (const std::string wrong : {"{}", "[]", "[1]", "0.5", "{\"a\":[null]}"})
+    {
+        std::string members;
+        for (const char* member : {"DisplayName",     "HelpText",     "WarningText",
+                                   "ReadOnly",        "WriteOnly",    "Hidden",
+                                   "GrayOut",         "Immutable",    "IsSystemUniqueProperty",
+                                   "LowerBound",      "UpperBound",   "ScalarIncrement",
+                                   "MinLength",       "MaxLength",    "DisplayOrder",
+                                   "MenuPath",        "DefaultValue", "CurrentValue",
+                                   "ValueExpression", "Oem"})
+        {
+            members.append(",\"").append(member).append("\":").append(wrong);
+        }
+        const ReadOutcome outcome = Read(Registry(Attribute("Odd", members + ",\"Value\":" + wrong)));
+        ASSERT_TRUE(outcome.Succeeded) << wrong;
+        ASSERT_EQ(outcome.Registry.Attributes.size(), 1U) << wrong;
+        EXPECT_FALSE(outcome.Registry.Attributes.front().Info.LowerBound) << wrong;
+        EXPECT_FALSE(outcome.Registry.Attributes.front().Info.DefaultValue) << wrong;
+        EXPECT_FALSE(outcome.Registry.Attributes.front().Info.ReadOnly) << wrong;
+        EXPECT_THAT(outcome.Notes.Lines, testing::Contains(AllOf(HasSubstr("Odd"), HasSubstr("LowerBound")))) << wrong;
+    }
+}
+
+TEST(AttributeRegistry, ElementsWithoutATextNameAreSkippedWithANote)
+{
+    const ReadOutcome outcome =
+        Read(Registry(R"(7,null,"x",[],{},{"AttributeName":5},{"AttributeName":null},)" + Attribute("Good")));
+    ASSERT_EQ(outcome.Registry.Attributes.size(), 1U);
+    EXPECT_EQ(outcome.Registry.Attributes.front().Info.AttributeKey, "Good");
+    EXPECT_EQ(outcome.Notes.Lines.size(), 7U);
+}
+
+TEST(AttributeRegistry, FirstOfTwoAttributesOfOneNameWins)
+{
+    const ReadOutcome outcome = Read(Registry(Attribute("A", R"(,"HelpText":"first")") + "," + Attribute("a") + "," +
+                                              Attribute("A", R"(,"HelpText":"second")")));
+    ASSERT_EQ(outcome.Registry.Attributes.size(), 2U);
+    EXPECT_EQ(outcome.Registry.Attributes.front().Info.HelpText, "first");
+    EXPECT_THAT(outcome.Notes.Lines, ElementsAre(HasSubstr("\"A\" occurs twice")));
+}
+
+TEST(AttributeRegistry, ProtectedMarkerMustBeTrueInItsPlace)
+{
+    const std::pair<const char*, bool> rows[] = {
+        {R"(,"Oem":{"Zorvan":{"Protected":true}})", true}, {R"(,"Oem":{"Zorvan":{"Protected":false}})", false},
+        {R"(,"Oem":{"Zorvan":{"Protected":[]}})", false},  {R"(,"Oem":{"Zorvan":true})", false},
+        {R"(,"Oem":{"Other":{"Protected":true}})", false}, {R"(,"Oem":true)", false},
+        {R"(,"Zorvan":{"Protected":true})", false},        {R"(,"Protected":true)", false},
+    };
+    for (const auto& [member, isProtected] : rows)
+    {
+        EXPECT_EQ(Read(Registry(Attribute("A", member))).Registry.Attributes.front().Info.IsProtected, isProtected)
+            << member;
+    }
+}
+
+TEST(AttributeRegistry, TextsThatAreNoRegistryAreRefusedWithTheCause)
+{
+    const std::pair<std::string, const char*> rows[] = {
+        {"", "no JSON"},
+        {"{", "no JSON"},
+        {"{} trailing", "no JSON"},
+        {"\xff", "no JSON"},
+        {"null", "no JSON object"},
+        {"[]", "no JSON object"},
+        {"7", "no JSON object"},
+        {"{}", "no object \"RegistryEntries\""},
+        {R"({"RegistryEntries":[]})", "no object \"RegistryEntries\""},
+        {R"({"RegistryEntries":{}})", "no array \"Attributes\""},
+        {R"({"RegistryEntries":{"Attributes":{}}})", "no array \"Attributes\""},
+        {std::string(100'000, '['), "no JSON"},
+    };
+    for (const auto& [text, cause] : rows)
+    {
+        const ReadOutcome outcome = Read(text);
+        EXPECT_FALSE(outcome.Succeeded) << text.substr(0, 50);
+        EXPECT_THAT(outcome.Error, HasSubstr(cause)) << text.substr(0, 50);
+    }
+}
+
+TEST(AttributeRegistry, DepthIsCapped)
+{
+    const auto nested = [](std::size_t depth)
+    {
+        // The three levels around an attribute, the attribute itself, then the arrays.
+        return Registry(Attribute("A", ",\"X\":" + std::string(depth, '[') + std::string(depth, ']')));
+    };
+    EXPECT_TRUE(Read(nested(MaxRegistryDepth - 4)).Succeeded);
+    EXPECT_FALSE(Read(nested(MaxRegistryDepth - 3)).Succeeded);
+}
+
+TEST(AttributeRegistry, AttributesAboveTheCapAreLeftOutWithANote)
+{
+    std::string attributes = R"({"AttributeName":"N0"})";
+    for (std::size_t index = 1; index < MaxRegistryAttributes; ++index)
+    {
+        attributes += R"(,{"AttributeName":"N)" + std::to_string(index) + "\"}";
+    }
+    const ReadOutcome atCap = Read(Registry(attributes));
+    EXPECT_EQ(atCap.Registry.Attributes.size(), MaxRegistryAttributes);
+    EXPECT_TRUE(atCap.Notes.Lines.empty());
+    const ReadOutcome above = Read(Registry(attributes + R"(,{"AttributeName":"One more"})"));
+    EXPECT_EQ(above.Registry.Attributes.size(), MaxRegistryAttributes);
+    EXPECT_EQ(above.Notes.Lines.size(), 1U);
+}
+
+TEST(AttributeRegistry, NotesAreCountedAboveTheFirstFifty)
+{
+    std::string attributes = "1";
+    for (int index = 1; index < 60; ++index)
+    {
+        attributes += ",1";
+    }
+    const ReadOutcome outcome = Read(Registry(attributes));
+    EXPECT_EQ(outcome.Notes.Lines.size(), 50U);
+    EXPECT_EQ(outcome.Notes.More, 10U);
+}
+
+TEST(AttributeRegistry, DependenciesThatCannotBeUnderstoodAreSkippedWithANote)
+{
+    const std::string good = Term("A", "EQU", "1");
+    std::string terms65 = good;
+    for (int index = 1; index < 65; ++index)
+    {
+        terms65 += "," + Term("A", "EQU", "1", "AND");
+    }
+    const std::pair<std::string, const char*> rows[] = {
+        {Dependency(good, "Nobody", "ReadOnly", "true"), "no such attribute or menu"},
+        {Dependency(good, "A", "Colour", "true"), "no property"},
+        {Dependency(good, "A", "ReadOnly", "5"), "does not suit"},
+        {Dependency(good, "A", "ReadOnly", "null"), "does not suit"},
+        {Dependency(good, "A", "LowerBound", "\"low\""), "does not suit"},
+        {Dependency(good, "A", "HelpText", "5"), "does not suit"},
+        {Dependency(good, "A", "CurrentValue", "{}"), "does not suit"},
+        {Dependency(good, "M", "LowerBound", "5"), "a menu has no such property"},
+        {Dependency("", "A", "ReadOnly", "true"), "no terms or too many"},
+        {Dependency(terms65, "A", "ReadOnly", "true"), "no terms or too many"},
+        {Dependency(Term("A", "LIKE", "1"), "A", "ReadOnly", "true"), "cannot be understood"},
+        {Dependency(Term("A", "EQU", "[]"), "A", "ReadOnly", "true"), "cannot be understood"},
+        {Dependency("7", "A", "ReadOnly", "true"), "cannot be understood"},
+        {Dependency(good + ",7", "A", "ReadOnly", "true"), "cannot be understood"},
+        {R"({"Type":"Jump","Dependency":{}})", "no \"Map\""},
+        {R"({"Type":"Map","Dependency":[]})", "no \"Map\""},
+        {R"({"Type":"Map"})", "no \"Map\""},
+        {"[]", "is no object"},
+    };
+    for (const auto& [dependency, cause] : rows)
+    {
+        const ReadOutcome outcome = Read(Registry(Attribute("A"), dependency, Menu("M", "./M", "Menu")));
+        EXPECT_TRUE(outcome.Registry.Dependencies.empty()) << dependency;
+        EXPECT_THAT(outcome.Notes.Lines, ElementsAre(HasSubstr(cause))) << dependency;
+    }
+}
+
+TEST(AttributeRegistry, MenusAreReadParentsFirst)
+{
+    const ReadOutcome outcome =
+        Read(Registry(Attribute("A", R"(,"MenuPath":"./Top/Deep/Unknown/")"), "",
+                      Menu("Deep", "./Top/Deep/", "Deep one", R"(,"Hidden":true,"GrayOut":true)") + "," +
+                          Menu("Top", "./Top", "") + "," + Menu("Again", "/Top", "Again") + "," +
+                          Menu("Root", "./", "All", R"(,"ReadOnly":true)") + R"(,7,{"MenuName":"Pathless"})"));
+    const std::vector<RegistryMenu>& menus = outcome.Registry.Menus;
+    ASSERT_EQ(menus.size(), 3U);
+    EXPECT_EQ(menus[0].DisplayName, "All");
+    EXPECT_EQ(menus[1].DisplayName, "Top") << "the menu's name stands in for a missing display name";
+    EXPECT_EQ(menus[2].DisplayName, "Deep one");
+    EXPECT_EQ(menus[0].Parent, NoIndex);
+    EXPECT_EQ(menus[1].Parent, 0U);
+    EXPECT_EQ(menus[2].Parent, 1U);
+    EXPECT_THAT(menus[0].Flags, ElementsAre(true, false, false, false, false));
+    EXPECT_THAT(menus[2].Flags, ElementsAre(false, false, true, true, false));
+    EXPECT_EQ(outcome.Registry.Attributes.front().Menu, 2U);
+    EXPECT_FALSE(outcome.Registry.Attributes.front().MenuIsKnown);
+    EXPECT_EQ(outcome.Notes.Lines.size(), 3U);
+}
+
+TEST(NormalisedMenuPath, DropsDotsAndEmptyParts)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"", ""},         {".", ""},
+        {"./", ""},       {"/", ""},
+        {"././", ""},     {"./A", "A"},
+        {"./A/", "A"},    {"/A", "A"},
+        {"A", "A"},       {"./A//B///", "A/B"},
+        {"A/./B", "A/B"}, {"./A b/C.d", "A b/C.d"},
+        {"..", ".."},
+    };
+    for (const auto& [path, normalised] : rows)
+    {
+        EXPECT_EQ(NormalisedMenuPath(path), normalised) << path;
+    }
+}

@@ -1,0 +1,46 @@
+#include "RedfishConfigSettingManager.h"
+
+#include <gtest/gtest.h>
+
+using namespace Tavrine;
+
+// This file alone is compiled without access control.
+
+TEST(SettingManagerConstruction, KeepsItsArgumentsAndParsesNothing)
+{
+    Config_Options options;
+    options.HexValueMode = true;
+    options.OutputFormat = 2;
+    const RedfishConfigSettingManager manager("no registry at all", {{"A", "a"}}, true, options);
+    EXPECT_EQ(manager.m_Schema, "no registry at all");
+    EXPECT_EQ(manager.m_Values, (SettingValueMap{{"A", "a"}}));
+    EXPECT_TRUE(manager.m_Flag);
+    EXPECT_TRUE(manager.m_Options.HexValueMode);
+    EXPECT_EQ(manager.m_Options.OutputFormat, 2);
+    EXPECT_TRUE(manager.m_ErrorList.empty());
+    EXPECT_TRUE(manager.m_ForcedProperties.empty());
+    EXPECT_TRUE(manager.m_Settings.empty());
+    EXPECT_TRUE(manager.m_Groups.empty());
+    EXPECT_TRUE(manager.m_SettingInfos.empty());
+}
+
+TEST(SettingManagerConstruction, WithoutValuesDiffersInTheValuesAlone)
+{
+    const RedfishConfigSettingManager manager("{}", false, Config_Options());
+    EXPECT_EQ(manager.m_Schema, "{}");
+    EXPECT_TRUE(manager.m_Values.empty());
+    EXPECT_FALSE(manager.m_Flag);
+    EXPECT_EQ(manager.m_SettingTypeCreators.size(), 5U);
+}
+
+TEST(SettingManagerConstruction, EveryTypeWordHasItsCreateFunction)
+{
+    using Manager = RedfishConfigSettingManager;
+    const std::map<std::string, Manager::CreateFunction> expected = {
+        {"String", &Manager::createTextSetting},           {"Integer", &Manager::createNumericSetting},
+        {"Enumeration", &Manager::createEnumerateSetting}, {"Boolean", &Manager::createBooleanSetting},
+        {"Password", &Manager::createPasswordSetting},
+    };
+    EXPECT_EQ(Manager("", SettingValueMap(), false, Config_Options()).m_SettingTypeCreators, expected);
+    EXPECT_EQ(Manager("", false, Config_Options()).m_SettingTypeCreators, expected);
+}
