@@ -1,0 +1,66 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "RedfishConfigResult.h"
+#include "ValueTypes.h"
+
+namespace Tavrine
+{
+
+/// The value store of one resource: what the BMC reported, what waits for a reboot and
+/// what is to be changed. How the resource is read and written is left to the four pure
+/// operations. The object is owned by the shared pointer that it was made with, whose
+/// control block knows the concrete type.
+class BiosBasicSettingAssistant
+{
+  public:
+    virtual RedfishConfigResult FlushChanges() = 0;
+    /// The current values, both resources read anew.
+    virtual RedfishConfigResult ReloadAllSettingValues(SettingValueMap& values);
+    /// The current values: pending where present, else effective; reads only what is
+    /// missing. A failed pending read gives the effective values and 0.
+    virtual RedfishConfigResult GetCurrentValuesMap(SettingValueMap& values);
+    /// Effective and pending text of each setting in which they differ, or of the named
+    /// one. 2 when there is no difference, 20 for an unknown name.
+    virtual RedfishConfigResult GetComparePendingValueMap(SettingCompareMap& compare, const std::string& settingName);
+    /// Shows a staged change in the cached pending and current values, where they hold
+    /// the name. Always 0.
+    virtual RedfishConfigResult UpdateSettingValueCache(const std::string& settingName, const std::string& value);
+    /// Gives a text that stands for the resource; only the standard resource has one.
+    virtual void SetValueResponse(const std::string& response);
+    virtual RedfishConfigResult QueryEffectiveValue(SettingValueMap& values) = 0;
+    virtual RedfishConfigResult QueryPendingValue(SettingValueMap& values) = 0;
+    virtual RedfishConfigResult QueryValueURLResponse() = 0;
+
+    /// The effective values, read if none are cached. `values` is replaced on success.
+    RedfishConfigResult GetEffectiveValueMap(SettingValueMap& values);
+    /// Rebuilds the current values and gives a copy.
+    SettingValueMap MergeCurrentValues();
+
+    /// Values that the resource reports as in force.
+    SettingValueMap m_EffectiveValues;
+    /// Values that wait for a reboot.
+    SettingValueMap m_PendingValues;
+    SettingValueMap m_CurrentValues;
+    /// Staged changes: name to the JSON text of the new value.
+    SettingStringMap m_ChangedValues;
+    /// Failures of single settings, gathered by every flush.
+    std::vector<RedfishConfigResult> m_Errors;
+    std::string m_Unused;
+
+  protected:
+    ~BiosBasicSettingAssistant() = default;
+
+    /// Ends a flush, whatever became of it: failures are kept, the changes are not.
+    void TakeFlushErrors(const std::vector<RedfishConfigResult>& errors);
+
+  private:
+    RedfishConfigResult BuildCurrentValues(SettingValueMap& values, bool readAnew);
+    void CompareAll(SettingCompareMap& compare) const;
+    void CompareOne(SettingCompareMap& compare, const std::string& settingName) const;
+    RedfishConfigResult NothingToCompare(const std::string& settingName) const;
+};
+
+} // namespace Tavrine

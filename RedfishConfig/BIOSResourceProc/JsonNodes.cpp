@@ -1,0 +1,103 @@
+#include "JsonNodes.h"
+
+#include <fstream>
+#include <sstream>
+
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+
+#include "Trace.h"
+
+namespace Tavrine
+{
+
+namespace
+{
+
+/// One token of a JSON pointer (RFC 6901).
+std::string EscapeToken(std::string_view token)
+{
+    std::string escaped;
+    for (const char character : token)
+    {
+        switch (character)
+        {
+        case '~':
+            escaped += "~0";
+            break;
+        case '/':
+            escaped += "~1";
+            break;
+        default:
+            escaped += character;
+        }
+    }
+    return escaped;
+}
+
+} // namespace
+
+bool ParseJson(const std::string& text, boost::json::value& root)
+{
+    boost::json::error_code error;
+    boost::json::value parsed = boost::json::parse(text, error);
+    if (error)
+    {
+        return false;
+    }
+    root = std::move(parsed);
+    return true;
+}
+
+const boost::json::value* FindNode(const boost::json::value& root, std::initializer_list<std::string_view> path)
+{
+    std::string pointer;
+    for (const std::string_view token : path)
+    {
+        pointer += '/';
+        pointer += EscapeToken(token);
+    }
+    boost::json::error_code error;
+    return root.find_pointer(pointer, error);
+}
+
+bool ReadStringNode(const boost::json::value& root, std::initializer_list<std::string_view> path, std::string& text)
+{
+    const boost::json::value* node = FindNode(root, path);
+    const boost::json::string* found = node != nullptr ? node->if_string() : nullptr;
+    if (found == nullptr)
+    {
+        return false;
+    }
+    text.assign(found->data(), found->size());
+    return true;
+}
+
+bool ReadStringNode(const std::string& document, std::initializer_list<std::string_view> path, std::string& text)
+{
+    boost::json::value root;
+    return ParseJson(document, root) && ReadStringNode(root, path, text);
+}
+
+std::string ReadDebugConfigNode(const std::string& path, std::string_view key)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+    {
+        TAVRINE_LOG(LogFailure) << "The specified debug configfile doesn't exist.";
+    }
+    // Not by iterators: these throw where the path is a folder.
+    std::ostringstream content;
+    content << file.rdbuf();
+
+    boost::json::value root;
+    const boost::json::value* node = ParseJson(content.str(), root) ? FindNode(root, {key}) : nullptr;
+    if (node == nullptr)
+    {
+        TAVRINE_LOG(LogFailure) << "Failed to get the schema from debug config file";
+        return boost::json::serialize(boost::json::value(nullptr));
+    }
+    return boost::json::serialize(*node);
+}
+
+} // namespace Tavrine

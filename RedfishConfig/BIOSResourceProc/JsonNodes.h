@@ -1,0 +1,29 @@
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+#include <boost/json/value.hpp>
+
+namespace Tavrine
+{
+
+/// Parses a text. @return false when it is no JSON; `root` is then untouched.
+bool ParseJson(const std::string& text, boost::json::value& root);
+
+/// Finds the node at a path of object keys. @return null when it is missing.
+const boost::json::value* FindNode(const boost::json::value& root, std::initializer_list<std::string_view> path);
+
+/// Reads a string node. @return false, and `text` untouched, when the node is missing
+/// or is no string.
+bool ReadStringNode(const boost::json::value& root, std::initializer_list<std::string_view> path, std::string& text);
+/// The same from a text; also false when that is no JSON.
+bool ReadStringNode(const std::string& document, std::initializer_list<std::string_view> path, std::string& text);
+
+/// Reads one top-level node of a debug configuration file and gives its JSON text. A
+/// file that cannot be read or has no such node is logged and gives the text of a JSON
+/// null.
+std::string ReadDebugConfigNode(const std::string& path, std::string_view key);
+
+} // namespace Tavrine

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+
+#include <boost/algorithm/string/predicate.hpp>
+
+namespace Tavrine
+{
+
+/// Puts the name that the caller asked for in place of a translated one: the entry under
+/// `keyName`, or else the first whose key ends in a point and that name in any case, moves
+/// to `requestedName`. An exact match of both names loses its entry.
+template <typename Map>
+void MoveToRequestedName(Map& values, const std::string& keyName, const std::string& requestedName)
+{
+    const auto exact = values.find(keyName);
+    if (exact != values.end())
+    {
+        if (keyName != requestedName)
+        {
+            values[requestedName] = exact->second;
+        }
+        values.erase(exact);
+        return;
+    }
+    for (auto entry = values.begin(); entry != values.end(); ++entry)
+    {
+        const std::size_t point = entry->first.find("." + keyName);
+        if (point == std::string::npos || !boost::algorithm::iequals(entry->first.substr(point + 1), keyName))
+        {
+            continue;
+        }
+        values[requestedName] = entry->second;
+        values.erase(entry);
+        return;
+    }
+}
+
+} // namespace Tavrine
