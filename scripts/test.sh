@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Installs what is missing, then builds and runs every test: under the address,
+# undefined-behaviour and thread sanitizers, and last in the ordinary debug build,
+# so that the summary of that run stands at the end. Ends with 1 when anything failed.
+set -uo pipefail
+# shellcheck source=scripts/common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+failed=()
+
+stage()
+{
+    local name=$1
+    shift
+    "$@" && return
+    failed+=("$name")
+    return 1
+}
+
+run_tests() { (cd "$root" && ctest --preset "$1" -j "$jobs" --no-tests=error --timeout 300 </dev/null); }
+
+sanitized()
+{
+    local preset=$1
+    say "building and testing $preset"
+    stage "build of $preset" build_preset "$preset" || return 0
+    stage "tests of $preset" quietly "$root/build/$preset/test.log" run_tests "$preset" || return 0
+    grep -E 'tests passed' "$root/build/$preset/test.log"
+}
+
+"$root/scripts/install-deps.sh" test || exit 1
+sanitized asan
+sanitized tsan
+say "building and testing dev"
+stage "build of dev" build_preset dev && stage "tests of dev" run_tests dev
+if [ "${#failed[@]}" -ne 0 ]; then
+    say "FAILED:$(printf ' [%s]' "${failed[@]}")"
+    exit 1
+fi
