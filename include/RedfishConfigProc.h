@@ -47,11 +47,22 @@ class TAVRINE_EXPORT RedfishConfigProc
     /// All settings that a save keeps.
     virtual RedfishConfigResult QuerySaveSettingValues(SettingStringMap& values) = 0;
     virtual RedfishConfigResult UnsupportedOperation1();
-    virtual RedfishConfigResult Restore(SettingStringMap& values, SettingStringMap& unchangedValues,
-                                        SettingStringMap& doneValues, bool sameSystem, bool reserved) = 0;
+    /// Brings back many settings at once: those already in place are left alone, the others
+    /// are checked, sent and sorted.
+    /// @param restoreValues  bare name to value text; on return those that were not in place.
+    /// @param doneValues     receives what was in place or has no failure against it; look
+    ///                       at the code and at m_ErrorList too before trusting it.
+    /// @param failedValues   receives full name to message.
+    /// @param restoreMode    true: the same machine, settings unique to it included.
+    virtual RedfishConfigResult Restore(SettingStringMap& restoreValues, SettingStringMap& doneValues,
+                                        SettingStringMap& failedValues, bool restoreMode, bool reservedFlag) = 0;
     virtual RedfishConfigResult UnsupportedOperation2();
-    virtual RedfishConfigResult PostDefaultvalue(const std::string& setting, const std::string& option) = 0;
+    /// Loads defaults: of everything by the reset action ("reset-bios", or no setting), by
+    /// the firmware at its next start ("post"), or of the one setting that is named.
+    virtual RedfishConfigResult PostDefaultvalue(const std::string& setting, const std::string& request) = 0;
+    /// Writes the file of custom defaults that the BMC keeps.
     virtual RedfishConfigResult ImportUEFICustomDefaultFile(const std::string& content);
+    /// Reads it; `content` receives the BMC's answer as it stands, also of a failure.
     virtual RedfishConfigResult ExportUEFICustomDefaultFile(std::string& content);
     virtual RedfishConfigResult UnsupportedOperation3();
     virtual RedfishConfigResult UnsupportedOperation4();

@@ -44,6 +44,16 @@ void BiosRedfishConfigProc::SetPrefix(const std::string& first, const std::strin
     m_ProcCreator->m_SecondPrefix = std::string(second);
 }
 
+RedfishConfigResult BiosRedfishConfigProc::ExportUEFICustomDefaultFile(std::string& content)
+{
+    return m_SettingAssistant->ExportUEFICustomDefaultFile(content);
+}
+
+RedfishConfigResult BiosRedfishConfigProc::ImportUEFICustomDefaultFile(const std::string& content)
+{
+    return m_SettingAssistant->ImportUEFICustomDefaultFile(content);
+}
+
 RedfishConfigResult BiosRedfishConfigProc::CheckSettingCouldbeSupported(const std::string&)
 {
     return BareResult(ResultSuccess);

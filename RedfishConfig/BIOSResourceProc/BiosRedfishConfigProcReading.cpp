@@ -29,7 +29,7 @@ RedfishConfigResult BiosRedfishConfigProc::QuerySettingValue(const std::string& 
     result = m_SettingManager->GetSettingProperties(internalName, info);
     if (result != ResultSuccess)
     {
-        RenameInMessage(result, setting, m_Options.LegacyNameMode ? setting : m_Prefix + "." + setting);
+        RenameInMessage(result, setting, ShownName(setting));
         TAVRINE_LOG(LogFailure) << "Failed to get setting info: " << result.ErrorMsg();
         return result;
     }
@@ -63,12 +63,31 @@ std::string BiosRedfishConfigProc::CurrentNameOf(const std::string& setting)
     return name;
 }
 
-void BiosRedfishConfigProc::RestoreRequestedName(SettingStringMap& values, const std::string& keyName,
-                                                 const std::string& requestedName)
+bool BiosRedfishConfigProc::ShowsBareNames() const
 {
     const bool defaultPrefix =
         boost::algorithm::iequals(m_Prefix, "uefi") || boost::algorithm::iequals(m_Prefix, "bios");
-    if (m_Options.LegacyNameMode && !defaultPrefix)
+    return m_Options.LegacyNameMode && !defaultPrefix;
+}
+
+std::string BiosRedfishConfigProc::ShownName(const std::string& setting) const
+{
+    return m_Options.LegacyNameMode ? setting : m_Prefix + "." + setting;
+}
+
+void BiosRedfishConfigProc::RestoreRequestedName(SettingStringMap& values, const std::string& keyName,
+                                                 const std::string& requestedName)
+{
+    if (ShowsBareNames())
+    {
+        MoveToRequestedName(values, keyName, requestedName);
+    }
+}
+
+void BiosRedfishConfigProc::RestoreRequestedName(SettingCompareMap& values, const std::string& keyName,
+                                                 const std::string& requestedName)
+{
+    if (ShowsBareNames())
     {
         MoveToRequestedName(values, keyName, requestedName);
     }

@@ -134,48 +134,6 @@ TEST_F(Interface, DefaultsOfOptionalOperationsAnswerABareElevenAndTouchNothing)
     EXPECT_THAT(world.Logs, IsEmpty());
 }
 
-TEST_F(Interface, OperationsThatAreNotOfferedYetAnswerABareEleven)
-{
-    SettingStringMap values;
-    SettingCompareMap compare;
-    std::string content = "kept";
-    const std::vector<Operation> notOffered = {
-        {"PatchSettingNewValueWithOutCheck",
-         [](RedfishConfigProc& proc) { return proc.PatchSettingNewValueWithOutCheck("BootMode", "Uefi", false); }},
-        {"PatchSettingNewValue",
-         [](RedfishConfigProc& proc) { return proc.PatchSettingNewValue("BootMode", "Uefi", false); }},
-        {"QuerySettingValidValues",
-         [&](RedfishConfigProc& proc) { return proc.QuerySettingValidValues(values, "BootMode"); }},
-        {"QuerySettingDefaultValues",
-         [&](RedfishConfigProc& proc) { return proc.QuerySettingDefaultValues(values, "BootMode"); }},
-        {"QuerySettingDescriptions",
-         [&](RedfishConfigProc& proc) { return proc.QuerySettingDescriptions(values, "BootMode"); }},
-        {"QuerySaveSettingValues", [&](RedfishConfigProc& proc) { return proc.QuerySaveSettingValues(values); }},
-        {"Restore", [&](RedfishConfigProc& proc) { return proc.Restore(values, values, values, true, false); }},
-        {"PostDefaultvalue", [](RedfishConfigProc& proc) { return proc.PostDefaultvalue("", "reset-bios"); }},
-        {"CompareSettingPendingValues",
-         [&](RedfishConfigProc& proc) { return proc.CompareSettingPendingValues(compare, ""); }},
-        {"CompareSettingDefaultValues",
-         [&](RedfishConfigProc& proc) { return proc.CompareSettingDefaultValues(compare, ""); }},
-        {"ImportUEFICustomDefaultFile",
-         [](RedfishConfigProc& proc) { return proc.ImportUEFICustomDefaultFile("text"); }},
-        {"ExportUEFICustomDefaultFile",
-         [&](RedfishConfigProc& proc) { return proc.ExportUEFICustomDefaultFile(content); }},
-    };
-    BiosRedfishConfigProc front(m_Connection, SystemTypeUefi, {});
-    world.Logs.clear();
-    for (const Operation& operation : notOffered)
-    {
-        SCOPED_TRACE(operation.Name);
-        EXPECT_THAT(operation.Call(front), IsBare(11));
-    }
-    EXPECT_THAT(values, IsEmpty());
-    EXPECT_THAT(compare, IsEmpty());
-    EXPECT_EQ(content, "kept");
-    EXPECT_THAT(world.Logs, IsEmpty());
-    EXPECT_THAT(world.Calls, IsEmpty());
-}
-
 TEST_F(Interface, DefaultSetPrefixStoresBoth)
 {
     m_Plain.SetPrefix("First", "Second");

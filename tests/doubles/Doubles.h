@@ -50,6 +50,18 @@ struct Answer
     std::vector<RedfishConfigResult> Errors;
 };
 
+/// What a setting manager answers to one operation.
+struct ManagerAnswer
+{
+    RedfishConfigResult Result{0, "", ""};
+    /// For operations on one setting; written also when the result is a failure.
+    std::string Text;
+    /// For operations on many.
+    Tavrine::SettingStringMap Map;
+    /// Added to the manager's error list.
+    std::vector<RedfishConfigResult> Errors;
+};
+
 /// Everything that the neighbours saw and what they are to answer. One for the whole test
 /// program; the fixture empties it before each test.
 struct World
@@ -70,8 +82,13 @@ struct World
     /// What the setting manager knows; every other name is unknown (20).
     std::map<std::string, Tavrine::RedfishConfigSettingInfoStru> Settings;
     Tavrine::SettingGroupMap Groups;
-    /// Operations of setting managers, in order, "UpdateSettingValue" or
-    /// "GetSettingProperties NAME" for example.
+    /// Answers of the operations below by "OPERATION NAME", or "OPERATION" for those on many
+    /// settings: "QuerySettingDefaultValue BootMode", "PreparePatchContext". What is not told
+    /// answers 99.
+    std::map<std::string, ManagerAnswer> ManagerAnswers;
+    /// Operations of setting managers, in order: "UpdateSettingValue", "GetSettingProperties
+    /// NAME", "PreparePatchContext NAME=VALUE 8", "PreparePatchContext {A=1,B=2} 15",
+    /// "FetchSaveSettingValues 14", "TakeErrors" for example.
     std::vector<std::string> ManagerCalls;
     std::vector<Tavrine::SettingValueMap> UpdatedValues;
 

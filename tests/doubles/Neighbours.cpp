@@ -1,3 +1,5 @@
+#include <utility>
+
 #include <boost/json/parse.hpp>
 
 #include "BIOSCompatibleModule.h"
@@ -31,6 +33,33 @@ Answer Respond(const RestCall& call)
         scripted->second.pop_front();
     }
     return answer;
+}
+
+/// Records `call` and gives what was told for `key`.
+doubles::ManagerAnswer Manage(const std::string& call, const std::string& key)
+{
+    TheWorld().ManagerCalls.push_back(call);
+    const auto scripted = TheWorld().ManagerAnswers.find(key);
+    if (scripted == TheWorld().ManagerAnswers.end())
+    {
+        return {.Result = {99, "unscripted operation: " + key, ""}, .Text = "", .Map = {}, .Errors = {}};
+    }
+    return scripted->second;
+}
+
+RedfishConfigResult ManageOne(const std::string& operation, const std::string& name, std::string& text)
+{
+    const std::string call = operation + " " + name;
+    doubles::ManagerAnswer answer = Manage(call, call);
+    text = answer.Text;
+    return answer.Result;
+}
+
+RedfishConfigResult ManageAll(const std::string& operation, Tavrine::SettingStringMap& values)
+{
+    doubles::ManagerAnswer answer = Manage(operation, operation);
+    values = answer.Map;
+    return answer.Result;
 }
 
 } // namespace
@@ -67,6 +96,72 @@ void RedfishConfigSettingManager::GetGroupList(Tavrine::SettingGroupMap& groups)
 }
 
 std::vector<RedfishConfigResult> RedfishConfigSettingManager::GetError() const { return m_ErrorList; }
+
+std::vector<RedfishConfigResult> RedfishConfigSettingManager::TakeErrors()
+{
+    TheWorld().ManagerCalls.push_back("TakeErrors");
+    return std::exchange(m_ErrorList, {});
+}
+
+RedfishConfigResult RedfishConfigSettingManager::QuerySettingDefaultValue(const std::string name, std::string& value)
+{
+    return ManageOne("QuerySettingDefaultValue", name, value);
+}
+RedfishConfigResult RedfishConfigSettingManager::QuerySettingValidValues(const std::string name, std::string& value)
+{
+    return ManageOne("QuerySettingValidValues", name, value);
+}
+RedfishConfigResult RedfishConfigSettingManager::QuerySettingDescription(const std::string name, std::string& value)
+{
+    return ManageOne("QuerySettingDescription", name, value);
+}
+RedfishConfigResult RedfishConfigSettingManager::QueryGroupSettingDefaultValues(Tavrine::SettingStringMap& values)
+{
+    return ManageAll("QueryGroupSettingDefaultValues", values);
+}
+RedfishConfigResult RedfishConfigSettingManager::QueryGroupSettingValidValues(Tavrine::SettingStringMap& values)
+{
+    return ManageAll("QueryGroupSettingValidValues", values);
+}
+RedfishConfigResult RedfishConfigSettingManager::QueryGroupSettingDescriptions(Tavrine::SettingStringMap& values)
+{
+    return ManageAll("QueryGroupSettingDescriptions", values);
+}
+
+RedfishConfigResult RedfishConfigSettingManager::FetchSaveSettingValues(Tavrine::SettingStringMap& values,
+                                                                        Tavrine::filterAction action)
+{
+    doubles::ManagerAnswer answer =
+        Manage("FetchSaveSettingValues " + std::to_string(action), "FetchSaveSettingValues");
+    values = answer.Map;
+    return answer.Result;
+}
+
+RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const std::string name, const std::string value,
+                                                                     std::string& context, Tavrine::filterAction action)
+{
+    doubles::ManagerAnswer answer = Manage("PreparePatchContext " + name + "=" + value + " " + std::to_string(action),
+                                           "PreparePatchContext " + name);
+    context = answer.Text;
+    m_ErrorList.insert(m_ErrorList.end(), answer.Errors.begin(), answer.Errors.end());
+    return answer.Result;
+}
+
+RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const Tavrine::SettingStringMap& values,
+                                                                     Tavrine::SettingStringMap& contexts,
+                                                                     Tavrine::filterAction action)
+{
+    std::string pairs;
+    for (const auto& [name, value] : values)
+    {
+        pairs += (pairs.empty() ? "" : ",") + name + "=" + value;
+    }
+    doubles::ManagerAnswer answer =
+        Manage("PreparePatchContext {" + pairs + "} " + std::to_string(action), "PreparePatchContext");
+    contexts = answer.Map;
+    m_ErrorList.insert(m_ErrorList.end(), answer.Errors.begin(), answer.Errors.end());
+    return answer.Result;
+}
 
 // The type table of the constructors points at these; nothing here calls them.
 RedfishConfigSetting* RedfishConfigSettingManager::createNumericSetting(Tavrine::RedfishConfigSettingInfoStru&,
