@@ -1,0 +1,264 @@
+#include "AnswerMessages.h"
+
+#include <algorithm>
+
+#include <boost/json/serialize.hpp>
+#include <boost/json/value.hpp>
+
+#include "JsonText.h"
+#include "PlainText.h"
+
+namespace Tavrine
+{
+
+namespace
+{
+
+namespace json = boost::json;
+
+constexpr std::size_t MaxBodyBytes = 1024U * 1024U;
+constexpr std::size_t MaxMessages = 500;
+constexpr std::size_t MaxArguments = 20;
+constexpr std::size_t MaxNameBytes = 256;
+constexpr std::string_view ExtendedInfo = "@Message.ExtendedInfo";
+
+std::string Unescaped(std::string_view token)
+{
+    std::string name;
+    for (std::size_t i = 0; i < token.size(); ++i)
+    {
+        const bool escape = token[i] == '~' && i + 1 < token.size() && (token[i + 1] == '0' || token[i + 1] == '1');
+        name += escape ? (token[++i] == '0' ? '~' : '/') : token[i];
+    }
+    return name;
+}
+
+/// Arguments can come as JSON text of their own: "\"Lit\"".
+std::string Unquoted(std::string text)
+{
+    const bool quoted = text.size() >= 2 && text.front() == '"' && text.back() == '"';
+    return quoted ? text.substr(1, text.size() - 2) : text;
+}
+
+std::vector<std::string> Texts(const json::value* list)
+{
+    std::vector<std::string> texts;
+    const json::array* const array = list == nullptr ? nullptr : list->if_array();
+    if (array == nullptr)
+    {
+        return texts;
+    }
+    for (const json::value& entry : *array)
+    {
+        if (texts.size() == MaxArguments)
+        {
+            break;
+        }
+        const json::string* const text = entry.if_string();
+        texts.push_back(CleanText(text != nullptr ? std::string(text->data(), text->size()) : json::serialize(entry)));
+    }
+    return texts;
+}
+
+MessageKind KindOf(const KnownMessage* known, const json::value& message, bool refused)
+{
+    if (known != nullptr)
+    {
+        return known->Kind;
+    }
+    std::string_view severity = TextMember(&message, "MessageSeverity");
+    severity = severity.empty() ? TextMember(&message, "Severity") : severity;
+    const std::string lower = LowerAscii(severity);
+    if (lower == "ok" || lower == "informational")
+    {
+        return MessageKind::Note;
+    }
+    return refused || lower == "critical" ? MessageKind::Refused : MessageKind::Note;
+}
+
+std::vector<std::string> SettingsOf(const json::value& message, const KnownMessage* known,
+                                    const std::vector<std::string>& arguments, const std::string& annotated)
+{
+    std::vector<std::string> settings;
+    for (const std::string& pointer : Texts(Member(&message, "RelatedProperties")))
+    {
+        std::string setting = SettingOfPointer(pointer);
+        if (!setting.empty() && std::find(settings.begin(), settings.end(), setting) == settings.end())
+        {
+            settings.push_back(std::move(setting));
+        }
+    }
+    if (settings.empty() && !annotated.empty())
+    {
+        settings.push_back(annotated);
+    }
+    const unsigned int place = known == nullptr ? 0 : known->PropertyArgument;
+    if (settings.empty() && place > 0 && place <= arguments.size())
+    {
+        std::string setting = SettingOfPointer(arguments[place - 1]);
+        if (!setting.empty())
+        {
+            settings.push_back(std::move(setting));
+        }
+    }
+    return settings;
+}
+
+BmcMessage ReadOne(const json::value& message, bool refused, const std::string& annotated)
+{
+    std::string_view id = TextMember(&message, "MessageId");
+    id = id.empty() ? TextMember(&message, "MessageID") : id;
+    std::vector<std::string> arguments = Texts(Member(&message, "MessageArgs"));
+    std::transform(arguments.begin(), arguments.end(), arguments.begin(), Unquoted);
+    BmcMessage read;
+    read.Key = CleanText(MessageKey(id), MaxNameBytes);
+    const KnownMessage* const known = FindMessage(read.Key);
+    read.Kind = KindOf(known, message, refused);
+    const std::string_view words = TextMember(&message, "Message");
+    read.Text = CleanText(words.empty() ? MessageText(id, arguments) : std::string(words));
+    read.Settings = SettingsOf(message, known, arguments, annotated);
+    return read;
+}
+
+/// Collects the messages of one answer.
+class Collector
+{
+  public:
+    explicit Collector(bool refused) : m_Refused(refused) {}
+
+    /// A list of messages, or a single one without its list.
+    void AddAll(const json::value* messages, const std::string& annotated = {})
+    {
+        if (messages == nullptr)
+        {
+            return;
+        }
+        if (messages->is_object())
+        {
+            Add(ReadOne(*messages, m_Refused, annotated));
+        }
+        const json::array* const array = messages->if_array();
+        for (std::size_t i = 0; array != nullptr && i < array->size() && m_Messages.size() < MaxMessages; ++i)
+        {
+            if ((*array)[i].is_object())
+            {
+                Add(ReadOne((*array)[i], m_Refused, annotated));
+            }
+        }
+    }
+
+    void AddAnnotations(const json::value* parent)
+    {
+        const json::object* const object = parent == nullptr ? nullptr : parent->if_object();
+        if (object == nullptr)
+        {
+            return;
+        }
+        for (const auto& member : *object)
+        {
+            const std::string_view key(member.key().data(), member.key().size());
+            if (key.size() > ExtendedInfo.size() && key.ends_with(ExtendedInfo))
+            {
+                AddAll(&member.value(),
+                       SettingOfPointer(CleanText(key.substr(0, key.size() - ExtendedInfo.size()), MaxNameBytes)));
+            }
+        }
+    }
+
+    void Add(BmcMessage message)
+    {
+        if (message.Key.empty() && message.Text.empty())
+        {
+            return;
+        }
+        const auto same = [&message](const BmcMessage& other)
+        { return other.Key == message.Key && other.Settings == message.Settings && SameWords(other, message); };
+        if (m_Messages.size() < MaxMessages && std::none_of(m_Messages.begin(), m_Messages.end(), same))
+        {
+            m_Messages.push_back(std::move(message));
+        }
+    }
+
+    bool Empty() const { return m_Messages.empty(); }
+    std::vector<BmcMessage> Take() { return std::move(m_Messages); }
+
+  private:
+    /// About a setting one key is one fault, in whatever words.
+    static bool SameWords(const BmcMessage& left, const BmcMessage& right)
+    {
+        return !left.Settings.empty() || left.Text == right.Text;
+    }
+
+    bool m_Refused;
+    std::vector<BmcMessage> m_Messages;
+};
+
+/// An "error" without a list: "code" and "message", the latter at times an object with
+/// the text in "value".
+BmcMessage BareError(const json::value& error)
+{
+    BmcMessage bare;
+    const std::string_view id = TextMember(&error, "code");
+    std::string_view words = TextMember(&error, "message");
+    words = words.empty() ? TextMember(Member(&error, "message"), "value") : words;
+    bare.Key = CleanText(MessageKey(id), MaxNameBytes);
+    const KnownMessage* const known = FindMessage(bare.Key);
+    bare.Kind = known != nullptr             ? known->Kind
+                : bare.Key == "ExtendedInfo" ? MessageKind::Note // it says "see the list", which is not there
+                                             : MessageKind::Refused;
+    bare.Text = CleanText(words.empty() ? MessageText(id, {}) : std::string(words));
+    return bare;
+}
+
+} // namespace
+
+std::string SettingOfPointer(std::string_view pointer)
+{
+    constexpr std::string_view attributes = "Attributes/";
+    if (pointer.substr(0, 1) == "#")
+    {
+        pointer.remove_prefix(1);
+    }
+    if (pointer.substr(0, 1) == "/")
+    {
+        pointer.remove_prefix(1);
+    }
+    if (pointer.substr(0, attributes.size()) == attributes)
+    {
+        // The rest is the name, also where its own "/" were not escaped.
+        pointer.remove_prefix(attributes.size());
+    }
+    else
+    {
+        pointer = pointer.substr(pointer.rfind('/') + 1);
+    }
+    return pointer == "Attributes" || pointer.size() > MaxNameBytes ? std::string() : Unescaped(pointer);
+}
+
+std::vector<BmcMessage> ReadMessages(std::string_view body, bool refused)
+{
+    if (body.empty() || body.size() > MaxBodyBytes)
+    {
+        return {};
+    }
+    const std::optional<json::value> document = ParseJson(body);
+    if (!document)
+    {
+        return {};
+    }
+    const json::value* const error = Member(&*document, "error");
+    Collector collector(refused);
+    collector.AddAll(Member(error, ExtendedInfo));
+    collector.AddAll(Member(&*document, ExtendedInfo));
+    collector.AddAll(Member(&*document, "Messages"));
+    collector.AddAnnotations(error);
+    collector.AddAnnotations(&*document);
+    collector.AddAnnotations(Member(&*document, "Attributes"));
+    if (collector.Empty() && error != nullptr && error->is_object())
+    {
+        collector.Add(BareError(*error));
+    }
+    return collector.Take();
+}
+
+} // namespace Tavrine

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "MessageTable.h"
+
+namespace Tavrine
+{
+
+/// One message of an answer, freed of the many shapes in which it can come.
+struct BmcMessage
+{
+    std::string Key;
+    /// Of a key that is not known: taken from "Severity", Note where that is harmless.
+    MessageKind Kind = MessageKind::Refused;
+    /// The BMC's words, or those of the message's key; empty when neither exists.
+    std::string Text;
+    /// The settings that it is about; often none.
+    std::vector<std::string> Settings;
+};
+
+/// The setting that an entry of "RelatedProperties" names: a JSON pointer (RFC 6901)
+/// with or without "#", or a bare name. Empty for none.
+std::string SettingOfPointer(std::string_view pointer);
+
+/// All messages of an answer's body, duplicates of one fault merged: those of "error"
+/// and of the top level, and those that annotate a property ("X@Message.ExtendedInfo").
+/// A body that is no JSON, or is too large to be a set of messages, has none.
+/// @param refused  the status says that the request was not done: then a message with
+///                 an unknown key is a fault unless it says that it is none.
+std::vector<BmcMessage> ReadMessages(std::string_view body, bool refused);
+
+} // namespace Tavrine

@@ -1,0 +1,249 @@
+#include "AnswerResults.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+#include <fmt/format.h>
+
+#include "AnswerMessages.h"
+#include "PlainText.h"
+
+namespace Tavrine
+{
+
+namespace
+{
+
+constexpr std::size_t MaxWordsBytes = 4000;
+constexpr std::size_t MaxPathBytes = 300;
+
+struct StatusWord
+{
+    int Status;
+    std::string_view Word;
+};
+
+/// Reason phrases of RFC 9110 and RFC 6585 that a reader of a message profits from.
+constexpr StatusWord statusWords[] = {
+    {301, "Moved Permanently"},
+    {302, "Found"},
+    {303, "See Other"},
+    {304, "Not Modified"},
+    {307, "Temporary Redirect"},
+    {308, "Permanent Redirect"},
+    {400, "Bad Request"},
+    {401, "Unauthorized"},
+    {403, "Forbidden"},
+    {404, "Not Found"},
+    {405, "Method Not Allowed"},
+    {409, "Conflict"},
+    {410, "Gone"},
+    {412, "Precondition Failed"},
+    {413, "Content Too Large"},
+    {415, "Unsupported Media Type"},
+    {428, "Precondition Required"},
+    {429, "Too Many Requests"},
+    {500, "Internal Server Error"},
+    {501, "Not Implemented"},
+    {502, "Bad Gateway"},
+    {503, "Service Unavailable"},
+    {504, "Gateway Timeout"},
+    {507, "Insufficient Storage"},
+};
+
+std::string StatusText(int status)
+{
+    for (const StatusWord& entry : statusWords)
+    {
+        if (entry.Status == status)
+        {
+            return fmt::format("{} {}", status, entry.Word);
+        }
+    }
+    return std::to_string(status);
+}
+
+bool IsFault(const BmcMessage& message)
+{
+    return message.Kind == MessageKind::BadValue || message.Kind == MessageKind::Unknown ||
+           message.Kind == MessageKind::Refused;
+}
+
+bool Holds(const std::vector<BmcMessage>& messages, MessageKind kind)
+{
+    return std::any_of(messages.begin(), messages.end(), [kind](const BmcMessage& m) { return m.Kind == kind; });
+}
+
+int SettingCode(MessageKind kind) { return kind == MessageKind::BadValue ? 10 : kind == MessageKind::Unknown ? 9 : 18; }
+
+/// What the BMC said of what went wrong, each sentence once. "A general error" tells
+/// nothing beside anything else.
+std::string FaultWords(const std::vector<BmcMessage>& messages)
+{
+    std::vector<std::string> texts;
+    std::string general;
+    for (const BmcMessage& message : messages)
+    {
+        if (!(IsFault(message) || message.Kind == MessageKind::Busy) || message.Text.empty())
+        {
+            continue;
+        }
+        if (message.Key == "GeneralError")
+        {
+            general = message.Text;
+        }
+        else if (std::find(texts.begin(), texts.end(), message.Text) == texts.end())
+        {
+            texts.push_back(message.Text);
+        }
+    }
+    return texts.empty() ? general : CleanText(fmt::format("{}", fmt::join(texts, " ")), MaxWordsBytes);
+}
+
+std::string Ended(const std::string& text, const std::string& words)
+{
+    return words.empty() ? text + "." : text + ": " + words;
+}
+
+/// Seconds of a "Retry-After" header; its other form, a date, is passed over.
+std::string RetryText(const HttpAnswer& answer)
+{
+    const std::string header = answer.Header("retry-after");
+    unsigned int seconds = 0;
+    const auto [end, ec] = std::from_chars(header.data(), header.data() + header.size(), seconds);
+    const bool good = ec == std::errc() && end == header.data() + header.size() && !header.empty();
+    return good ? fmt::format(", it asks to try again after {} s", seconds) : std::string();
+}
+
+/// All that the sentences below are made of.
+struct Judged
+{
+    const AnsweredRequest& Request;
+    const HttpAnswer& Answer;
+    std::string Words;
+
+    std::string Call() const
+    {
+        return fmt::format("{} {}", VerbName(Request.Verb), CleanText(Request.Path, MaxPathBytes));
+    }
+};
+
+RedfishConfigResult Unauthorized(const Judged& judged)
+{
+    const char* const cause = judged.Request.WithCredentials ? "it refuses the user name or the password"
+                                                             : "it asks for a user name and a password";
+    return {24, Ended(fmt::format("{}: {} ({})", judged.Request.Place, cause, StatusText(401)), judged.Words), ""};
+}
+
+RedfishConfigResult Forbidden(const Judged& judged)
+{
+    return {24,
+            Ended(fmt::format("{}: the account has not the privilege for {} ({})", judged.Request.Place, judged.Call(),
+                              StatusText(403)),
+                  judged.Words),
+            ""};
+}
+
+RedfishConfigResult Busy(const Judged& judged)
+{
+    return {33,
+            Ended(fmt::format("{} is not ready ({}){}", judged.Request.Place, StatusText(judged.Answer.Status),
+                              RetryText(judged.Answer)),
+                  judged.Words),
+            ""};
+}
+
+RedfishConfigResult Broken(const Judged& judged)
+{
+    return {32,
+            Ended(fmt::format("{} failed inside {} ({})", judged.Call(), judged.Request.Place,
+                              StatusText(judged.Answer.Status)),
+                  judged.Words),
+            ""};
+}
+
+RedfishConfigResult Refused(const Judged& judged)
+{
+    const int status = judged.Answer.Status;
+    const std::string location = CleanText(judged.Answer.Header("location"), MaxPathBytes);
+    const std::string redirect = status >= 300 && status < 400 && !location.empty()
+                                     ? fmt::format(", it redirects to {}, which is not followed", location)
+                                     : std::string();
+    return {RefusalCode(judged.Request.Verb, judged.Request.WithErrorList),
+            Ended(fmt::format("{} was refused by {} ({}){}", judged.Call(), judged.Request.Place, StatusText(status),
+                              redirect),
+                  judged.Words),
+            ""};
+}
+
+void Hide(std::string& text, std::string_view secret)
+{
+    // A shorter one would blot out half of every message.
+    constexpr std::size_t shortest = 4;
+    constexpr std::string_view blot = "********";
+    for (std::size_t at = secret.size() < shortest ? std::string::npos : text.find(secret); at != std::string::npos;
+         at = text.find(secret, at + blot.size()))
+    {
+        text.replace(at, secret.size(), blot);
+    }
+}
+
+/// What an answer's body says, free of secrets.
+std::vector<BmcMessage> CleanMessages(const AnsweredRequest& request, const HttpAnswer& answer)
+{
+    std::vector<BmcMessage> messages = ReadMessages(answer.Body, !answer.Success());
+    for (BmcMessage& message : messages)
+    {
+        for (const std::string_view secret : request.Secrets)
+        {
+            Hide(message.Text, secret);
+        }
+    }
+    return messages;
+}
+
+void ListSettings(const std::vector<BmcMessage>& messages, std::vector<RedfishConfigResult>& errors)
+{
+    for (const BmcMessage& message : messages)
+    {
+        for (const std::string& setting : message.Settings)
+        {
+            if (IsFault(message))
+            {
+                errors.emplace_back(SettingCode(message.Kind), message.Text, setting);
+            }
+        }
+    }
+}
+
+} // namespace
+
+RedfishConfigResult JudgeAnswer(const AnsweredRequest& request, const HttpAnswer& answer,
+                                std::vector<RedfishConfigResult>& errors)
+{
+    const int status = answer.Status;
+    const std::vector<BmcMessage> messages = CleanMessages(request, answer);
+    const Judged judged{request, answer, FaultWords(messages)};
+    if (status == 401 || status == 403)
+    {
+        return status == 401 ? Unauthorized(judged) : Forbidden(judged);
+    }
+    if (status == 503 || Holds(messages, MessageKind::Busy))
+    {
+        return Busy(judged);
+    }
+    if (status >= 500)
+    {
+        return Broken(judged);
+    }
+    if (!answer.Success() || std::any_of(messages.begin(), messages.end(), IsFault))
+    {
+        ListSettings(messages, errors);
+        return Refused(judged);
+    }
+    const bool reset = request.Verb != HttpVerb::Get && Holds(messages, MessageKind::ResetNeeded);
+    return {reset ? 1 : 0, "", ""};
+}
+
+} // namespace Tavrine

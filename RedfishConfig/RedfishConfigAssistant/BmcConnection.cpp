@@ -1,0 +1,39 @@
+#include "BmcConnection.h"
+
+#include "AbortFlag.h"
+#include "ClientPool.h"
+#include "Log.h"
+#include "PlainText.h"
+#include "RedfishClient.h"
+
+namespace TavrineConnection
+{
+
+BmcConnection::BmcConnection(const ConnectionInfo& info, const ConnectionProfile& profile) : m_Info(info)
+{
+    auto [handle, client] = Tavrine::ClientPool::Register(info, profile);
+    m_Info.ProfileId = handle;
+    m_Client = std::move(client);
+}
+
+BmcConnection::~BmcConnection()
+{
+    RedfishConfigResult closed = CloseSession();
+    if (closed != 0)
+    {
+        Tavrine::Log(1, __FILE__, __LINE__).Stream() << "Failed to log out: " << closed.ErrorMsg();
+    }
+    Tavrine::Wipe(m_Info.Password);
+}
+
+const ConnectionInfo& BmcConnection::Info() const { return m_Info; }
+
+RedfishConfigResult BmcConnection::OpenSession() { return m_Client->OpenSession(); }
+
+RedfishConfigResult BmcConnection::CloseSession() { return m_Client->CloseSession(); }
+
+Traffic BmcConnection::Counters() const { return m_Client->Counters(); }
+
+void BmcConnection::AbortRequests() { Tavrine::AbortFlag::Raise(); }
+
+} // namespace TavrineConnection

@@ -1,0 +1,350 @@
+#include "CurlConnection.h"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+#include <mutex>
+#include <utility>
+
+#include "AbortFlag.h"
+#include "PlainText.h"
+
+namespace Tavrine
+{
+
+namespace
+{
+
+constexpr std::size_t MaxHeadBytes = 64U * 1024U;
+/// An abort is seen after this long at the latest.
+constexpr int PollMilliseconds = 100;
+
+void InitialiseCurlOnce()
+{
+    static std::once_flag done;
+    std::call_once(done, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+}
+
+/// A write to a connection that the peer has closed raises SIGPIPE, which must not
+/// end a program that never asked for it: blocked for this thread, and taken off
+/// the queue if it came in the meantime.
+class SigpipeGuard
+{
+  public:
+    SigpipeGuard()
+    {
+        sigemptyset(&m_Pipe);
+        sigaddset(&m_Pipe, SIGPIPE);
+        sigset_t pending;
+        sigpending(&pending);
+        m_WasPending = sigismember(&pending, SIGPIPE) == 1;
+        pthread_sigmask(SIG_BLOCK, &m_Pipe, &m_Former);
+    }
+    SigpipeGuard(const SigpipeGuard&) = delete;
+    SigpipeGuard& operator=(const SigpipeGuard&) = delete;
+    ~SigpipeGuard()
+    {
+        const timespec now{};
+        while (!m_WasPending && sigtimedwait(&m_Pipe, nullptr, &now) == SIGPIPE)
+        {
+        }
+        pthread_sigmask(SIG_SETMASK, &m_Former, nullptr);
+    }
+
+  private:
+    sigset_t m_Pipe{};
+    sigset_t m_Former{};
+    bool m_WasPending = false;
+};
+
+/// Header lines of one request; overwritten before they are given back, since one
+/// of them can be a token.
+class HeaderLines
+{
+  public:
+    HeaderLines() = default;
+    HeaderLines(const HeaderLines&) = delete;
+    HeaderLines& operator=(const HeaderLines&) = delete;
+    ~HeaderLines()
+    {
+        for (curl_slist* line = m_Lines; line != nullptr; line = line->next)
+        {
+            explicit_bzero(line->data, std::char_traits<char>::length(line->data));
+        }
+        curl_slist_free_all(m_Lines);
+    }
+
+    void Add(const std::string& name, const std::string& value)
+    {
+        SecretText line;
+        line.Buffer().reserve(name.size() + value.size() + 2);
+        line.Buffer().append(name).append(value.empty() ? ";" : ": ").append(value);
+        AddLine(line.Get());
+    }
+    void AddLine(const std::string& line)
+    {
+        if (curl_slist* const longer = curl_slist_append(m_Lines, line.c_str()))
+        {
+            m_Lines = longer;
+        }
+    }
+    curl_slist* Get() const { return m_Lines; }
+
+  private:
+    curl_slist* m_Lines = nullptr;
+};
+
+std::string Trimmed(std::string_view text)
+{
+    const auto first = text.find_first_not_of(" \t\r\n");
+    const auto last = text.find_last_not_of(" \t\r\n");
+    return first == std::string_view::npos ? std::string() : std::string(text.substr(first, last - first + 1));
+}
+
+} // namespace
+
+/// What arrives during one transfer.
+struct CurlConnection::Reception
+{
+    HttpAnswer Answer;
+    TransferEnd End;
+    std::uint64_t MaxBody = 0;
+    std::size_t HeadBytes = 0;
+    unsigned int Sendings = 0;
+    bool MayRepeat = false;
+    HeaderLines Lines;
+    std::array<char, CURL_ERROR_SIZE> Words{};
+
+    static std::size_t OnBody(const char* data, std::size_t size, std::size_t count, void* self);
+    static std::size_t OnHeader(const char* data, std::size_t size, std::size_t count, void* self);
+    static int OnSend(void* self, char*, char*, int, int);
+    void TakeHeader(std::string_view line);
+};
+
+std::size_t CurlConnection::Reception::OnBody(const char* data, std::size_t size, std::size_t count, void* self)
+{
+    auto& reception = *static_cast<Reception*>(self);
+    const std::size_t bytes = size * count;
+    if (bytes > reception.MaxBody - reception.Answer.Body.size())
+    {
+        reception.End.BodyTooLarge = true;
+        return CURL_WRITEFUNC_ERROR;
+    }
+    reception.Answer.Body.append(data, bytes);
+    return bytes;
+}
+
+std::size_t CurlConnection::Reception::OnHeader(const char* data, std::size_t size, std::size_t count, void* self)
+{
+    auto& reception = *static_cast<Reception*>(self);
+    const std::size_t bytes = size * count;
+    // Interim answers (1xx) count as well, or they could go on for ever.
+    reception.HeadBytes += bytes;
+    if (reception.HeadBytes > MaxHeadBytes)
+    {
+        reception.End.HeadTooLarge = true;
+        return CURL_WRITEFUNC_ERROR;
+    }
+    reception.TakeHeader({data, bytes});
+    return bytes;
+}
+
+int CurlConnection::Reception::OnSend(void* self, char*, char*, int, int)
+{
+    auto& reception = *static_cast<Reception*>(self);
+    reception.End.Connected = true;
+    // curl sends a request anew when a kept connection dies under it. A change may
+    // have arrived by then.
+    if (++reception.Sendings > 1 && !reception.MayRepeat)
+    {
+        reception.End.ChangeCutOff = true;
+        return CURL_PREREQFUNC_ABORT;
+    }
+    return CURL_PREREQFUNC_OK;
+}
+
+void CurlConnection::Reception::TakeHeader(std::string_view line)
+{
+    if (line.substr(0, 5) == "HTTP/")
+    {
+        Answer.Headers.clear();
+        return;
+    }
+    const std::size_t colon = line.find(':');
+    if (colon != std::string_view::npos)
+    {
+        Answer.Headers[LowerAscii(line.substr(0, colon))] = Trimmed(line.substr(colon + 1));
+    }
+}
+
+CurlConnection::CurlConnection(Origin origin, TlsRules tls, TransferLimits limits)
+    : m_Origin(std::move(origin)), m_Limits(limits), m_Tls(std::move(tls)), m_Multi(nullptr, &curl_multi_cleanup),
+      m_Easy(nullptr, &curl_easy_cleanup)
+{
+    InitialiseCurlOnce();
+    m_Multi.reset(curl_multi_init());
+    m_Easy.reset(curl_easy_init());
+    if (m_Multi)
+    {
+        curl_multi_setopt(m_Multi.get(), CURLMOPT_MAXCONNECTS, 1L);
+        curl_multi_setopt(m_Multi.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS, 1L);
+    }
+}
+
+CurlConnection::~CurlConnection()
+{
+    // TLS says good-bye on its way out, to a peer that may have left already.
+    const SigpipeGuard guard;
+    m_Easy.reset();
+    m_Multi.reset();
+}
+
+void CurlConnection::SetFixedOptions()
+{
+    CURL* const easy = m_Easy.get();
+    const char* const scheme = m_Origin.PlainHttp ? "http" : "https";
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_PROXY, "");
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, scheme);
+    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
+    curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
+    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "gzip");
+    curl_easy_setopt(easy, CURLOPT_USERAGENT, "tavrine");
+    curl_easy_setopt(easy, CURLOPT_TCP_KEEPALIVE, 1L);
+    // A resolver that hangs must not hold up a time-out or an abort.
+    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
+    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(m_Limits.ConnectTimeout.count()) * 1000L);
+    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(m_Limits.MaxBody));
+    m_Tls.Apply(easy);
+}
+
+void CurlConnection::SetRequest(const HttpRequest& request, const Credentials& credentials, Reception& reception)
+{
+    CURL* const easy = m_Easy.get();
+    const std::string url = m_Origin.Url() + std::string(request.Path);
+    curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
+    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request.Timeout.count()) * 1000L);
+    if (request.Verb == HttpVerb::Post || request.Verb == HttpVerb::Patch)
+    {
+        curl_easy_setopt(easy, CURLOPT_POST, 1L);
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.Body.size()));
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.Body.empty() ? "" : request.Body.data());
+        reception.Lines.Add("Content-Type", "application/json");
+    }
+    if (request.Verb == HttpVerb::Patch || request.Verb == HttpVerb::Delete)
+    {
+        curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, VerbName(request.Verb).data());
+    }
+    reception.Lines.Add("Accept", "application/json");
+    reception.Lines.Add("OData-Version", "4.0");
+    reception.Lines.AddLine("Expect:");
+    if (request.Headers != nullptr)
+    {
+        for (const auto& [name, value] : *request.Headers)
+        {
+            if (LowerAscii(name) != "expect")
+            {
+                reception.Lines.Add(name, value);
+            }
+        }
+    }
+    if (!credentials.Token.empty())
+    {
+        reception.Lines.Add("X-Auth-Token", credentials.Token);
+    }
+    else if (!credentials.User.empty())
+    {
+        curl_easy_setopt(easy, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BASIC));
+        curl_easy_setopt(easy, CURLOPT_USERNAME, credentials.User.c_str());
+        curl_easy_setopt(easy, CURLOPT_PASSWORD, credentials.Password.c_str());
+    }
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, reception.Lines.Get());
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Reception::OnBody);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &reception);
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Reception::OnHeader);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, &reception);
+    curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &Reception::OnSend);
+    curl_easy_setopt(easy, CURLOPT_PREREQDATA, &reception);
+    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, reception.Words.data());
+}
+
+CURLcode CurlConnection::Drive(const HttpRequest& request, Reception& reception)
+{
+    if (curl_multi_add_handle(m_Multi.get(), m_Easy.get()) != CURLM_OK)
+    {
+        return CURLE_FAILED_INIT;
+    }
+    CURLcode code = CURLE_FAILED_INIT;
+    int running = 1;
+    while (curl_multi_perform(m_Multi.get(), &running) == CURLM_OK && running > 0)
+    {
+        reception.End.Aborted = AbortFlag::IsRaised() && !request.DespiteAbort;
+        if (reception.End.Aborted || curl_multi_poll(m_Multi.get(), nullptr, 0, PollMilliseconds, nullptr) != CURLM_OK)
+        {
+            break;
+        }
+    }
+    int left = 0;
+    while (const CURLMsg* const message = curl_multi_info_read(m_Multi.get(), &left))
+    {
+        code = message->msg == CURLMSG_DONE ? message->data.result : code;
+    }
+    Count();
+    curl_multi_remove_handle(m_Multi.get(), m_Easy.get());
+    return code;
+}
+
+void CurlConnection::Count()
+{
+    long made = 0;
+    long head = 0;
+    curl_off_t body = 0;
+    curl_easy_getinfo(m_Easy.get(), CURLINFO_NUM_CONNECTS, &made);
+    curl_easy_getinfo(m_Easy.get(), CURLINFO_HEADER_SIZE, &head);
+    curl_easy_getinfo(m_Easy.get(), CURLINFO_SIZE_DOWNLOAD_T, &body);
+    Requests += 1;
+    Connections += static_cast<std::uint64_t>(std::max(made, 0L));
+    BytesReceived +=
+        static_cast<std::uint64_t>(std::max(head, 0L)) + static_cast<std::uint64_t>(std::max<curl_off_t>(body, 0));
+}
+
+Exchange CurlConnection::Run(const HttpRequest& request, const Credentials& credentials)
+{
+    TransferLimits limits = m_Limits;
+    limits.RequestTimeout = request.Timeout;
+    Reception reception;
+    reception.MaxBody = limits.MaxBody;
+    reception.MayRepeat = request.Verb == HttpVerb::Get;
+    reception.End.Code = CURLE_FAILED_INIT;
+    if (AbortFlag::IsRaised() && !request.DespiteAbort)
+    {
+        reception.End.Aborted = true;
+    }
+    else if (m_Multi && m_Easy)
+    {
+        const SigpipeGuard guard;
+        m_Tls.Forget();
+        curl_easy_reset(m_Easy.get());
+        SetFixedOptions();
+        SetRequest(request, credentials, reception);
+        reception.End.Code = Drive(request, reception);
+        long status = 0;
+        long systemError = 0;
+        curl_easy_getinfo(m_Easy.get(), CURLINFO_RESPONSE_CODE, &status);
+        curl_easy_getinfo(m_Easy.get(), CURLINFO_OS_ERRNO, &systemError);
+        reception.Answer.Status = static_cast<int>(status);
+        reception.End.SystemError = static_cast<int>(systemError);
+        reception.End.Words = reception.Words.data();
+        curl_easy_reset(m_Easy.get()); // nothing of this call may be pointed to after it
+    }
+    if (reception.End.Code == CURLE_OK && !reception.End.Aborted)
+    {
+        return {std::move(reception.Answer), std::nullopt};
+    }
+    return {{}, ExplainTransferEnd(reception.End, limits, m_Tls, m_Origin.Text(), m_Origin.PlainHttp)};
+}
+
+} // namespace Tavrine

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ValueTypes.h"
+
+namespace Tavrine
+{
+
+enum class HttpVerb
+{
+    Get,
+    Post,
+    Patch,
+    Delete,
+};
+
+inline constexpr std::string_view VerbName(HttpVerb verb)
+{
+    constexpr std::string_view names[] = {"GET", "POST", "PATCH", "DELETE"};
+    return names[static_cast<std::size_t>(verb)];
+}
+
+/// One request. The texts stay the caller's and must outlive the call.
+struct HttpRequest
+{
+    HttpVerb Verb = HttpVerb::Get;
+    /// Path and query as they go over the wire.
+    std::string_view Path;
+    /// Sent with POST and PATCH, also when it is empty.
+    std::string_view Body;
+    std::chrono::seconds Timeout{60};
+    /// Headers beside those that every request has.
+    const SettingStringMap* Headers = nullptr;
+    /// Goes out even after AbortRequests().
+    bool DespiteAbort = false;
+};
+
+struct HttpAnswer
+{
+    int Status = 0;
+    /// Names in lower case; of repeated ones the last.
+    std::map<std::string, std::string> Headers;
+    std::string Body;
+
+    bool Success() const { return Status >= 200 && Status < 300; }
+    /// The value of a header, empty where it is missing.
+    std::string Header(const std::string& lowerName) const
+    {
+        const auto found = Headers.find(lowerName);
+        return found == Headers.end() ? std::string() : found->second;
+    }
+};
+
+/// Why there is no answer: never mixed with an answer's status.
+struct TransportFault
+{
+    /// 24 or 27, or 26, 18, 28 for a request that was not sent because it is
+    /// malformed.
+    int Code = 24;
+    std::string Text;
+    /// No connection stood, so nothing was sent: another try does no harm.
+    bool NotConnected = false;
+};
+
+/// What came of one request: the answer, or the fault.
+struct Exchange
+{
+    HttpAnswer Answer;
+    std::optional<TransportFault> Fault;
+};
+
+/// The code of a refused request (see BMCBaseAssistant).
+inline constexpr int RefusalCode(HttpVerb verb, bool withErrorList)
+{
+    constexpr int codes[] = {26, 28, 18, 28};
+    return verb == HttpVerb::Post && withErrorList ? 18 : codes[static_cast<std::size_t>(verb)];
+}
+
+} // namespace Tavrine

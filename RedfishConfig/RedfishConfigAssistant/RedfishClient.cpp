@@ -1,0 +1,377 @@
+#include "RedfishClient.h"
+
+#include <algorithm>
+#include <array>
+#include <thread>
+
+#include <fmt/format.h>
+
+#include "AbortFlag.h"
+#include "AnswerResults.h"
+#include "JsonText.h"
+#include "Log.h"
+
+namespace Tavrine
+{
+
+namespace
+{
+
+using TavrineConnection::ConnectionInfo;
+using TavrineConnection::ConnectionProfile;
+
+/// DSP0266 lets the service root name another place; every service has this one.
+constexpr std::string_view SessionsPath = "/redfish/v1/SessionService/Sessions";
+constexpr unsigned int MaxRedirects = 5;
+/// Logging out is done on the way out, where nobody waits for a minute.
+constexpr std::chrono::seconds LogoutTimeout{10};
+constexpr std::chrono::milliseconds PauseStep{100};
+constexpr std::uint64_t MaxPauseMilliseconds = 60'000;
+constexpr std::size_t MaxTokenBytes = 4096;
+
+std::chrono::seconds AtLeastOne(std::uint16_t seconds) { return std::chrono::seconds(std::max<int>(seconds, 1)); }
+
+bool HasFlag(const ConnectionInfo& info, std::uint8_t flag) { return (info.Flags & flag) != 0; }
+
+TlsRules MakeRules(const ConnectionInfo& info, const ConnectionProfile& profile)
+{
+    return {!HasFlag(info, TavrineConnection::FlagNoTlsVerify), profile.CaFile, ParseSha256(profile.PinnedSha256)};
+}
+
+/// What makes a record unusable; empty when nothing does.
+std::string SetupFault(const ConnectionInfo& info, const ConnectionProfile& profile)
+{
+    if (std::string fault = HostFault(info.Host); !fault.empty())
+    {
+        return fault;
+    }
+    if (profile.PinnedSha256.empty())
+    {
+        return {};
+    }
+    if (HasFlag(info, TavrineConnection::FlagPlainHttp))
+    {
+        return "a certificate is pinned, but http shows none";
+    }
+    return ParseSha256(profile.PinnedSha256) ? "" : "the pinned SHA-256 does not have 64 hexadecimal digits";
+}
+
+bool IsRedirect(int status)
+{
+    constexpr std::array<int, 5> statuses = {301, 302, 303, 307, 308};
+    return std::find(statuses.begin(), statuses.end(), status) != statuses.end();
+}
+
+bool IsUsableToken(const std::string& token)
+{
+    const auto visible = [](char c) { return c > 0x20 && c < 0x7f; };
+    return !token.empty() && token.size() <= MaxTokenBytes && std::all_of(token.begin(), token.end(), visible);
+}
+
+std::string Call(const HttpRequest& request)
+{
+    return fmt::format("{} {}", VerbName(request.Verb), CleanText(request.Path, 300));
+}
+
+} // namespace
+
+RedfishClient::RedfishClient(const ConnectionInfo& info, const ConnectionProfile& profile)
+    : m_User(info.User), m_Password(info.Password), m_Language(profile.Language),
+      m_RequestTimeout(AtLeastOne(info.RequestTimeout)), m_Retries(info.Retries), m_RetryPause(info.RetryPause),
+      m_Closed(SetupFault(info, profile)),
+      m_Connection({HasFlag(info, TavrineConnection::FlagPlainHttp), info.Host, info.Port}, MakeRules(info, profile),
+                   {AtLeastOne(info.ConnectTimeout), m_RequestTimeout, info.MaxResponseBytes})
+{
+}
+
+RedfishClient::~RedfishClient() = default;
+
+std::shared_ptr<RedfishClient> RedfishClient::MakeClosed(const ConnectionInfo& info)
+{
+    auto client = std::make_shared<RedfishClient>(info, ConnectionProfile());
+    client->m_Closed = "the connection that this record belongs to is closed";
+    return client;
+}
+
+RedfishConfigResult RedfishClient::Get(std::string_view path, std::string& response)
+{
+    const HttpRequest request{HttpVerb::Get, path, {}, m_RequestTimeout, nullptr, false};
+    if (const std::string fault = RequestFault(request); !fault.empty())
+    {
+        return {RefusalCode(HttpVerb::Get, false), fault, ""};
+    }
+    Exchange exchange = Send(request);
+    if (!exchange.Fault && exchange.Answer.Success())
+    {
+        const JsonShape shape = exchange.Answer.Body.empty() ? JsonShape() : LookAtJson(exchange.Answer.Body);
+        if (!shape.Fault.empty())
+        {
+            return {
+                27,
+                fmt::format("{} from {}: the answer is {}.", Call(request), m_Connection.Place().Text(), shape.Fault),
+                ""};
+        }
+        if (!shape.HasError)
+        {
+            response = std::move(exchange.Answer.Body);
+            return {0, "", ""};
+        }
+    }
+    const std::lock_guard lock(m_Mutex);
+    RedfishConfigResult result = Judge(request, exchange, nullptr);
+    if (result == 0)
+    {
+        response = std::move(exchange.Answer.Body);
+    }
+    return result;
+}
+
+RedfishConfigResult RedfishClient::Change(const HttpRequest& request, std::string& response,
+                                          std::vector<RedfishConfigResult>* errors)
+{
+    response.clear();
+    if (const std::string fault = RequestFault(request); !fault.empty())
+    {
+        return {RefusalCode(request.Verb, errors != nullptr), fault, ""};
+    }
+    Exchange exchange = Send(request);
+    RedfishConfigResult result(0, "", "");
+    {
+        const std::lock_guard lock(m_Mutex);
+        result = Judge(request, exchange, errors);
+    }
+    response = std::move(exchange.Answer.Body);
+    return result;
+}
+
+std::string RedfishClient::RequestFault(const HttpRequest& request) const
+{
+    std::string fault = PathFault(request.Path);
+    if (!fault.empty())
+    {
+        return fmt::format("{} was not sent to {}: the path is unusable, {}.", Call(request),
+                           m_Connection.Place().Text(), fault);
+    }
+    static const SettingStringMap none;
+    for (const auto& [name, value] : request.Headers == nullptr ? none : *request.Headers)
+    {
+        fault = HeaderFault(name, value);
+        if (!fault.empty())
+        {
+            return fmt::format("{} was not sent to {}: the header \"{}\" is unusable, {}.", Call(request),
+                               m_Connection.Place().Text(), CleanText(name, 100), fault);
+        }
+    }
+    return {};
+}
+
+Exchange RedfishClient::Send(const HttpRequest& request)
+{
+    for (std::uint32_t attempt = 0;; ++attempt)
+    {
+        Exchange exchange;
+        {
+            const std::lock_guard lock(m_Mutex);
+            exchange = SendOnce(request);
+        }
+        const bool again = request.Verb == HttpVerb::Get && exchange.Fault && exchange.Fault->NotConnected;
+        if (!again || attempt >= m_Retries || !PauseBeforeRetry(attempt))
+        {
+            return exchange;
+        }
+    }
+}
+
+bool RedfishClient::PauseBeforeRetry(std::uint32_t attempt) const
+{
+    const std::uint64_t doubled = std::uint64_t{m_RetryPause} << std::min<std::uint32_t>(attempt, 20);
+    auto left =
+        std::chrono::milliseconds(std::min(doubled, std::max<std::uint64_t>(MaxPauseMilliseconds, m_RetryPause)));
+    while (left.count() > 0 && !AbortFlag::IsRaised())
+    {
+        const auto step = std::min(left, PauseStep);
+        std::this_thread::sleep_for(step);
+        left -= step;
+    }
+    return !AbortFlag::IsRaised();
+}
+
+Exchange RedfishClient::SendOnce(const HttpRequest& request)
+{
+    Exchange exchange = FollowRedirects(request);
+    if (exchange.Fault || exchange.Answer.Status != 401 || m_Session.Token.Get().empty())
+    {
+        return exchange;
+    }
+    // The session has run out. A request that was answered with 401 was not done, so
+    // it may go out again, a change as well.
+    Log(4, __FILE__, __LINE__).Stream() << "The session is gone, logging in again.";
+    m_Session.Token.Clear();
+    RedfishConfigResult login = LogIn();
+    if (login != 0 && login != 11)
+    {
+        return {{}, TransportFault{login.ErrorCode(), login.ErrorMsg(), false}};
+    }
+    return FollowRedirects(request);
+}
+
+Exchange RedfishClient::FollowRedirects(const HttpRequest& request)
+{
+    HttpRequest current = request;
+    std::string path;
+    for (unsigned int followed = 0;; ++followed)
+    {
+        Exchange exchange = Run(current);
+        if (exchange.Fault || request.Verb != HttpVerb::Get || !IsRedirect(exchange.Answer.Status) ||
+            followed == MaxRedirects)
+        {
+            return exchange;
+        }
+        const auto target = ResolveWithin(m_Connection.Place(), current.Path, exchange.Answer.Header("location"));
+        if (!target)
+        {
+            return exchange;
+        }
+        path = *target;
+        current.Path = path;
+    }
+}
+
+Exchange RedfishClient::Run(const HttpRequest& request)
+{
+    if (!m_Closed.empty())
+    {
+        return {{}, TransportFault{24, m_Connection.Place().Text() + ": " + m_Closed + ".", false}};
+    }
+    Log(4, __FILE__, __LINE__).Stream() << Call(request) << " to " << m_Connection.Place().Text();
+    const Credentials credentials{m_User.Get(), m_Password.Get(), m_Session.Token.Get()};
+    Exchange exchange = m_Connection.Run(request, credentials);
+    if (exchange.Fault)
+    {
+        Log(4, __FILE__, __LINE__).Stream() << Call(request) << " failed: " << exchange.Fault->Text;
+    }
+    else
+    {
+        Log(4, __FILE__, __LINE__).Stream() << Call(request) << " was answered with " << exchange.Answer.Status << ", "
+                                            << exchange.Answer.Body.size() << " bytes";
+    }
+    return exchange;
+}
+
+RedfishConfigResult RedfishClient::Judge(const HttpRequest& request, const Exchange& exchange,
+                                         std::vector<RedfishConfigResult>* errors) const
+{
+    if (exchange.Fault)
+    {
+        return {exchange.Fault->Code, exchange.Fault->Text, ""};
+    }
+    const bool authenticated = !m_Session.Token.Get().empty() || !m_User.Get().empty();
+    std::vector<RedfishConfigResult> unwanted;
+    return JudgeAnswer({request.Verb,
+                        errors != nullptr,
+                        request.Path,
+                        m_Connection.Place().Text(),
+                        authenticated,
+                        {m_Password.Get(), m_Session.Token.Get()}},
+                       exchange.Answer, errors != nullptr ? *errors : unwanted);
+}
+
+RedfishConfigResult RedfishClient::OpenSession()
+{
+    const std::lock_guard lock(m_Mutex);
+    if (!m_Session.Token.Get().empty())
+    {
+        return {0, "", ""};
+    }
+    if (m_User.Get().empty())
+    {
+        return {24, m_Connection.Place().Text() + ": a session needs a user name.", ""};
+    }
+    return LogIn();
+}
+
+RedfishConfigResult RedfishClient::LogIn()
+{
+    static const std::string none;
+    if (!m_Closed.empty())
+    {
+        return {24, m_Connection.Place().Text() + ": " + m_Closed + ".", ""};
+    }
+    SecretText body;
+    body.Buffer().reserve(64 + 6 * (m_User.Get().size() + m_Password.Get().size()));
+    body.Buffer().append("{\"UserName\":");
+    AppendJsonString(body.Buffer(), m_User.Get());
+    body.Buffer().append(",\"Password\":");
+    AppendJsonString(body.Buffer(), m_Password.Get());
+    body.Buffer().append("}");
+    const HttpRequest request{HttpVerb::Post, SessionsPath, body.Get(), m_RequestTimeout, nullptr, false};
+    Log(4, __FILE__, __LINE__).Stream() << "Logging in to " << m_Connection.Place().Text();
+    Exchange exchange = m_Connection.Run(request, {none, none, none});
+    if (exchange.Fault)
+    {
+        return {exchange.Fault->Code, exchange.Fault->Text, ""};
+    }
+    const int status = exchange.Answer.Status;
+    if (status == 404 || status == 405 || status == 501)
+    {
+        return {11, m_Connection.Place().Text() + " has no sessions.", ""};
+    }
+    RedfishConfigResult result = Judge(request, exchange, nullptr);
+    if (result == 0 || result == 1)
+    {
+        result = TakeSession(exchange.Answer);
+    }
+    for (auto& [name, value] : exchange.Answer.Headers)
+    {
+        Wipe(value);
+    }
+    return result;
+}
+
+RedfishConfigResult RedfishClient::TakeSession(const HttpAnswer& answer)
+{
+    const SecretText token(answer.Header("x-auth-token"));
+    if (!IsUsableToken(token.Get()))
+    {
+        return {27, m_Connection.Place().Text() + ": the answer to the login holds no usable X-Auth-Token.", ""};
+    }
+    m_Session.Token.Set(token.Get());
+    auto path = ResolveWithin(m_Connection.Place(), SessionsPath, answer.Header("location"));
+    if (!path)
+    {
+        const auto body = ParseJson(answer.Body);
+        path = ResolveWithin(m_Connection.Place(), SessionsPath, TextMember(body ? &*body : nullptr, "@odata.id"));
+    }
+    m_Session.Path = path.value_or("");
+    return {0, "", ""};
+}
+
+RedfishConfigResult RedfishClient::CloseSession()
+{
+    const std::lock_guard lock(m_Mutex);
+    if (m_Session.Token.Get().empty())
+    {
+        return {0, "", ""};
+    }
+    RedfishConfigResult result(28, m_Connection.Place().Text() + ": the session was left open, its place is not known.",
+                               "");
+    if (!m_Session.Path.empty())
+    {
+        const HttpRequest request{
+            HttpVerb::Delete, m_Session.Path, {}, std::min(m_RequestTimeout, LogoutTimeout), nullptr, true};
+        const Exchange exchange = Run(request);
+        const int status = exchange.Answer.Status;
+        const bool gone = !exchange.Fault && (status == 401 || status == 404 || status == 410);
+        result = gone ? RedfishConfigResult(0, "", "") : Judge(request, exchange, nullptr);
+    }
+    m_Session.Token.Clear();
+    m_Session.Path.clear();
+    return result;
+}
+
+TavrineConnection::Traffic RedfishClient::Counters() const
+{
+    return {m_Connection.Requests.load(), m_Connection.Connections.load(), m_Connection.BytesReceived.load()};
+}
+
+} // namespace Tavrine

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "BmcConnection.h"
+#include "ConnectionInfo.h"
+#include "CurlConnection.h"
+#include "Http.h"
+#include "PlainText.h"
+#include "RedfishConfigResult.h"
+
+namespace Tavrine
+{
+
+/// Everything that is spoken with one BMC: one connection, one session, requests one
+/// after the other from whatever thread.
+class RedfishClient
+{
+  public:
+    RedfishClient(const TavrineConnection::ConnectionInfo& info, const TavrineConnection::ConnectionProfile& profile);
+    RedfishClient(const RedfishClient&) = delete;
+    RedfishClient& operator=(const RedfishClient&) = delete;
+    ~RedfishClient();
+
+    /// A client that refuses every request with code 24.
+    static std::shared_ptr<RedfishClient> MakeClosed(const TavrineConnection::ConnectionInfo& info);
+
+    /// A GET whose answer must be JSON or empty; `response` is untouched on failure.
+    RedfishConfigResult Get(std::string_view path, std::string& response);
+    /// Any other verb; `response` receives the body in every case.
+    /// @param errors  null for a caller that takes no failures of single settings.
+    RedfishConfigResult Change(const HttpRequest& request, std::string& response,
+                               std::vector<RedfishConfigResult>* errors);
+
+    RedfishConfigResult OpenSession();
+    RedfishConfigResult CloseSession();
+
+    TavrineConnection::Traffic Counters() const;
+    const std::string& Language() const { return m_Language; }
+    std::chrono::seconds RequestTimeout() const { return m_RequestTimeout; }
+
+  private:
+    struct Session
+    {
+        SecretText Token;
+        /// Where to log out; empty when the BMC did not tell.
+        std::string Path;
+    };
+
+    Exchange Send(const HttpRequest& request);
+    bool PauseBeforeRetry(std::uint32_t attempt) const;
+    std::string RequestFault(const HttpRequest& request) const;
+
+    // What follows is called with m_Mutex held.
+    Exchange SendOnce(const HttpRequest& request);
+    Exchange FollowRedirects(const HttpRequest& request);
+    Exchange Run(const HttpRequest& request);
+    RedfishConfigResult LogIn();
+    RedfishConfigResult TakeSession(const HttpAnswer& answer);
+    RedfishConfigResult Judge(const HttpRequest& request, const Exchange& exchange,
+                              std::vector<RedfishConfigResult>* errors) const;
+
+    std::mutex m_Mutex;
+    SecretText m_User;
+    SecretText m_Password;
+    std::string m_Language;
+    std::chrono::seconds m_RequestTimeout;
+    std::uint32_t m_Retries;
+    std::uint32_t m_RetryPause;
+    /// Why no request is sent at all; empty for a usable client.
+    std::string m_Closed;
+    Session m_Session;
+    CurlConnection m_Connection;
+};
+
+} // namespace Tavrine

@@ -1,0 +1,101 @@
+#include "JsonText.h"
+
+#include <gtest/gtest.h>
+
+using namespace Tavrine;
+
+namespace
+{
+
+std::string Nested(std::size_t depth, const std::string& open, const std::string& close)
+{
+    std::string text;
+    for (std::size_t i = 0; i < depth; ++i)
+    {
+        text += open;
+    }
+    text += "1";
+    for (std::size_t i = 0; i < depth; ++i)
+    {
+        text += close;
+    }
+    return text;
+}
+
+std::string Zeros(std::size_t count)
+{
+    std::string text = "[0";
+    for (std::size_t i = 1; i < count; ++i)
+    {
+        text += ",0";
+    }
+    return text + "]";
+}
+
+} // namespace
+
+TEST(JsonText, DepthIsTakenUpToTheLimit)
+{
+    EXPECT_EQ(LookAtJson(Nested(MaxJsonDepth, "[", "]")).Fault, "");
+    EXPECT_TRUE(ParseJson(Nested(MaxJsonDepth, "[", "]")));
+    for (const std::size_t depth : {MaxJsonDepth + 1, std::size_t{10'000}, std::size_t{1'000'000}})
+    {
+        EXPECT_EQ(LookAtJson(Nested(depth, "[", "]")).Fault, "nested deeper than 32 levels");
+        EXPECT_EQ(LookAtJson(Nested(depth, "{\"a\":", "}")).Fault, "nested deeper than 32 levels");
+        EXPECT_FALSE(ParseJson(Nested(depth, "[", "]")));
+    }
+}
+
+TEST(JsonText, ValuesAreTakenUpToTheLimit)
+{
+    // The array counts itself.
+    EXPECT_EQ(LookAtJson(Zeros(MaxJsonValues - 1)).Fault, "");
+    EXPECT_EQ(LookAtJson(Zeros(MaxJsonValues)).Fault, "more than 4000000 values");
+}
+
+TEST(JsonText, WhatIsNoJsonIsRefused)
+{
+    for (const char* text : {"", " ", "<html>", "{", "{\"a\":1", "{\"a\" 1}", "[1,]", "{} {}", "nul", "\"open",
+                             "{'a':1}", "\xff\xfe", "[1]x", "\"\x01\"", "\"\xff\""})
+    {
+        EXPECT_NE(LookAtJson(text).Fault, "") << text;
+        EXPECT_FALSE(ParseJson(text)) << text;
+    }
+    EXPECT_NE(LookAtJson(std::string_view("[1]\0", 4)).Fault, "");
+}
+
+TEST(JsonText, WhatIsJsonIsTaken)
+{
+    for (const char* text :
+         {"{}", "[]", "null", " {\"a\":[1,2.5,true,null,\"x\"]} \n", "18446744073709551615", "1e400"})
+    {
+        EXPECT_EQ(LookAtJson(text).Fault, "") << text;
+        EXPECT_TRUE(ParseJson(text)) << text;
+    }
+}
+
+TEST(JsonText, AnErrorObjectIsSeenAtTheTopLevelAlone)
+{
+    struct Row
+    {
+        const char* Text;
+        bool HasError;
+    };
+    constexpr Row rows[] = {
+        {R"({"error":{}})", true},
+        {R"({"a":1,"error":{"code":"x"}})", true},
+        {R"({"a":{"b":1},"error":{"code":"x"},"c":2})", true},
+        {R"({"error":7})", false},
+        {R"({"error":[{}]})", false},
+        {R"({"a":{"error":{}}})", false},
+        {R"({"errors":{}})", false},
+        {R"({"error":1,"a":{}})", false},
+        {R"([{"error":{}}])", false},
+        {R"({"err\u006fr":{}})", true},
+        {R"({"":{}})", false},
+    };
+    for (const Row& row : rows)
+    {
+        EXPECT_EQ(LookAtJson(row.Text).HasError, row.HasError) << row.Text;
+    }
+}

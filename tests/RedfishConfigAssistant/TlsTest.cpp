@@ -1,0 +1,191 @@
+#include "BMCBaseAssistant.h"
+
+#include <cstdio>
+#include <fstream>
+
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "BmcConnection.h"
+#include "Certificates.h"
+#include "TestServer.h"
+#include "TlsCheck.h"
+
+using namespace Tavrine;
+using namespace resttest;
+using TavrineConnection::ConnectionProfile;
+
+namespace
+{
+
+void Answers(const httplib::Request&, httplib::Response& response) { AnswerJson(response, "{}"); }
+
+/// The certificate of most tests, made once.
+const Certificate& Good()
+{
+    static const Certificate certificate = MakeCertificate();
+    return certificate;
+}
+
+TavrineConnection::ConnectionInfo Verified(const TestServer& server)
+{
+    auto info = server.Info();
+    info.Flags = 0;
+    return info;
+}
+
+RedfishConfigResult Get(const TavrineConnection::ConnectionInfo& info, const ConnectionProfile& profile)
+{
+    const TavrineConnection::BmcConnection connection(info, profile);
+    std::string response;
+    return BMCBaseAssistant(connection.Info(), SystemTypeBios).GetData("/x", response);
+}
+
+/// A PEM file that is gone after the test.
+class PemFile
+{
+  public:
+    explicit PemFile(const std::string& text)
+    {
+        const int file = mkstemp(m_Path.data());
+        close(file);
+        std::ofstream(m_Path) << text;
+    }
+    PemFile(const PemFile&) = delete;
+    PemFile& operator=(const PemFile&) = delete;
+    ~PemFile() { std::remove(m_Path.c_str()); }
+    const std::string& Path() const { return m_Path; }
+
+  private:
+    std::string m_Path = testing::TempDir() + "tls-test-XXXXXX";
+};
+
+} // namespace
+
+TEST(Tls, UnknownCertificateIsRefusedAndItsFingerprintShown)
+{
+    const TestServer server(Answers, &Good());
+    RedfishConfigResult result = Get(Verified(server), {});
+    EXPECT_THAT(result, Fails(24, "127.0.0.1:" + std::to_string(server.Port()) + ": its certificate is not trusted"));
+    EXPECT_THAT(result, Fails(24, Good().Fingerprint));
+    EXPECT_TRUE(server.Calls().empty()); // nothing was told to a stranger
+}
+
+TEST(Tls, CertificateOfTheCaFileIsTrusted)
+{
+    const TestServer server(Answers, &Good());
+    const PemFile file(Good().Pem);
+    EXPECT_THAT(Get(Verified(server), {.CaFile = file.Path(), .PinnedSha256 = ""}), HasCode(0));
+}
+
+TEST(Tls, CertificateOfAnotherAuthorityIsRefused)
+{
+    const TestServer server(Answers, &Good());
+    const PemFile file(MakeCertificate().Pem);
+    EXPECT_THAT(Get(Verified(server), {.CaFile = file.Path(), .PinnedSha256 = ""}), Fails(24, "is not trusted"));
+}
+
+TEST(Tls, CaFilesThatCannotBeUsed)
+{
+    const TestServer server(Answers, &Good());
+    const PemFile empty("");
+    EXPECT_THAT(Get(Verified(server), {.CaFile = "/nonexistent/ca.pem", .PinnedSha256 = ""}),
+                Fails(24, "/nonexistent/ca.pem"));
+    EXPECT_THAT(Get(Verified(server), {.CaFile = empty.Path(), .PinnedSha256 = ""}), HasCode(24));
+}
+
+TEST(Tls, CertificateForAnotherNameIsRefused)
+{
+    const Certificate other = MakeCertificate("DNS:other.example");
+    const TestServer server(Answers, &other);
+    const PemFile file(other.Pem);
+    RedfishConfigResult result = Get(Verified(server), {.CaFile = file.Path(), .PinnedSha256 = ""});
+    EXPECT_THAT(result, Fails(24, "its certificate is made out for another name"));
+    EXPECT_THAT(result, Fails(24, other.Fingerprint));
+}
+
+TEST(Tls, ExpiredCertificateIsRefused)
+{
+    const Certificate expired = MakeCertificate("IP:127.0.0.1", -1);
+    const TestServer server(Answers, &expired);
+    const PemFile file(expired.Pem);
+    EXPECT_THAT(Get(Verified(server), {.CaFile = file.Path(), .PinnedSha256 = ""}), Fails(24, "expired"));
+}
+
+TEST(Tls, PinStandsInForEveryOtherCheck)
+{
+    const Certificate certificate = MakeCertificate("DNS:other.example", -1);
+    const TestServer server(Answers, &certificate);
+    std::string pin = certificate.Fingerprint;
+    EXPECT_THAT(Get(Verified(server), {.CaFile = "", .PinnedSha256 = pin}), HasCode(0));
+    for (char& c : pin)
+    {
+        c = static_cast<char>(std::toupper(c));
+    }
+    EXPECT_THAT(Get(Verified(server), {.CaFile = "", .PinnedSha256 = pin}), HasCode(0));
+}
+
+TEST(Tls, WrongPinIsRefused)
+{
+    const TestServer server(Answers, &Good());
+    const PemFile file(Good().Pem);
+    std::string pin = Good().Fingerprint;
+    pin.back() = pin.back() == '0' ? '1' : '0';
+    auto info = Verified(server);
+    for (const std::uint8_t flags : {std::uint8_t{0}, TavrineConnection::FlagNoTlsVerify})
+    {
+        info.Flags = flags;
+        RedfishConfigResult result = Get(info, {.CaFile = file.Path(), .PinnedSha256 = pin});
+        EXPECT_THAT(result, Fails(24, "its certificate is not the pinned one"));
+        EXPECT_THAT(result, Fails(24, Good().Fingerprint));
+    }
+    EXPECT_TRUE(server.Calls().empty());
+}
+
+TEST(Tls, MalformedPinsAreRefusedBeforeConnecting)
+{
+    const TestServer server(Answers, &Good());
+    for (const std::string& pin :
+         {std::string("ab"), Good().Fingerprint + "0", "sha256:" + Good().Fingerprint, std::string(64, 'g')})
+    {
+        EXPECT_THAT(Get(Verified(server), {.CaFile = "", .PinnedSha256 = pin}), Fails(24, "pinned SHA-256")) << pin;
+    }
+    auto plain = Verified(server);
+    plain.Flags = TavrineConnection::FlagPlainHttp;
+    EXPECT_THAT(Get(plain, {.CaFile = "", .PinnedSha256 = Good().Fingerprint}), Fails(24, "pinned"));
+    EXPECT_TRUE(server.Calls().empty());
+}
+
+TEST(Tls, VerificationCanBeTurnedOff)
+{
+    const Certificate certificate = MakeCertificate("DNS:other.example", -1);
+    const TestServer server(Answers, &certificate);
+    EXPECT_THAT(Get(server.Info(), {}), HasCode(0));
+}
+
+TEST(Tls, HttpSpokenToAnHttpsPort)
+{
+    const TestServer server(Answers, &Good());
+    auto info = server.Info();
+    info.Flags = TavrineConnection::FlagPlainHttp;
+    EXPECT_THAT(Get(info, {}), Fails(24, "this may be an https port"));
+}
+
+TEST(Tls, HttpsSpokenToAnHttpPort)
+{
+    const TestServer server(Answers);
+    auto info = server.Info();
+    info.Flags = 0;
+    EXPECT_THAT(Get(info, {}), Fails(24, "it does not speak TLS, this may be an http port"));
+}
+
+TEST(Tls, DigestsAsText)
+{
+    const auto digest = Sha256Of("abc");
+    EXPECT_EQ(Sha256Text(digest), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"); // FIPS 180-2
+    EXPECT_EQ(ParseSha256(Sha256Text(digest)), digest);
+    EXPECT_FALSE(ParseSha256(""));
+    EXPECT_FALSE(ParseSha256(std::string(63, 'a')));
+    EXPECT_FALSE(ParseSha256(std::string(63, 'a') + "`"));
+}
