@@ -1,0 +1,83 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace bmcsim
+{
+
+/// What a simulated BMC is made of. Everything has a usable default.
+struct SimulatorOptions
+{
+    std::string BindAddress = "127.0.0.1";
+    /// 0: any free port.
+    std::uint16_t Port = 0;
+    /// Serve http instead of https.
+    bool PlainHttp = false;
+    /// PEM files; where both are empty a self-signed certificate for 127.0.0.1 and
+    /// localhost is made in memory.
+    std::string TlsCertFile;
+    std::string TlsKeyFile;
+    std::string User = "admin";
+    std::string Password = "password";
+    /// Folder with bios.json, registry.LANG.json and, where it has them,
+    /// settings.json, registryfile.json and protected.json. Empty: the built-in
+    /// machine.
+    std::string MachineDir;
+    /// File that keeps the state (values in force and pending) from run to run;
+    /// made when it is missing. Empty: each run starts afresh.
+    std::string StateFile;
+    /// File that receives one JSON line a request. Empty: none.
+    std::string AccessLogFile;
+    /// Pause before each answer.
+    std::chrono::milliseconds Latency{0};
+    /// A session that was not used for so long is gone.
+    std::chrono::milliseconds SessionTimeout{std::chrono::minutes(30)};
+};
+
+/// One request as the access log tells it.
+struct AccessRecord
+{
+    std::string Method;
+    std::string Path;
+    int Status = 0;
+    std::size_t Bytes = 0;
+    /// Counted from 1 in the order in which TCP connections were seen.
+    unsigned int Connection = 0;
+};
+
+/// A Redfish service (DSP0266) of one simulated server, in threads of its own.
+/// Stops when it is destroyed. All operations may be called from any thread.
+class BmcSimulator
+{
+  public:
+    /// @param error  one line that names what failed (a file, the port).
+    /// @return empty on failure; otherwise the simulator, listening.
+    static std::unique_ptr<BmcSimulator> Start(const SimulatorOptions& options, std::string& error);
+    ~BmcSimulator();
+    BmcSimulator(const BmcSimulator&) = delete;
+    BmcSimulator& operator=(const BmcSimulator&) = delete;
+
+    /// "https://127.0.0.1:PORT" or the same with http.
+    std::string Url() const;
+    std::uint16_t Port() const;
+    /// SHA-256 of the certificate in DER, 64 small hexadecimal digits; empty for http.
+    std::string Fingerprint() const;
+    /// The server's certificate; empty for http.
+    std::string CertificatePem() const;
+    std::vector<AccessRecord> AccessLog() const;
+    /// Empty when all is well, else what was lost (a state file that could not be
+    /// written, for example).
+    std::string Trouble() const;
+
+  private:
+    class Impl;
+    explicit BmcSimulator(std::unique_ptr<Impl> impl);
+    std::unique_ptr<Impl> m_Impl;
+};
+
+} // namespace bmcsim

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Machine.h"
+
+#include <string>
+
+namespace bmcsim
+{
+
+constexpr const char* GetProtectedAction = "ZorvanBios.GetProtectedAttributes";
+constexpr const char* SetProtectedAction = "ZorvanBios.SetProtectedAttributes";
+constexpr const char* ReadFileAction = "ZorvanComputerSystem.DSReadFile";
+constexpr const char* WriteFileAction = "ZorvanComputerSystem.DSWriteFile";
+
+inline std::string SystemPath(const Machine& machine) { return "/redfish/v1/Systems/" + machine.SystemId; }
+
+inline std::string OemBiosAction(const Machine& machine, const std::string& name)
+{
+    return SystemPath(machine) + "/Bios/Actions/Oem/" + name;
+}
+
+inline std::string OemSystemAction(const Machine& machine, const std::string& name)
+{
+    return SystemPath(machine) + "/Actions/Oem/" + name;
+}
+
+} // namespace bmcsim

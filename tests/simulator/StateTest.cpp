@@ -1,0 +1,186 @@
+#include "State.h"
+
+#include "Fixture.h"
+#include "SharedData.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+using namespace bmctest;
+using bmcsim::State;
+using bmcsim::Values;
+using testing::HasSubstr;
+
+class StateTest : public testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        std::string error;
+        auto machine = bmcsim::LoadMachine("", error);
+        ASSERT_TRUE(machine) << error;
+        m_Machine = std::move(*machine);
+    }
+    std::string File() const { return (m_Folder.Path() / "state.json").string(); }
+    std::unique_ptr<State> Open(const std::string& file, std::string& error) const
+    {
+        return State::Open(m_Machine, file, error);
+    }
+    std::size_t FilesInFolder() const
+    {
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(m_Folder.Path()), {}));
+    }
+
+    testdata::TemporaryFolder m_Folder;
+    bmcsim::Machine m_Machine;
+};
+
+TEST_F(StateTest, MissingFileIsMadeWithTheMachinesValues)
+{
+    std::string error;
+    const auto state = Open(File(), error);
+    ASSERT_TRUE(state) << error;
+    const json::value file = ParseFile(File());
+    EXPECT_EQ(At(file, "/Effective"), At(ParseFile(BMCSIM_MACHINE_DIR "/bios.json"), "/Attributes"));
+    EXPECT_EQ(At(file, "/ProtectedEffective"), At(ParseFile(BMCSIM_MACHINE_DIR "/protected.json"), "/Attributes"));
+    EXPECT_EQ(At(file, "/Pending"), json::object());
+    EXPECT_EQ(FilesInFolder(), 1U);
+}
+
+TEST_F(StateTest, FileIsForItsOwnerAlone)
+{
+    std::string error;
+    ASSERT_TRUE(Open(File(), error)) << error;
+    struct stat status
+    {
+    };
+    ASSERT_EQ(stat(File().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+TEST_F(StateTest, ReplacedValuesAreThereInTheNextRun)
+{
+    std::string error;
+    {
+        const auto state = Open(File(), error);
+        ASSERT_TRUE(state) << error;
+        Values values = state->Snapshot();
+        values.Effective["AssetTag"] = "new – tag";
+        values.Pending["BootPromptSeconds"] = 9;
+        values.ProtectedPending["TpmState"] = "Hidden";
+        values.Effective["DiagnosticSeed"] = std::uint64_t{18446744073709551615U};
+        EXPECT_TRUE(state->Replace(values));
+        EXPECT_EQ(state->Trouble(), "");
+    }
+    const auto state = Open(File(), error);
+    ASSERT_TRUE(state) << error;
+    const Values values = state->Snapshot();
+    EXPECT_EQ(values.Effective.at("AssetTag"), "new – tag");
+    EXPECT_EQ(values.Effective.at("DiagnosticSeed"), std::uint64_t{18446744073709551615U});
+    EXPECT_EQ(values.Pending.at("BootPromptSeconds"), 9);
+    EXPECT_EQ(values.ProtectedPending.at("TpmState"), "Hidden");
+    EXPECT_EQ(FilesInFolder(), 1U);
+}
+
+TEST_F(StateTest, ServiceShowsTheValuesOfTheFile)
+{
+    std::string error;
+    {
+        const auto state = Open(File(), error);
+        ASSERT_TRUE(state) << error;
+        Values values = state->Snapshot();
+        values.Effective["AssetTag"] = "changed";
+        values.Pending["BootPromptSeconds"] = 9;
+        values.ProtectedEffective["TpmState"] = "Hidden";
+        values.ProtectedPending["TpmClear"] = true;
+        ASSERT_TRUE(state->Replace(values));
+    }
+    auto options = PlainOptions();
+    const auto fresh = Start(options);
+    options.StateFile = File();
+    const auto simulator = Start(options);
+    ASSERT_TRUE(fresh && simulator);
+    const auto client = Connect(*simulator);
+    const auto bios = client->Get("/redfish/v1/Systems/1/Bios");
+    ASSERT_TRUE(bios);
+    EXPECT_EQ(At(Parse(bios->body), "/Attributes/AssetTag"), "changed");
+    EXPECT_NE(bios->get_header_value("ETag"),
+              Connect(*fresh)->Get("/redfish/v1/Systems/1/Bios")->get_header_value("ETag"));
+    EXPECT_EQ(At(Parse(client->Get("/redfish/v1/Systems/1/Bios/Settings")->body), "/Attributes"),
+              Parse(R"({"BootPromptSeconds":9})"));
+    const std::string action = "/redfish/v1/Systems/1/Bios/Actions/Oem/ZorvanBios.GetProtectedAttributes";
+    EXPECT_EQ(At(Parse(client->Post(action, "{}", "application/json")->body), "/Attributes/TpmState"), "Hidden");
+    EXPECT_EQ(Parse(client->Post(action, R"({"Pending":true})", "application/json")->body),
+              Parse(R"({"Attributes":{"TpmClear":true}})"));
+}
+
+TEST_F(StateTest, FileOfNoUseIsNamedAndLeftAlone)
+{
+    struct Case
+    {
+        const char* Content;
+        const char* Reason;
+    };
+    for (const auto& [content, reason] :
+         {Case{"", "no JSON"},
+          {"{", "line 1"},
+          {"{\n\"Version\": 1,\n}", "line 3"},
+          {"[]", "no JSON object"},
+          {"{}", "\"Version\" 1"},
+          {R"({"Version":2})", "\"Version\" 1"},
+          {R"({"Version":"1"})", "\"Version\" 1"},
+          {R"({"Version":1})", "belongs to machine ''"},
+          {R"({"Version":1,"Machine":"7/Other"})", "7/Other"},
+          {R"({"Version":1,"Machine":"1/BiosAttributeRegistryZS22.v1_4_0"})", "\"Effective\""},
+          {R"({"Version":1,"Machine":"1/BiosAttributeRegistryZS22.v1_4_0","Effective":[],"Pending":{}})",
+           "\"Effective\""},
+          {R"({"Version":1,"Machine":"1/BiosAttributeRegistryZS22.v1_4_0","Effective":{},"Pending":{}})",
+           "\"ProtectedEffective\""}})
+    {
+        m_Folder.Write("state.json", content);
+        auto options = PlainOptions();
+        options.StateFile = File();
+        const std::string error = StartError(options);
+        EXPECT_THAT(error, HasSubstr(File())) << content;
+        EXPECT_THAT(error, HasSubstr(reason)) << content;
+        EXPECT_EQ(testdata::ReadFile(File()), content);
+    }
+}
+
+TEST_F(StateTest, FileThatCannotBeMadeIsNamed)
+{
+    auto options = PlainOptions();
+    options.StateFile = (m_Folder.Path() / "missing" / "state.json").string();
+    EXPECT_THAT(StartError(options), HasSubstr(options.StateFile));
+    options.StateFile = m_Folder.Path().string();
+    EXPECT_THAT(StartError(options), HasSubstr(options.StateFile));
+}
+
+TEST_F(StateTest, FailureToSaveIsTold)
+{
+    std::string error;
+    const std::filesystem::path folder = m_Folder.Path() / "gone";
+    std::filesystem::create_directory(folder);
+    const auto state = Open((folder / "state.json").string(), error);
+    ASSERT_TRUE(state) << error;
+    std::filesystem::remove_all(folder);
+    Values values = state->Snapshot();
+    values.Effective["AssetTag"] = "lost";
+    EXPECT_FALSE(state->Replace(values));
+    EXPECT_THAT(state->Trouble(), HasSubstr((folder / "state.json").string()));
+    EXPECT_EQ(state->Snapshot().Effective.at("AssetTag"), "lost");
+}
+
+TEST_F(StateTest, WithoutAFileNothingIsKept)
+{
+    std::string error;
+    const auto state = Open("", error);
+    ASSERT_TRUE(state) << error;
+    EXPECT_TRUE(state->Replace(state->Snapshot()));
+    EXPECT_EQ(state->Trouble(), "");
+}
+
+} // namespace
