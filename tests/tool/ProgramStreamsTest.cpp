@@ -1,0 +1,156 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "ChildProcess.h"
+#include "RunningBmc.h"
+#include "TestMachine.h"
+
+using namespace tooltest;
+
+namespace
+{
+
+Launch Simulated(std::vector<std::string> arguments)
+{
+    Launch launch;
+    launch.Arguments = {"--simulate"};
+    launch.Arguments.insert(launch.Arguments.end(), arguments.begin(), arguments.end());
+    return launch;
+}
+
+/// A machine with more settings than a pipe holds.
+std::string BigMachine(const testdata::TemporaryFolder& folder)
+{
+    std::string attributes;
+    for (int number = 0; number < 20000; ++number)
+    {
+        attributes += (number == 0 ? "\"S" : ",\"S") + std::to_string(number) + "\":\"a value of some length\"";
+    }
+    folder.Write("big/bios.json", R"({"@odata.id":"/redfish/v1/Systems/1/Bios","Id":"Bios","Name":"BIOS",)"
+                                  R"("AttributeRegistry":"Big.v1_0_0","Attributes":{)" +
+                                      attributes + "}}");
+    folder.Write("big/registry.en.json", R"({"Id":"Big.v1_0_0","Name":"Big","Language":"en","OwningEntity":"Tests",)"
+                                         R"("RegistryVersion":"1.0.0","RegistryEntries":{"Attributes":[]}})");
+    return (folder.Path() / "big").string();
+}
+
+/// Waits until the access log of a BMC has a line with these words, for a minute at
+/// most.
+bool LogHas(const std::string& path, const std::string& words)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (std::chrono::steady_clock::now() < deadline)
+    {
+        std::ifstream file(path);
+        const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+        if (text.find(words) != std::string::npos)
+        {
+            return true;
+        }
+        std::this_thread::yield();
+    }
+    return false;
+}
+
+} // namespace
+
+TEST(ProgramStreams, AReaderThatGoesAwayIsNoError)
+{
+    const testdata::TemporaryFolder folder;
+    for (const std::size_t bytes : {std::size_t{0}, std::size_t{20}})
+    {
+        Launch launch = Simulated({"--machine", BigMachine(folder), "show"});
+        launch.ReadAtMost = bytes;
+        const Finished shown = RunToEnd(launch);
+        EXPECT_EQ(shown.Status, 0);
+        EXPECT_FALSE(shown.Killed);
+        EXPECT_EQ(shown.Errors, "");
+        launch.Arguments.emplace_back("Unknown");
+        EXPECT_EQ(RunToEnd(launch).Status, 20);
+    }
+}
+
+TEST(ProgramStreams, AFullDiskIsAnError)
+{
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"show"}, {"show", "--json"}, {"groups"}, {"--help"}, {"--version"}})
+    {
+        Launch launch = Simulated(arguments);
+        launch.OutputFile = "/dev/full";
+        const Finished shown = RunToEnd(launch);
+        EXPECT_EQ(shown.Status, 15);
+        EXPECT_EQ(shown.Errors, "tavrine: 15 Unable to write to standard output: No space left on device\n");
+    }
+}
+
+TEST(ProgramStreams, AClosedStandardOutputIsAnErrorAndGetsNowhereElse)
+{
+    const testdata::TemporaryFolder folder;
+    const std::string log = (folder.Path() / "log").string();
+    Launch launch = Simulated({"show", "--json", "--log-file", log});
+    launch.CloseOutput = true;
+    EXPECT_EQ(RunToEnd(launch).Status, 15);
+    std::ifstream file(log);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    EXPECT_EQ(text.find("\"settings\""), std::string::npos);
+}
+
+TEST(ProgramStreams, ASessionIsOpenedAndClosedOnOneConnection)
+{
+    const testdata::TemporaryFolder folder;
+    const std::string log = (folder.Path() / "access").string();
+    const RunningBmc bmc({"--access-log", log});
+    EXPECT_EQ(RunToEnd(bmc.Tool({"show"})).Status, 0);
+    ASSERT_TRUE(LogHas(log, "DELETE"));
+    std::ifstream file(log);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);)
+    {
+        lines.push_back(line);
+    }
+    EXPECT_NE(lines.front().find("\"POST\""), std::string::npos) << lines.front();
+    EXPECT_NE(lines.back().find("\"DELETE\""), std::string::npos) << lines.back();
+    for (const std::string& line : lines)
+    {
+        EXPECT_NE(line.find("\"connection\":1"), std::string::npos) << line;
+    }
+}
+
+TEST(ProgramStreams, ASignalClosesTheSession)
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    {
+        const testdata::TemporaryFolder folder;
+        const std::string log = (folder.Path() / "access").string();
+        const RunningBmc bmc({"--access-log", log, "--latency-ms", "300"});
+        ChildProcess tool(bmc.Tool({"show", "--json"}));
+        // By then the login is answered: one that is not cannot be undone.
+        ASSERT_TRUE(LogHas(log, "\"GET\""));
+        tool.Signal(signal);
+        const Finished stopped = tool.Wait();
+        EXPECT_EQ(stopped.Status, 128 + signal) << stopped.Errors;
+        EXPECT_FALSE(stopped.Killed);
+        EXPECT_EQ(stopped.Errors.find("tavrine: 24 Stopped by a signal"), 0U) << stopped.Errors;
+        EXPECT_TRUE(LogHas(log, "DELETE"));
+    }
+}
+
+TEST(ProgramStreams, HelpAndVersionTouchNothing)
+{
+    Launch launch;
+    launch.Variables["TAVRINE_CONFIG"] = "/nonexistent";
+    launch.Arguments = {"--version"};
+    const Finished version = RunToEnd(launch);
+    EXPECT_EQ(version.Status, 0);
+    EXPECT_EQ(version.Output.find("tavrine "), 0U);
+    EXPECT_EQ(version.Errors, "");
+    launch.Arguments = {"--help"};
+    const Finished help = RunToEnd(launch);
+    EXPECT_EQ(help.Status, 0);
+    EXPECT_NE(help.Output.find("--password-file"), std::string::npos);
+}

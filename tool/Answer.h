@@ -1,0 +1,73 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <boost/json/object.hpp>
+
+#include "RedfishConfigResult.h"
+
+namespace Tavrine::Tool
+{
+
+/// Exit status of a command line that cannot be understood.
+inline constexpr int StatusUsage = 64;
+
+/// Codes of ResultMessageTable that the tool builds itself.
+inline constexpr int CodeSucceed = 0;
+inline constexpr int CodeInternal = 13;
+inline constexpr int CodeExternal = 15;
+inline constexpr int CodeParameter = 16;
+inline constexpr int CodeConfiguration = 17;
+inline constexpr int CodeConnection = 24;
+inline constexpr int CodeQuery = 26;
+inline constexpr int CodeNotReady = 33;
+inline constexpr int CodeOpenFile = 38;
+
+/// One thing that went wrong.
+struct Failure
+{
+    int Code = CodeSucceed;
+    std::string Message;
+    /// Shown name of the setting; empty where the failure is about no single one.
+    std::string Setting;
+    /// What is known beyond the message; often empty.
+    std::string Cause;
+};
+
+/// What a command has to say, before it is written anywhere.
+struct Answer
+{
+    int Code = CodeSucceed;
+    std::string Message;
+    std::vector<Failure> Errors;
+    /// Lines for standard error that are no failures: warnings and hints.
+    std::vector<std::string> Notes;
+    /// The text form. A command fills this or Data, as Options::Json asks.
+    std::string Text;
+    /// The value of the command's own member in the JSON document.
+    boost::json::object Data;
+};
+
+/// The codes that count as success: 0, 1, 3, 4 and 5.
+bool IsSuccess(int code);
+
+/// Exit status for a result's code: 0 for success, else the code.
+int ExitStatus(int code);
+
+/// The standard text of a code, or a plain word where it has none.
+std::string StandardText(int code);
+
+/// A failure from a library result; a bare one gets the standard text of its code,
+/// with the setting's name in front where there is one.
+Failure FailureOf(RedfishConfigResult result, const std::string& setting = {});
+
+/// Adds a failure. The first one with a code that is no success gives the answer its
+/// code and message.
+void AddFailure(Answer& answer, Failure failure);
+
+/// "CODE text", then the notes of the answer, each behind "tavrine: " on a line of
+/// its own; a line that was there already is left out.
+std::string StderrLines(const Answer& answer);
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,200 @@
+#include "Bmc.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
+
+#include "BiosRedfishConfigProc.h"
+#include "Options.h"
+#include "Password.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr int CodeNoSessions = 11;
+
+std::optional<Failure> CheckReadable(const char* what, const std::string& path)
+{
+    if (path.empty())
+    {
+        return std::nullopt;
+    }
+    int cause = 0;
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    char byte = 0;
+    if (file < 0 || read(file, &byte, 1) < 0)
+    {
+        cause = errno;
+    }
+    if (file >= 0)
+    {
+        close(file);
+    }
+    return cause == 0 ? std::nullopt
+                      : std::optional(Failure{CodeOpenFile,
+                                              std::string("Unable to read the ") + what + " " + path + ": " +
+                                                  std::strerror(cause),
+                                              {},
+                                              {}});
+}
+
+} // namespace
+
+Bmc::Bmc(const Options& options) : m_Options(options) {}
+
+Bmc::~Bmc()
+{
+    std::vector<std::string> lost;
+    Close(lost);
+}
+
+std::optional<Failure> Bmc::Prepare(std::vector<std::string>& notes)
+{
+    if (!m_Options.Simulate && m_Options.Bmc.PlainHttp)
+    {
+        notes.emplace_back("warning: http: the password and all settings go over the network in clear");
+    }
+    if (m_Options.Insecure)
+    {
+        notes.emplace_back("warning: --insecure: the certificate of the BMC is not verified");
+    }
+    std::optional<Failure> failure = CheckReadable("debug configuration file", m_Options.DebugConfigFile);
+    if (!failure)
+    {
+        failure = CheckReadable("certificate file", m_Options.CaFile);
+    }
+    if (!failure && m_Options.Simulate)
+    {
+        failure = StartSimulator();
+    }
+    return failure ? failure : MakeConnection();
+}
+
+std::optional<Failure> Bmc::StartSimulator()
+{
+    bmcsim::SimulatorOptions simulated;
+    simulated.MachineDir = m_Options.MachineDir;
+    simulated.StateFile = m_Options.StateFile;
+    std::string error;
+    m_Simulator = bmcsim::BmcSimulator::Start(simulated, error);
+    return m_Simulator ? std::nullopt
+                       : std::optional(Failure{CodeExternal, "Unable to start the simulated BMC: " + error, {}, {}});
+}
+
+TavrineConnection::ConnectionInfo Bmc::Record() const
+{
+    TavrineConnection::ConnectionInfo info;
+    info.Host = m_Simulator ? "127.0.0.1" : m_Options.Bmc.Host;
+    info.Port = m_Simulator ? m_Simulator->Port() : m_Options.Bmc.Port;
+    info.User = m_Simulator ? bmcsim::SimulatorOptions().User : m_Options.User;
+    info.Retries = m_Options.Retries;
+    if (m_Options.Timeout)
+    {
+        info.RequestTimeout = *m_Options.Timeout;
+        info.ConnectTimeout = std::min(info.ConnectTimeout, *m_Options.Timeout);
+    }
+    if (!m_Simulator && m_Options.Bmc.PlainHttp)
+    {
+        info.Flags |= TavrineConnection::FlagPlainHttp;
+    }
+    if (!m_Simulator && m_Options.Insecure)
+    {
+        info.Flags |= TavrineConnection::FlagNoTlsVerify;
+    }
+    return info;
+}
+
+std::optional<Failure> Bmc::MakeConnection()
+{
+    TavrineConnection::ConnectionInfo info = Record();
+    Secret password(LongestPassword + 1);
+    if (m_Simulator)
+    {
+        password.Text() = bmcsim::SimulatorOptions().Password;
+    }
+    else if (!info.User.empty())
+    {
+        if (auto failure =
+                FindPassword(m_Options.PasswordFile, info.User + " at " + HostAndPort(m_Options.Bmc), password))
+        {
+            return failure;
+        }
+    }
+    TavrineConnection::ConnectionProfile profile;
+    profile.CaFile = m_Options.CaFile;
+    profile.PinnedSha256 = m_Simulator ? m_Simulator->Fingerprint() : m_Options.Pin;
+    profile.Language = m_Options.Language;
+    info.Password = password.Text();
+    m_Connection = std::make_unique<TavrineConnection::BmcConnection>(info, profile);
+    Wipe(info.Password);
+    return std::nullopt;
+}
+
+std::optional<Failure> Bmc::OpenSession(std::vector<std::string>& notes)
+{
+    if (m_Connection->Info().User.empty())
+    {
+        return std::nullopt;
+    }
+    const RedfishConfigResult opened = m_Connection->OpenSession();
+    if (opened == CodeSucceed || opened == CodeNoSessions)
+    {
+        return std::nullopt;
+    }
+    const TavrineConnection::Traffic traffic = m_Connection->Counters();
+    if (m_Options.Bmc.PlainHttp && traffic.Connections > 0 && traffic.BytesReceived == 0)
+    {
+        notes.emplace_back("hint: nothing came back over http; the port may want https");
+    }
+    return FailureOf(opened);
+}
+
+void Bmc::Close(std::vector<std::string>& notes)
+{
+    if (m_Connection)
+    {
+        const RedfishConfigResult closed = m_Connection->CloseSession();
+        if (!IsSuccess(closed.ErrorCode()))
+        {
+            notes.push_back("warning: the session on the BMC could not be closed: " + FailureOf(closed).Message);
+        }
+        m_Connection.reset();
+    }
+    if (m_Simulator)
+    {
+        if (std::string trouble = m_Simulator->Trouble(); !trouble.empty())
+        {
+            notes.push_back("warning: simulated BMC: " + std::move(trouble));
+        }
+        m_Simulator.reset();
+    }
+}
+
+std::unique_ptr<RedfishConfigProc> Bmc::Front(int outputFormat) const
+{
+    Config_Options options;
+    options.HexValueMode = m_Options.Hex;
+    options.allowProtectedSettings = m_Options.Protected;
+    options.LegacyNameMode = m_Options.LegacyNames;
+    options.OutputFormat = outputFormat;
+    auto front = std::make_unique<BiosRedfishConfigProc>(
+        m_Connection->Info(), static_cast<ConfigurateSupportedSystemType>(m_Options.SystemType), options);
+    if (!m_Options.FirstPrefix.empty())
+    {
+        front->SetPrefix(m_Options.FirstPrefix, m_Options.SecondPrefix);
+    }
+    if (!m_Options.DebugConfigFile.empty())
+    {
+        front->SetDebugConfigFile(m_Options.DebugConfigFile);
+    }
+    return front;
+}
+
+std::string Bmc::Name() const { return m_Simulator ? "the simulated BMC" : HostAndPort(m_Options.Bmc); }
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Answer.h"
+#include "BmcConnection.h"
+#include "BmcSimulator.h"
+#include "RedfishConfigProc.h"
+
+namespace Tavrine::Tool
+{
+
+struct Options;
+
+/// The BMC of one run: its connection, the session on it, and the simulator behind
+/// it with `--simulate`. The session is closed when this goes, at the latest.
+class Bmc
+{
+  public:
+    explicit Bmc(const Options& options);
+    Bmc(const Bmc&) = delete;
+    Bmc& operator=(const Bmc&) = delete;
+    ~Bmc();
+
+    /// Does what comes before the first request: checks the files that are named, finds
+    /// the password, starts the simulator.
+    /// @param notes  receives warnings about the way to the BMC.
+    /// @return nothing when all is ready.
+    std::optional<Failure> Prepare(std::vector<std::string>& notes);
+
+    /// Opens a session. A service without sessions is served by basic authentication,
+    /// and one that asks for no user by no authentication at all.
+    /// @param notes  receives a hint where one can be given.
+    /// @return nothing when the BMC can be worked with.
+    std::optional<Failure> OpenSession(std::vector<std::string>& notes);
+
+    /// Closes the session and tells what was lost on the way, a line each.
+    void Close(std::vector<std::string>& notes);
+
+    /// A front object of the library as the options ask for it.
+    /// @param outputFormat  Config_Options::OutputFormat.
+    std::unique_ptr<RedfishConfigProc> Front(int outputFormat) const;
+
+    /// Host and port; for messages.
+    std::string Name() const;
+
+  private:
+    std::optional<Failure> StartSimulator();
+    std::optional<Failure> MakeConnection();
+    TavrineConnection::ConnectionInfo Record() const;
+
+    const Options& m_Options;
+    /// Stands until the connection is gone.
+    std::unique_ptr<bmcsim::BmcSimulator> m_Simulator;
+    std::unique_ptr<TavrineConnection::BmcConnection> m_Connection;
+};
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Answer.h"
+#include "RedfishConfigProc.h"
+
+namespace Tavrine::Tool
+{
+
+class Bmc;
+struct Options;
+
+/// `groups`.
+Answer RunGroups(const Options& options, Bmc& bmc);
+
+/// The groups of `front`, the settings under their shown names. Settings that the
+/// configuration hides are left out, and so is a group of such settings alone.
+/// @param tree  text output as an indented tree.
+Answer ListGroups(RedfishConfigProc& front, const Options& options, bool tree);
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,175 @@
+#include "Program.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Bmc.h"
+#include "Command.h"
+#include "GlobalConfig.h"
+#include "JsonOutput.h"
+#include "Logging.h"
+#include "Options.h"
+#include "Progress.h"
+#include "Signals.h"
+#include "StandardStreams.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr int SignalStatus = 128;
+
+/// The file that the log goes to, for as long as this lives.
+class LogFile
+{
+  public:
+    LogFile() = default;
+    LogFile(const LogFile&) = delete;
+    LogFile& operator=(const LogFile&) = delete;
+    ~LogFile()
+    {
+        if (m_Sink != 0)
+        {
+            Logging::RemoveSink(m_Sink);
+        }
+    }
+
+    std::optional<Failure> Open(const std::string& path, unsigned int level)
+    {
+        std::string error;
+        m_Sink = Logging::AddFileSink(path, level, error);
+        return m_Sink != 0 ? std::nullopt
+                           : std::optional(Failure{CodeOpenFile, "Unable to open the log file: " + error, {}, {}});
+    }
+
+  private:
+    Logging::SinkId m_Sink = 0;
+};
+
+Answer AnswerWith(Failure failure)
+{
+    Answer answer;
+    AddFailure(answer, std::move(failure));
+    return answer;
+}
+
+Answer AskBmc(const Options& options)
+{
+    Bmc bmc(options);
+    Answer before;
+    std::optional<Failure> failure = bmc.Prepare(before.Notes);
+    // Before the password is sent, not after.
+    WriteError(StderrLines(before));
+    Answer answer;
+    if (!failure)
+    {
+        const Progress progress("reading from " + bmc.Name() + " …");
+        failure = bmc.OpenSession(answer.Notes);
+        if (!failure)
+        {
+            answer = options.Chosen->Run(options, bmc);
+        }
+    }
+    if (failure)
+    {
+        AddFailure(answer, std::move(*failure));
+    }
+    bmc.Close(answer.Notes);
+    return answer;
+}
+
+Answer Perform(const Options& options)
+{
+    if (const std::string error = GlobalConfig::LoadError(); !error.empty())
+    {
+        return AnswerWith({CodeConfiguration, StandardText(CodeConfiguration) + ": " + error, {}, {}});
+    }
+    LogFile log;
+    if (!options.LogFile.empty())
+    {
+        if (auto failure = log.Open(options.LogFile, options.LogLevel))
+        {
+            return AnswerWith(std::move(*failure));
+        }
+    }
+    return AskBmc(options);
+}
+
+/// A stopped run has one failure to tell, not those that the stop brought about.
+void TellStop(Answer& answer)
+{
+    if (const int signal = StopSignal(); signal != 0)
+    {
+        answer.Code = CodeSucceed;
+        answer.Errors.clear();
+        AddFailure(answer, {CodeConnection, std::string("Stopped by a signal: ") + strsignal(signal), {}, {}});
+    }
+}
+
+int Tell(Answer answer, const Options& options)
+{
+    TellStop(answer);
+    const std::string output = options.Json ? JsonDocument(answer, options.Chosen->JsonMember) : answer.Text;
+    WriteError(StderrLines(answer));
+    const std::string error = WriteOutput(output);
+    if (StopSignal() != 0)
+    {
+        return SignalStatus + StopSignal();
+    }
+    if (!error.empty())
+    {
+        const Answer lost = AnswerWith({CodeExternal, "Unable to write to standard output: " + error, {}, {}});
+        WriteError(StderrLines(lost));
+        return IsSuccess(answer.Code) ? lost.Code : ExitStatus(answer.Code);
+    }
+    return ExitStatus(answer.Code);
+}
+
+int TellWithoutRun(const ParsedCommandLine& parsed)
+{
+    if (parsed.Status != 0)
+    {
+        WriteError(parsed.Text);
+        return parsed.Status;
+    }
+    const std::string error = WriteOutput(parsed.Text);
+    if (error.empty())
+    {
+        return 0;
+    }
+    WriteError(StderrLines(AnswerWith({CodeExternal, "Unable to write to standard output: " + error, {}, {}})));
+    return CodeExternal;
+}
+
+} // namespace
+
+int RunProgram(int argc, char** argv)
+{
+    ReserveStandardStreams();
+    InstallStopSignals();
+    const ParsedCommandLine parsed = ParseCommandLine({argv + std::min(argc, 1), argv + argc}, Commands(),
+                                                      [](const char* name) { return std::getenv(name); });
+    if (!parsed.Request)
+    {
+        return TellWithoutRun(parsed);
+    }
+    Answer answer;
+    try
+    {
+        answer = Perform(*parsed.Request);
+    }
+    catch (const std::exception& error)
+    {
+        answer = AnswerWith({CodeInternal, std::string("Internal error: ") + error.what(), {}, {}});
+    }
+    return Tell(std::move(answer), *parsed.Request);
+}
+
+} // namespace Tavrine::Tool

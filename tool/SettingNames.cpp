@@ -1,0 +1,74 @@
+#include "SettingNames.h"
+
+#include <algorithm>
+#include <set>
+#include <string_view>
+
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/predicate.hpp>
+#include <boost/algorithm/string/split.hpp>
+
+#include "GlobalConfig.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr const char* HiddenKeywordsItem = "HIDDEN_CONFIG_KEYWORDS_LIST";
+constexpr std::string_view TakenOutOfKeywords = " \t\n\v\f\r\"";
+
+} // namespace
+
+std::string BareName(const std::string& name, const Prefixes& prefixes)
+{
+    for (const std::string& prefix : {prefixes.First, prefixes.Second})
+    {
+        if (boost::algorithm::istarts_with(name, prefix + ".", std::locale::classic()))
+        {
+            return name.substr(prefix.size() + 1);
+        }
+    }
+    return name;
+}
+
+std::vector<std::string> BareNames(const std::vector<std::string>& names, const Prefixes& prefixes)
+{
+    std::vector<std::string> bare;
+    std::set<std::string> seen;
+    for (const std::string& name : names)
+    {
+        std::string stripped = BareName(name, prefixes);
+        if (seen.insert(stripped).second)
+        {
+            bare.push_back(std::move(stripped));
+        }
+    }
+    return bare;
+}
+
+std::vector<std::string> SplitKeywords(const std::string& text)
+{
+    std::vector<std::string> keywords;
+    boost::algorithm::split(keywords, text, boost::algorithm::is_any_of(","));
+    for (std::string& keyword : keywords)
+    {
+        std::erase_if(keyword, [](char c) { return TakenOutOfKeywords.find(c) != std::string_view::npos; });
+    }
+    return keywords;
+}
+
+std::vector<std::string> HiddenKeywords()
+{
+    std::string text;
+    return GlobalConfig::GetConfigItem(HiddenKeywordsItem, text) == 0 ? SplitKeywords(text)
+                                                                      : std::vector<std::string>();
+}
+
+bool IsHidden(const std::string& shownName, const std::vector<std::string>& keywords)
+{
+    return std::any_of(keywords.begin(), keywords.end(),
+                       [&](const std::string& keyword) { return shownName.find(keyword) != std::string::npos; });
+}
+
+} // namespace Tavrine::Tool

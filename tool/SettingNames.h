@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Tavrine::Tool
+{
+
+/// The prefixes of shown names that are in force.
+struct Prefixes
+{
+    /// In front of single settings.
+    std::string First;
+    /// In front of a whole group's.
+    std::string Second;
+};
+
+/// The bare name of a setting: a leading "PREFIX." goes when it is one of those in
+/// force, in whatever case.
+std::string BareName(const std::string& name, const Prefixes& prefixes);
+
+/// The bare names in the order in which they were given, each once.
+std::vector<std::string> BareNames(const std::vector<std::string>& names, const Prefixes& prefixes);
+
+/// The configured keywords of settings that are not to be shown
+/// ("HIDDEN_CONFIG_KEYWORDS_LIST"): split at commas, white space and double quotes
+/// taken out. Nothing is configured: none.
+std::vector<std::string> HiddenKeywords();
+
+/// The keywords of one configured text.
+std::vector<std::string> SplitKeywords(const std::string& text);
+
+/// Whether one of the keywords occurs in the shown name; an empty one always does.
+bool IsHidden(const std::string& shownName, const std::vector<std::string>& keywords);
+
+} // namespace Tavrine::Tool

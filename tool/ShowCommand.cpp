@@ -1,0 +1,243 @@
+#include "ShowCommand.h"
+
+#include <algorithm>
+#include <array>
+#include <locale>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <boost/algorithm/string/predicate.hpp>
+
+#include "Bmc.h"
+#include "CauseLog.h"
+#include "JsonOutput.h"
+#include "Options.h"
+#include "SettingNames.h"
+#include "TextOutput.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr int CodeNotFound = 20;
+constexpr int CodeAction = 28;
+constexpr int CodeBmcInternal = 32;
+
+/// Settings in the form of the run's output: one of the two maps is filled.
+struct ShownSettings
+{
+    SettingStringMap Texts;
+    TypedSettings Typed;
+};
+
+using FrontMaker = std::function<std::unique_ptr<RedfishConfigProc>()>;
+
+Prefixes PrefixesOf(RedfishConfigProc& front) { return {front.m_Prefix, front.GetSecondPrefix()}; }
+
+void PutInto(Answer& answer, const ShownSettings& settings, const Options& options)
+{
+    if (options.Json)
+    {
+        answer.Data = SettingsObject(settings.Typed);
+    }
+    else
+    {
+        answer.Text = SettingLines(settings.Texts);
+    }
+}
+
+/// Adds what the library gave in the form that the options ask for.
+
+RedfishConfigResult Collect(const SettingStringMap& given, const Options& options, const Prefixes& prefixes,
+                            const std::string& prefix, ShownSettings& settings)
+{
+    if (!options.Json)
+    {
+        settings.Texts.insert(given.begin(), given.end());
+        return {CodeSucceed, "", ""};
+    }
+    const auto entry = given.find(prefixes.Second);
+    const bool good = entry == given.end() || ReadTypedSettings(entry->second, prefix, settings.Typed);
+    return {good ? CodeSucceed : CodeInternal, "", ""};
+}
+
+RedfishConfigResult ReadGroup(RedfishConfigProc& front, const Options& options, ShownSettings& settings)
+{
+    const Prefixes prefixes = PrefixesOf(front);
+    SettingStringMap given;
+    RedfishConfigResult result = front.QueryGroupSettingValues(given);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        return result;
+    }
+    result = Collect(given, options, prefixes, prefixes.Second, settings);
+    if (options.Json)
+    {
+        // The library's own filter sees the one key of the JSON form, not the names in it.
+        std::erase_if(settings.Typed,
+                      [keywords = HiddenKeywords()](const auto& setting) { return IsHidden(setting.first, keywords); });
+    }
+    return result;
+}
+
+/// Moves a value to the name under which single settings are shown.
+/// @return false when the group has no value of that name.
+bool TakeFromGroup(const ShownSettings& group, const std::string& groupName, const std::string& shownName,
+                   ShownSettings& settings)
+{
+    if (const auto text = group.Texts.find(groupName); text != group.Texts.end())
+    {
+        settings.Texts[shownName] = text->second;
+        return true;
+    }
+    const auto typed = group.Typed.find(groupName);
+    if (typed == group.Typed.end() || typed->second.is_null())
+    {
+        return false;
+    }
+    settings.Typed[shownName] = typed->second;
+    return true;
+}
+
+/// Looks names up that the registry lacks; reads the group at the first of them.
+class GroupLookup
+{
+  public:
+    GroupLookup(RedfishConfigProc& front, const Options& options, const FrontMaker& freshFront)
+        : m_Front(front), m_Options(options), m_FreshFront(freshFront)
+    {
+    }
+
+    bool Take(const std::string& name, ShownSettings& settings)
+    {
+        if (!std::exchange(m_Read, true) && !IsSuccess(ReadGroup(m_Front, m_Options, m_Group).ErrorCode()))
+        {
+            // An object that served a protected setting first gives no others as a group.
+            if (const std::unique_ptr<RedfishConfigProc> fresh = m_FreshFront())
+            {
+                ReadGroup(*fresh, m_Options, m_Group);
+            }
+        }
+        const Prefixes prefixes = PrefixesOf(m_Front);
+        return TakeFromGroup(m_Group, prefixes.Second + "." + name, prefixes.First + "." + name, settings);
+    }
+
+  private:
+    RedfishConfigProc& m_Front;
+    const Options& m_Options;
+    const FrontMaker& m_FreshFront;
+    bool m_Read = false;
+    ShownSettings m_Group;
+};
+
+/// Whether a refusal reads as that of a service that does not know the OEM actions.
+bool MissesAction(const Failure& failure)
+{
+    static constexpr std::array Statuses = {"(404 ", "(405 ", "(501 "};
+    return failure.Message.find("/ZorvanBios.") != std::string::npos &&
+           (failure.Code == CodeAction || failure.Code == CodeBmcInternal) &&
+           std::any_of(Statuses.begin(), Statuses.end(),
+                       [&](const char* status) { return failure.Message.find(status) != std::string::npos; });
+}
+
+/// Puts the result of a typed query under the name that text output would show.
+void RestoreTypedName(const std::string& name, const Options& options, const Prefixes& prefixes, ShownSettings& single)
+{
+    const std::locale plain = std::locale::classic();
+    const bool standardPrefix = boost::algorithm::iequals(prefixes.First, "bios", plain) ||
+                                boost::algorithm::iequals(prefixes.First, "uefi", plain);
+    if (options.LegacyNames && !standardPrefix && single.Typed.size() == 1)
+    {
+        auto entry = single.Typed.extract(single.Typed.begin());
+        entry.key() = name;
+        single.Typed.insert(std::move(entry));
+    }
+}
+
+RedfishConfigResult ReadOne(RedfishConfigProc& front, const std::string& name, const Options& options,
+                            ShownSettings& settings)
+{
+    const Prefixes prefixes = PrefixesOf(front);
+    SettingStringMap given;
+    RedfishConfigResult result = front.QuerySettingValue(name, given);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        return result;
+    }
+    ShownSettings single;
+    result = Collect(given, options, prefixes, prefixes.First, single);
+    RestoreTypedName(name, options, prefixes, single);
+    settings.Texts.merge(single.Texts);
+    settings.Typed.merge(single.Typed);
+    return result;
+}
+
+} // namespace
+
+Answer ShowAll(RedfishConfigProc& front, const Options& options)
+{
+    Answer answer;
+    CauseLog causes;
+    ShownSettings settings;
+    const RedfishConfigResult result = ReadGroup(front, options, settings);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        AddFailure(answer, causes.Explain(result));
+    }
+    PutInto(answer, settings, options);
+    return answer;
+}
+
+Answer ShowNames(RedfishConfigProc& front, const Options& options, const FrontMaker& freshFront)
+{
+    Answer answer;
+    CauseLog causes;
+    ShownSettings settings;
+    GroupLookup lookup(front, options, freshFront);
+    const Prefixes prefixes = PrefixesOf(front);
+    std::optional<Failure> unreachable;
+    for (const std::string& name : BareNames(options.Names, prefixes))
+    {
+        const std::string shownName = prefixes.First + "." + name;
+        if (unreachable)
+        {
+            unreachable->Setting = shownName;
+            AddFailure(answer, *unreachable);
+            continue;
+        }
+        const RedfishConfigResult result = ReadOne(front, name, options, settings);
+        if (IsSuccess(result.ErrorCode()) || (result == CodeNotFound && lookup.Take(name, settings)))
+        {
+            continue;
+        }
+        const Failure failure = causes.Explain(result, shownName);
+        if (MissesAction(failure))
+        {
+            answer.Notes.emplace_back(
+                "hint: the BMC lacks the OEM actions for protected settings; for such a BMC give --system-type bios");
+        }
+        if (failure.Code == CodeConnection || failure.Code == CodeNotReady)
+        {
+            unreachable = failure;
+        }
+        AddFailure(answer, failure);
+    }
+    PutInto(answer, settings, options);
+    return answer;
+}
+
+Answer RunShow(const Options& options, Bmc& bmc)
+{
+    const int outputFormat = options.Json ? 1 : 0;
+    const std::unique_ptr<RedfishConfigProc> front = bmc.Front(outputFormat);
+    if (options.Names.empty())
+    {
+        return ShowAll(*front, options);
+    }
+    return ShowNames(*front, options, [&] { return bmc.Front(outputFormat); });
+}
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "Answer.h"
+#include "RedfishConfigProc.h"
+
+namespace Tavrine::Tool
+{
+
+class Bmc;
+struct Options;
+
+/// `show [NAME …]`.
+Answer RunShow(const Options& options, Bmc& bmc);
+
+/// All settings of `front`, whose OutputFormat is 1 when `options` asks for JSON and
+/// 0 otherwise. Settings that the configuration hides are left out.
+Answer ShowAll(RedfishConfigProc& front, const Options& options);
+
+/// The settings that `options` names, each by a query of its own. A name that the
+/// attribute registry does not have is looked up in the values that the BMC reports.
+/// @param freshFront  gives an object that was not used yet; asked when `front`, after
+///                    what it was asked before, has no group values to give.
+Answer ShowNames(RedfishConfigProc& front, const Options& options,
+                 const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront);
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,81 @@
+#include "Signals.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <poll.h>
+
+#include "BmcConnection.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr std::array StopSignals = {SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t caughtSignal = 0;
+
+void OnStop(int signal)
+{
+    if (caughtSignal != 0)
+    {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+        return;
+    }
+    caughtSignal = signal;
+    TavrineConnection::BmcConnection::AbortRequests();
+}
+
+} // namespace
+
+void InstallStopSignals()
+{
+    struct sigaction action
+    {
+    };
+    action.sa_handler = OnStop;
+    sigemptyset(&action.sa_mask);
+    for (const int signal : StopSignals)
+    {
+        struct sigaction former
+        {
+        };
+        sigaction(signal, nullptr, &former);
+        if (former.sa_handler != SIG_IGN)
+        {
+            sigaction(signal, &action, nullptr);
+        }
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+int StopSignal() { return caughtSignal; }
+
+bool WaitForInput(int descriptor)
+{
+    sigset_t stops;
+    sigset_t former;
+    sigemptyset(&stops);
+    for (const int signal : StopSignals)
+    {
+        sigaddset(&stops, signal);
+    }
+    pthread_sigmask(SIG_BLOCK, &stops, &former);
+    pollfd input{descriptor, POLLIN, 0};
+    int ready = -1;
+    // Signals get through inside ppoll alone, so none can come between test and wait.
+    while (StopSignal() == 0 && ready < 0)
+    {
+        ready = ppoll(&input, 1, nullptr, &former);
+        if (ready < 0 && errno != EINTR)
+        {
+            break;
+        }
+    }
+    pthread_sigmask(SIG_SETMASK, &former, nullptr);
+    return ready > 0;
+}
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,61 @@
+#include "StandardStreams.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "Signals.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+/// @return 0 when all is written, else errno.
+int WriteAll(int descriptor, std::string_view text)
+{
+    while (!text.empty())
+    {
+        const ssize_t count = write(descriptor, text.data(), text.size());
+        if (count >= 0)
+        {
+            text.remove_prefix(static_cast<std::size_t>(count));
+        }
+        else if (errno != EINTR || StopSignal() != 0)
+        {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+void ReserveStandardStreams()
+{
+    struct Place
+    {
+        int Number;
+        int WrongMode;
+    };
+    for (const auto& [number, wrongMode] :
+         std::array<Place, 3>{{{STDIN_FILENO, O_WRONLY}, {STDOUT_FILENO, O_RDONLY}, {STDERR_FILENO, O_RDONLY}}})
+    {
+        if (fcntl(number, F_GETFD) == -1)
+        {
+            open("/dev/null", wrongMode); // takes the lowest free number, which is this one
+        }
+    }
+}
+
+std::string WriteOutput(std::string_view text)
+{
+    const int cause = WriteAll(STDOUT_FILENO, text);
+    return cause == 0 || cause == EPIPE || cause == EINTR ? std::string() : std::strerror(cause);
+}
+
+void WriteError(std::string_view text) { WriteAll(STDERR_FILENO, text); }
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,3 @@
+#include "Program.h"
+
+int main(int argc, char** argv) { return Tavrine::Tool::RunProgram(argc, argv); }
