@@ -1,8 +1,14 @@
 #pragma once
 
+#include <cstddef>
 #include <span>
 
 #include "Answer.h"
+
+namespace CLI
+{
+class App;
+}
 
 namespace Tavrine::Tool
 {
@@ -18,6 +24,10 @@ struct Command
     const char* Summary;
     /// Help for the names that may follow; null when the command takes none.
     const char* NamesHelp;
+    /// How many names the command needs at least.
+    std::size_t LeastNames;
+    /// Adds the options that this command alone has; null when it has none.
+    void (*AddOptions)(CLI::App& command, Options& options);
     /// The command's own member of the JSON document.
     const char* JsonMember;
     Answer (*Run)(const Options& options, Bmc& bmc);

@@ -239,6 +239,10 @@ void AddCommands(CLI::App& app, std::span<const Command> commands, Options& opti
         {
             sub->add_option("NAME", options.Names, command.NamesHelp)->type_name("");
         }
+        if (command.AddOptions != nullptr)
+        {
+            command.AddOptions(*sub, options);
+        }
     }
 }
 
@@ -370,6 +374,11 @@ ParsedCommandLine ParseCommandLine(const std::vector<std::string>& arguments, st
     if (const std::string error = CompleteFromEnvironment(app, environment, options); !error.empty())
     {
         return Refusal(error);
+    }
+    if (options.Names.size() < options.Chosen->LeastNames)
+    {
+        return Refusal(
+            fmt::format("{} needs a name: see tavrine {} --help", options.Chosen->Name, options.Chosen->Name));
     }
     std::transform(options.Names.begin(), options.Names.end(), options.Names.begin(), Unmarked);
     ParsedCommandLine parsed;

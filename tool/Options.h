@@ -51,6 +51,19 @@ struct Options
     bool Json = false;
     std::string LogFile;
     unsigned int LogLevel = 3;
+
+    /// What single commands add; each says which of these it takes.
+    bool NoCheck = false;
+    bool DryRun = false;
+    bool Changed = false;
+    bool Regex = false;
+    bool SameSystem = false;
+    bool Force = false;
+    bool Post = false;
+    bool Yes = false;
+    bool Reboot = false;
+    /// Seconds to wait until BMC and system are back.
+    std::optional<std::uint32_t> Wait;
 };
 
 /// A command line, read. Either Request is there, or the run ends with Status and
