@@ -5,7 +5,7 @@
 set -euo pipefail
 
 build_packages=(g++ cmake ninja-build pkg-config ccache libboost-json1.81-dev libcurl4-openssl-dev libssl-dev
-    libcli11-dev libfmt-dev libtomlplusplus-dev libspdlog-dev libcpp-httplib-dev zlib1g-dev ca-certificates)
+    libcli11-dev libfmt-dev libtomlplusplus-dev libspdlog-dev libpcre2-dev libcpp-httplib-dev zlib1g-dev ca-certificates)
 test_packages=(libgtest-dev libgmock-dev librapidcheck-dev)
 
 say() { printf 'install-deps: %s\n' "$*" >&2; }

@@ -1,7 +1,11 @@
 #include "PatchContexts.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <utility>
+#include <variant>
 
 #include "CodePoints.h"
 #include "Log.h"
@@ -15,9 +19,18 @@ namespace
 
 constexpr int CodeInvalidValue = 10;
 constexpr int CodeNotChangeable = 18;
-/// Settings of one call that are evaluated one by one; later ones are judged by the
-/// values in force.
-constexpr unsigned MaxOwnEvaluations = 64;
+/// Settings of one call that get an evaluation of their own; later ones are judged by
+/// the values in force.
+constexpr std::size_t MostOwnEvaluations = 64;
+constexpr std::size_t LeastOwnEvaluations = 4;
+/// What those evaluations may cost together, in attributes and dependencies.
+constexpr std::size_t OwnEvaluationBudget = 500'000;
+
+std::size_t OwnEvaluations(const AttributeRegistry& registry)
+{
+    const std::size_t cost = registry.Attributes.size() + registry.Dependencies.size();
+    return std::clamp(OwnEvaluationBudget / (cost + 1), LeastOwnEvaluations, MostOwnEvaluations);
+}
 
 struct Lock
 {
@@ -122,7 +135,7 @@ RedfishConfigResult JudgeWanted(const WantedValue& wanted, const DependencyEvalu
 
 JointEvaluation::JointEvaluation(const SettingModel& model, const SettingValueMap& values,
                                  const std::vector<WantedValue>& wanted)
-    : m_Model(model), m_Values(values), m_Now(model, values), m_EvaluationsLeft(MaxOwnEvaluations)
+    : m_Model(model), m_Values(values), m_Now(model, values), m_EvaluationsLeft(OwnEvaluations(model.Registry()))
 {
     for (const WantedValue& one : wanted)
     {

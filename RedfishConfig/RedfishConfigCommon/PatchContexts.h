@@ -65,7 +65,7 @@ class JointEvaluation
     std::unique_ptr<DependencyEvaluation> m_WithoutOne;
     /// Attributes that some dependency both reads and forces.
     std::unordered_set<std::size_t> m_SelfReaders;
-    unsigned m_EvaluationsLeft;
+    std::size_t m_EvaluationsLeft;
 };
 
 } // namespace Tavrine

@@ -19,6 +19,12 @@ inline std::string Attribute(const std::string& name, const std::string& more = 
     return R"({"AttributeName":")" + name + R"(","Type":"String")" + more + "}";
 }
 
+/// An attribute of another type.
+inline std::string Typed(const std::string& name, const std::string& type, const std::string& more = "")
+{
+    return R"({"AttributeName":")" + name + R"(","Type":")" + type + "\"" + more + "}";
+}
+
 inline std::string Menu(const std::string& name, const std::string& path, const std::string& display,
                         const std::string& more = "")
 {

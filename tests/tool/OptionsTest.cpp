@@ -17,8 +17,8 @@ using Variables = std::map<std::string, std::string>;
 Answer NotRun(const Options&, Bmc&) { return {}; }
 
 constexpr Command TestCommands[] = {
-    {"show", "Show", "Names", "settings", NotRun},
-    {"groups", "Groups", nullptr, "groups", NotRun},
+    {"show", "Show", "Names", 0, nullptr, "settings", NotRun},
+    {"groups", "Groups", nullptr, 0, nullptr, "groups", NotRun},
 };
 
 ParsedCommandLine Parse(const Arguments& arguments, const Variables& variables = {})
