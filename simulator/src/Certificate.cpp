@@ -79,11 +79,15 @@ std::string AlternativeNames(const std::string& address)
     in6_addr scratch{};
     const bool isIp =
         inet_pton(AF_INET, address.c_str(), &scratch) == 1 || inet_pton(AF_INET6, address.c_str(), &scratch) == 1;
+    if (address == "127.0.0.1" || address == "::1" || address == "localhost")
+    {
+        return names;
+    }
     if (isIp)
     {
         names += ",IP:" + address;
     }
-    else if (address.find_first_of(",:;= ") == std::string::npos && !address.empty() && address != "localhost")
+    else if (address.find_first_of(",:;= ") == std::string::npos && !address.empty())
     {
         names += ",DNS:" + address;
     }

@@ -113,6 +113,21 @@ TEST(Tls, MadeCertificateIsVerifiedForEachOfItsNames)
     EXPECT_EQ(X509_check_host(certificate.get(), "example.org", 0, 0, nullptr), 0);
 }
 
+TEST(Tls, MadeCertificateNamesTheAddressListenedOnAsWell)
+{
+    bmcsim::SimulatorOptions options;
+    options.BindAddress = "127.0.0.2";
+    const auto simulator = Start(options);
+    ASSERT_TRUE(simulator);
+    const auto certificate = ReadPem(simulator->CertificatePem());
+    ASSERT_TRUE(certificate);
+    for (const char* address : {"127.0.0.1", "127.0.0.2", "::1"})
+    {
+        EXPECT_EQ(X509_check_ip_asc(certificate.get(), address, 0), 1) << address;
+    }
+    EXPECT_EQ(X509_check_host(certificate.get(), "localhost", 0, 0, nullptr), 1);
+}
+
 TEST(Tls, UntrustedCertificateIsNotTaken)
 {
     const auto simulator = Start({});
