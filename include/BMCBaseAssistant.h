@@ -33,7 +33,19 @@ class RedfishClient;
 /// temporarily unavailable, shutting down or starting). A refusal (any other 4xx,
 /// or an error inside a 2xx) is 26 for GET, 18 for PATCH and for the POST with an
 /// error list, 28 for the POST without one and for DELETE. Messages of refusals
-/// end in the BMC's own words.
+/// end in the BMC's own words; of a message that the BMC sent by its id alone, these
+/// are the words of the Base registry, or of the message registry that the BMC serves,
+/// which is read for that once.
+///
+/// A change that is answered with 202 and a task is watched until the task ends
+/// (DSP0266, "Asynchronous operations"), all within the time-out of the request; the
+/// final answer counts then. A task that failed or was cancelled is a refusal. One that
+/// has not ended by then, or cannot be watched, is 24 with a message that says that the
+/// BMC accepted the change. A task that waits for a reset is 1.
+///
+/// The message of a change that got no answer ends in what is known of it: "nothing was
+/// sent", "the change was not done" (turned away, and the new login failed), or
+/// "whether the change was done is not known".
 class TAVRINE_EXPORT BMCBaseAssistant
 {
   public:

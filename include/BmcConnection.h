@@ -64,11 +64,25 @@ class TAVRINE_EXPORT BmcConnection
     /// any more, whatever the result.
     RedfishConfigResult CloseSession();
 
+    /// Single requests over the same connection and session, as
+    /// BMCBaseAssistant::GetData, PostData without an error list, and DeleteData:
+    /// what is said there of URLs, codes, tasks and messages holds here.
+    RedfishConfigResult Get(const std::string& url, std::string& response);
+    /// @param timeoutSeconds  for the whole of it; 0 or less takes that of the connection.
+    RedfishConfigResult Post(const std::string& url, const std::string& body, std::string& response,
+                             int timeoutSeconds);
+    RedfishConfigResult Delete(const std::string& url, std::string& response);
+
+    /// Seconds after which the BMC asked to try again when it last answered a request
+    /// of this connection with code 33, as it told them, however many; 0 when it told
+    /// none or was never busy.
+    std::uint32_t RetryAfter() const;
+
     Traffic Counters() const;
 
     /// Makes every request of this process that runs now or is made later fail
-    /// with code 24, but those of CloseSession. Takes effect within a fraction of a
-    /// second. Safe in a signal handler.
+    /// with code 24, but those of CloseSession; waits between requests end, too.
+    /// Takes effect within a fraction of a second. Safe in a signal handler.
     static void AbortRequests();
 
   private:

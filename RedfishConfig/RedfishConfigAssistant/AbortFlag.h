@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 namespace Tavrine::AbortFlag
 {
 
@@ -7,6 +9,9 @@ namespace Tavrine::AbortFlag
 /// signal handler.
 void Raise();
 bool IsRaised();
+/// Waits, but not beyond an abort.
+/// @return false when one was raised.
+bool Pause(std::chrono::milliseconds time);
 /// Takes it back; nothing but a test has a use for that.
 void Lower();
 

@@ -104,19 +104,25 @@ std::vector<std::string> SettingsOf(const json::value& message, const KnownMessa
     return settings;
 }
 
+void SetWords(BmcMessage& message, std::string_view id, std::string_view words, const KnownMessage* known)
+{
+    message.Key = CleanText(MessageKey(id), MaxNameBytes);
+    message.Id = CleanText(id, MaxNameBytes);
+    message.Text = CleanText(words.empty() ? MessageText(id, message.Arguments) : std::string(words));
+    message.Wordless = words.empty() && !id.empty() && (known == nullptr || known->Text.empty());
+}
+
 BmcMessage ReadOne(const json::value& message, bool refused, const std::string& annotated)
 {
     std::string_view id = TextMember(&message, "MessageId");
     id = id.empty() ? TextMember(&message, "MessageID") : id;
-    std::vector<std::string> arguments = Texts(Member(&message, "MessageArgs"));
-    std::transform(arguments.begin(), arguments.end(), arguments.begin(), Unquoted);
     BmcMessage read;
-    read.Key = CleanText(MessageKey(id), MaxNameBytes);
-    const KnownMessage* const known = FindMessage(read.Key);
+    read.Arguments = Texts(Member(&message, "MessageArgs"));
+    std::transform(read.Arguments.begin(), read.Arguments.end(), read.Arguments.begin(), Unquoted);
+    const KnownMessage* const known = FindMessage(MessageKey(id));
     read.Kind = KindOf(known, message, refused);
-    const std::string_view words = TextMember(&message, "Message");
-    read.Text = CleanText(words.empty() ? MessageText(id, arguments) : std::string(words));
-    read.Settings = SettingsOf(message, known, arguments, annotated);
+    SetWords(read, id, TextMember(&message, "Message"), known);
+    read.Settings = SettingsOf(message, known, read.Arguments, annotated);
     return read;
 }
 
@@ -186,7 +192,8 @@ class Collector
     /// About a setting one key is one fault, in whatever words.
     static bool SameWords(const BmcMessage& left, const BmcMessage& right)
     {
-        return !left.Settings.empty() || left.Text == right.Text;
+        return !left.Settings.empty() ||
+               (left.Text == right.Text && (!left.Wordless || left.Arguments == right.Arguments));
     }
 
     bool m_Refused;
@@ -201,12 +208,11 @@ BmcMessage BareError(const json::value& error)
     const std::string_view id = TextMember(&error, "code");
     std::string_view words = TextMember(&error, "message");
     words = words.empty() ? TextMember(Member(&error, "message"), "value") : words;
-    bare.Key = CleanText(MessageKey(id), MaxNameBytes);
-    const KnownMessage* const known = FindMessage(bare.Key);
+    const KnownMessage* const known = FindMessage(MessageKey(id));
+    SetWords(bare, id, words, known);
     bare.Kind = known != nullptr             ? known->Kind
                 : bare.Key == "ExtendedInfo" ? MessageKind::Note // it says "see the list", which is not there
                                              : MessageKind::Refused;
-    bare.Text = CleanText(words.empty() ? MessageText(id, {}) : std::string(words));
     return bare;
 }
 

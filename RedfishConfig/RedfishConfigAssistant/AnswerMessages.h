@@ -15,8 +15,12 @@ struct BmcMessage
     std::string Key;
     /// Of a key that is not known: taken from "Severity", Note where that is harmless.
     MessageKind Kind = MessageKind::Refused;
-    /// The BMC's words, or those of the message's key; empty when neither exists.
+    /// The BMC's words, or those of the message's key, or else the whole message id.
     std::string Text;
+    /// Text is only the id: words may stand in the message registry that the BMC serves.
+    bool Wordless = false;
+    std::string Id;
+    std::vector<std::string> Arguments;
     /// The settings that it is about; often none.
     std::vector<std::string> Settings;
 };

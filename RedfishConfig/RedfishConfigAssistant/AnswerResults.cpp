@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
+#include <ctime>
+#include <limits>
 
+#include <curl/curl.h>
 #include <fmt/format.h>
 
-#include "AnswerMessages.h"
 #include "PlainText.h"
 
 namespace Tavrine
@@ -52,18 +53,6 @@ constexpr StatusWord statusWords[] = {
     {507, "Insufficient Storage"},
 };
 
-std::string StatusText(int status)
-{
-    for (const StatusWord& entry : statusWords)
-    {
-        if (entry.Status == status)
-        {
-            return fmt::format("{} {}", status, entry.Word);
-        }
-    }
-    return std::to_string(status);
-}
-
 bool IsFault(const BmcMessage& message)
 {
     return message.Kind == MessageKind::BadValue || message.Kind == MessageKind::Unknown ||
@@ -106,14 +95,19 @@ std::string Ended(const std::string& text, const std::string& words)
     return words.empty() ? text + "." : text + ": " + words;
 }
 
-/// Seconds of a "Retry-After" header; its other form, a date, is passed over.
 std::string RetryText(const HttpAnswer& answer)
 {
-    const std::string header = answer.Header("retry-after");
-    unsigned int seconds = 0;
-    const auto [end, ec] = std::from_chars(header.data(), header.data() + header.size(), seconds);
-    const bool good = ec == std::errc() && end == header.data() + header.size() && !header.empty();
-    return good ? fmt::format(", it asks to try again after {} s", seconds) : std::string();
+    const auto seconds = RetryAfterSeconds(answer);
+    return seconds ? fmt::format(", it asks to try again after {} s", *seconds) : std::string();
+}
+
+/// A number of seconds and nothing else.
+std::optional<std::uint32_t> WholeSeconds(std::string_view text)
+{
+    std::uint32_t seconds = 0;
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    const bool good = ec == std::errc() && end == text.data() + text.size() && !text.empty();
+    return good ? std::optional(seconds) : std::nullopt;
 }
 
 /// All that the sentences below are made of.
@@ -166,6 +160,14 @@ RedfishConfigResult Broken(const Judged& judged)
 RedfishConfigResult Refused(const Judged& judged)
 {
     const int status = judged.Answer.Status;
+    if (!judged.Request.FailedTask.empty())
+    {
+        return {RefusalCode(judged.Request.Verb, judged.Request.WithErrorList),
+                Ended(fmt::format("{} failed: {} took it as a task, which ended as {}", judged.Call(),
+                                  judged.Request.Place, CleanText(judged.Request.FailedTask, MaxPathBytes)),
+                      judged.Words),
+                ""};
+    }
     const std::string location = CleanText(judged.Answer.Header("location"), MaxPathBytes);
     const std::string redirect = status >= 300 && status < 400 && !location.empty()
                                      ? fmt::format(", it redirects to {}, which is not followed", location)
@@ -192,9 +194,17 @@ void Hide(std::string& text, std::string_view secret)
 /// What an answer's body says, free of secrets.
 std::vector<BmcMessage> CleanMessages(const AnsweredRequest& request, const HttpAnswer& answer)
 {
-    std::vector<BmcMessage> messages = ReadMessages(answer.Body, !answer.Success());
+    const bool failed = !answer.Success() || !request.FailedTask.empty();
+    std::vector<BmcMessage> messages = ReadMessages(answer.Body, failed);
+    const bool ask =
+        request.FindWords && answer.Status != 401 && answer.Status != 503 && !Holds(messages, MessageKind::Busy);
     for (BmcMessage& message : messages)
     {
+        if (ask && message.Wordless && IsFault(message))
+        {
+            const std::string words = CleanText(request.FindWords(message));
+            message.Text = words.empty() ? message.Text : words;
+        }
         for (const std::string_view secret : request.Secrets)
         {
             Hide(message.Text, secret);
@@ -237,13 +247,65 @@ RedfishConfigResult JudgeAnswer(const AnsweredRequest& request, const HttpAnswer
     {
         return Broken(judged);
     }
-    if (!answer.Success() || std::any_of(messages.begin(), messages.end(), IsFault))
+    if (!answer.Success() || !request.FailedTask.empty() || std::any_of(messages.begin(), messages.end(), IsFault))
     {
         ListSettings(messages, errors);
         return Refused(judged);
     }
     const bool reset = request.Verb != HttpVerb::Get && Holds(messages, MessageKind::ResetNeeded);
     return {reset ? 1 : 0, "", ""};
+}
+
+bool IsBusy(const HttpAnswer& answer)
+{
+    return answer.Status == 503 || Holds(ReadMessages(answer.Body, !answer.Success()), MessageKind::Busy);
+}
+
+bool AsksForReset(const HttpAnswer& answer)
+{
+    return Holds(ReadMessages(answer.Body, !answer.Success()), MessageKind::ResetNeeded);
+}
+
+std::optional<std::uint32_t> RetryAfterSeconds(const HttpAnswer& answer)
+{
+    const std::string header = answer.Header("retry-after");
+    if (const auto seconds = WholeSeconds(header))
+    {
+        return seconds;
+    }
+    // The clock of a BMC can be years off, so that only its own two dates compare.
+    const std::time_t then = curl_getdate(header.c_str(), nullptr);
+    const std::time_t now = curl_getdate(answer.Header("date").c_str(), nullptr);
+    const bool good = then >= 0 && now >= 0 && then >= now && then - now <= std::numeric_limits<std::uint32_t>::max();
+    return good ? std::optional(static_cast<std::uint32_t>(then - now)) : std::nullopt;
+}
+
+std::uint32_t BusySeconds(const HttpAnswer& answer)
+{
+    if (const auto seconds = RetryAfterSeconds(answer))
+    {
+        return *seconds;
+    }
+    for (const BmcMessage& message : ReadMessages(answer.Body, !answer.Success()))
+    {
+        if (message.Key == "ServiceTemporarilyUnavailable" && !message.Arguments.empty())
+        {
+            return WholeSeconds(message.Arguments.front()).value_or(0);
+        }
+    }
+    return 0;
+}
+
+std::string StatusText(int status)
+{
+    for (const StatusWord& entry : statusWords)
+    {
+        if (entry.Status == status)
+        {
+            return fmt::format("{} {}", status, entry.Word);
+        }
+    }
+    return std::to_string(status);
 }
 
 } // namespace Tavrine

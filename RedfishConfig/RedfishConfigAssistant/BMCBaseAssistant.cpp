@@ -7,16 +7,6 @@
 namespace Tavrine
 {
 
-namespace
-{
-
-std::chrono::seconds PostTimeout(int seconds, const RedfishClient& client)
-{
-    return seconds > 0 ? std::chrono::seconds(seconds) : client.RequestTimeout();
-}
-
-} // namespace
-
 // All kinds of systems are spoken to alike; the kind decides nothing here.
 BMCBaseAssistant::BMCBaseAssistant(const TavrineConnection::ConnectionInfo& connection,
                                    const ConfigurateSupportedSystemType& /*systemType*/)
@@ -39,14 +29,14 @@ RedfishConfigResult BMCBaseAssistant::PostData(const std::string url, const std:
                                                std::vector<RedfishConfigResult>& errors, bool /*secretBody*/,
                                                int timeout)
 {
-    return m_Client->Change({HttpVerb::Post, url, body, PostTimeout(timeout, *m_Client), nullptr, false}, response,
+    return m_Client->Change({HttpVerb::Post, url, body, m_Client->TimeoutOf(timeout), nullptr, false}, response,
                             &errors);
 }
 
 RedfishConfigResult BMCBaseAssistant::PostData(const std::string url, const std::string body, std::string& response,
                                                bool /*secretBody*/, int timeout)
 {
-    return m_Client->Change({HttpVerb::Post, url, body, PostTimeout(timeout, *m_Client), nullptr, false}, response,
+    return m_Client->Change({HttpVerb::Post, url, body, m_Client->TimeoutOf(timeout), nullptr, false}, response,
                             nullptr);
 }
 
@@ -57,14 +47,7 @@ RedfishConfigResult BMCBaseAssistant::GetData(const std::string url, std::string
 
 RedfishConfigResult BMCBaseAssistant::DeleteData(const std::string url, std::string& response)
 {
-    std::string answer;
-    RedfishConfigResult result =
-        m_Client->Change({HttpVerb::Delete, url, {}, m_Client->RequestTimeout(), nullptr, false}, answer, nullptr);
-    if (result == 0 || result == 1)
-    {
-        response = std::move(answer);
-    }
-    return result;
+    return m_Client->Delete(url, response);
 }
 
 RedfishConfigResult BMCBaseAssistant::ParseSettingValuesFromResponse(const std::string response,

@@ -32,6 +32,25 @@ RedfishConfigResult BmcConnection::OpenSession() { return m_Client->OpenSession(
 
 RedfishConfigResult BmcConnection::CloseSession() { return m_Client->CloseSession(); }
 
+RedfishConfigResult BmcConnection::Get(const std::string& url, std::string& response)
+{
+    return m_Client->Get(url, response);
+}
+
+RedfishConfigResult BmcConnection::Post(const std::string& url, const std::string& body, std::string& response,
+                                        int timeoutSeconds)
+{
+    return m_Client->Change({Tavrine::HttpVerb::Post, url, body, m_Client->TimeoutOf(timeoutSeconds), nullptr, false},
+                            response, nullptr);
+}
+
+RedfishConfigResult BmcConnection::Delete(const std::string& url, std::string& response)
+{
+    return m_Client->Delete(url, response);
+}
+
+std::uint32_t BmcConnection::RetryAfter() const { return m_Client->RetryAfter(); }
+
 Traffic BmcConnection::Counters() const { return m_Client->Counters(); }
 
 void BmcConnection::AbortRequests() { Tavrine::AbortFlag::Raise(); }

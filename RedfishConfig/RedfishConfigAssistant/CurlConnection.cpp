@@ -336,6 +336,7 @@ Exchange CurlConnection::Run(const HttpRequest& request, const Credentials& cred
         curl_easy_getinfo(m_Easy.get(), CURLINFO_RESPONSE_CODE, &status);
         curl_easy_getinfo(m_Easy.get(), CURLINFO_OS_ERRNO, &systemError);
         reception.Answer.Status = static_cast<int>(status);
+        m_Answered = m_Answered || status > 0;
         reception.End.SystemError = static_cast<int>(systemError);
         reception.End.Words = reception.Words.data();
         curl_easy_reset(m_Easy.get()); // nothing of this call may be pointed to after it
@@ -344,7 +345,7 @@ Exchange CurlConnection::Run(const HttpRequest& request, const Credentials& cred
     {
         return {std::move(reception.Answer), std::nullopt};
     }
-    return {{}, ExplainTransferEnd(reception.End, limits, m_Tls, m_Origin.Text(), m_Origin.PlainHttp)};
+    return {{}, ExplainTransferEnd(reception.End, limits, m_Tls, m_Origin.Text(), m_Origin.PlainHttp && !m_Answered)};
 }
 
 } // namespace Tavrine

@@ -55,6 +55,8 @@ class CurlConnection
     Origin m_Origin;
     TransferLimits m_Limits;
     TlsCheck m_Tls;
+    /// An HTTP answer has come over this connection, so that http is what it speaks.
+    bool m_Answered = false;
     std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> m_Multi;
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> m_Easy;
 };

@@ -56,6 +56,16 @@ struct HttpAnswer
     }
 };
 
+/// How far a request that has no answer came.
+enum class Delivery
+{
+    NotSent,
+    /// The BMC turned it away and did nothing.
+    TurnedAway,
+    /// Part of it or all of it went out; what became of it is not known.
+    Sent,
+};
+
 /// Why there is no answer: never mixed with an answer's status.
 struct TransportFault
 {
@@ -65,6 +75,7 @@ struct TransportFault
     std::string Text;
     /// No connection stood, so nothing was sent: another try does no harm.
     bool NotConnected = false;
+    Delivery Reached = Delivery::NotSent;
 };
 
 /// What came of one request: the answer, or the fault.

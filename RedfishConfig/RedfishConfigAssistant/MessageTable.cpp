@@ -8,9 +8,8 @@ namespace
 
 using enum MessageKind;
 
-/// Keys of the Base message registry (DSP8011) that an answer to a request of ours
-/// can hold, and a few keys of other registries. Arguments that hold a property are
-/// the same in all versions.
+/// Keys of the Base message registry (DSP8011), and a few of other registries.
+/// Arguments that hold a property are the same in all versions.
 constexpr KnownMessage knownMessages[] = {
     {"Success", Success, 0, "The request completed successfully."},
     {"Created", Success, 0, "The resource was created successfully."},
@@ -23,8 +22,20 @@ constexpr KnownMessage knownMessages[] = {
     {"PropertyDeprecated", Note, 1, "The deprecated property %1 was included in the request body."},
     {"PropertyValueDeprecated", Note, 2, "The value '%1' for the property %2 is deprecated."},
     {"ResetRecommended", Note, 0,
-     "In order to recover from errors, a component reset is recommended with the Reset action URI '%1' and "
-     "ResetType '%2'."},
+     "In order to recover from errors, a component reset is recommended with the Reset action URI '%1' and ResetType "
+     "'%2'."},
+    {"AccountRemoved", Success, 0, "The account was successfully removed."},
+    {"AccountForSessionNoLongerExists", Note, 0,
+     "The account for the current session was removed, and so the current session was removed as well."},
+    {"SubscriptionTerminated", Note, 0, "The event subscription was terminated."},
+    {"OneTimePasscodeSent", Note, 0,
+     "A one-time passcode was sent to: %1. Supply the passcode as the Token property in the request to create a "
+     "session."},
+    {"ResourceDeprecated", Note, 0, "The operation was performed on a deprecated resource '%1'."},
+    {"ActionDeprecated", Note, 0, "The action %1 is deprecated."},
+    {"ConditionInRelatedResource", Note, 0,
+     "One or more conditions exist in a related resource. See the OriginOfCondition property."},
+    {"EventBufferExceeded", Note, 0, "Undelivered events may have been lost due to exceeding the event buffer."},
 
     {"ResetRequired", ResetNeeded, 0,
      "In order to apply changes, recover from errors, or complete the operation, a component reset is required with "
@@ -70,13 +81,16 @@ constexpr KnownMessage knownMessages[] = {
     {"ActionParameterValueError", BadValue, 1, "The value for the parameter %1 in the action %2 is invalid."},
     {"ActionParameterValueConflict", BadValue, 1,
      "The parameter '%1' with the requested value of '%2' does not meet the constraints of the implementation."},
+    {"ArraySizeTooLong", BadValue, 1, "The array provided for property %1 exceeds the size limit %2."},
+    {"ArraySizeTooShort", BadValue, 1, "The array provided for property %1 is under the minimum size limit %2."},
+    {"InvalidIndex", BadValue, 0, "The index %1 is not a valid offset into the array."},
 
     {"PropertyUnknown", Unknown, 1, "The property %1 is not in the list of valid properties for the resource."},
     {"ActionParameterUnknown", Unknown, 2, "The action %1 was submitted with the invalid parameter %2."},
     {"ActionParameterNotSupported", Unknown, 1,
      "The parameter %1 for the action %2 is not supported on the target resource."},
 
-    {"PropertyNotWritable", Refused, 1, "The property %1 is a read only property and cannot be assigned a value."},
+    {"PropertyNotWritable", Refused, 1, "The property %1 is a read-only property and cannot be assigned a value."},
     {"PropertyNotUpdated", Refused, 1,
      "The property %1 was not updated due to an internal service error. The service is still operational."},
     {"PropertyDuplicate", Refused, 1, "The property %1 was duplicated in the request."},
@@ -113,7 +127,8 @@ constexpr KnownMessage knownMessages[] = {
      "There are insufficient privileges for the account or credentials associated with the current session to perform "
      "the requested operation."},
     {"PasswordChangeRequired", Refused, 0,
-     "The password provided for this account must be changed before access is granted."},
+     "The password provided for this account must be changed before access is granted. PATCH the Password property for "
+     "this account located at the target URI '%1' to complete this process."},
     {"PreconditionFailed", Refused, 0, "The ETag supplied did not match the ETag required to change this resource."},
     {"PreconditionRequired", Refused, 0, "A precondition header or annotation is required to change this resource."},
     {"OperationNotAllowed", Refused, 0, "The HTTP method is not allowed on this resource."},
@@ -121,9 +136,76 @@ constexpr KnownMessage knownMessages[] = {
      "An error occurred internal to the service as part of the overall request. Partial results may have been "
      "returned."},
     {"LicenseRequired", Refused, 0, "A license is required for this operation: %1."},
+    {"InvalidJSON", Refused, 0,
+     "The request body submitted is invalid JSON starting at line %1 and could not be parsed by the receiving "
+     "service."},
+    {"CreateFailedMissingReqProperties", Refused, 1,
+     "The create operation failed because the required property %1 was missing from the request."},
+    {"InvalidObject", Refused, 0, "The object at '%1' is invalid."},
+    {"ResourceTypeIncompatible", Refused, 0,
+     "The @odata.type of the request body %1 is incompatible with the @odata.type of the resource, which is %2."},
+    {"PayloadTooLarge", Refused, 0, "The supplied payload exceeds the maximum size supported by the service."},
+    {"MissingOrMalformedPart", Refused, 0,
+     "The multipart request contains malformed parts or is missing required parts."},
+    {"HeaderMissing", Refused, 0, "Required header '%1' is missing in the request."},
+    {"HeaderInvalid", Refused, 0, "Header '%1' is invalid."},
+    {"QueryParameterUnsupported", Refused, 0, "Query parameter '%1' is not supported."},
+    {"QueryParameterValueTypeError", Refused, 0,
+     "The value '%1' for the query parameter %2 is not a type that the parameter can accept."},
+    {"QueryParameterValueFormatError", Refused, 0,
+     "The value '%1' for the parameter %2 is not a format that the parameter can accept."},
+    {"QueryParameterValueError", Refused, 0, "The value for the parameter %1 is invalid."},
+    {"QueryParameterOutOfRange", Refused, 0, "The value '%1' for the query parameter %2 is out of range %3."},
+    {"QueryNotSupportedOnResource", Refused, 0, "Querying is not supported on the requested resource."},
+    {"QueryNotSupportedOnOperation", Refused, 0, "Querying is not supported with the requested operation."},
+    {"QueryNotSupported", Refused, 0, "Querying is not supported by the implementation."},
+    {"QueryCombinationInvalid", Refused, 0, "Two or more query parameters in the request cannot be used together."},
+    {"ResourceAlreadyExists", Refused, 0,
+     "The requested resource of type %1 with the property %2 with the value '%3' already exists."},
+    {"ResourceCreationConflict", Refused, 0,
+     "The resource could not be created. The service has a resource at URI '%1' that conflicts with the creation "
+     "request."},
+    {"ResourceCannotBeDeleted", Refused, 0,
+     "The delete request failed because the resource requested cannot be deleted."},
+    {"CreateLimitReachedForResource", Refused, 0,
+     "The create operation failed because the resource has reached the limit of possible resources."},
+    {"EventSubscriptionLimitExceeded", Refused, 0,
+     "The event subscription failed due to the number of simultaneous subscriptions exceeding the limit of the "
+     "implementation."},
+    {"InsufficientStorage", Refused, 0, "Insufficient storage or memory available to complete the request."},
+    {"AccountNotModified", Refused, 0, "The account modification request failed."},
+    {"ResourceAtUriInUnknownFormat", Refused, 0, "The resource at '%1' is in a format not recognized by the service."},
+    {"ResourceAtUriUnauthorized", Refused, 0,
+     "While accessing the resource at '%1', the service received an authorization error '%2'."},
+    {"CouldNotEstablishConnection", Refused, 0, "The service failed to establish a connection with the URI '%1'."},
+    {"SourceDoesNotSupportProtocol", Refused, 0,
+     "The other end of the connection at '%1' does not support the specified protocol %2."},
+    {"AccessDenied", Refused, 0, "While attempting to establish a connection to '%1', the service denied access."},
+    {"NetworkNameResolutionNotConfigured", Refused, 0, "Network name resolution is not configured on this service."},
+    {"NetworkNameResolutionNotSupported", Refused, 0,
+     "Resolution of network-based names is not supported by this service."},
+    {"AuthenticationTokenRequired", Refused, 0,
+     "The request could not be performed because an authentication token was not provided."},
+    {"RestrictedRole", Refused, 0, "The operation was not successful because the role '%1' is restricted."},
+    {"RestrictedPrivilege", Refused, 0, "The operation was not successful because the privilege '%1' is restricted."},
+    {"StrictAccountTypes", Refused, 1,
+     "The request could not be fulfilled with the account types included in property '%1' because the property "
+     "StrictAccountTypes is set to true."},
+    {"ServiceDisabled", Refused, 0,
+     "The operation failed because the service at %1 is disabled and cannot accept requests."},
+    {"ChassisPowerStateOnRequired", Refused, 0,
+     "The chassis with Id '%1' is required to be powered on to perform this request."},
+    {"ChassisPowerStateOffRequired", Refused, 0,
+     "The chassis with Id '%1' is required to be powered off to perform this request."},
+    {"OperationTimeout", Refused, 0,
+     "A timeout internal to the service occurred as part of the request. Partial results may have been returned."},
+    {"UndeterminedFault", Refused, 0, "An undetermined fault condition was reported by '%1'."},
+    {"MaximumErrorsExceeded", Refused, 0, "Too many errors have occurred to report them all."},
 };
 
-std::string Filled(std::string_view text, const std::vector<std::string>& arguments)
+} // namespace
+
+std::string FilledText(std::string_view text, const std::vector<std::string>& arguments)
 {
     std::string filled;
     for (std::size_t i = 0; i < text.size(); ++i)
@@ -139,8 +221,6 @@ std::string Filled(std::string_view text, const std::vector<std::string>& argume
     }
     return filled;
 }
-
-} // namespace
 
 std::string_view MessageKey(std::string_view messageId)
 {
@@ -163,7 +243,7 @@ const KnownMessage* FindMessage(std::string_view key)
 std::string MessageText(std::string_view messageId, const std::vector<std::string>& arguments)
 {
     const KnownMessage* const known = FindMessage(MessageKey(messageId));
-    return known == nullptr || known->Text.empty() ? std::string(messageId) : Filled(known->Text, arguments);
+    return known == nullptr || known->Text.empty() ? std::string(messageId) : FilledText(known->Text, arguments);
 }
 
 } // namespace Tavrine

@@ -38,9 +38,12 @@ std::string_view MessageKey(std::string_view messageId);
 /// Null for a key that is not known.
 const KnownMessage* FindMessage(std::string_view key);
 
+/// A message text of a registry with the arguments in the places of %1 to %9; "?"
+/// where one is missing.
+std::string FilledText(std::string_view text, const std::vector<std::string>& arguments);
+
 /// A message's text for a BMC that sent the id alone: the Base registry's words with
-/// the arguments in their places, or the id itself where there are none. Texts of
-/// registries that a BMC serves belong in here, too.
+/// the arguments in their places, or the id itself where there are none.
 std::string MessageText(std::string_view messageId, const std::vector<std::string>& arguments);
 
 } // namespace Tavrine

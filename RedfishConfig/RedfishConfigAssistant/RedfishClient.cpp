@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <thread>
 
 #include <fmt/format.h>
 
@@ -10,6 +9,7 @@
 #include "AnswerResults.h"
 #include "JsonText.h"
 #include "Log.h"
+#include "TaskFollower.h"
 
 namespace Tavrine
 {
@@ -25,9 +25,11 @@ constexpr std::string_view SessionsPath = "/redfish/v1/SessionService/Sessions";
 constexpr unsigned int MaxRedirects = 5;
 /// Logging out is done on the way out, where nobody waits for a minute.
 constexpr std::chrono::seconds LogoutTimeout{10};
-constexpr std::chrono::milliseconds PauseStep{100};
 constexpr std::uint64_t MaxPauseMilliseconds = 60'000;
 constexpr std::size_t MaxTokenBytes = 4096;
+/// The words of a refusal are not worth a longer wait.
+constexpr std::chrono::seconds LookupTimeout{5};
+constexpr std::chrono::seconds LookupTimeoutOfAll{15};
 
 std::chrono::seconds AtLeastOne(std::uint16_t seconds) { return std::chrono::seconds(std::max<int>(seconds, 1)); }
 
@@ -71,6 +73,22 @@ bool IsUsableToken(const std::string& token)
 std::string Call(const HttpRequest& request)
 {
     return fmt::format("{} {}", VerbName(request.Verb), CleanText(request.Path, 300));
+}
+
+constexpr std::string_view OutcomeUnknown = "whether the change was done is not known";
+
+std::string_view WithoutPoint(std::string_view text)
+{
+    text.remove_suffix(text.ends_with('.') ? 1 : 0);
+    return text;
+}
+
+/// What is known of a change that got no answer.
+std::string TextAfterChange(const TransportFault& fault)
+{
+    // In the order of Delivery.
+    constexpr std::string_view known[] = {"nothing was sent", "the change was not done", OutcomeUnknown};
+    return fmt::format("{}; {}.", WithoutPoint(fault.Text), known[static_cast<std::size_t>(fault.Reached)]);
 }
 
 } // namespace
@@ -134,14 +152,60 @@ RedfishConfigResult RedfishClient::Change(const HttpRequest& request, std::strin
     {
         return {RefusalCode(request.Verb, errors != nullptr), fault, ""};
     }
+    const auto begun = std::chrono::steady_clock::now();
     Exchange exchange = Send(request);
-    RedfishConfigResult result(0, "", "");
+    if (exchange.Fault)
     {
-        const std::lock_guard lock(m_Mutex);
-        result = Judge(request, exchange, errors);
+        return {exchange.Fault->Code, TextAfterChange(*exchange.Fault), ""};
     }
+    RedfishConfigResult result = ConcludeTask(request, begun, exchange, errors);
     response = std::move(exchange.Answer.Body);
     return result;
+}
+
+RedfishConfigResult RedfishClient::Delete(std::string_view path, std::string& response)
+{
+    std::string answer;
+    RedfishConfigResult result =
+        Change({HttpVerb::Delete, path, {}, m_RequestTimeout, nullptr, false}, answer, nullptr);
+    if (result == 0 || result == 1)
+    {
+        response = std::move(answer);
+    }
+    return result;
+}
+
+/// The result of an answered change, that of its task included, whose last answer is
+/// left in `exchange`.
+RedfishConfigResult RedfishClient::ConcludeTask(const HttpRequest& request, std::chrono::steady_clock::time_point begun,
+                                                Exchange& exchange, std::vector<RedfishConfigResult>* errors)
+{
+    std::optional<TaskEnd> task;
+    if (exchange.Answer.Status == 202)
+    {
+        const auto read = [this](const std::string& path, std::chrono::seconds timeout)
+        {
+            const std::lock_guard lock(m_Mutex);
+            return SendOnce({HttpVerb::Get, path, {}, timeout, nullptr, false});
+        };
+        task = FollowTask(exchange.Answer, {m_Connection.Place(), request.Path, begun, begun + request.Timeout, read});
+    }
+    const std::lock_guard lock(m_Mutex);
+    if (!task)
+    {
+        return Judge(request, exchange, errors);
+    }
+    if (!task->Doubt.empty())
+    {
+        return {task->Code,
+                fmt::format("{}: the BMC accepted {} {}; {}.", m_Connection.Place().Text(), Call(request),
+                            WithoutPoint(task->Doubt), OutcomeUnknown),
+                ""};
+    }
+    const bool reset = AsksForReset(exchange.Answer);
+    exchange.Answer = std::move(task->Answer);
+    RedfishConfigResult result = Judge(request, exchange, errors, task->FailedState);
+    return result == 0 && reset ? RedfishConfigResult(1, "", "") : result;
 }
 
 std::string RedfishClient::RequestFault(const HttpRequest& request) const
@@ -185,15 +249,8 @@ Exchange RedfishClient::Send(const HttpRequest& request)
 bool RedfishClient::PauseBeforeRetry(std::uint32_t attempt) const
 {
     const std::uint64_t doubled = std::uint64_t{m_RetryPause} << std::min<std::uint32_t>(attempt, 20);
-    auto left =
-        std::chrono::milliseconds(std::min(doubled, std::max<std::uint64_t>(MaxPauseMilliseconds, m_RetryPause)));
-    while (left.count() > 0 && !AbortFlag::IsRaised())
-    {
-        const auto step = std::min(left, PauseStep);
-        std::this_thread::sleep_for(step);
-        left -= step;
-    }
-    return !AbortFlag::IsRaised();
+    return AbortFlag::Pause(
+        std::chrono::milliseconds(std::min(doubled, std::max<std::uint64_t>(MaxPauseMilliseconds, m_RetryPause))));
 }
 
 Exchange RedfishClient::SendOnce(const HttpRequest& request)
@@ -210,7 +267,7 @@ Exchange RedfishClient::SendOnce(const HttpRequest& request)
     RedfishConfigResult login = LogIn();
     if (login != 0 && login != 11)
     {
-        return {{}, TransportFault{login.ErrorCode(), login.ErrorMsg(), false}};
+        return {{}, TransportFault{login.ErrorCode(), login.ErrorMsg(), false, Delivery::TurnedAway}};
     }
     return FollowRedirects(request);
 }
@@ -241,7 +298,7 @@ Exchange RedfishClient::Run(const HttpRequest& request)
 {
     if (!m_Closed.empty())
     {
-        return {{}, TransportFault{24, m_Connection.Place().Text() + ": " + m_Closed + ".", false}};
+        return {{}, TransportFault{24, m_Connection.Place().Text() + ": " + m_Closed + ".", false, Delivery::NotSent}};
     }
     Log(4, __FILE__, __LINE__).Stream() << Call(request) << " to " << m_Connection.Place().Text();
     const Credentials credentials{m_User.Get(), m_Password.Get(), m_Session.Token.Get()};
@@ -259,21 +316,53 @@ Exchange RedfishClient::Run(const HttpRequest& request)
 }
 
 RedfishConfigResult RedfishClient::Judge(const HttpRequest& request, const Exchange& exchange,
-                                         std::vector<RedfishConfigResult>* errors) const
+                                         std::vector<RedfishConfigResult>* errors, const std::string& failedTask)
 {
     if (exchange.Fault)
     {
         return {exchange.Fault->Code, exchange.Fault->Text, ""};
     }
     const bool authenticated = !m_Session.Token.Get().empty() || !m_User.Get().empty();
+    AnsweredRequest answered{request.Verb,  errors != nullptr,
+                             request.Path,  m_Connection.Place().Text(),
+                             authenticated, {m_Password.Get(), m_Session.Token.Get()}};
+    answered.FailedTask = failedTask;
+    const auto deadline = std::chrono::steady_clock::now() + LookupTimeoutOfAll;
+    // After a refused login a read would send the same password once more; after a logout
+    // nobody waits for words.
+    const bool login = request.Verb == HttpVerb::Post && request.Path == SessionsPath;
+    if (!login && !request.DespiteAbort)
+    {
+        answered.FindWords = [this, deadline](const BmcMessage& message) { return FindWords(message, deadline); };
+    }
     std::vector<RedfishConfigResult> unwanted;
-    return JudgeAnswer({request.Verb,
-                        errors != nullptr,
-                        request.Path,
-                        m_Connection.Place().Text(),
-                        authenticated,
-                        {m_Password.Get(), m_Session.Token.Get()}},
-                       exchange.Answer, errors != nullptr ? *errors : unwanted);
+    RedfishConfigResult result = JudgeAnswer(answered, exchange.Answer, errors != nullptr ? *errors : unwanted);
+    if (result == 33)
+    {
+        m_RetryAfter = BusySeconds(exchange.Answer);
+    }
+    return result;
+}
+
+/// Nothing in here may log in: the answer that is being judged points to the token.
+std::string RedfishClient::FindWords(const BmcMessage& message, std::chrono::steady_clock::time_point deadline)
+{
+    const ResourceReader read = [&](const std::string& path, std::string& text) -> RedfishConfigResult
+    {
+        const auto left = std::chrono::floor<std::chrono::seconds>(deadline - std::chrono::steady_clock::now());
+        if (left.count() < 1 || !PathFault(path).empty())
+        {
+            return {24, "", ""};
+        }
+        Exchange exchange = FollowRedirects({HttpVerb::Get, path, {}, std::min(left, LookupTimeout), nullptr, false});
+        if (exchange.Fault || exchange.Answer.Status != 200)
+        {
+            return {exchange.Fault ? 24 : 26, "", ""};
+        }
+        text = std::move(exchange.Answer.Body);
+        return {0, "", ""};
+    };
+    return m_MessageRegistries.WordsOf(message, read, m_Language);
 }
 
 RedfishConfigResult RedfishClient::OpenSession()
@@ -367,6 +456,11 @@ RedfishConfigResult RedfishClient::CloseSession()
     m_Session.Token.Clear();
     m_Session.Path.clear();
     return result;
+}
+
+std::chrono::seconds RedfishClient::TimeoutOf(int seconds) const
+{
+    return seconds > 0 ? std::chrono::seconds(seconds) : m_RequestTimeout;
 }
 
 TavrineConnection::Traffic RedfishClient::Counters() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -9,6 +11,7 @@
 #include "ConnectionInfo.h"
 #include "CurlConnection.h"
 #include "Http.h"
+#include "MessageRegistries.h"
 #include "PlainText.h"
 #include "RedfishConfigResult.h"
 
@@ -30,10 +33,14 @@ class RedfishClient
 
     /// A GET whose answer must be JSON or empty; `response` is untouched on failure.
     RedfishConfigResult Get(std::string_view path, std::string& response);
-    /// Any other verb; `response` receives the body in every case.
+    /// Any other verb; `response` receives the body in every case. An answer with status
+    /// 202 is followed to the end of its task within the request's time; what stands at
+    /// the task's end is the answer then.
     /// @param errors  null for a caller that takes no failures of single settings.
     RedfishConfigResult Change(const HttpRequest& request, std::string& response,
                                std::vector<RedfishConfigResult>* errors);
+    /// A DELETE; `response` is untouched on failure.
+    RedfishConfigResult Delete(std::string_view path, std::string& response);
 
     RedfishConfigResult OpenSession();
     RedfishConfigResult CloseSession();
@@ -41,6 +48,10 @@ class RedfishClient
     TavrineConnection::Traffic Counters() const;
     const std::string& Language() const { return m_Language; }
     std::chrono::seconds RequestTimeout() const { return m_RequestTimeout; }
+    /// `seconds`, or the time-out of the connection where that is 0 or less.
+    std::chrono::seconds TimeoutOf(int seconds) const;
+    /// Seconds that the last answer with code 33 asked to wait; 0 for none.
+    std::uint32_t RetryAfter() const { return m_RetryAfter; }
 
   private:
     struct Session
@@ -51,6 +62,8 @@ class RedfishClient
     };
 
     Exchange Send(const HttpRequest& request);
+    RedfishConfigResult ConcludeTask(const HttpRequest& request, std::chrono::steady_clock::time_point begun,
+                                     Exchange& exchange, std::vector<RedfishConfigResult>* errors);
     bool PauseBeforeRetry(std::uint32_t attempt) const;
     std::string RequestFault(const HttpRequest& request) const;
 
@@ -61,7 +74,8 @@ class RedfishClient
     RedfishConfigResult LogIn();
     RedfishConfigResult TakeSession(const HttpAnswer& answer);
     RedfishConfigResult Judge(const HttpRequest& request, const Exchange& exchange,
-                              std::vector<RedfishConfigResult>* errors) const;
+                              std::vector<RedfishConfigResult>* errors, const std::string& failedTask = {});
+    std::string FindWords(const BmcMessage& message, std::chrono::steady_clock::time_point deadline);
 
     std::mutex m_Mutex;
     SecretText m_User;
@@ -73,6 +87,8 @@ class RedfishClient
     /// Why no request is sent at all; empty for a usable client.
     std::string m_Closed;
     Session m_Session;
+    MessageRegistries m_MessageRegistries;
+    std::atomic<std::uint32_t> m_RetryAfter{0};
     CurlConnection m_Connection;
 };
 

@@ -1,8 +1,12 @@
 #include "RegistryLookup.h"
 
 #include <algorithm>
+#include <charconv>
+#include <optional>
 #include <set>
 #include <vector>
+
+#include <fmt/format.h>
 
 #include "JsonText.h"
 #include "Log.h"
@@ -22,6 +26,8 @@ constexpr std::size_t MaxPages = 50;
 constexpr std::size_t MaxMembers = 5000;
 /// Each one is a request on a slow service.
 constexpr std::size_t MaxFilesRead = 100;
+/// A text that is only nice to have is worth fewer.
+constexpr std::size_t MaxMessageFilesRead = 20;
 
 std::string_view PrimarySubtag(std::string_view language) { return language.substr(0, language.find_first_of("-_")); }
 
@@ -48,33 +54,32 @@ std::string_view LastSegment(std::string_view path)
     return path.substr(path.rfind('/') + 1);
 }
 
-bool Names(std::string_view path, std::string_view identifier)
+/// How well the identifier of a registry suits the one that is looked for.
+enum class Fit
 {
-    std::string_view segment = LastSegment(path);
-    if (segment == identifier)
-    {
-        return true;
-    }
-    return segment.ends_with(".json") && segment.substr(0, segment.size() - 5) == identifier;
-}
+    None,
+    /// Taken when no other is there.
+    Near,
+    Exact,
+};
 
-/// Members that by their name may well be attribute registries come first, so that
-/// few files are read in vain.
-void LikelyFirst(std::vector<std::string>& members)
+/// What is looked for, and how far the search goes.
+struct Wanted
 {
-    std::stable_partition(members.begin(), members.end(),
-                          [](const std::string& path)
-                          {
-                              const std::string lower = LowerAscii(LastSegment(path));
-                              return lower.find("bios") != std::string::npos ||
-                                     lower.find("attribute") != std::string::npos;
-                          });
-}
+    /// "attribute registry" or "message registry".
+    const char* Kind;
+    const std::string& Identifier;
+    std::function<Fit(std::string_view identifier)> FitOf;
+    /// By the last segment of its path, in lower case: a member that may well be it is
+    /// looked into before others, so that few files are read in vain.
+    std::function<bool(const std::string& segment)> Likely;
+    std::size_t MaxFiles;
+};
 
 class Lookup
 {
   public:
-    Lookup(const ResourceReader& read, const std::string& identifier) : m_Read(read), m_Identifier(identifier) {}
+    Lookup(const ResourceReader& read, const Wanted& wanted) : m_Read(read), m_Wanted(wanted) {}
 
     RedfishConfigResult Find(std::optional<json::value>& file)
     {
@@ -87,7 +92,9 @@ class Lookup
         {
             return ReadFile(m_Match, file);
         }
-        LikelyFirst(m_Members);
+        std::stable_partition(m_Members.begin(), m_Members.end(),
+                              [this](const std::string& path)
+                              { return m_Wanted.Likely(LowerAscii(LastSegment(path))); });
         return SearchFiles(file);
     }
 
@@ -95,7 +102,7 @@ class Lookup
 
     RedfishConfigResult Missing(const std::string& text) const
     {
-        return {26, "The attribute registry " + CleanText(m_Identifier, 200) + " " + text + ".", ""};
+        return {26, fmt::format("The {} {} {}.", m_Wanted.Kind, CleanText(m_Wanted.Identifier, 200), text), ""};
     }
 
   private:
@@ -148,7 +155,7 @@ class Lookup
             {
                 continue;
             }
-            if (m_Match.empty() && Names(path, m_Identifier))
+            if (m_Match.empty() && IsNamed(LastSegment(path)))
             {
                 m_Match = path;
             }
@@ -158,6 +165,19 @@ class Lookup
             }
         }
         return true;
+    }
+
+    bool IsNamed(std::string_view segment) const
+    {
+        constexpr std::string_view extension = ".json";
+        return m_Wanted.FitOf(segment) == Fit::Exact ||
+               (segment.ends_with(extension) &&
+                m_Wanted.FitOf(segment.substr(0, segment.size() - extension.size())) == Fit::Exact);
+    }
+
+    Fit FitOfFile(const json::value& file) const
+    {
+        return std::max(m_Wanted.FitOf(TextMember(&file, "Id")), m_Wanted.FitOf(TextMember(&file, "Registry")));
     }
 
     static std::string NextPage(const json::value& collection)
@@ -180,9 +200,10 @@ class Lookup
     RedfishConfigResult SearchFiles(std::optional<json::value>& file)
     {
         std::size_t files = 0;
+        std::optional<json::value> near;
         for (const std::string& path : m_Members)
         {
-            if (++files > MaxFilesRead)
+            if (++files > m_Wanted.MaxFiles)
             {
                 m_Doubt = ", of which not all were read";
                 break;
@@ -197,22 +218,105 @@ class Lookup
                 Log(4, __FILE__, __LINE__).Stream() << "Passed over a registry: " << result.ErrorMsg();
                 continue;
             }
-            if (TextMember(&*file, "Id") == m_Identifier || TextMember(&*file, "Registry") == m_Identifier)
+            const Fit fit = FitOfFile(*file);
+            if (fit == Fit::Exact)
             {
                 m_Match = path;
                 return {0, "", ""};
             }
+            if (fit == Fit::Near && !near)
+            {
+                near = file;
+                m_Match = path;
+            }
+        }
+        if (near)
+        {
+            file = near;
+            return {0, "", ""};
         }
         return Missing("is not among the registries of the BMC" + m_Doubt);
     }
 
     const ResourceReader& m_Read;
-    const std::string& m_Identifier;
+    const Wanted& m_Wanted;
     std::vector<std::string> m_Members;
     std::string m_Match;
     /// Why the list may hold more than was seen; empty when it was seen whole.
     std::string m_Doubt;
 };
+
+/// "Base.1.8" taken apart.
+struct RegistryName
+{
+    std::string_view Name;
+    unsigned int Major = 0;
+    unsigned int Minor = 0;
+    bool HasVersion = false;
+};
+
+/// A number at the front of `text`, which it is taken from.
+bool TakeNumber(std::string_view& text, unsigned int& number)
+{
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), number);
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    return ec == std::errc();
+}
+
+/// Versions are written "1.8", "1.8.0" and "v1_8_0"; without one all of it is the name.
+RegistryName SplitIdentifier(std::string_view identifier)
+{
+    for (std::size_t at = identifier.find('.'); at != std::string_view::npos; at = identifier.find('.', at + 1))
+    {
+        RegistryName name{identifier.substr(0, at), 0, 0, true};
+        std::string_view version = identifier.substr(at + 1);
+        version.remove_prefix(version.substr(0, 1) == "v" ? 1 : 0);
+        if (!TakeNumber(version, name.Major) || version.find_first_of("._") != 0)
+        {
+            continue;
+        }
+        version.remove_prefix(1);
+        if (TakeNumber(version, name.Minor))
+        {
+            return name;
+        }
+    }
+    return {identifier, 0, 0, false};
+}
+
+Fit FitOfNames(const RegistryName& wanted, const RegistryName& other)
+{
+    if (wanted.Name != other.Name || wanted.HasVersion != other.HasVersion || wanted.Major != other.Major)
+    {
+        return Fit::None;
+    }
+    return wanted.Minor == other.Minor ? Fit::Exact : Fit::Near;
+}
+
+RedfishConfigResult Find(const ResourceReader& read, const Wanted& wanted, const std::string& language,
+                         std::string& url)
+{
+    Lookup lookup(read, wanted);
+    std::optional<json::value> file;
+    RedfishConfigResult result = lookup.Find(file);
+    if (result != 0)
+    {
+        return result;
+    }
+    // Some services list the registry itself in the place of its file.
+    const bool isRegistry = Member(&*file, "RegistryEntries") != nullptr || Member(&*file, "Messages") != nullptr;
+    const std::string location = isRegistry ? lookup.Match() : ChooseLocation(*file, language);
+    if (location.empty())
+    {
+        return lookup.Missing("cannot be read: " + lookup.Match() + " names no \"Uri\" in \"Location\"");
+    }
+    if (const std::string fault = PathFault(location); !fault.empty())
+    {
+        return lookup.Missing("cannot be read: the \"Uri\" in " + lookup.Match() + " is unusable, " + fault);
+    }
+    url = location;
+    return {0, "", ""};
+}
 
 } // namespace
 
@@ -246,26 +350,26 @@ std::string ChooseLocation(const json::value& registryFile, std::string_view lan
 RedfishConfigResult FindRegistry(const ResourceReader& read, const std::string& identifier, const std::string& language,
                                  std::string& url)
 {
-    Lookup lookup(read, identifier);
-    std::optional<json::value> file;
-    RedfishConfigResult result = lookup.Find(file);
-    if (result != 0)
-    {
-        return result;
-    }
-    // Some services list the registry itself in the place of its file.
-    const bool isRegistry = Member(&*file, "RegistryEntries") != nullptr;
-    const std::string location = isRegistry ? lookup.Match() : ChooseLocation(*file, language);
-    if (location.empty())
-    {
-        return lookup.Missing("cannot be read: " + lookup.Match() + " names no \"Uri\" in \"Location\"");
-    }
-    if (const std::string fault = PathFault(location); !fault.empty())
-    {
-        return lookup.Missing("cannot be read: the \"Uri\" in " + lookup.Match() + " is unusable, " + fault);
-    }
-    url = location;
-    return {0, "", ""};
+    const Wanted wanted = {"attribute registry", identifier,
+                           [&](std::string_view other) { return other == identifier ? Fit::Exact : Fit::None; },
+                           [](const std::string& segment) {
+                               return segment.find("bios") != std::string::npos ||
+                                      segment.find("attribute") != std::string::npos;
+                           },
+                           MaxFilesRead};
+    return Find(read, wanted, language, url);
+}
+
+RedfishConfigResult FindMessageRegistry(const ResourceReader& read, const std::string& identifier,
+                                        const std::string& language, std::string& url)
+{
+    const RegistryName name = SplitIdentifier(identifier);
+    const std::string likely = LowerAscii(name.Name);
+    const Wanted wanted = {"message registry", identifier,
+                           [&](std::string_view other) { return FitOfNames(name, SplitIdentifier(other)); },
+                           [&](const std::string& segment) { return segment.rfind(likely, 0) == 0; },
+                           MaxMessageFilesRead};
+    return Find(read, wanted, language, url);
 }
 
 } // namespace Tavrine

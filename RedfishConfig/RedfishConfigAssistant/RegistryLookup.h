@@ -31,4 +31,11 @@ std::string ChooseLocation(const boost::json::value& registryFile, std::string_v
 RedfishConfigResult FindRegistry(const ResourceReader& read, const std::string& identifier, const std::string& language,
                                  std::string& url);
 
+/// The same for a message registry. `identifier` is the front of a message id, a name
+/// and a version ("Base.1.8", "Acme.2.15.0", "Base.v1_0_0"). A registry of that name with
+/// the same major and minor version is the one; failing that, one with the same major
+/// version serves, since minor versions only add (DSP0266, "Registries").
+RedfishConfigResult FindMessageRegistry(const ResourceReader& read, const std::string& identifier,
+                                        const std::string& language, std::string& url);
+
 } // namespace Tavrine

@@ -20,7 +20,7 @@ struct Circumstances
     const TransferEnd& End;
     const TransferLimits& Limits;
     const TlsCheck& Tls;
-    bool PlainHttp;
+    bool MaybeHttps;
 };
 
 std::string Words(const Circumstances& of)
@@ -81,19 +81,18 @@ std::string HandshakeText(const Circumstances& of)
     return "the TLS handshake failed: " + Words(of);
 }
 
+/// A server that waits for TLS hangs up, resets the connection or sends an alert.
+std::string PortHint(const Circumstances& of) { return of.MaybeHttps ? ", the port may want https" : ""; }
+
 std::string NoHttpText(const Circumstances& of)
 {
-    return of.PlainHttp ? "what it sent is no HTTP answer, this may be an https port"
-                        : "what it sent is no HTTP answer: " + Words(of);
+    return of.MaybeHttps ? "what it sent is no HTTP answer, the port may want https"
+                         : "what it sent is no HTTP answer: " + Words(of);
 }
 
-std::string SilenceText(const Circumstances& of)
-{
-    return of.PlainHttp ? "it closed the connection without an answer, this may be an https port"
-                        : "it closed the connection without an answer";
-}
+std::string SilenceText(const Circumstances& of) { return "it closed the connection without an answer" + PortHint(of); }
 
-std::string BrokenText(const Circumstances& of) { return "the connection broke: " + Words(of); }
+std::string BrokenText(const Circumstances& of) { return "the connection broke: " + Words(of) + PortHint(of); }
 std::string ShortText(const Circumstances&) { return "the connection ended before the whole answer had come"; }
 std::string NameText(const Circumstances&) { return "the name of the host was not found"; }
 std::string CaFileText(const Circumstances& of)
@@ -158,7 +157,7 @@ TransportFault MakeFault(const Circumstances& of)
     }
     if (of.End.ChangeCutOff)
     {
-        return {24, "the connection ended before an answer had come; whether the change was done is not known"};
+        return {24, "the connection ended before an answer had come"};
     }
     const Row& row = RowOf(of.End.Code);
     const bool early = row.Code == CURLE_OPERATION_TIMEDOUT ? !of.End.Connected : row.NotConnected;
@@ -168,9 +167,10 @@ TransportFault MakeFault(const Circumstances& of)
 } // namespace
 
 TransportFault ExplainTransferEnd(const TransferEnd& end, const TransferLimits& limits, const TlsCheck& tls,
-                                  const std::string& place, bool plainHttp)
+                                  const std::string& place, bool maybeHttps)
 {
-    TransportFault fault = MakeFault({end, limits, tls, plainHttp});
+    TransportFault fault = MakeFault({end, limits, tls, maybeHttps});
+    fault.Reached = end.Connected ? Delivery::Sent : Delivery::NotSent;
     fault.Text = place + ": " + fault.Text + ".";
     return fault;
 }

@@ -19,7 +19,8 @@ struct TransferEnd
     std::string Words;
     /// errno of the last system call that failed, 0 for none.
     int SystemError = 0;
-    /// The connection stood (TLS included) before the transfer failed.
+    /// The connection stood (TLS included) before the transfer failed, and the
+    /// request began to go out.
     bool Connected = false;
     bool Aborted = false;
     bool BodyTooLarge = false;
@@ -37,7 +38,8 @@ struct TransferLimits
 };
 
 /// What one person would tell another about it; names host and port.
+/// @param maybeHttps  http is spoken to a port that never gave an answer to it.
 TransportFault ExplainTransferEnd(const TransferEnd& end, const TransferLimits& limits, const TlsCheck& tls,
-                                  const std::string& place, bool plainHttp);
+                                  const std::string& place, bool maybeHttps);
 
 } // namespace Tavrine

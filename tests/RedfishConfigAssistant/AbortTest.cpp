@@ -1,5 +1,6 @@
 #include "AbortFlag.h"
 
+#include <atomic>
 #include <chrono>
 #include <future>
 
@@ -100,4 +101,57 @@ TEST_F(Abort, TheDestructorLogsOut)
         BmcConnection::AbortRequests();
     }
     EXPECT_EQ(server.Calls().back(), "DELETE /session");
+}
+
+TEST_F(Abort, TheWaitForATaskEndsSoon)
+{
+    std::promise<void> looked;
+    std::atomic<int> looks{0};
+    const TestServer server(
+        [&](const httplib::Request&, httplib::Response& response)
+        {
+            response.status = 202;
+            response.set_header("Location", "/task");
+            response.set_header("Retry-After", looks == 0 ? "0" : "30");
+            if (looks++ == 1)
+            {
+                looked.set_value();
+            }
+        });
+    auto info = server.Info();
+    info.RequestTimeout = 600;
+    auto result = std::async(std::launch::async,
+                             [&]
+                             {
+                                 std::vector<RedfishConfigResult> errors;
+                                 return BMCBaseAssistant(info, SystemTypeBios).PatchData("/x", "{}", errors, true, {});
+                             });
+    looked.get_future().wait();
+    const auto aborted = std::chrono::steady_clock::now();
+    BmcConnection::AbortRequests();
+    const RedfishConfigResult ended = result.get();
+    EXPECT_THAT(ended, Fails(24, "the BMC accepted PATCH /x as task /task, but "));
+    EXPECT_THAT(ended, Fails(24, "aborted; whether the change was done is not known."));
+    EXPECT_LT(std::chrono::steady_clock::now() - aborted, std::chrono::seconds(10));
+}
+
+TEST_F(Abort, AChangeUnderWayMayHaveBeenDone)
+{
+    std::promise<void> arrived;
+    const RawServer server(
+        [&](int socket, unsigned int)
+        {
+            ReadRequest(socket);
+            arrived.set_value();
+            WaitForPeerToLeave(socket);
+        });
+    auto info = server.Info();
+    info.RequestTimeout = 600;
+    std::vector<RedfishConfigResult> errors;
+    const auto patch = [&] { return BMCBaseAssistant(info, SystemTypeBios).PatchData("/x", "{}", errors, true, {}); };
+    auto result = std::async(std::launch::async, patch);
+    arrived.get_future().wait();
+    BmcConnection::AbortRequests();
+    EXPECT_THAT(result.get(), Fails(24, "the request was aborted; whether the change was done is not known."));
+    EXPECT_THAT(patch(), Fails(24, "the request was aborted; nothing was sent."));
 }

@@ -332,21 +332,3 @@ TEST(AnswerMessages, SettingOfPointer)
         EXPECT_EQ(SettingOfPointer(row.Pointer), row.Setting) << row.Pointer;
     }
 }
-
-TEST(MessageTable, KeyStandsBehindTheLastPointOrColon)
-{
-    EXPECT_EQ(MessageKey("Base.1.8.PropertyUnknown"), "PropertyUnknown");
-    EXPECT_EQ(MessageKey("Base.v1_0_0:Success"), "Success");
-    EXPECT_EQ(MessageKey("Success"), "Success");
-    EXPECT_EQ(MessageKey(""), "");
-    EXPECT_EQ(MessageKey("Base."), "");
-}
-
-TEST(MessageTable, TextsTakeTheirArguments)
-{
-    EXPECT_EQ(MessageText("Base.1.8.ServiceTemporarilyUnavailable", {"60"}),
-              "The service is temporarily unavailable. Retry in 60 seconds.");
-    EXPECT_EQ(MessageText("Base.1.8.PropertyUnknown", {}),
-              "The property ? is not in the list of valid properties for the resource.");
-    EXPECT_EQ(MessageText("Oem.1.Strange", {"a"}), "Oem.1.Strange");
-}

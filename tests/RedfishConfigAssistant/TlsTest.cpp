@@ -169,7 +169,7 @@ TEST(Tls, HttpSpokenToAnHttpsPort)
     const TestServer server(Answers, &Good());
     auto info = server.Info();
     info.Flags = TavrineConnection::FlagPlainHttp;
-    EXPECT_THAT(Get(info, {}), Fails(24, "this may be an https port"));
+    EXPECT_THAT(Get(info, {}), Fails(24, "the port may want https"));
 }
 
 TEST(Tls, HttpsSpokenToAnHttpPort)

@@ -1,0 +1,275 @@
+#include "TaskFollower.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include <boost/json/value.hpp>
+#include <fmt/format.h>
+
+#include "AbortFlag.h"
+#include "AnswerResults.h"
+#include "JsonText.h"
+#include "Log.h"
+#include "PlainText.h"
+
+namespace Tavrine
+{
+
+namespace
+{
+
+namespace json = boost::json;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using Clock = std::chrono::steady_clock;
+
+constexpr milliseconds FirstPause{200};
+constexpr milliseconds LongestPause{5'000};
+constexpr std::uint32_t LongestRetryAfter = 30;
+constexpr std::size_t MaxTaskBytes = 1024U * 1024U;
+constexpr std::size_t MaxPathBytes = 300;
+/// Looks in a row without an answer: a service may start anew under a change.
+constexpr unsigned int MaxFaults = 3;
+
+enum class Progress
+{
+    /// Not the text of a task.
+    NoTask,
+    Working,
+    /// It may wait for something that this request will not see.
+    Waiting,
+    Done,
+    Failed,
+};
+
+struct StateWord
+{
+    std::string_view Word;
+    Progress Meaning;
+};
+
+/// "TaskState" (DSP2046, Task) and "JobState" (Job) with the words that services add;
+/// all others are states of a task at work.
+constexpr StateWord stateWords[] = {
+    {"Completed", Progress::Done},
+    {"Service", Progress::Done},
+    {"Exception", Progress::Failed},
+    {"Killed", Progress::Failed},
+    {"Cancelled", Progress::Failed},
+    {"Failed", Progress::Failed},
+    {"CompletedWithErrors", Progress::Failed},
+    {"Pending", Progress::Waiting},
+    {"Suspended", Progress::Waiting},
+    {"Scheduled", Progress::Waiting},
+};
+
+struct TaskView
+{
+    Progress State = Progress::NoTask;
+    /// The BMC's word for the state.
+    std::string Word;
+    std::string Monitor;
+    std::string Self;
+};
+
+std::string_view FirstText(const json::value& document, std::string_view name, std::string_view otherName)
+{
+    const std::string_view text = TextMember(&document, name);
+    return text.empty() ? TextMember(&document, otherName) : text;
+}
+
+Progress MeaningOf(std::string_view word)
+{
+    const auto* const found = std::find_if(std::begin(stateWords), std::end(stateWords),
+                                           [word](const StateWord& entry) { return entry.Word == word; });
+    return found == std::end(stateWords) ? Progress::Working : found->Meaning;
+}
+
+TaskView LookAtTask(std::string_view body)
+{
+    TaskView view;
+    const std::optional<json::value> document = body.size() > MaxTaskBytes ? std::nullopt : ParseJson(body);
+    if (!document)
+    {
+        return view;
+    }
+    const std::string_view type = TextMember(&*document, "@odata.type");
+    const std::string_view word = FirstText(*document, "TaskState", "JobState");
+    view.Monitor = TextMember(&*document, "TaskMonitor");
+    if (word.empty() && view.Monitor.empty() && type.rfind("#Task.", 0) != 0 && type.rfind("#Job.", 0) != 0)
+    {
+        return view;
+    }
+    view.State = MeaningOf(word);
+    view.Word = CleanText(word, 100);
+    view.Self = TextMember(&*document, "@odata.id");
+    if (view.State == Progress::Done && FirstText(*document, "TaskStatus", "JobStatus") == "Critical")
+    {
+        view.State = Progress::Failed;
+        view.Word += ", Critical";
+    }
+    return view;
+}
+
+bool HasEnded(const TaskView& view) { return view.State == Progress::Done || view.State == Progress::Failed; }
+
+/// The answer that a task's own text stands for.
+TaskEnd EndOf(const TaskView& view, const HttpAnswer& answer)
+{
+    TaskEnd end;
+    end.Answer = answer;
+    end.Answer.Status = 200;
+    end.FailedState = view.State == Progress::Failed ? view.Word : std::string();
+    return end;
+}
+
+/// One task from its first answer to its end.
+class Follower
+{
+  public:
+    Follower(const TaskWatch& watch, std::vector<std::string> paths) : m_Watch(watch), m_Paths(std::move(paths)) {}
+
+    TaskEnd Run(const HttpAnswer& accepted)
+    {
+        m_RetryAfter = RetryAfterSeconds(accepted);
+        for (unsigned int look = 0;; ++look)
+        {
+            const auto left = std::chrono::ceil<milliseconds>(m_Watch.Deadline - Clock::now());
+            if (left.count() <= 0)
+            {
+                return TimeOut();
+            }
+            if (!AbortFlag::Pause(std::min(PauseBeforeLook(look, m_RetryAfter), left)))
+            {
+                return Doubtful("but the wait for its end was aborted");
+            }
+            if (auto end = Look())
+            {
+                return *end;
+            }
+        }
+    }
+
+  private:
+    const std::string& Path() const { return m_Paths[m_At]; }
+
+    TaskEnd Doubtful(const std::string& why, int code = 24) const
+    {
+        return {{}, {}, fmt::format("as task {}, {}", CleanText(Path(), MaxPathBytes), why), code};
+    }
+
+    TaskEnd TimeOut() const
+    {
+        const auto waited = std::chrono::round<seconds>(m_Watch.Deadline - m_Watch.Begun).count();
+        const std::string trouble = m_Trouble.empty() ? "" : fmt::format(" ({})", m_Trouble);
+        return {{},
+                {},
+                fmt::format("and still works on it{} after {} s: task {}", trouble, waited,
+                            CleanText(Path(), MaxPathBytes)),
+                24};
+    }
+
+    /// One look at the task; nothing when another one is due.
+    std::optional<TaskEnd> Look()
+    {
+        const auto left = std::chrono::ceil<seconds>(m_Watch.Deadline - Clock::now());
+        const Exchange exchange = m_Watch.Read(Path(), std::max(left, seconds(1)));
+        m_RetryAfter.reset();
+        if (exchange.Fault)
+        {
+            m_Trouble = exchange.Fault->Text;
+            const bool final = ++m_Faults == MaxFaults || exchange.Fault->Code != 24 || AbortFlag::IsRaised();
+            return final ? std::optional(
+                               Doubtful("but it cannot be watched any more: " + m_Trouble, exchange.Fault->Code))
+                         : std::nullopt;
+        }
+        m_Faults = 0;
+        return Weigh(exchange.Answer);
+    }
+
+    std::optional<TaskEnd> Weigh(const HttpAnswer& answer)
+    {
+        m_RetryAfter = RetryAfterSeconds(answer);
+        if (IsBusy(answer))
+        {
+            m_Trouble = "the BMC is not ready";
+            return std::nullopt;
+        }
+        if (answer.Status == 404 || answer.Status == 410)
+        {
+            // A monitor may go as soon as its task has ended, while the task is kept.
+            return ++m_At < m_Paths.size() ? Look() : Gone(answer);
+        }
+        if (answer.Status == 401 || answer.Status == 403 || (answer.Status >= 300 && answer.Status < 400))
+        {
+            return Doubtful("but it cannot be watched, it is answered with " + StatusText(answer.Status));
+        }
+        const TaskView view = answer.Success() ? LookAtTask(answer.Body) : TaskView();
+        m_Trouble = view.Word;
+        if (HasEnded(view) || (view.State == Progress::Waiting && AsksForReset(answer)))
+        {
+            return EndOf(view, answer);
+        }
+        const bool working = answer.Status == 202 || view.State != Progress::NoTask;
+        return working ? std::nullopt : std::optional(TaskEnd{answer, {}, {}, 24});
+    }
+
+    TaskEnd Gone(const HttpAnswer& answer)
+    {
+        m_At = m_Paths.size() - 1;
+        return Doubtful("which is gone without a word of its end (" + StatusText(answer.Status) + ")");
+    }
+
+    const TaskWatch& m_Watch;
+    std::vector<std::string> m_Paths;
+    std::size_t m_At = 0;
+    unsigned int m_Faults = 0;
+    std::optional<std::uint32_t> m_RetryAfter;
+    /// What the last look showed.
+    std::string m_Trouble;
+};
+
+} // namespace
+
+milliseconds PauseBeforeLook(unsigned int look, std::optional<std::uint32_t> retryAfter)
+{
+    if (retryAfter && *retryAfter > 0)
+    {
+        return seconds(std::min(*retryAfter, LongestRetryAfter));
+    }
+    return std::min(FirstPause * (1U << std::min(look, 10U)), LongestPause);
+}
+
+std::optional<TaskEnd> FollowTask(const HttpAnswer& accepted, const TaskWatch& watch)
+{
+    const TaskView view = LookAtTask(accepted.Body);
+    if (HasEnded(view))
+    {
+        return EndOf(view, accepted);
+    }
+    std::vector<std::string> paths;
+    std::string unusable;
+    for (const std::string& reference : {accepted.Header("location"), view.Monitor, view.Self})
+    {
+        const auto path = ResolveWithin(watch.Place, watch.Path, reference);
+        if (path && std::find(paths.begin(), paths.end(), *path) == paths.end())
+        {
+            paths.push_back(*path);
+        }
+        unusable = unusable.empty() && !path ? reference : unusable;
+    }
+    if (!paths.empty())
+    {
+        Log(4, __FILE__, __LINE__).Stream() << "Following the task " << CleanText(paths.front(), MaxPathBytes);
+        return Follower(watch, std::move(paths)).Run(accepted);
+    }
+    if (unusable.empty())
+    {
+        return std::nullopt;
+    }
+    return TaskEnd{
+        {}, {}, fmt::format("as a task at {}, a place that is not asked", CleanText(unusable, MaxPathBytes)), 24};
+}
+
+} // namespace Tavrine
