@@ -28,6 +28,8 @@ struct SimulatorOptions
     /// settings.json, registryfile.json and protected.json. Empty: the built-in
     /// machine.
     std::string MachineDir;
+    /// Not 0: a machine of so many attributes is made up, for measurements.
+    unsigned int Attributes = 0;
     /// File that keeps the state (values in force and pending) from run to run;
     /// made when it is missing. Empty: each run starts afresh.
     std::string StateFile;
@@ -37,6 +39,13 @@ struct SimulatorOptions
     std::chrono::milliseconds Latency{0};
     /// A session that was not used for so long is gone.
     std::chrono::milliseconds SessionTimeout{std::chrono::minutes(30)};
+    /// How long a start of the system takes; what is pending comes into force at its
+    /// end. 0: within the request that asks for the reset.
+    std::chrono::milliseconds RebootTime{0};
+    /// Changes and actions are carried out, but answered with a task (DSP0266): its
+    /// monitor tells so many times that it is running, and then the answer.
+    bool AnswerWithTasks = false;
+    unsigned int TaskLooks = 2;
 };
 
 /// One request as the access log tells it.
@@ -55,6 +64,8 @@ struct AccessRecord
 class BmcSimulator
 {
   public:
+    static constexpr unsigned int MaxAttributes = 100'000;
+
     /// @param error  one line that names what failed (a file, the port).
     /// @return empty on failure; otherwise the simulator, listening.
     static std::unique_ptr<BmcSimulator> Start(const SimulatorOptions& options, std::string& error);

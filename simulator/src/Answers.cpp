@@ -20,9 +20,47 @@ std::string_view Trimmed(std::string_view text)
 }
 
 /// RFC 9110: tags are compared without regard to their weakness here.
-std::string_view Opaque(std::string_view tag) { return tag.starts_with("W/") ? tag.substr(2) : tag; }
+std::string_view Opaque(std::string_view tag)
+{
+    tag = tag.starts_with("W/") ? tag.substr(2) : tag;
+    const bool quoted = tag.size() >= 2 && tag.front() == '"' && tag.back() == '"';
+    return quoted ? tag.substr(1, tag.size() - 2) : tag;
+}
 
-bool Names(std::string_view list, std::string_view tag)
+} // namespace
+
+std::string EntityTag(const std::string& content) { return '"' + Sha256Hex(content).substr(0, 32) + '"'; }
+
+std::string TagResource(boost::json::object& resource, bool unchanged)
+{
+    std::string own = FindText(resource, "@odata.etag");
+    if (unchanged && !own.empty())
+    {
+        return own;
+    }
+    resource.erase("@odata.etag");
+    std::string tag = EntityTag(boost::json::serialize(resource));
+    resource["@odata.etag"] = tag;
+    return tag;
+}
+
+HttpResponse ReadAnswer(const HttpRequest& request, std::string body, const std::string& tag)
+{
+    HttpResponse response = EmptyAnswer(200);
+    if (!tag.empty())
+    {
+        response.Headers["ETag"] = tag;
+        if (NamesTag(request.Header("if-none-match"), tag))
+        {
+            response.Status = 304;
+            return response;
+        }
+    }
+    response.Body = std::move(body);
+    return response;
+}
+
+bool NamesTag(std::string_view list, std::string_view tag)
 {
     while (!list.empty())
     {
@@ -35,26 +73,6 @@ bool Names(std::string_view list, std::string_view tag)
         list = comma == std::string_view::npos ? std::string_view() : list.substr(comma + 1);
     }
     return false;
-}
-
-} // namespace
-
-std::string EntityTag(const std::string& content) { return '"' + Sha256Hex(content).substr(0, 32) + '"'; }
-
-HttpResponse ReadAnswer(const HttpRequest& request, std::string body, const std::string& tag)
-{
-    HttpResponse response = EmptyAnswer(200);
-    if (!tag.empty())
-    {
-        response.Headers["ETag"] = tag;
-        if (Names(request.Header("if-none-match"), tag))
-        {
-            response.Status = 304;
-            return response;
-        }
-    }
-    response.Body = std::move(body);
-    return response;
 }
 
 HttpResponse JsonAnswer(int status, const boost::json::object& body)

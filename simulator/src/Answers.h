@@ -5,6 +5,7 @@
 #include <boost/json/object.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace bmcsim
 {
@@ -12,9 +13,17 @@ namespace bmcsim
 /// A strong entity tag, quotes included, that follows from the content alone.
 std::string EntityTag(const std::string& content);
 
+/// Tags a resource in "@odata.etag": with the tag that it came with as long as it is
+/// unchanged.
+std::string TagResource(boost::json::object& resource, bool unchanged);
+
 /// Answer to a GET: 304 without a body when the client names the tag as known.
 /// @param tag  empty: the answer goes out without one.
 HttpResponse ReadAnswer(const HttpRequest& request, std::string body, const std::string& tag);
+
+/// Whether a list of tags, as "If-Match" has it, names the tag. Tags without their
+/// quotes are taken, too.
+bool NamesTag(std::string_view list, std::string_view tag);
 
 HttpResponse JsonAnswer(int status, const boost::json::object& body);
 HttpResponse EmptyAnswer(int status);

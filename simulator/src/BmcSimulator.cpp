@@ -29,6 +29,22 @@ std::string HostInUrl(const std::string& address)
     return address.find(':') == std::string::npos ? address : fmt::format("[{}]", address);
 }
 
+std::optional<Machine> MakeMachine(const SimulatorOptions& options, std::string& error)
+{
+    if (options.Attributes == 0)
+    {
+        return LoadMachine(options.MachineDir, error);
+    }
+    if (!options.MachineDir.empty() || options.Attributes > BmcSimulator::MaxAttributes)
+    {
+        error = options.MachineDir.empty()
+                    ? fmt::format("a machine has at most {} attributes", BmcSimulator::MaxAttributes)
+                    : fmt::format("machine folder '{}' has its own number of attributes", options.MachineDir);
+        return std::nullopt;
+    }
+    return GenerateMachine(options.Attributes, error);
+}
+
 /// @return false when https was asked for and cannot be had.
 bool MakeIdentity(const SimulatorOptions& options, TlsIdentity& identity, std::string& error)
 {
@@ -53,7 +69,7 @@ class BmcSimulator::Impl
   public:
     static std::unique_ptr<Impl> Start(const SimulatorOptions& options, std::string& error)
     {
-        auto machine = LoadMachine(options.MachineDir, error);
+        auto machine = MakeMachine(options, error);
         if (!machine)
         {
             return nullptr;
@@ -69,8 +85,10 @@ class BmcSimulator::Impl
         {
             return nullptr;
         }
-        impl->m_Service = std::make_unique<Service>(
-            std::move(*machine), *impl->m_State, Credentials{options.User, options.Password}, options.SessionTimeout);
+        impl->m_Service =
+            std::make_unique<Service>(std::move(*machine), *impl->m_State,
+                                      ServiceOptions{options.User, options.Password, options.SessionTimeout,
+                                                     options.RebootTime, options.AnswerWithTasks, options.TaskLooks});
         HttpServerHooks hooks;
         hooks.Handle = [&service = *impl->m_Service](const HttpRequest& request) { return service.Handle(request); };
         hooks.Refuse = RefusalPage;

@@ -139,6 +139,9 @@ void HttpParser::TakeHead(httplib::Request& request)
     {
         request.set_header("Accept-Encoding", "gzip");
     }
+    // Everything here is JSON, whatever a client calls it: httplib would take a form
+    // apart, and refuse a long one.
+    request.headers.erase("Content-Type");
     // A compressed body could grow without bound, so it is passed on as it came.
     if (request.has_header("Content-Encoding"))
     {

@@ -1,6 +1,7 @@
 #include "Machine.h"
 
 #include "BuiltInMachine.h"
+#include "GeneratedMachine.h"
 #include "JsonFile.h"
 #include "RegistryResources.h"
 
@@ -274,6 +275,22 @@ std::optional<Machine> LoadMachine(const std::string& folder, std::string& error
         AddServiceResources(*machine);
     }
     return machine;
+}
+
+std::optional<Machine> GenerateMachine(unsigned int attributes, std::string& error)
+{
+    auto machine = BuildMachine(GenerateFiles(attributes), "", error);
+    if (machine)
+    {
+        AddServiceResources(*machine);
+    }
+    return machine;
+}
+
+std::string LastSegment(std::string_view path)
+{
+    const std::string normal = NormalPath(path);
+    return normal.substr(normal.rfind('/') + 1);
 }
 
 std::string NormalPath(std::string_view path)

@@ -34,8 +34,13 @@ struct Machine
 /// @param error  one line that names the file or folder.
 std::optional<Machine> LoadMachine(const std::string& folder, std::string& error);
 
+/// A machine made up of so many attributes.
+std::optional<Machine> GenerateMachine(unsigned int attributes, std::string& error);
+
 /// One form for every way of writing a path: small letters, no doubled and no
 /// trailing slashes.
 std::string NormalPath(std::string_view path);
+/// "3" of "/redfish/v1/TaskService/Tasks/3/".
+std::string LastSegment(std::string_view path);
 
 } // namespace bmcsim

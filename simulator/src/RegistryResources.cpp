@@ -83,6 +83,7 @@ json::object MakeSystem(const Machine& machine)
         {"SerialNumber", "SIM0000001"},
         {"UUID", "5a1d3f00-7c1e-4b7e-9d52-0c5b6d2e9a01"},
         {"PowerState", "On"},
+        {"BootProgress", json::object{{"LastState", "OSRunning"}}},
         {"Status", json::object{{"State", "Enabled"}, {"Health", "OK"}}},
         {"Bios", Link(path + "/Bios")},
         {"Actions", json::object{{"#ComputerSystem.Reset", std::move(reset)}}},

@@ -4,6 +4,7 @@
 #include "Digest.h"
 #include "JsonFile.h"
 #include "RedfishErrors.h"
+#include "ServicePaths.h"
 
 #include <algorithm>
 #include <array>
@@ -74,17 +75,20 @@ HttpResponse Unauthorised(const HttpRequest& request)
 
 } // namespace
 
-Service::Service(Machine machine, State& state, Credentials credentials, std::chrono::milliseconds sessionTimeout)
-    : m_Machine(std::move(machine)), m_State(state), m_Credentials(std::move(credentials)), m_Sessions(sessionTimeout)
+Service::Service(Machine machine, State& state, ServiceOptions options)
+    : m_Machine(std::move(machine)), m_Rules(m_Machine), m_State(state), m_Options(std::move(options)),
+      m_Sessions(m_Options.SessionTimeout), m_Tasks(m_Options.TaskLooks)
 {
     RouteResources();
     RouteBios();
     RouteActions();
     RouteSessions();
+    RouteTasks();
 }
 
 HttpResponse Service::Handle(const HttpRequest& request)
 {
+    FinishStart();
     const std::string path = NormalPath(request.Path);
     if (!IsOpen(request, path) && !IsAuthorised(request))
     {
@@ -108,7 +112,7 @@ bool Service::IsAuthorised(const HttpRequest& request)
         return false;
     }
     const auto text = DecodeBase64(header.substr(scheme.size()));
-    return text && SameSecret(*text, m_Credentials.User + ':' + m_Credentials.Password);
+    return text && SameSecret(*text, m_Options.User + ':' + m_Options.Password);
 }
 
 const Service::Methods* Service::FindMethods(const std::string& path) const
@@ -118,9 +122,8 @@ const Service::Methods* Service::FindMethods(const std::string& path) const
     {
         return &found->second;
     }
-    const bool isSession = path.size() > SessionsPath.size() + 1 && path.starts_with(SessionsPath) &&
-                           path.rfind('/') == SessionsPath.size();
-    return isSession ? &m_SessionMethods : nullptr;
+    const auto members = m_MemberRoutes.find(path.substr(0, path.rfind('/')));
+    return members != m_MemberRoutes.end() ? &members->second : nullptr;
 }
 
 HttpResponse Service::Call(const HttpRequest& request, const Methods& methods) const
@@ -141,9 +144,22 @@ HttpResponse Service::Call(const HttpRequest& request, const Methods& methods) c
     return option.empty() ? method->second(request) : RedfishError(501, Base::QueryParameterUnsupported, {option});
 }
 
+/// Carries out a change that fills in its own answer.
+HttpResponse Service::Changed(const std::function<bool(Values&, HttpResponse&)>& change)
+{
+    HttpResponse response;
+    const bool kept = m_State.Update([&](Values& values) { return change(values, response); });
+    return kept ? response : RedfishError(500, Base::InternalError);
+}
+
 void Service::Route(const std::string& path, const std::string& name, Method method)
 {
     m_Routes[NormalPath(path)].insert_or_assign(name, std::move(method));
+}
+
+void Service::RouteMember(const std::string& collection, const std::string& name, Method method)
+{
+    m_MemberRoutes[NormalPath(collection)].insert_or_assign(name, std::move(method));
 }
 
 void Service::RouteResources()
@@ -156,8 +172,15 @@ void Service::RouteResources()
         Route(path, "GET",
               [body = std::move(body), tag](const HttpRequest& request) { return ReadAnswer(request, body, tag); });
     };
+    const std::string system = NormalPath(SystemPath(m_Machine));
     for (const auto& [path, resource] : m_Machine.Resources)
     {
+        if (NormalPath(path) == system)
+        {
+            Route(path, "GET",
+                  [this, &resource = resource](const HttpRequest& request) { return GetSystem(request, resource); });
+            continue;
+        }
         serve(path, resource);
     }
     Route("/redfish/v1/$metadata", "GET",

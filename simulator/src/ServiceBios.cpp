@@ -3,8 +3,10 @@
 #include "Service.h"
 
 #include "Answers.h"
+#include "EnterChange.h"
 #include "JsonFile.h"
 #include "RedfishErrors.h"
+#include "Scalars.h"
 #include "ServicePaths.h"
 
 #include <boost/json/serialize.hpp>
@@ -30,20 +32,6 @@ void ListOemActions(const Machine& machine, json::object& bios)
     {
         oem.emplace(std::string("#") + name, json::object{{"target", OemBiosAction(machine, name)}});
     }
-}
-
-/// Tags the resource: with the file's own tag as long as what it says still holds.
-std::string Tag(json::object& resource, bool unchanged)
-{
-    std::string own = FindText(resource, "@odata.etag");
-    if (unchanged && !own.empty())
-    {
-        return own;
-    }
-    resource.erase("@odata.etag");
-    std::string tag = EntityTag(json::serialize(resource));
-    resource["@odata.etag"] = tag;
-    return tag;
 }
 
 /// Of a settings object from a file the names are kept, each with its pending value
@@ -76,6 +64,37 @@ json::object MakeSettings(const Machine& machine, const Values& values)
     };
 }
 
+/// The new values of a PATCH; null when it cannot be carried out, and refusal tells why.
+const json::object* NewAttributes(const Machine& machine, const json::object& body, HttpResponse& refusal)
+{
+    std::vector<Notice> faults;
+    for (const auto& [key, value] : body)
+    {
+        const std::string name = key;
+        // Annotations, as the time to apply, ask for nothing else than what is done.
+        if (name != "Attributes" && name.find('@') == std::string::npos)
+        {
+            const bool known = machine.Bios->contains(name);
+            faults.push_back({known ? Base::PropertyNotWritable : Base::PropertyUnknown, {name}, "/" + name});
+        }
+    }
+    const json::value* attributes = body.if_contains("Attributes");
+    if (attributes == nullptr)
+    {
+        faults.push_back({Base::PropertyMissing, {"Attributes"}, "/Attributes"});
+    }
+    else if (!attributes->is_object())
+    {
+        faults.push_back({Base::PropertyValueTypeError, {ShortText(*attributes), "Attributes"}, "/Attributes"});
+    }
+    if (!faults.empty())
+    {
+        refusal = RedfishErrors(400, faults);
+        return nullptr;
+    }
+    return attributes->if_object();
+}
+
 } // namespace
 
 void Service::RouteBios()
@@ -84,7 +103,7 @@ void Service::RouteBios()
     {
         return;
     }
-    const Method get = [this](const HttpRequest& request) { return GetBios(request); };
+    const Method get = [this](const HttpRequest& request) { return GetPage(request, m_BiosPage, &Service::BiosPage); };
     Route(SystemPath(m_Machine) + "/Bios", "GET", get);
     if (!m_Machine.BiosPath.empty())
     {
@@ -92,44 +111,93 @@ void Service::RouteBios()
     }
     if (!m_Machine.SettingsPath.empty())
     {
-        Route(m_Machine.SettingsPath, "GET", [this](const HttpRequest& request) { return GetSettings(request); });
-        Route(m_Machine.SettingsPath, "PATCH",
-              [](const HttpRequest&) { return RedfishError(501, Base::ActionNotSupported, {"PATCH"}); });
+        Route(m_Machine.SettingsPath, "GET",
+              [this](const HttpRequest& request) { return GetPage(request, m_SettingsPage, &Service::SettingsPage); });
+        RouteChange(m_Machine.SettingsPath, "PATCH",
+                    [this](const HttpRequest& request) { return PatchSettings(request); });
     }
 }
 
-HttpResponse Service::GetBios(const HttpRequest& request) const
+/// Makes the resource anew only when its values are others than last time.
+HttpResponse Service::GetPage(const HttpRequest& request, Page& kept,
+                              Page (Service::*make)(std::shared_ptr<const Values>) const)
 {
-    const Values values = m_State.Snapshot();
-    json::object bios = *m_Machine.Bios;
-    const json::object* original = FindObject(bios, "Attributes");
-    const bool unchanged = original != nullptr ? *original == values.Effective : values.Effective.empty();
-    if (!unchanged)
+    const auto values = m_State.Current();
+    Page page;
     {
-        bios["Attributes"] = values.Effective;
+        const std::lock_guard lock(m_PagesMutex);
+        page = kept;
     }
+    if (page.Of != values)
+    {
+        page = (this->*make)(values);
+        const std::lock_guard lock(m_PagesMutex);
+        kept = page;
+    }
+    return ReadAnswer(request, std::move(page.Body), page.Tag);
+}
+
+Service::Page Service::BiosPage(std::shared_ptr<const Values> values) const
+{
+    json::object bios = *m_Machine.Bios;
+    if (bios.contains("Attributes") || !values->Effective.empty())
+    {
+        bios["Attributes"] = values->Effective;
+    }
+    if (bios.contains("ResetBiosToDefaultsPending") || values->DefaultsPending)
+    {
+        bios["ResetBiosToDefaultsPending"] = values->DefaultsPending;
+    }
+    if (json::value* settings = bios.if_contains("@Redfish.Settings"); settings != nullptr && settings->is_object())
+    {
+        for (const auto& [name, value] : values->Outcome)
+        {
+            settings->get_object()[name] = value;
+        }
+    }
+    const bool unchanged = bios == *m_Machine.Bios;
     if (m_Machine.Protected)
     {
         ListOemActions(m_Machine, bios);
     }
-    const std::string tag = Tag(bios, unchanged);
-    return ReadAnswer(request, json::serialize(bios), tag);
+    const std::string tag = TagResource(bios, unchanged);
+    return {std::move(values), json::serialize(bios), tag};
 }
 
-HttpResponse Service::GetSettings(const HttpRequest& request) const
+Service::Page Service::SettingsPage(std::shared_ptr<const Values> values) const
 {
-    const Values values = m_State.Snapshot();
-    json::object settings = m_Machine.Settings ? *m_Machine.Settings : MakeSettings(m_Machine, values);
+    json::object settings = m_Machine.Settings ? *m_Machine.Settings : MakeSettings(m_Machine, *values);
     const json::object* original = m_Machine.Settings ? FindObject(*m_Machine.Settings, "Attributes") : nullptr;
-    bool unchanged = true;
-    if (original != nullptr)
+    if (m_Machine.Settings && (original != nullptr || !values->Pending.empty()))
     {
-        json::object attributes = FileStyleAttributes(*original, values);
-        unchanged = attributes == *original;
-        settings["Attributes"] = std::move(attributes);
+        settings["Attributes"] = FileStyleAttributes(original != nullptr ? *original : json::object(), *values);
     }
-    const std::string tag = Tag(settings, unchanged);
-    return ReadAnswer(request, json::serialize(settings), tag);
+    const bool unchanged = m_Machine.Settings && settings == *m_Machine.Settings;
+    const std::string tag = TagResource(settings, unchanged);
+    return {std::move(values), json::serialize(settings), tag};
+}
+
+HttpResponse Service::PatchSettings(const HttpRequest& request)
+{
+    HttpResponse refusal;
+    const auto body = ObjectBody(request, false, refusal);
+    const json::object* change = body ? NewAttributes(m_Machine, *body, refusal) : nullptr;
+    if (change == nullptr)
+    {
+        return refusal;
+    }
+    const std::string condition = request.Header("if-match");
+    return Changed(
+        [&](Values& values, HttpResponse& response)
+        {
+            if (!condition.empty() && !NamesTag(condition, SettingsPage(std::make_shared<Values>(values)).Tag))
+            {
+                response = RedfishError(412, Base::PreconditionFailed);
+                return false;
+            }
+            response = EnterChange(m_Machine, m_Rules, values, Place::Standard, *change);
+            return response.Status == 200 && !change->empty();
+        });
 }
 
 } // namespace bmcsim

@@ -3,6 +3,7 @@
 #include "Machine.h"
 
 #include <string>
+#include <vector>
 
 namespace bmcsim
 {
@@ -23,5 +24,13 @@ inline std::string OemSystemAction(const Machine& machine, const std::string& na
 {
     return SystemPath(machine) + "/Actions/Oem/" + name;
 }
+
+/// The action that resets the system, as the system's resource tells it.
+struct SystemReset
+{
+    std::string Target;
+    std::vector<std::string> Types;
+};
+SystemReset ResetAction(const Machine& machine);
 
 } // namespace bmcsim

@@ -22,12 +22,6 @@ constexpr const char* CollectionPath = "/redfish/v1/SessionService/Sessions";
 
 std::string SessionPath(const std::string& id) { return std::string(CollectionPath) + '/' + id; }
 
-std::string IdOf(const std::string& path)
-{
-    const std::string normal = NormalPath(path);
-    return normal.substr(normal.rfind('/') + 1);
-}
-
 json::object DescribeSession(const std::string& id, const std::string& user)
 {
     return {
@@ -86,8 +80,8 @@ void Service::RouteSessions()
     }
     Route(CollectionPath, "GET", [this](const HttpRequest& request) { return GetSessionCollection(request); });
     Route(CollectionPath, "POST", [this](const HttpRequest& request) { return OpenSession(request); });
-    m_SessionMethods["GET"] = [this](const HttpRequest& request) { return GetSession(request); };
-    m_SessionMethods["DELETE"] = [this](const HttpRequest& request) { return CloseSession(request); };
+    RouteMember(CollectionPath, "GET", [this](const HttpRequest& request) { return GetSession(request); });
+    RouteMember(CollectionPath, "DELETE", [this](const HttpRequest& request) { return CloseSession(request); });
 }
 
 HttpResponse Service::GetSessionCollection(const HttpRequest& request)
@@ -127,7 +121,7 @@ HttpResponse Service::OpenSession(const HttpRequest& request)
     {
         return refusal;
     }
-    if (!SameSecret(*user, m_Credentials.User) || !SameSecret(*password, m_Credentials.Password))
+    if (!SameSecret(*user, m_Options.User) || !SameSecret(*password, m_Options.Password))
     {
         return RedfishError(401, Base::ResourceAtUriUnauthorized, {request.Path, "Invalid user name or password"});
     }
@@ -136,7 +130,7 @@ HttpResponse Service::OpenSession(const HttpRequest& request)
     {
         return RedfishError(500, Base::InternalError);
     }
-    HttpResponse response = JsonAnswer(201, DescribeSession(session->Id, m_Credentials.User));
+    HttpResponse response = JsonAnswer(201, DescribeSession(session->Id, m_Options.User));
     response.Headers["X-Auth-Token"] = session->Token;
     response.Headers["Location"] = SessionPath(session->Id);
     return response;
@@ -144,19 +138,19 @@ HttpResponse Service::OpenSession(const HttpRequest& request)
 
 HttpResponse Service::GetSession(const HttpRequest& request)
 {
-    const std::string id = IdOf(request.Path);
+    const std::string id = LastSegment(request.Path);
     if (!m_Sessions.IsOpen(id))
     {
         return RedfishError(404, Base::ResourceMissingAtURI, {request.Path});
     }
-    const std::string body = json::serialize(DescribeSession(id, m_Credentials.User));
+    const std::string body = json::serialize(DescribeSession(id, m_Options.User));
     return ReadAnswer(request, body, EntityTag(body));
 }
 
 HttpResponse Service::CloseSession(const HttpRequest& request)
 {
-    return m_Sessions.Close(IdOf(request.Path)) ? EmptyAnswer(204)
-                                                : RedfishError(404, Base::ResourceMissingAtURI, {request.Path});
+    return m_Sessions.Close(LastSegment(request.Path)) ? EmptyAnswer(204)
+                                                       : RedfishError(404, Base::ResourceMissingAtURI, {request.Path});
 }
 
 } // namespace bmcsim

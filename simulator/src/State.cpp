@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace bmcsim
 {
@@ -20,12 +21,15 @@ namespace
 namespace fs = std::filesystem;
 namespace json = boost::json;
 
-constexpr std::int64_t FormatVersion = 1;
+constexpr std::int64_t FormatVersion = 2;
+/// Had only what stands in every version.
+constexpr std::int64_t FirstVersion = 1;
 
 struct Member
 {
     const char* Name;
     json::object Values::*Place;
+    std::int64_t Since = FirstVersion;
 };
 
 constexpr Member Members[] = {
@@ -33,6 +37,21 @@ constexpr Member Members[] = {
     {"Pending", &Values::Pending},
     {"ProtectedEffective", &Values::ProtectedEffective},
     {"ProtectedPending", &Values::ProtectedPending},
+    {"Files", &Values::Files, FormatVersion},
+    {"Outcome", &Values::Outcome, FormatVersion},
+    {"System", &Values::System, FormatVersion},
+};
+
+struct Flag
+{
+    const char* Name;
+    bool Values::*Place;
+};
+
+constexpr Flag Flags[] = {
+    {"DefaultsPending", &Values::DefaultsPending},
+    {"PoweredOff", &Values::PoweredOff},
+    {"Starting", &Values::Starting},
 };
 
 /// What a settings object from a file says beyond the values in force is pending.
@@ -58,6 +77,8 @@ Values InitialValues(const Machine& machine)
     {
         values.Effective = *attributes;
     }
+    const json::value* defaults = machine.Bios ? machine.Bios->if_contains("ResetBiosToDefaultsPending") : nullptr;
+    values.DefaultsPending = defaults != nullptr && *defaults == true;
     const json::object* settings = machine.Settings ? FindObject(*machine.Settings, "Attributes") : nullptr;
     if (settings != nullptr)
     {
@@ -70,12 +91,39 @@ Values InitialValues(const Machine& machine)
     return values;
 }
 
+bool ReadMembers(const json::object& file, std::int64_t version, Values& values, std::string& reason)
+{
+    for (const Member& member : Members)
+    {
+        const json::object* object = FindObject(file, member.Name);
+        if (object == nullptr && version >= member.Since)
+        {
+            reason = fmt::format("it has no object \"{}\"", member.Name);
+            return false;
+        }
+        values.*member.Place = object != nullptr ? *object : json::object();
+    }
+    for (const Flag& flag : Flags)
+    {
+        const json::value* value = file.if_contains(flag.Name);
+        const bool* set = value != nullptr ? value->if_bool() : nullptr;
+        if (set == nullptr && version >= FormatVersion)
+        {
+            reason = fmt::format("it has no boolean \"{}\"", flag.Name);
+            return false;
+        }
+        values.*flag.Place = set != nullptr && *set;
+    }
+    return true;
+}
+
 bool ReadValues(const json::object& file, const std::string& identity, Values& values, std::string& reason)
 {
-    const json::value* version = file.if_contains("Version");
-    if (version == nullptr || *version != FormatVersion)
+    const json::value* number = file.if_contains("Version");
+    const std::int64_t* version = number != nullptr ? number->if_int64() : nullptr;
+    if (version == nullptr || *version < FirstVersion || *version > FormatVersion)
     {
-        reason = fmt::format("it has no \"Version\" {}", FormatVersion);
+        reason = fmt::format("it has no \"Version\" {} to {}", FirstVersion, FormatVersion);
         return false;
     }
     const std::string owner = FindText(file, "Machine");
@@ -84,17 +132,7 @@ bool ReadValues(const json::object& file, const std::string& identity, Values& v
         reason = fmt::format("it belongs to machine '{}', this one is '{}'", owner, identity);
         return false;
     }
-    for (const Member& member : Members)
-    {
-        const json::object* object = FindObject(file, member.Name);
-        if (object == nullptr)
-        {
-            reason = fmt::format("it has no object \"{}\"", member.Name);
-            return false;
-        }
-        values.*member.Place = *object;
-    }
-    return true;
+    return ReadMembers(file, *version, values, reason);
 }
 
 std::string SystemMessage() { return std::generic_category().message(errno); }
@@ -114,33 +152,39 @@ bool WriteAll(int descriptor, const std::string& text)
     return true;
 }
 
-/// A rename is lasting only when its folder is on the disk as well.
-bool SyncFolder(const fs::path& file)
+/// Closes its file at the end of the scope.
+class Descriptor
 {
-    const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-    {
-        return false;
-    }
-    const bool synced = fsync(descriptor) == 0;
-    close(descriptor);
-    return synced;
-}
+  public:
+    explicit Descriptor(int number) : m_Number(number) {}
+    ~Descriptor() { Close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
 
+    int Number() const { return m_Number; }
+    bool Close() { return m_Number < 0 || close(std::exchange(m_Number, -1)) == 0; }
+
+  private:
+    int m_Number;
+};
+
+/// On failure the file is as it was.
 bool ReplaceFile(const std::string& file, const std::string& text)
 {
+    const fs::path parent = fs::path(file).parent_path();
+    const Descriptor folder(open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     std::string temporary = file + ".XXXXXX";
-    const int descriptor = mkostemp(temporary.data(), O_CLOEXEC);
-    if (descriptor < 0)
+    Descriptor made(folder.Number() < 0 ? -1 : mkostemp(temporary.data(), O_CLOEXEC));
+    if (made.Number() < 0)
     {
         return false;
     }
-    const bool written = WriteAll(descriptor, text) && fsync(descriptor) == 0;
-    const bool closed = close(descriptor) == 0;
-    if (written && closed && std::rename(temporary.c_str(), file.c_str()) == 0)
+    const bool written = WriteAll(made.Number(), text) && fsync(made.Number()) == 0 && made.Close();
+    if (written && std::rename(temporary.c_str(), file.c_str()) == 0)
     {
-        return SyncFolder(file);
+        // The new file stands; a folder that cannot be synced does not take it back.
+        fsync(folder.Number());
+        return true;
     }
     const int reason = errno;
     unlink(temporary.c_str());
@@ -151,46 +195,57 @@ bool ReplaceFile(const std::string& file, const std::string& text)
 } // namespace
 
 State::State(std::string identity, std::string file, Values values)
-    : m_Identity(std::move(identity)), m_File(std::move(file)), m_Values(std::move(values))
+    : m_Identity(std::move(identity)), m_File(std::move(file)),
+      m_Values(std::make_shared<const Values>(std::move(values)))
 {
 }
 
 std::unique_ptr<State> State::Open(const Machine& machine, const std::string& file, std::string& error)
 {
-    std::unique_ptr<State> state(new State(machine.Identity(), file, InitialValues(machine)));
-    if (file.empty())
-    {
-        return state;
-    }
+    const std::string identity = machine.Identity();
+    Values values = InitialValues(machine);
     std::error_code code;
-    if (fs::symlink_status(file, code).type() == fs::file_type::not_found)
+    if (!file.empty() && fs::symlink_status(file, code).type() != fs::file_type::not_found)
     {
-        return state->Save(error) ? std::move(state) : nullptr;
+        const auto text = ReadTextFile(file, error);
+        const auto object = text ? ParseObject(*text, file, error) : std::nullopt;
+        std::string reason;
+        if (!object || !ReadValues(*object, identity, values, reason))
+        {
+            error = fmt::format("state file {}", object ? fmt::format("'{}' cannot be used: {}", file, reason) : error);
+            return nullptr;
+        }
+        return std::unique_ptr<State>(new State(identity, file, std::move(values)));
     }
-    const auto text = ReadTextFile(file, error);
-    const auto object = text ? ParseObject(*text, file, error) : std::nullopt;
-    std::string reason;
-    if (object && ReadValues(*object, state->m_Identity, state->m_Values, reason))
-    {
-        return state;
-    }
-    error = fmt::format("state file {}", object ? fmt::format("'{}' cannot be used: {}", file, reason) : error);
-    return nullptr;
+    std::unique_ptr<State> state(new State(identity, file, std::move(values)));
+    return state->Save(*state->m_Values, error) ? std::move(state) : nullptr;
 }
 
-Values State::Snapshot() const
+std::shared_ptr<const Values> State::Current() const
 {
     const std::lock_guard lock(m_Mutex);
     return m_Values;
 }
 
-bool State::Replace(Values values)
+bool State::Update(const std::function<bool(Values&)>& change)
 {
-    const std::lock_guard lock(m_Mutex);
-    m_Values = std::move(values);
+    const std::lock_guard onlyChange(m_ChangeMutex);
+    auto values = std::make_shared<Values>(*Current());
+    if (!change(*values))
+    {
+        return true;
+    }
     std::string error;
-    const bool saved = m_File.empty() || Save(error);
-    m_Trouble = saved ? m_Trouble : error;
+    const bool saved = Save(*values, error);
+    const std::lock_guard lock(m_Mutex);
+    if (saved)
+    {
+        m_Values = std::move(values);
+    }
+    else
+    {
+        m_Trouble = error;
+    }
     return saved;
 }
 
@@ -200,12 +255,20 @@ std::string State::Trouble() const
     return m_Trouble;
 }
 
-bool State::Save(std::string& error) const
+bool State::Save(const Values& values, std::string& error) const
 {
+    if (m_File.empty())
+    {
+        return true;
+    }
     json::object file{{"Version", FormatVersion}, {"Machine", m_Identity}};
     for (const Member& member : Members)
     {
-        file.emplace(member.Name, m_Values.*member.Place);
+        file.emplace(member.Name, values.*member.Place);
+    }
+    for (const Flag& flag : Flags)
+    {
+        file.emplace(flag.Name, values.*flag.Place);
     }
     if (!ReplaceFile(m_File, json::serialize(file) + "\n"))
     {

@@ -20,6 +20,7 @@ struct CommandLine
     bmcsim::SimulatorOptions Options;
     std::string PasswordFile;
     unsigned int LatencyMs = 0;
+    unsigned int RebootMs = 0;
 };
 
 void Describe(CLI::App& app, CommandLine& line)
@@ -34,12 +35,23 @@ void Describe(CLI::App& app, CommandLine& line)
     app.add_option("--user", options.User, "User that may log in")->capture_default_str();
     auto* password = app.add_option("--password", options.Password, "Password of the user")->capture_default_str();
     app.add_option("--password-file", line.PasswordFile, "File whose first line is the password")->excludes(password);
-    app.add_option("--machine", options.MachineDir,
-                   "Folder with bios.json, registry.LANG.json and so on, or a tree of index.json files; without it "
-                   "the built-in machine");
+    auto* machine =
+        app.add_option("--machine", options.MachineDir,
+                       "Folder with bios.json, registry.LANG.json and so on, or a tree of index.json files; without it "
+                       "the built-in machine");
+    app.add_option("--attributes", options.Attributes, "Make up a machine of so many attributes")
+        ->check(CLI::Range(1U, bmcsim::BmcSimulator::MaxAttributes))
+        ->excludes(machine);
     app.add_option("--state", options.StateFile, "File that keeps the values from run to run");
     app.add_option("--access-log", options.AccessLogFile, "File that gets one JSON line a request");
     app.add_option("--latency-ms", line.LatencyMs, "Pause before each answer")->check(CLI::Range(0, 3'600'000));
+    app.add_option("--reboot-ms", line.RebootMs, "How long a start of the system takes")
+        ->check(CLI::Range(0, 3'600'000));
+    auto* tasks = app.add_flag("--tasks", options.AnswerWithTasks, "Answer changes and actions with a task");
+    app.add_option("--task-looks", options.TaskLooks, "How often a task is still running when it is looked at")
+        ->check(CLI::Range(0, 1000))
+        ->capture_default_str()
+        ->needs(tasks);
     certificate->needs(key)->excludes(http);
     key->needs(certificate)->excludes(http);
     app.set_version_flag("--version", std::string("tavrine-bmcsim ") + BMCSIM_VERSION);
@@ -66,6 +78,7 @@ std::optional<int> Parse(int argc, char** argv, CommandLine& line)
         return ExitUsage;
     }
     line.Options.Latency = std::chrono::milliseconds(line.LatencyMs);
+    line.Options.RebootTime = std::chrono::milliseconds(line.RebootMs);
     return std::nullopt;
 }
 

@@ -68,6 +68,7 @@ std::unique_ptr<httplib::Client> ConnectWithoutCredentials(const bmcsim::BmcSimu
 {
     auto client = std::make_unique<httplib::Client>(simulator.Url());
     client->set_keep_alive(true);
+    client->set_tcp_nodelay(true);
     client->set_read_timeout(60);
     client->enable_server_certificate_verification(false);
     return client;

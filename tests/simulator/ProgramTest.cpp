@@ -153,6 +153,29 @@ TEST(Program, TakesItsOptions)
     EXPECT_EQ(child.Wait(), 0);
 }
 
+TEST(Program, MakesUpAMachineAndAnswersWithTasks)
+{
+    Child child({"--http", "--attributes", "30", "--tasks", "--task-looks", "1", "--reboot-ms", "3600000"});
+    const std::string url = UrlOf(child.ReadLine(), false);
+    ASSERT_NE(url, "");
+    httplib::Client client(url);
+    client.set_basic_auth("admin", "password");
+    const auto bios = client.Get("/redfish/v1/Systems/1/Bios");
+    ASSERT_TRUE(bios);
+    EXPECT_EQ(At(Parse(bios->body), "/Attributes").as_object().size(), 30U);
+    const auto reset = client.Post("/redfish/v1/Systems/1/Actions/ComputerSystem.Reset",
+                                   R"({"ResetType":"ForceRestart"})", "application/json");
+    ASSERT_TRUE(reset);
+    EXPECT_EQ(reset->status, 202);
+    EXPECT_EQ(client.Get(reset->get_header_value("Location"))->status, 202);
+    EXPECT_EQ(client.Get(reset->get_header_value("Location"))->status, 200);
+    const auto system = client.Get("/redfish/v1/Systems/1");
+    ASSERT_TRUE(system);
+    EXPECT_EQ(At(Parse(system->body), "/PowerState"), "PoweringOn");
+    child.Signal(SIGTERM);
+    EXPECT_EQ(child.Wait(), 0);
+}
+
 TEST(Program, WrongOptionsAreRefused)
 {
     struct Case
@@ -172,6 +195,12 @@ TEST(Program, WrongOptionsAreRefused)
         {{"--tls-cert", "a.pem"}, "--tls-key"},
         {{"--tls-key", "a.pem"}, "--tls-cert"},
         {{"--http", "--tls-cert", "a.pem", "--tls-key", "b.pem"}, "--http"},
+        {{"--reboot-ms", "3600001"}, "--reboot-ms"},
+        {{"--attributes", "0"}, "--attributes"},
+        {{"--attributes", "100001"}, "--attributes"},
+        {{"--attributes", "5", "--machine", "x"}, "--machine"},
+        {{"--task-looks", "1"}, "--tasks"},
+        {{"--tasks", "--task-looks", "-1"}, "--task-looks"},
         {{"--password", "x", "--password-file", "y"}, "--password"},
     };
     for (const Case& wrong : cases)
@@ -224,7 +253,8 @@ TEST(Program, HelpAndVersionAreTold)
     const std::string text = help.ReadRest();
     EXPECT_EQ(help.Wait(), 0);
     for (const char* option : {"--port", "--bind", "--http", "--tls-cert", "--tls-key", "--user", "--password",
-                               "--password-file", "--machine", "--state", "--access-log", "--latency-ms"})
+                               "--password-file", "--machine", "--attributes", "--state", "--access-log",
+                               "--latency-ms", "--reboot-ms", "--tasks", "--task-looks"})
     {
         EXPECT_THAT(text, HasSubstr(option));
     }

@@ -56,7 +56,7 @@ TEST_F(RequestLogTest, FileAndMemoryTellTheSame)
         {"GET", "/redfish/v1/Systems/1/Bios", 200, 1},
         {"GET", "/redfish/v1/Systems?a=b", 401, 2},
         {"HEAD", "/redfish/v1/", 200, 1},
-        {"POST", "/redfish/v1/Systems/1/Actions/ComputerSystem.Reset", 501, 1},
+        {"POST", "/redfish/v1/Systems/1/Actions/ComputerSystem.Reset", 400, 1},
     };
     const auto records = m_Simulator->AccessLog();
     const auto lines = Lines(testdata::ReadFile(LogFile()));

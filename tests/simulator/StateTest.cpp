@@ -67,12 +67,19 @@ TEST_F(StateTest, ReplacedValuesAreThereInTheNextRun)
     {
         const auto state = Open(File(), error);
         ASSERT_TRUE(state) << error;
-        Values values = state->Snapshot();
-        values.Effective["AssetTag"] = "new – tag";
-        values.Pending["BootPromptSeconds"] = 9;
-        values.ProtectedPending["TpmState"] = "Hidden";
-        values.Effective["DiagnosticSeed"] = std::uint64_t{18446744073709551615U};
-        EXPECT_TRUE(state->Replace(values));
+        EXPECT_TRUE(state->Update(
+            [](Values& values)
+            {
+                values.Effective["AssetTag"] = "new – tag";
+                values.Pending["BootPromptSeconds"] = 9;
+                values.ProtectedPending["TpmState"] = "Hidden";
+                values.Effective["DiagnosticSeed"] = std::uint64_t{18446744073709551615U};
+                values.Files["custom_default"] = "a\nb";
+                values.Outcome = {{"Time", "2024-01-02T03:04:05Z"}};
+                values.DefaultsPending = true;
+                values.PoweredOff = true;
+                return true;
+            }));
         EXPECT_EQ(state->Trouble(), "");
     }
     const auto state = Open(File(), error);
@@ -82,7 +89,46 @@ TEST_F(StateTest, ReplacedValuesAreThereInTheNextRun)
     EXPECT_EQ(values.Effective.at("DiagnosticSeed"), std::uint64_t{18446744073709551615U});
     EXPECT_EQ(values.Pending.at("BootPromptSeconds"), 9);
     EXPECT_EQ(values.ProtectedPending.at("TpmState"), "Hidden");
+    EXPECT_EQ(values.Files.at("custom_default"), "a\nb");
+    EXPECT_EQ(values.Outcome.at("Time"), "2024-01-02T03:04:05Z");
+    EXPECT_TRUE(values.DefaultsPending);
+    EXPECT_TRUE(values.PoweredOff);
+    EXPECT_FALSE(values.Starting);
     EXPECT_EQ(FilesInFolder(), 1U);
+}
+
+TEST_F(StateTest, FileOfTheFirstVersionIsStillRead)
+{
+    m_Folder.Write("state.json", R"({"Version":1,"Machine":"1/BiosAttributeRegistryZS22.v1_4_0",
+        "Effective":{"AssetTag":"old"},"Pending":{"BootPromptSeconds":9},"ProtectedEffective":{"TpmState":"Hidden"},
+        "ProtectedPending":{"TpmClear":true}})");
+    std::string error;
+    const auto state = Open(File(), error);
+    ASSERT_TRUE(state) << error;
+    const Values values = state->Snapshot();
+    EXPECT_EQ(values.Effective, Parse(R"({"AssetTag":"old"})"));
+    EXPECT_EQ(values.Pending, Parse(R"({"BootPromptSeconds":9})"));
+    EXPECT_EQ(values.ProtectedEffective, Parse(R"({"TpmState":"Hidden"})"));
+    EXPECT_EQ(values.ProtectedPending, Parse(R"({"TpmClear":true})"));
+    EXPECT_TRUE(values.Files.empty());
+    EXPECT_FALSE(values.DefaultsPending || values.PoweredOff || values.Starting);
+}
+
+TEST_F(StateTest, ChangeThatIsNotToBeLeavesValuesAndFileAlone)
+{
+    std::string error;
+    const auto state = Open(File(), error);
+    ASSERT_TRUE(state) << error;
+    const std::string before = testdata::ReadFile(File());
+    const auto standing = state->Current();
+    EXPECT_TRUE(state->Update(
+        [](Values& values)
+        {
+            values.Effective.clear();
+            return false;
+        }));
+    EXPECT_EQ(state->Current(), standing);
+    EXPECT_EQ(testdata::ReadFile(File()), before);
 }
 
 TEST_F(StateTest, ServiceShowsTheValuesOfTheFile)
@@ -91,12 +137,15 @@ TEST_F(StateTest, ServiceShowsTheValuesOfTheFile)
     {
         const auto state = Open(File(), error);
         ASSERT_TRUE(state) << error;
-        Values values = state->Snapshot();
-        values.Effective["AssetTag"] = "changed";
-        values.Pending["BootPromptSeconds"] = 9;
-        values.ProtectedEffective["TpmState"] = "Hidden";
-        values.ProtectedPending["TpmClear"] = true;
-        ASSERT_TRUE(state->Replace(values));
+        ASSERT_TRUE(state->Update(
+            [](Values& values)
+            {
+                values.Effective["AssetTag"] = "changed";
+                values.Pending["BootPromptSeconds"] = 9;
+                values.ProtectedEffective["TpmState"] = "Hidden";
+                values.ProtectedPending["TpmClear"] = true;
+                return true;
+            }));
     }
     auto options = PlainOptions();
     const auto fresh = Start(options);
@@ -129,16 +178,23 @@ TEST_F(StateTest, FileOfNoUseIsNamedAndLeftAlone)
           {"{", "line 1"},
           {"{\n\"Version\": 1,\n}", "line 3"},
           {"[]", "no JSON object"},
-          {"{}", "\"Version\" 1"},
-          {R"({"Version":2})", "\"Version\" 1"},
-          {R"({"Version":"1"})", "\"Version\" 1"},
+          {"{}", "\"Version\" 1 to 2"},
+          {R"({"Version":0})", "\"Version\" 1 to 2"},
+          {R"({"Version":3})", "\"Version\" 1 to 2"},
+          {R"({"Version":"1"})", "\"Version\" 1 to 2"},
           {R"({"Version":1})", "belongs to machine ''"},
           {R"({"Version":1,"Machine":"7/Other"})", "7/Other"},
           {R"({"Version":1,"Machine":"1/BiosAttributeRegistryZS22.v1_4_0"})", "\"Effective\""},
           {R"({"Version":1,"Machine":"1/BiosAttributeRegistryZS22.v1_4_0","Effective":[],"Pending":{}})",
            "\"Effective\""},
           {R"({"Version":1,"Machine":"1/BiosAttributeRegistryZS22.v1_4_0","Effective":{},"Pending":{}})",
-           "\"ProtectedEffective\""}})
+           "\"ProtectedEffective\""},
+          {R"({"Version":2,"Machine":"1/BiosAttributeRegistryZS22.v1_4_0","Effective":{},"Pending":{},
+               "ProtectedEffective":{},"ProtectedPending":{},"Outcome":{}})",
+           "\"Files\""},
+          {R"({"Version":2,"Machine":"1/BiosAttributeRegistryZS22.v1_4_0","Effective":{},"Pending":{},
+               "ProtectedEffective":{},"ProtectedPending":{},"Files":{},"Outcome":{},"System":{},"DefaultsPending":1})",
+           "\"DefaultsPending\""}})
     {
         m_Folder.Write("state.json", content);
         auto options = PlainOptions();
@@ -159,7 +215,7 @@ TEST_F(StateTest, FileThatCannotBeMadeIsNamed)
     EXPECT_THAT(StartError(options), HasSubstr(options.StateFile));
 }
 
-TEST_F(StateTest, FailureToSaveIsTold)
+TEST_F(StateTest, ChangeThatCannotBeSavedIsToldAndUndone)
 {
     std::string error;
     const std::filesystem::path folder = m_Folder.Path() / "gone";
@@ -167,11 +223,15 @@ TEST_F(StateTest, FailureToSaveIsTold)
     const auto state = Open((folder / "state.json").string(), error);
     ASSERT_TRUE(state) << error;
     std::filesystem::remove_all(folder);
-    Values values = state->Snapshot();
-    values.Effective["AssetTag"] = "lost";
-    EXPECT_FALSE(state->Replace(values));
+    const auto standing = state->Current();
+    EXPECT_FALSE(state->Update(
+        [](Values& values)
+        {
+            values.Effective["AssetTag"] = "lost";
+            return true;
+        }));
     EXPECT_THAT(state->Trouble(), HasSubstr((folder / "state.json").string()));
-    EXPECT_EQ(state->Snapshot().Effective.at("AssetTag"), "lost");
+    EXPECT_EQ(state->Current(), standing);
 }
 
 TEST_F(StateTest, WithoutAFileNothingIsKept)
@@ -179,7 +239,13 @@ TEST_F(StateTest, WithoutAFileNothingIsKept)
     std::string error;
     const auto state = Open("", error);
     ASSERT_TRUE(state) << error;
-    EXPECT_TRUE(state->Replace(state->Snapshot()));
+    EXPECT_TRUE(state->Update(
+        [](Values& values)
+        {
+            values.Effective["AssetTag"] = "kept in memory";
+            return true;
+        }));
+    EXPECT_EQ(state->Snapshot().Effective.at("AssetTag"), "kept in memory");
     EXPECT_EQ(state->Trouble(), "");
 }
 
