@@ -47,6 +47,8 @@ struct Answer
     std::string Text;
     /// The value of the command's own member in the JSON document.
     boost::json::object Data;
+    /// Further members of that document.
+    boost::json::object More;
 };
 
 /// The codes that count as success: 0, 1, 3, 4 and 5.

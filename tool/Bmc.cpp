@@ -177,13 +177,26 @@ void Bmc::Close(std::vector<std::string>& notes)
 
 std::unique_ptr<RedfishConfigProc> Bmc::Front(int outputFormat) const
 {
+    return MakeFront(outputFormat, m_Options.SystemType);
+}
+
+std::unique_ptr<RedfishConfigProc> Bmc::StandardFront(int outputFormat) const
+{
+    std::unique_ptr<RedfishConfigProc> standard = MakeFront(outputFormat, SystemTypeBios);
+    const std::unique_ptr<RedfishConfigProc> usual = Front(outputFormat);
+    standard->SetPrefix(usual->m_Prefix, usual->GetSecondPrefix());
+    return standard;
+}
+
+std::unique_ptr<RedfishConfigProc> Bmc::MakeFront(int outputFormat, std::int32_t systemType) const
+{
     Config_Options options;
     options.HexValueMode = m_Options.Hex;
     options.allowProtectedSettings = m_Options.Protected;
     options.LegacyNameMode = m_Options.LegacyNames;
     options.OutputFormat = outputFormat;
     auto front = std::make_unique<BiosRedfishConfigProc>(
-        m_Connection->Info(), static_cast<ConfigurateSupportedSystemType>(m_Options.SystemType), options);
+        m_Connection->Info(), static_cast<ConfigurateSupportedSystemType>(systemType), options);
     if (!m_Options.FirstPrefix.empty())
     {
         front->SetPrefix(m_Options.FirstPrefix, m_Options.SecondPrefix);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,10 +45,18 @@ class Bmc
     /// @param outputFormat  Config_Options::OutputFormat.
     std::unique_ptr<RedfishConfigProc> Front(int outputFormat) const;
 
+    /// One that never asks for protected settings, whatever the kind of the system, and
+    /// shows names as Front does.
+    std::unique_ptr<RedfishConfigProc> StandardFront(int outputFormat) const;
+
+    /// For single requests; there after Prepare.
+    TavrineConnection::BmcConnection& Connection() const { return *m_Connection; }
+
     /// Host and port; for messages.
     std::string Name() const;
 
   private:
+    std::unique_ptr<RedfishConfigProc> MakeFront(int outputFormat, std::int32_t systemType) const;
     std::optional<Failure> StartSimulator();
     std::optional<Failure> MakeConnection();
     TavrineConnection::ConnectionInfo Record() const;

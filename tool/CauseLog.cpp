@@ -14,12 +14,19 @@ constexpr unsigned int FailureLevel = 1;
 constexpr std::size_t MostLines = 64;
 constexpr std::array<std::string_view, 2> Introductions = {"though: ", "error: "};
 
+/// Nothing failed where a machine's configuration hides no settings.
+constexpr std::string_view NoKeywordsLine = "Failed to get the all keywords";
+
 } // namespace
 
 CauseLog::CauseLog()
     : m_Sink(Logging::AddSink(FailureLevel,
                               [this](const LogRecord& record)
                               {
+                                  if (record.Text.starts_with(NoKeywordsLine))
+                                  {
+                                      return;
+                                  }
                                   const std::lock_guard lock(m_Mutex);
                                   if (m_Lines.size() == MostLines)
                                   {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <span>
+#include <string>
 
 #include "Answer.h"
 
@@ -31,6 +32,9 @@ struct Command
     /// The command's own member of the JSON document.
     const char* JsonMember;
     Answer (*Run)(const Options& options, Bmc& bmc);
+    /// What is wrong with the options before anything is opened or asked, empty for
+    /// nothing; null when the command has nothing of its own to check.
+    std::string (*Check)(const Options& options) = nullptr;
 };
 
 std::span<const Command> Commands();

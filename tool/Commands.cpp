@@ -2,7 +2,20 @@
 
 #include <array>
 
+#include "CompareCommand.h"
+#include "CustomDefaultCommand.h"
+#include "DescribeCommand.h"
+#include "FindCommand.h"
 #include "GroupsCommand.h"
+#include "LoadDefaultCommand.h"
+#include "MetadataCommands.h"
+#include "PendingCommand.h"
+#include "PowerCommands.h"
+#include "RestoreCommand.h"
+#include "SaveCommand.h"
+#include "SchemaCommand.h"
+#include "SetCommand.h"
+#include "SettingPairs.h"
 #include "ShowCommand.h"
 
 namespace Tavrine::Tool
@@ -12,9 +25,43 @@ std::span<const Command> Commands()
 {
     static constexpr std::array Table = {
         Command{"show", "Show settings and their values",
-                "Settings to show, with or without the prefix; all of them without a name", 0, nullptr, "settings",
-                RunShow},
-        Command{"groups", "List the menu groups and their settings", nullptr, 0, nullptr, "groups", RunGroups},
+                "Settings to show, with or without the prefix, or shell patterns; all of them without a name", 0,
+                nullptr, "settings", RunShow},
+        Command{"groups", "List the menu groups and their settings",
+                "Groups to list, exactly or as shell patterns; all of them without a name", 0, nullptr, "groups",
+                RunGroups},
+        Command{"values", "Show the values that settings take",
+                "Settings or shell patterns; all settings without a name", 0, nullptr, "values", RunValues},
+        Command{"defaults", "Show the defaults of settings", "Settings or shell patterns; all settings without a name",
+                0, nullptr, "defaults", RunDefaults},
+        Command{"describe", "Show everything about a setting", "Settings or shell patterns", 1, nullptr, "settings",
+                RunDescribe},
+        Command{"schema", "Export the attribute registry with the current values",
+                "File to write; standard output without one", 0, nullptr, "schema", RunSchema, SchemaFault},
+        Command{"compare", "Show two values of settings side by side",
+                "defaults, pending or a saved FILE, then settings or shell patterns; all settings without a name", 1,
+                AddCompareOptions, "settings", RunCompare},
+        Command{"find", "Find settings by what is said about them",
+                "What to look for in names, texts and values, in whatever case; all of several", 1, AddFindOptions,
+                "settings", RunFind, FindFault},
+        Command{"set", "Change settings, all of them checked first", "NAME=VALUE ..., NAME=- for standard input", 1,
+                AddSetOptions, "settings", RunSet, PairsFault},
+        Command{"pending", "Show what waits for a reboot",
+                "Settings to look at, protected ones too; all ordinary ones without a name", 0, nullptr, "settings",
+                RunPending},
+        Command{"save", "Save all settings, in lines where the file's name ends in .txt or .conf",
+                "File to write; standard output without one", 0, nullptr, "settings", RunSave, SaveFault},
+        Command{"restore", "Bring back saved settings", "File to read, - for standard input", 1, AddRestoreOptions,
+                "settings", RunRestore, RestoreFault},
+        Command{"loaddefault", "Load defaults", "UEFI or BIOS for all settings, or the names of settings", 1,
+                AddLoadDefaultOptions, "settings", RunLoadDefault, LoadDefaultFault},
+        Command{"custom-default", "Read or write the file of custom defaults that the BMC keeps",
+                "export or import, and a file, - for standard output or input", 2, nullptr, "customDefault",
+                RunCustomDefault, CustomDefaultFault},
+        Command{"reboot", "Restart the system", "Type of the reset (default GracefulRestart)", 0, AddPowerOptions,
+                "reboot", RunReboot, RebootTypeFault},
+        Command{"results", "Show what became of the changes at the last start", nullptr, 0, nullptr, "results",
+                RunResults},
     };
     return Table;
 }

@@ -8,6 +8,7 @@
 #include "Bmc.h"
 #include "CauseLog.h"
 #include "JsonOutput.h"
+#include "NamePatterns.h"
 #include "Options.h"
 #include "SettingNames.h"
 #include "TextOutput.h"
@@ -16,6 +17,8 @@ namespace Tavrine::Tool
 {
 namespace
 {
+
+constexpr int CodeNotFound = 20;
 
 SettingGroupMap ShownGroups(const SettingGroupMap& groups, const std::string& prefix)
 {
@@ -34,6 +37,31 @@ SettingGroupMap ShownGroups(const SettingGroupMap& groups, const std::string& pr
     return shown;
 }
 
+/// The groups that a command line names; what names none is a failure.
+SettingGroupMap ChosenGroups(const SettingGroupMap& shown, const std::vector<std::string>& names, Answer& answer)
+{
+    SettingGroupMap chosen;
+    for (const std::string& name : names)
+    {
+        // A group's own name comes first: it may hold the characters of a pattern.
+        const bool exact = shown.contains(name);
+        bool found = false;
+        for (const auto& group : shown)
+        {
+            if (exact ? group.first == name : IsPattern(name) && MatchesPattern(name, group.first))
+            {
+                chosen.insert(group);
+                found = true;
+            }
+        }
+        if (!found)
+        {
+            AddFailure(answer, {CodeNotFound, "Unable to find the group " + name, {}, {}});
+        }
+    }
+    return chosen;
+}
+
 } // namespace
 
 Answer ListGroups(RedfishConfigProc& front, const Options& options, bool tree)
@@ -47,7 +75,11 @@ Answer ListGroups(RedfishConfigProc& front, const Options& options, bool tree)
         AddFailure(answer, causes.Explain(result));
         return answer;
     }
-    const SettingGroupMap shown = ShownGroups(groups, front.GetSecondPrefix());
+    SettingGroupMap shown = ShownGroups(groups, front.GetSecondPrefix());
+    if (!options.Names.empty())
+    {
+        shown = ChosenGroups(shown, options.Names, answer);
+    }
     if (options.Json)
     {
         answer.Data = GroupsObject(shown);

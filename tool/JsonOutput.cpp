@@ -47,6 +47,7 @@ std::string JsonDocument(const Answer& answer, const char* member)
     document["code"] = answer.Code;
     document["message"] = ValidUtf8(answer.Message.empty() ? StandardText(answer.Code) : answer.Message);
     document[member] = answer.Data;
+    document.insert(answer.More.begin(), answer.More.end());
     document["errors"] = std::move(errors);
     return json::serialize(document) + "\n";
 }

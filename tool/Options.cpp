@@ -381,6 +381,11 @@ ParsedCommandLine ParseCommandLine(const std::vector<std::string>& arguments, st
             fmt::format("{} needs a name: see tavrine {} --help", options.Chosen->Name, options.Chosen->Name));
     }
     std::transform(options.Names.begin(), options.Names.end(), options.Names.begin(), Unmarked);
+    if (const std::string error = options.Chosen->Check != nullptr ? options.Chosen->Check(options) : std::string();
+        !error.empty())
+    {
+        return Refusal(error);
+    }
     ParsedCommandLine parsed;
     parsed.Request = std::move(options);
     return parsed;

@@ -1,7 +1,6 @@
 #include "ShowCommand.h"
 
 #include <algorithm>
-#include <array>
 #include <locale>
 #include <optional>
 #include <string>
@@ -13,8 +12,11 @@
 #include "Bmc.h"
 #include "CauseLog.h"
 #include "JsonOutput.h"
+#include "MissingActions.h"
+#include "NamePatterns.h"
 #include "Options.h"
 #include "SettingNames.h"
+#include "SettingSelection.h"
 #include "TextOutput.h"
 
 namespace Tavrine::Tool
@@ -23,8 +25,6 @@ namespace
 {
 
 constexpr int CodeNotFound = 20;
-constexpr int CodeAction = 28;
-constexpr int CodeBmcInternal = 32;
 
 /// Settings in the form of the run's output: one of the two maps is filled.
 struct ShownSettings
@@ -34,8 +34,6 @@ struct ShownSettings
 };
 
 using FrontMaker = std::function<std::unique_ptr<RedfishConfigProc>()>;
-
-Prefixes PrefixesOf(RedfishConfigProc& front) { return {front.m_Prefix, front.GetSecondPrefix()}; }
 
 void PutInto(Answer& answer, const ShownSettings& settings, const Options& options)
 {
@@ -66,7 +64,7 @@ RedfishConfigResult Collect(const SettingStringMap& given, const Options& option
 
 RedfishConfigResult ReadGroup(RedfishConfigProc& front, const Options& options, ShownSettings& settings)
 {
-    const Prefixes prefixes = PrefixesOf(front);
+    const Prefixes prefixes = ShownPrefixes(front);
     SettingStringMap given;
     RedfishConfigResult result = front.QueryGroupSettingValues(given);
     if (!IsSuccess(result.ErrorCode()))
@@ -113,35 +111,62 @@ class GroupLookup
 
     bool Take(const std::string& name, ShownSettings& settings)
     {
-        if (!std::exchange(m_Read, true) && !IsSuccess(ReadGroup(m_Front, m_Options, m_Group).ErrorCode()))
-        {
-            // An object that served a protected setting first gives no others as a group.
-            if (const std::unique_ptr<RedfishConfigProc> fresh = m_FreshFront())
-            {
-                ReadGroup(*fresh, m_Options, m_Group);
-            }
-        }
-        const Prefixes prefixes = PrefixesOf(m_Front);
+        Read();
+        const Prefixes prefixes = ShownPrefixes(m_Front);
         return TakeFromGroup(m_Group, prefixes.Second + "." + name, prefixes.First + "." + name, settings);
     }
 
+    /// All settings whose names match, under the names of single ones.
+    RedfishConfigResult TakeMatching(const std::string& word, ShownSettings& settings)
+    {
+        RedfishConfigResult result = Read();
+        if (!IsSuccess(result.ErrorCode()))
+        {
+            return result;
+        }
+        const Prefixes prefixes = ShownPrefixes(m_Front);
+        const NamePattern pattern(word, prefixes);
+        const auto take = [&](const auto& group, auto& taken)
+        {
+            bool found = false;
+            for (const auto& [name, value] : group)
+            {
+                if (pattern.Matches(BareGroupKey(name, prefixes)))
+                {
+                    taken[SingleKey(name, prefixes)] = value;
+                    found = true;
+                }
+            }
+            return found;
+        };
+        const bool found = take(m_Group.Texts, settings.Texts) | take(m_Group.Typed, settings.Typed);
+        return {found ? CodeSucceed : CodeNotFound, found ? "" : NothingMatches(word).Message, ""};
+    }
+
   private:
+    const RedfishConfigResult& Read()
+    {
+        if (!m_Result)
+        {
+            m_Result = ReadGroup(m_Front, m_Options, m_Group);
+            if (!IsSuccess(m_Result->ErrorCode()) && !IsUnreachable(m_Result->ErrorCode()))
+            {
+                // An object that served a protected setting first gives no others as a group.
+                if (const std::unique_ptr<RedfishConfigProc> fresh = m_FreshFront())
+                {
+                    m_Result = ReadGroup(*fresh, m_Options, m_Group);
+                }
+            }
+        }
+        return *m_Result;
+    }
+
     RedfishConfigProc& m_Front;
     const Options& m_Options;
     const FrontMaker& m_FreshFront;
-    bool m_Read = false;
+    std::optional<RedfishConfigResult> m_Result;
     ShownSettings m_Group;
 };
-
-/// Whether a refusal reads as that of a service that does not know the OEM actions.
-bool MissesAction(const Failure& failure)
-{
-    static constexpr std::array Statuses = {"(404 ", "(405 ", "(501 "};
-    return failure.Message.find("/ZorvanBios.") != std::string::npos &&
-           (failure.Code == CodeAction || failure.Code == CodeBmcInternal) &&
-           std::any_of(Statuses.begin(), Statuses.end(),
-                       [&](const char* status) { return failure.Message.find(status) != std::string::npos; });
-}
 
 /// Puts the result of a typed query under the name that text output would show.
 void RestoreTypedName(const std::string& name, const Options& options, const Prefixes& prefixes, ShownSettings& single)
@@ -160,7 +185,7 @@ void RestoreTypedName(const std::string& name, const Options& options, const Pre
 RedfishConfigResult ReadOne(RedfishConfigProc& front, const std::string& name, const Options& options,
                             ShownSettings& settings)
 {
-    const Prefixes prefixes = PrefixesOf(front);
+    const Prefixes prefixes = ShownPrefixes(front);
     SettingStringMap given;
     RedfishConfigResult result = front.QuerySettingValue(name, given);
     if (!IsSuccess(result.ErrorCode()))
@@ -197,29 +222,30 @@ Answer ShowNames(RedfishConfigProc& front, const Options& options, const FrontMa
     CauseLog causes;
     ShownSettings settings;
     GroupLookup lookup(front, options, freshFront);
-    const Prefixes prefixes = PrefixesOf(front);
+    const Prefixes prefixes = ShownPrefixes(front);
     std::optional<Failure> unreachable;
     for (const std::string& name : BareNames(options.Names, prefixes))
     {
-        const std::string shownName = prefixes.First + "." + name;
+        const bool pattern = IsPattern(name);
+        const std::string shownName = pattern ? name : prefixes.First + "." + name;
         if (unreachable)
         {
             unreachable->Setting = shownName;
             AddFailure(answer, *unreachable);
             continue;
         }
-        const RedfishConfigResult result = ReadOne(front, name, options, settings);
-        if (IsSuccess(result.ErrorCode()) || (result == CodeNotFound && lookup.Take(name, settings)))
+        const RedfishConfigResult result =
+            pattern ? lookup.TakeMatching(name, settings) : ReadOne(front, name, options, settings);
+        if (IsSuccess(result.ErrorCode()) || (!pattern && result == CodeNotFound && lookup.Take(name, settings)))
         {
             continue;
         }
         const Failure failure = causes.Explain(result, shownName);
         if (MissesAction(failure))
         {
-            answer.Notes.emplace_back(
-                "hint: the BMC lacks the OEM actions for protected settings; for such a BMC give --system-type bios");
+            answer.Notes.emplace_back(MissingActionHint);
         }
-        if (failure.Code == CodeConnection || failure.Code == CodeNotReady)
+        if (IsUnreachable(failure.Code))
         {
             unreachable = failure;
         }

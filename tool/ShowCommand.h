@@ -20,7 +20,8 @@ Answer RunShow(const Options& options, Bmc& bmc);
 Answer ShowAll(RedfishConfigProc& front, const Options& options);
 
 /// The settings that `options` names, each by a query of its own. A name that the
-/// attribute registry does not have is looked up in the values that the BMC reports.
+/// attribute registry does not have is looked up in the values that the BMC reports, and
+/// shell patterns are held against these.
 /// @param freshFront  gives an object that was not used yet; asked when `front`, after
 ///                    what it was asked before, has no group values to give.
 Answer ShowNames(RedfishConfigProc& front, const Options& options,

@@ -1,0 +1,236 @@
+#include "CompareCommand.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include <boost/json/serialize.hpp>
+
+#include "ConfigFile.h"
+#include "KnowingFront.h"
+#include "Options.h"
+
+using namespace Tavrine;
+using namespace Tavrine::Tool;
+using tooltest::Configured;
+using tooltest::KnowingFront;
+
+namespace json = boost::json;
+
+namespace
+{
+
+using Words = std::vector<std::string>;
+
+const RedfishConfigResult Good{0, "", ""};
+
+/// A copy of one of two objects for each that is asked for.
+CompareWay From(const KnowingFront& texts, const KnowingFront& typed = KnowingFront(),
+                std::optional<std::size_t> columns = std::nullopt)
+{
+    return {[&texts, typed](bool wantTyped) { return std::make_unique<KnowingFront>(wantTyped ? typed : texts); },
+            columns};
+}
+
+Options Asked(const Words& names)
+{
+    Options options;
+    options.Names = names;
+    return options;
+}
+
+KnowingFront WithDefaults()
+{
+    KnowingFront front("One", "Two");
+    front.DefaultPairs.insert(
+        {"", {{7, "", ""}, {{"Two.ProcA", {"1", "2"}}, {"Two.ProcB", {"x", "x"}}, {"Two.Mem", {"a\tb", ""}}}}});
+    front.DefaultPairs.insert({"ProcB", {Good, {{"One.ProcB", {"x", "x"}}}}});
+    front.DefaultPairs.insert({"None", {{21, "The setting None has no default value.", ""}, {}}});
+    front.Descriptions.insert(
+        {"", {Good, {{"Two.ProcA", ""}, {"Two.ProcB", ""}, {"Two.Mem", ""}, {"Two.None", ""}, {"Two.Void", ""}}}});
+    return front;
+}
+
+KnowingFront WithPending()
+{
+    KnowingFront front("One", "Two");
+    front.PendingPairs.insert({"", {Good, {{"Two.ProcA", {"1", "2"}}, {"Two.Mem", {"a", "b"}}}}});
+    front.PendingPairs.insert({"ProcA", {Good, {{"One.ProcA", {"1", "2"}}}}});
+    front.PendingPairs.insert({"ProcB", {{2, "Setting has no pending value.", ""}, {}}});
+    front.Group = {Good, {{"Two.ProcA", "1"}, {"Two.ProcB", "1"}, {"Two.Mem", "a"}}};
+    return front;
+}
+
+KnowingFront Typed(const std::string& values)
+{
+    KnowingFront front("One", "Two");
+    front.Group = {Good, {{"Two", values}}};
+    return front;
+}
+
+/// Options with the prefixes of the fronts above, as a command line would set them.
+Options PrefixedOptions(const Words& names)
+{
+    Options options = Asked(names);
+    options.FirstPrefix = "One";
+    options.SecondPrefix = "Two";
+    return options;
+}
+
+class CompareCommand : public ::testing::Test
+{
+    Configured m_NothingConfigured{""};
+
+  protected:
+    testdata::TemporaryFolder m_Folder;
+};
+
+} // namespace
+
+TEST_F(CompareCommand, DefaultsAreALineEachWithWhatIsMissingAsANote)
+{
+    const KnowingFront front = WithDefaults();
+    const Answer answer = CompareDefaults(Asked({"defaults"}), From(front));
+    EXPECT_EQ(answer.Code, 0);
+    EXPECT_EQ(answer.Text, "Two.Mem\ta\\tb\t\nTwo.ProcA\t1\t2\nTwo.ProcB\tx\tx\n");
+    EXPECT_EQ(answer.Notes, Words{"note: 2 of 5 settings have no value or no default value"});
+}
+
+TEST_F(CompareCommand, ChangedLeavesEqualValuesOut)
+{
+    const KnowingFront front = WithDefaults();
+    Options options = Asked({"defaults"});
+    options.Changed = true;
+    EXPECT_EQ(CompareDefaults(options, From(front)).Text, "Two.Mem\ta\\tb\t\nTwo.ProcA\t1\t2\n");
+    options.Json = true;
+    EXPECT_EQ(json::serialize(CompareDefaults(options, From(front)).Data),
+              R"({"Two.Mem":{"current":"a\tb","default":""},"Two.ProcA":{"current":"1","default":"2"}})");
+}
+
+TEST_F(CompareCommand, DefaultsOfNamesAndPatterns)
+{
+    const KnowingFront front = WithDefaults();
+    const Answer answer = CompareDefaults(Asked({"defaults", "ProcB", "None", "M*", "Zz*", "V*"}), From(front));
+    EXPECT_EQ(answer.Code, 21);
+    EXPECT_EQ(answer.Text, "One.Mem\ta\\tb\t\nOne.ProcB\tx\tx\n");
+    ASSERT_EQ(answer.Errors.size(), 2U);
+    EXPECT_EQ(answer.Errors[0].Setting, "One.None");
+    EXPECT_EQ(answer.Errors[1].Message, "Unable to find a setting that matches Zz*");
+    EXPECT_EQ(answer.Notes, Words{"note: 1 of 2 settings have no value or no default value"});
+}
+
+TEST_F(CompareCommand, OnATerminalItIsATableOfItsWidth)
+{
+    const KnowingFront front = WithDefaults();
+    EXPECT_EQ(CompareDefaults(Asked({"defaults", "ProcB"}), From(front, KnowingFront(), 80)).Text,
+              "SETTING    CURRENT  DEFAULT\nOne.ProcB  x        x\n");
+    EXPECT_EQ(CompareDefaults(Asked({"defaults", "ProcB"}), From(front, KnowingFront(), 20)).Text,
+              "SETT…  CURR…  DEFA…\nOne.…  x      x\n");
+}
+
+TEST_F(CompareCommand, PendingValuesStandBesideThoseInForce)
+{
+    const KnowingFront front = WithPending();
+    const KnowingFront typed = Typed(R"({"ProcA":1,"ProcB":1,"Mem":"a"})");
+    Options options = PrefixedOptions({"pending"});
+    EXPECT_EQ(ComparePending(options, From(front, typed)).Text, "Two.Mem\ta\tb\nTwo.ProcA\t1\t2\n");
+    options.Json = true;
+    EXPECT_EQ(json::serialize(ComparePending(options, From(front, typed)).Data),
+              R"({"Two.Mem":{"current":"a","pending":"b"},"Two.ProcA":{"current":1,"pending":2}})");
+    options.Json = false;
+    options.Hex = true;
+    EXPECT_EQ(ComparePending(options, From(front, typed)).Text, "Two.Mem\ta\tb\nTwo.ProcA\t0x1\t0x2\n");
+}
+
+TEST_F(CompareCommand, PendingOfNamesAndPatterns)
+{
+    const KnowingFront front = WithPending();
+    const KnowingFront typed = Typed(R"({"ProcA":1,"ProcB":1,"Mem":"a"})");
+    const auto compared = [&](const Words& names)
+    { return ComparePending(PrefixedOptions(names), From(front, typed)); };
+    EXPECT_EQ(compared({"pending", "ProcA", "M*"}).Text, "One.Mem\ta\tb\nOne.ProcA\t1\t2\n");
+    for (const Words& names : {Words{"pending", "ProcB"}, Words{"pending", "*B"}})
+    {
+        const Answer nothing = compared(names);
+        EXPECT_EQ(nothing.Code, 0) << names[1];
+        EXPECT_EQ(nothing.Text, "");
+        EXPECT_TRUE(nothing.Errors.empty());
+    }
+    const Answer unknown = compared({"pending", "Zz*", "Proc*"});
+    EXPECT_EQ(unknown.Code, 20);
+    EXPECT_EQ(unknown.Text, "One.ProcA\t1\t2\n");
+}
+
+TEST_F(CompareCommand, NothingPendingIsAGoodAnswer)
+{
+    KnowingFront front;
+    front.PendingPairs.insert({"", {{2, "", ""}, {}}});
+    const Answer answer = ComparePending(Asked({"pending"}), From(front));
+    EXPECT_EQ(answer.Code, 0);
+    EXPECT_EQ(answer.Text, "");
+    EXPECT_EQ(answer.Notes, Words{"note: There are no pending values on the current system."});
+    EXPECT_EQ(answer.Message, "There are no pending values on the current system.");
+    EXPECT_TRUE(answer.Errors.empty());
+}
+
+TEST_F(CompareCommand, AFailedPendingComparisonIsTold)
+{
+    KnowingFront front;
+    front.PendingPairs.insert({"", {{26, "", ""}, {}}});
+    EXPECT_EQ(ComparePending(Asked({"pending"}), From(front)).Code, 26);
+}
+
+TEST_F(CompareCommand, ASavedFileStandsBesideTheMachine)
+{
+    const KnowingFront machine = Typed(R"({"Num":255,"Flag":true,"Text":"a","Other":1,"Null":null})");
+    const Words files = {
+        m_Folder.Write("typed", R"({"settings":{"One.Num":255,"Two.Flag":false,"Text":"b","Gone":1,"Null":null}})"),
+        m_Folder.Write("lines", "UEFI.Num=0xFF\nBIOS.Flag=false\nText=b\nGone=1\n"),
+    };
+    for (const std::string& file : files)
+    {
+        SCOPED_TRACE(file);
+        Options options = Asked({file});
+        const Answer all = CompareFile(options, From(KnowingFront(), machine));
+        EXPECT_EQ(all.Code, 0);
+        EXPECT_EQ(all.Text.substr(0, all.Text.find("Two.Num")), "Two.Flag\ttrue\tfalse\nTwo.Gone\t\\N\t1\n");
+        EXPECT_EQ(all.Notes, Words{"note: 1 of 4 settings of the file have no value on the machine"});
+        options.Changed = true;
+        EXPECT_EQ(CompareFile(options, From(KnowingFront(), machine)).Text,
+                  "Two.Flag\ttrue\tfalse\nTwo.Gone\t\\N\t1\nTwo.Text\ta\tb\n");
+    }
+}
+
+TEST_F(CompareCommand, NamesSelectFromTheFile)
+{
+    const KnowingFront machine = Typed(R"({"ProcA":1,"ProcB":2,"Mem":3})");
+    const std::string file = m_Folder.Write("saved", "ProcA=1\nProcB=3\n");
+    const Answer answer = CompareFile(Asked({file, "One.ProcB", "Mem", "Z*", "*A"}), From(KnowingFront(), machine));
+    EXPECT_EQ(answer.Text, "One.ProcA\t1\t1\nOne.ProcB\t2\t3\n");
+    EXPECT_EQ(answer.Code, 20);
+    ASSERT_EQ(answer.Errors.size(), 2U);
+    EXPECT_EQ(answer.Errors[0].Message, "The file " + file + " does not have the setting One.Mem");
+    EXPECT_EQ(answer.Errors[1].Message, "Unable to find a setting that matches Z*");
+}
+
+TEST_F(CompareCommand, AFileThatCannotBeReadAsksNobody)
+{
+    const CompareWay way = {[](bool)
+                            {
+                                ADD_FAILURE() << "the BMC was asked";
+                                return std::make_unique<KnowingFront>();
+                            },
+                            {}};
+    EXPECT_EQ(CompareFile(Asked({(m_Folder.Path() / "missing").string()}), way).Code, 38);
+}
+
+TEST(CompareHidden, KeywordsHideInTheFileForm)
+{
+    const Configured configured("HIDDEN_CONFIG_KEYWORDS_LIST = 'Mem'\n");
+    const testdata::TemporaryFolder folder;
+    const KnowingFront machine = Typed(R"({"ProcA":1,"MemB":2})");
+    const std::string file = folder.Write("saved", "ProcA=2\nMemB=3\n");
+    EXPECT_EQ(CompareFile(Asked({file}), From(KnowingFront(), machine)).Text, "Two.ProcA\t1\t2\n");
+    EXPECT_EQ(CompareFile(Asked({file, "Mem*"}), From(KnowingFront(), machine)).Code, 20);
+    EXPECT_EQ(CompareFile(Asked({file, "MemB"}), From(KnowingFront(), machine)).Text, "One.MemB\t2\t3\n");
+}

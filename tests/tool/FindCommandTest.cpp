@@ -1,0 +1,127 @@
+#include "FindCommand.h"
+
+#include <gtest/gtest.h>
+
+#include <boost/json/serialize.hpp>
+
+#include "ConfigFile.h"
+#include "KnowingFront.h"
+#include "Options.h"
+#include "SmallRegistry.h"
+
+using namespace Tavrine;
+using namespace Tavrine::Tool;
+using tooltest::Configured;
+using tooltest::KnowingFront;
+
+namespace
+{
+
+using Words = std::vector<std::string>;
+
+KnowingFront Machine()
+{
+    KnowingFront front("One", "Two");
+    front.Registry = {{0, "", ""}, tooltest::SmallRegistry};
+    front.Group = {{0, "", ""}, {{"Two.Mode", "Uefi"}, {"Two.LooseEnd", "Zzz"}}};
+    return front;
+}
+
+Answer Find(KnowingFront front, const Words& words, bool regex = false, std::optional<std::size_t> columns = {})
+{
+    Options options;
+    options.Names = words;
+    options.Regex = regex;
+    return FindSettings(front, options, columns);
+}
+
+} // namespace
+
+TEST(FindCommand, WordsAreFoundWhereverTheyStand)
+{
+    const Configured nothing("");
+    struct Row
+    {
+        Words Looked;
+        bool Regex;
+        const char* Text;
+    };
+    const Row rows[] = {
+        {{"BOOT MODE"}, false, "Two.Mode\tBoot Mode\tdisplay name\n"},
+        {{"mode"}, false, "Two.Mode\tBoot Mode\tname, display name, values\n"},
+        {{"second line"}, false, "Two.Mode\tBoot Mode\thelp\n"},
+        {{"twice"}, false, "Two.Mode\tBoot Mode\twarning\n"},
+        {{"uefi"}, false, "Two.Mode\tBoot Mode\tvalues\n"},
+        {{"16"}, false, "Two.Timeout\tTimeout\tvalues\n"},
+        {{"セキュ"}, false, "Two.Secure\tセキュア\tdisplay name\n"},
+        {{"loose"}, false, "Two.LooseEnd\t\tname\n"},
+        {{"zZ"}, false, "Two.LooseEnd\t\tvalues\n"},
+        {{"boot", "twice"}, false, "Two.Mode\tBoot Mode\tdisplay name, warning\n"},
+        {{"^t.*out$"}, true, "Two.Timeout\tTimeout\tname, display name\n"},
+        {{"^(Seal|Fixed)$"}, true, "Two.Fixed\tFixed\tname, display name\nTwo.Seal\tSeal\tname, display name\n"},
+    };
+    for (const Row& row : rows)
+    {
+        const Answer answer = Find(Machine(), row.Looked, row.Regex);
+        EXPECT_EQ(answer.Text, row.Text) << row.Looked[0];
+        EXPECT_EQ(answer.Code, 0);
+    }
+}
+
+TEST(FindCommand, NothingFoundIsTold)
+{
+    const Configured nothing("");
+    for (const Words& words : {Words{"nowhere to be"}, Words{"mode", "zzz"}, Words{"geheim"}, Words{"m.de"}})
+    {
+        const Answer answer = Find(Machine(), words);
+        EXPECT_EQ(answer.Code, 20) << words[0];
+        EXPECT_EQ(answer.Text, "");
+    }
+}
+
+TEST(FindCommand, JsonTellsThePlaces)
+{
+    const Configured nothing("");
+    KnowingFront front = Machine();
+    Options options;
+    options.Names = {"mode"};
+    options.Json = true;
+    EXPECT_EQ(boost::json::serialize(FindSettings(front, options, {}).Data),
+              R"({"Two.Mode":{"displayName":"Boot Mode","places":["name","display name","values"]}})");
+}
+
+TEST(FindCommand, ATerminalGetsATable)
+{
+    const Configured nothing("");
+    EXPECT_EQ(Find(Machine(), {"セキュ"}, false, 80).Text,
+              "SETTING     DISPLAY NAME  FOUND IN\nTwo.Secure  セキュア      display name\n");
+}
+
+TEST(FindCommand, KeywordsHide)
+{
+    const Configured configured("HIDDEN_CONFIG_KEYWORDS_LIST = 'Mode, Loose'\n");
+    EXPECT_EQ(Find(Machine(), {"mode"}).Code, 20);
+    EXPECT_EQ(Find(Machine(), {"zzz"}).Code, 20);
+    EXPECT_EQ(Find(Machine(), {"secure"}).Text, "Two.Secure\tセキュア\tname\n");
+}
+
+TEST(FindCommand, AWrongWordIsAFaultOfTheCommandLine)
+{
+    Options options;
+    options.Names = {"good", "("};
+    EXPECT_EQ(FindFault(options), "");
+    options.Regex = true;
+    EXPECT_EQ(FindFault(options), "Unable to look for (: missing closing parenthesis at 1");
+    options.Names = {""};
+    EXPECT_NE(FindFault(options), "");
+}
+
+TEST(FindCommand, AFailureOfTheLibraryIsTold)
+{
+    const Configured nothing("");
+    KnowingFront front = Machine();
+    front.Registry = {{24, "gone", ""}, ""};
+    EXPECT_EQ(Find(front, {"mode"}).Code, 24);
+    front.Registry = {{0, "", ""}, "[]"};
+    EXPECT_EQ(Find(front, {"mode"}).Code, 27);
+}

@@ -1,0 +1,77 @@
+#include "OutputFile.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sys/stat.h>
+
+#include "SharedData.h"
+#include "TemporaryFolder.h"
+
+using Tavrine::Tool::WriteWholeFile;
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+std::size_t EntriesOf(const fs::path& folder)
+{
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+}
+
+mode_t ModeOf(const fs::path& file)
+{
+    struct stat status = {};
+    EXPECT_EQ(stat(file.c_str(), &status), 0);
+    return status.st_mode & 07777;
+}
+
+} // namespace
+
+TEST(OutputFile, ANewFileHasTheTextAndNothingElseIsLeft)
+{
+    const testdata::TemporaryFolder folder;
+    const fs::path file = folder.Path() / "out.json";
+    const std::string text("a\0b\n", 4);
+    EXPECT_EQ(WriteWholeFile(file.string(), text), "");
+    EXPECT_EQ(testdata::ReadFile(file), text);
+    EXPECT_EQ(EntriesOf(folder.Path()), 1U);
+}
+
+TEST(OutputFile, PermissionsAreThoseAskedForUnlessTheFileHasItsOwn)
+{
+    const testdata::TemporaryFolder folder;
+    const mode_t mask = umask(022);
+    const fs::path shared = folder.Path() / "shared";
+    const fs::path own = folder.Path() / "own";
+    EXPECT_EQ(WriteWholeFile(shared.string(), "x"), "");
+    EXPECT_EQ(WriteWholeFile(own.string(), "x", 0600), "");
+    umask(mask);
+    EXPECT_EQ(ModeOf(shared), 0644U);
+    EXPECT_EQ(ModeOf(own), 0600U);
+    EXPECT_EQ(WriteWholeFile(own.string(), "y", 0666), "");
+    EXPECT_EQ(ModeOf(own), 0600U);
+    EXPECT_EQ(testdata::ReadFile(own), "y");
+}
+
+TEST(OutputFile, ALinkIsFollowed)
+{
+    const testdata::TemporaryFolder folder;
+    const fs::path target = folder.Write("real/target", "old");
+    fs::create_symlink(target, folder.Path() / "link");
+    EXPECT_EQ(WriteWholeFile((folder.Path() / "link").string(), "new"), "");
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "link"));
+    EXPECT_EQ(testdata::ReadFile(target), "new");
+}
+
+TEST(OutputFile, WhatCannotBeWrittenIsToldAndLeftAlone)
+{
+    const testdata::TemporaryFolder folder;
+    EXPECT_NE(WriteWholeFile((folder.Path() / "nowhere" / "file").string(), "x"), "");
+    EXPECT_EQ(WriteWholeFile(folder.Path().string(), "x"), "is no plain file");
+    EXPECT_EQ(WriteWholeFile("/dev/null", "x"), "is no plain file");
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    EXPECT_EQ(EntriesOf(folder.Path()), 0U);
+    EXPECT_NE(WriteWholeFile("", "x"), "");
+}

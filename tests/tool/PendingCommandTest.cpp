@@ -1,0 +1,173 @@
+#include "PendingCommand.h"
+
+#include <gtest/gtest.h>
+
+#include <boost/json/serialize.hpp>
+
+#include "ConfigFile.h"
+#include "Options.h"
+#include "SetFront.h"
+
+using namespace Tavrine;
+using namespace Tavrine::Tool;
+using tooltest::Configured;
+using tooltest::ShownFront;
+
+namespace json = boost::json;
+
+namespace
+{
+
+using Words = std::vector<std::string>;
+
+class PendingCommand : public ::testing::Test
+{
+  public:
+    /// Sets a new object up; `typed` tells its output.
+    std::function<void(ShownFront&, bool)> Prepare = [](ShownFront&, bool) {};
+    int Made = 0;
+    Tavrine::Tool::Options Given;
+
+    Answer Pending(const Words& names = {})
+    {
+        Given.Names = names;
+        return ShowPending(Given,
+                           [this](bool typed)
+                           {
+                               ++Made;
+                               auto front = std::make_unique<ShownFront>();
+                               Prepare(*front, typed);
+                               return front;
+                           });
+    }
+
+  private:
+    Configured m_NothingConfigured{""};
+};
+
+} // namespace
+
+TEST_F(PendingCommand, ALineEach)
+{
+    Prepare = [](ShownFront& front, bool) { front.Compared = {{"BIOS.B", {"1", "2"}}, {"BIOS.A", {"x\n", ""}}}; };
+    const Answer answer = Pending();
+    EXPECT_EQ(answer.Code, 0);
+    EXPECT_EQ(answer.Text, "BIOS.A=x\\n -> \nBIOS.B=1 -> 2\n");
+    EXPECT_EQ(Made, 1);
+}
+
+TEST_F(PendingCommand, ThatNothingIsPendingIsAnAnswer)
+{
+    Prepare = [](ShownFront& front, bool) { front.Result = {2, "", ""}; };
+    for (const Words& names : {Words{}, Words{"A", "B"}})
+    {
+        Given.Json = false;
+        Answer answer = Pending(names);
+        EXPECT_EQ(answer.Code, 0);
+        EXPECT_EQ(answer.Text, "Nothing is pending.\n");
+        EXPECT_TRUE(answer.Errors.empty());
+        Given.Json = true;
+        answer = Pending(names);
+        EXPECT_EQ(answer.Code, 0);
+        EXPECT_TRUE(answer.Data.empty());
+        EXPECT_EQ(answer.Message, "There are no pending values on the current system.");
+    }
+}
+
+TEST_F(PendingCommand, DataHasTheKindsOfTheValuesInForce)
+{
+    Given.Json = true;
+    Prepare = [](ShownFront& front, bool typed)
+    {
+        front.Compared = {{"BIOS.N", {"1", "-2"}}, {"BIOS.B", {"true", "false"}}, {"BIOS.S", {"1", "2"}}};
+        if (typed)
+        {
+            front.Group = {{0, "", ""}, {{"BIOS", R"({"N":1,"B":true,"S":"1"})"}}};
+        }
+    };
+    EXPECT_EQ(json::serialize(Pending().Data),
+              R"({"BIOS.B":{"current":true,"pending":false},"BIOS.N":{"current":1,"pending":-2},)"
+              R"("BIOS.S":{"current":"1","pending":"2"}})");
+}
+
+TEST_F(PendingCommand, NumbersAreHexadecimalWhereAskedFor)
+{
+    Given.Hex = true;
+    Prepare = [](ShownFront& front, bool typed)
+    {
+        front.Compared = {{"BIOS.N", {"1", "16"}}, {"BIOS.S", {"1", "16"}}};
+        if (typed)
+        {
+            front.Group = {{0, "", ""}, {{"BIOS", R"({"N":1,"S":"1"})"}}};
+        }
+    };
+    EXPECT_EQ(Pending().Text, "BIOS.N=0x1 -> 0x10\nBIOS.S=1 -> 16\n");
+}
+
+TEST_F(PendingCommand, AFailureIsOne)
+{
+    Prepare = [](ShownFront& front, bool) { front.Result = {26, "no settings", ""}; };
+    const Answer answer = Pending();
+    EXPECT_EQ(answer.Code, 26);
+    EXPECT_EQ(answer.Text, "");
+    EXPECT_EQ(StderrLines(answer), "tavrine: 26 no settings\n");
+}
+
+TEST_F(PendingCommand, NamesAreAskedForOneByOne)
+{
+    std::vector<std::string> asked;
+    class Named : public ShownFront
+    {
+      public:
+        explicit Named(std::vector<std::string>& asked) : m_Asked(asked) {}
+        RedfishConfigResult CompareSettingPendingValues(tooltest::SettingCompareMap& values,
+                                                        const std::string& setting) override
+        {
+            m_Asked.push_back(setting.empty() ? "*" : setting);
+            if (setting == "A")
+            {
+                values["BIOS.A"] = {"1", "2"};
+                return {0, "", ""};
+            }
+            if (setting.empty())
+            {
+                values["BIOS.Loose"] = {"3", "4"};
+                return {0, "", ""};
+            }
+            return setting == "Same" ? RedfishConfigResult{2, "Setting has no pending value.", ""}
+                                     : RedfishConfigResult{20, "Unable to find the setting " + setting, ""};
+        }
+
+      private:
+        std::vector<std::string>& m_Asked;
+    };
+    Given.Names = {"bios.A", "Same", "Loose", "Missing", "A"};
+    const Answer answer = ShowPending(Given,
+                                      [&](bool)
+                                      {
+                                          auto front = std::make_unique<Named>(asked);
+                                          front->Group = {{0, "", ""}, {{"BIOS.Loose", "3"}}};
+                                          return front;
+                                      });
+    EXPECT_EQ(answer.Text, "BIOS.A=1 -> 2\nBIOS.Loose=3 -> 4\n");
+    EXPECT_EQ(answer.Code, 20);
+    EXPECT_EQ(StderrLines(answer), "tavrine: 20 Unable to find the setting BIOS.Missing\n");
+    EXPECT_EQ(asked, (Words{"A", "Same", "Loose", "*", "Missing", "*"}));
+}
+
+TEST_F(PendingCommand, AfterALostConnectionNobodyIsAskedAgain)
+{
+    Prepare = [](ShownFront& front, bool) { front.Result = {24, "gone", ""}; };
+    const Answer answer = Pending({"A", "B"});
+    EXPECT_EQ(answer.Code, 24);
+    EXPECT_EQ(answer.Errors.size(), 2U);
+    EXPECT_EQ(StderrLines(answer), "tavrine: 24 gone\n");
+}
+
+TEST_F(PendingCommand, MissingOemActionsNameTheOption)
+{
+    Prepare = [](ShownFront& front, bool) {
+        front.Result = {28, "POST /x/ZorvanBios.GetProtectedAttributes was refused by h (404 Not Found).", ""};
+    };
+    EXPECT_NE(StderrLines(Pending({"A"})).find("--system-type bios"), std::string::npos);
+}

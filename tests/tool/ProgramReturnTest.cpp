@@ -1,0 +1,258 @@
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <boost/json/object.hpp>
+#include <boost/json/parse.hpp>
+
+#include "ChildProcess.h"
+#include "RunningBmc.h"
+#include "SharedData.h"
+#include "TemporaryFolder.h"
+
+using namespace tooltest;
+
+namespace json = boost::json;
+
+namespace
+{
+
+json::value Parsed(const std::string& text)
+{
+    json::error_code failure;
+    json::value value = json::parse(text, failure);
+    EXPECT_FALSE(failure) << failure.message() << ": " << text.substr(0, 200);
+    return value;
+}
+
+/// One machine over several runs of the tool.
+class ProgramReturn : public ::testing::Test
+{
+  public:
+    Finished Run(const std::vector<std::string>& arguments, const std::string& input = {}) const
+    {
+        Launch launch;
+        launch.Arguments = {"--simulate", "--state", Name("state.json")};
+        launch.Arguments.insert(launch.Arguments.end(), arguments.begin(), arguments.end());
+        launch.Input = input;
+        return RunToEnd(launch);
+    }
+
+    void Good(const std::vector<std::string>& arguments) const
+    {
+        const Finished finished = Run(arguments);
+        EXPECT_EQ(finished.Status, 0) << arguments.front() << ": " << finished.Errors;
+    }
+
+    std::string Name(const std::string& file) const { return (m_Folder.Path() / file).string(); }
+    std::string Content(const std::string& file) const { return testdata::ReadFile(Name(file)); }
+    json::value Settings(const std::string& file) const { return Parsed(Content(file)).at("settings"); }
+    std::string Shown(const std::string& name) const { return Run({"show", name}).Output; }
+    const testdata::TemporaryFolder& Folder() const { return m_Folder; }
+
+  private:
+    testdata::TemporaryFolder m_Folder;
+};
+
+} // namespace
+
+TEST_F(ProgramReturn, ARestoreBringsTheSavedSettingsBack)
+{
+    for (const std::string file : {"first.json", "first.conf"})
+    {
+        Good({"save", Name(file)});
+        Good({"save", Name("before.json")});
+        Good({"set", "BootFailLimit=3", "AssetOwner=Someone else"});
+        Good({"reboot", "--wait", "20"});
+        EXPECT_EQ(Shown("BootFailLimit"), "UEFI.BootFailLimit=3\n");
+        const Finished restored = Run({"restore", Name(file)});
+        EXPECT_EQ(restored.Status, 0) << restored.Errors;
+        EXPECT_NE(restored.Output.find("UEFI.BootFailLimit\t5\tsent, takes effect after a reboot\n"),
+                  std::string::npos);
+        EXPECT_EQ(Shown("BootFailLimit"), "UEFI.BootFailLimit=3\n");
+        Good({"reboot", "--wait", "20"});
+        Good({"save", Name("after.json")});
+        EXPECT_EQ(Settings("after.json"), Settings("before.json"));
+        EXPECT_FALSE(Settings("after.json").as_object().empty());
+    }
+}
+
+TEST_F(ProgramReturn, ASavedFileTellsItsSystemAndIsItsOwnersAlone)
+{
+    Good({"save", Name("saved.json")});
+    const json::value document = Parsed(Content("saved.json"));
+    for (const char* member : {"time", "bmc", "manufacturer", "model", "serial", "biosVersion", "registry", "prefix"})
+    {
+        EXPECT_FALSE(document.at(member).as_string().empty()) << member;
+    }
+    EXPECT_EQ(document.at("version"), 1);
+    struct stat kind = {};
+    ASSERT_EQ(stat(Name("saved.json").c_str(), &kind), 0);
+    EXPECT_EQ(kind.st_mode & 0777U, 0600U);
+    const json::value printed = Parsed(Run({"save"}).Output);
+    EXPECT_EQ(printed.at("settings"), document.at("settings"));
+}
+
+TEST_F(ProgramReturn, ARestoreWithRebootVerifiesEachChange)
+{
+    Good({"save", Name("saved.json")});
+    Good({"set", "BootFailLimit=3"});
+    Good({"reboot", "--wait", "20"});
+    const Finished restored = Run({"--json", "restore", Name("saved.json"), "--reboot", "--wait", "20"});
+    EXPECT_EQ(restored.Status, 0) << restored.Errors;
+    EXPECT_EQ(Parsed(restored.Output).at("verified").as_object(), (json::object{{"UEFI.BootFailLimit", "in force"}}));
+    EXPECT_EQ(Shown("BootFailLimit"), "UEFI.BootFailLimit=5\n");
+}
+
+TEST_F(ProgramReturn, AStartThatTakesAWhileIsWaitedFor)
+{
+    const RunningBmc bmc({"--reboot-ms", "700"});
+    const Finished set = RunToEnd(bmc.Tool({"set", "BootFailLimit=3"}));
+    ASSERT_EQ(set.Status, 0) << set.Errors;
+    const Finished back = RunToEnd(bmc.Tool({"reboot", "--wait", "30"}));
+    EXPECT_EQ(back.Status, 0) << back.Errors;
+    EXPECT_NE(back.Errors.find("waiting for the system to start"), std::string::npos) << back.Errors;
+    EXPECT_EQ(RunToEnd(bmc.Tool({"show", "BootFailLimit"})).Output, "BIOS.BootFailLimit=3\n");
+}
+
+TEST_F(ProgramReturn, ADryRunChangesNothing)
+{
+    Good({"save", Name("saved.json")});
+    Good({"set", "BootFailLimit=3"});
+    Good({"reboot", "--wait", "20"});
+    const std::string before = Content("state.json");
+    const Finished dry = Run({"restore", Name("saved.json"), "--dry-run"});
+    EXPECT_EQ(dry.Status, 0) << dry.Errors;
+    EXPECT_NE(dry.Output.find("UEFI.BootFailLimit\t5\twould be sent\n"), std::string::npos);
+    EXPECT_EQ(Content("state.json"), before);
+}
+
+TEST_F(ProgramReturn, AFileOfAnotherModelNeedsForce)
+{
+    Folder().Write("other.json",
+                   R"({"version":1,"model":"Another","settings":{"UEFI.BootFailLimit":"3","UEFI.Strange":"x"}})");
+    const Finished refused = Run({"restore", Name("other.json")});
+    EXPECT_EQ(refused.Status, 16);
+    EXPECT_NE(refused.Errors.find("its model is Another"), std::string::npos) << refused.Errors;
+    const Finished forced = Run({"restore", Name("other.json"), "--force"});
+    EXPECT_EQ(forced.Status, 20);
+    EXPECT_NE(forced.Errors.find("1 setting of the file is not known to this system and left out: Strange"),
+              std::string::npos)
+        << forced.Errors;
+    EXPECT_EQ(forced.Output, "UEFI.BootFailLimit\t3\tsent, takes effect after a reboot\n"
+                             "UEFI.Strange\tx\tnot sent: this system does not know the setting\n");
+}
+
+TEST_F(ProgramReturn, HostileFilesAreNamedAndNothingIsSent)
+{
+    const std::string before = Run({"show"}).Output;
+    for (const std::string content :
+         {R"({"settings":{"UEFI.BootFailLimit":{}}})", R"({"settings":{"UEFI.BootFailLimit":"3)",
+          "UEFI.BootFailLimit=3\nUEFI.BootFailLimit=4\n", "{\"settings\":{\"UEFI.BootFailLimit\":\"\xFF\"}}"})
+    {
+        Folder().Write("hostile", content);
+        const Finished restored = Run({"restore", Name("hostile")});
+        EXPECT_EQ(restored.Status, 16) << content;
+        EXPECT_NE(restored.Errors.find("The file " + Name("hostile")), std::string::npos) << restored.Errors;
+        EXPECT_NE(restored.Errors.find("BootFailLimit"), std::string::npos) << restored.Errors;
+    }
+    EXPECT_EQ(Run({"pending"}).Output, "Nothing is pending.\n");
+    EXPECT_EQ(Run({"show"}).Output, before);
+}
+
+TEST_F(ProgramReturn, AnExistingFileOutlivesAFullDisk)
+{
+    const RunningBmc bmc;
+    Folder().Write("saved.json", "what was there");
+    Launch launch = bmc.Tool({"save", Name("saved.json")});
+    // A write beyond the limit fails as one to a full disk does.
+    launch.Arguments.insert(launch.Arguments.begin(),
+                            {"-c", "trap '' XFSZ; ulimit -f 1; exec \"$@\"", "sh", launch.Program});
+    launch.Program = "/bin/sh";
+    const Finished finished = RunToEnd(launch);
+    EXPECT_EQ(finished.Status, 38);
+    EXPECT_NE(finished.Errors.find("Unable to write the file " + Name("saved.json") + ": File too large"),
+              std::string::npos)
+        << finished.Errors;
+    EXPECT_EQ(Content("saved.json"), "what was there");
+    std::size_t files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(Folder().Path()))
+    {
+        files += entry.is_regular_file() ? 1U : 0U;
+    }
+    EXPECT_EQ(files, 1U) << "a temporary file is left";
+}
+
+TEST_F(ProgramReturn, AMissingFolderIsNamed)
+{
+    const Finished finished = Run({"save", Name("no/such/saved.json")});
+    EXPECT_EQ(finished.Status, 38);
+    EXPECT_NE(finished.Errors.find(Name("no/such/saved.json") + ": No such file or directory"), std::string::npos);
+}
+
+TEST_F(ProgramReturn, DefaultsAreLoadedOneByOne)
+{
+    Good({"set", "BootFailLimit=3", "AssetOwner=Someone"});
+    Good({"reboot", "--wait", "20"});
+    const Finished loaded = Run({"loaddefault", "BootFailLimit", "--reboot", "--wait", "20"});
+    EXPECT_EQ(loaded.Status, 0) << loaded.Errors;
+    EXPECT_EQ(loaded.Output, "UEFI.BootFailLimit: sent, takes effect after a reboot\n1 of 1 new values are in force\n");
+    EXPECT_EQ(Shown("BootFailLimit"), "UEFI.BootFailLimit=5\n");
+    EXPECT_EQ(Shown("AssetOwner"), "UEFI.AssetOwner=Someone\n");
+    EXPECT_EQ(Run({"loaddefault", "BootFailLimit"}).Output, "UEFI.BootFailLimit: in place\n");
+    EXPECT_EQ(Run({"loaddefault", "Strange"}).Status, 20);
+}
+
+TEST_F(ProgramReturn, WhatWipesAMachineNeedsYes)
+{
+    Good({"set", "BootFailLimit=3"});
+    Good({"reboot", "--wait", "20"});
+    for (const std::vector<std::string>& refused :
+         {std::vector<std::string>{"loaddefault", "UEFI"}, std::vector<std::string>{"loaddefault", "UEFI", "--post"},
+          std::vector<std::string>{"loaddefault", "BIOS", "--yes"},
+          std::vector<std::string>{"loaddefault", "UEFI", "AssetOwner", "--yes"},
+          std::vector<std::string>{"loaddefault", "Asset*", "--yes"}})
+    {
+        EXPECT_EQ(Run(refused).Status, 64) << refused.back();
+    }
+    Good({"reboot", "--wait", "20"});
+    EXPECT_EQ(Shown("BootFailLimit"), "UEFI.BootFailLimit=3\n");
+    for (const std::vector<std::string>& way : {std::vector<std::string>{}, std::vector<std::string>{"--post"}})
+    {
+        std::vector<std::string> arguments = {"loaddefault", "UEFI", "--yes", "--reboot", "--wait", "20"};
+        arguments.insert(arguments.end(), way.begin(), way.end());
+        Good({"set", "BootFailLimit=3"});
+        Good({"reboot", "--wait", "20"});
+        Good(arguments);
+        EXPECT_EQ(Shown("BootFailLimit"), "UEFI.BootFailLimit=5\n");
+    }
+}
+
+TEST_F(ProgramReturn, AnImportAfterAnExportLeavesTheFileAsItWas)
+{
+    const std::string content = "a \"quoted\"\nline\\ \xC3\xBC\t{\"Content\":\"x\"}";
+    Folder().Write("in", content);
+    Good({"custom-default", "import", Name("in")});
+    EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, content);
+    Good({"custom-default", "export", Name("out")});
+    EXPECT_EQ(Content("out"), content);
+    Good({"custom-default", "import", Name("out")});
+    EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, content);
+    const Finished fromInput = Run({"custom-default", "import", "-"}, "");
+    EXPECT_EQ(fromInput.Status, 0) << fromInput.Errors;
+    EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, "");
+    Folder().Write("in", "\xFF");
+    EXPECT_EQ(Run({"custom-default", "import", Name("in")}).Status, 16);
+    EXPECT_EQ(Run({"custom-default", "carry", Name("in")}).Status, 64);
+}
+
+TEST_F(ProgramReturn, ResultsTellOfTheLastStart)
+{
+    Good({"set", "BootFailLimit=3"});
+    Good({"reboot"});
+    const Finished results = Run({"--json", "results"});
+    EXPECT_EQ(results.Status, 0) << results.Errors;
+    const json::value told = Parsed(results.Output).at("results");
+    EXPECT_FALSE(told.at("time").as_string().empty());
+    EXPECT_FALSE(told.at("messages").as_array().empty());
+}

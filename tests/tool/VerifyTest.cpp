@@ -1,0 +1,262 @@
+#include "Verify.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "FakeFront.h"
+#include "Options.h"
+#include "PowerCommands.h"
+
+using namespace Tavrine::Tool;
+using namespace tooltest;
+using std::chrono::milliseconds;
+
+namespace
+{
+
+/// A machine whose state is a function of the time since its reset; the clock runs by
+/// pauses alone.
+struct FakeMachine
+{
+    milliseconds Clock{0};
+    milliseconds ResetAt{-1};
+    std::string ResetBody;
+    std::vector<std::string> Told;
+    std::string Offered = R"(["On","ForceOff","GracefulRestart"])";
+    /// What the system answers so long after its reset; empty: no answer.
+    std::function<std::string(milliseconds)> System = [](milliseconds) { return Plain("On"); };
+    std::function<std::string(milliseconds)> Values = [](milliseconds) { return R"({"A":"new"})"; };
+    std::string Before = "";
+    std::string After = R"("Time":"2026-01-01T00:00:00Z",)";
+    std::string Messages = "[]";
+
+    static std::string Plain(const std::string& power, const std::string& more = "")
+    {
+        return R"("PowerState":")" + power + "\"" + more;
+    }
+
+    milliseconds Since() const { return Clock - ResetAt; }
+    bool Reset() const { return ResetAt >= milliseconds(0); }
+
+    RedfishConfigResult Get(const std::string& url, std::string& response)
+    {
+        if (url == "/redfish/v1/Systems")
+        {
+            response = R"({"Members":[{"@odata.id":"/redfish/v1/Systems/7"}]})";
+        }
+        else if (url == "/redfish/v1/Systems/7")
+        {
+            const std::string state = Reset() ? System(Since()) : Plain("On");
+            if (state.empty())
+            {
+                return {24, "nobody there", ""};
+            }
+            response = "{" + state + R"(,"Actions":{"#ComputerSystem.Reset":{"target":"/reset",)" +
+                       R"("ResetType@Redfish.AllowableValues":)" + Offered + "}}}";
+        }
+        else if (url == "/redfish/v1/Systems/7/Bios")
+        {
+            response = R"({"AttributeRegistry":"R","@Redfish.Settings":{)" + (Reset() ? After : Before) +
+                       R"("Messages":)" + Messages + "}}";
+        }
+        else
+        {
+            return {26, "not found", ""};
+        }
+        return {0, "", ""};
+    }
+};
+
+class ValuesFront : public FakeFront
+{
+  public:
+    explicit ValuesFront(const std::string& values) { Group = {{0, "", ""}, {{"BIOS", values}}}; }
+};
+
+RebootMeans MeansOf(FakeMachine& machine)
+{
+    return {{[&](const std::string& url, std::string& response) { return machine.Get(url, response); },
+             [&](const std::string& url, const std::string& body, std::string&)
+             {
+                 EXPECT_EQ(url, "/reset");
+                 machine.ResetBody = body;
+                 machine.ResetAt = machine.Clock;
+                 return RedfishConfigResult(0, "", "");
+             }},
+            [&] { return std::make_unique<ValuesFront>(machine.Values(machine.Since())); },
+            [&] { return machine.Clock; },
+            [&](milliseconds time)
+            {
+                machine.Clock += time;
+                return true;
+            },
+            [&](const std::string& line) { machine.Told.push_back(line); }};
+}
+
+Answer Verified(FakeMachine& machine, std::uint32_t wait = 600)
+{
+    Options options;
+    options.Reboot = true;
+    if (wait > 0)
+    {
+        options.Wait = wait;
+    }
+    Answer answer;
+    RebootAndVerify(MeansOf(machine), options, {{"A", "new"}}, answer);
+    return answer;
+}
+
+std::string AwayUntil(milliseconds since, milliseconds down, milliseconds up)
+{
+    return since < down ? FakeMachine::Plain("On")
+           : since < up ? ""
+                        : FakeMachine::Plain("On", R"(,"BootProgress":{"LastState":"OSRunning"})");
+}
+
+} // namespace
+
+TEST(Verify, ASystemThatWentAwayAndCameBackIsVerified)
+{
+    FakeMachine machine;
+    machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(5000), milliseconds(60'000)); };
+    const Answer answer = Verified(machine);
+    EXPECT_EQ(answer.Code, 0) << answer.Message;
+    EXPECT_EQ(answer.Text, "1 of 1 new values are in force\n");
+    EXPECT_EQ(machine.ResetBody, R"({"ResetType":"GracefulRestart"})");
+    EXPECT_EQ(machine.Told,
+              (std::vector<std::string>{"restart requested (GracefulRestart)", "waiting for the system to go down …",
+                                        "waiting for the BMC …", "the system is back"}));
+    EXPECT_GE(machine.Clock, milliseconds(60'000));
+}
+
+TEST(Verify, TheTimeOfTheLastResetTellsOfARestartThatNobodySaw)
+{
+    FakeMachine machine;
+    machine.System = [](milliseconds)
+    { return FakeMachine::Plain("On", R"(,"LastResetTime":"2026-01-01T00:00:00Z")"); };
+    EXPECT_EQ(Verified(machine).Code, 0);
+    EXPECT_EQ(machine.Clock, milliseconds(0));
+}
+
+TEST(Verify, FirmwareAtWorkIsWaitedFor)
+{
+    FakeMachine machine;
+    machine.System = [](milliseconds since)
+    {
+        return FakeMachine::Plain("On", since < milliseconds(9000)
+                                            ? R"(,"BootProgress":{"LastState":"MemoryInitializationStarted"})"
+                                            : R"(,"BootProgress":{"LastState":"OSRunning"})");
+    };
+    EXPECT_EQ(Verified(machine).Code, 0);
+    EXPECT_GE(machine.Clock, milliseconds(9000));
+}
+
+TEST(Verify, TimeThatRunsOutIsAFailureAndNothingIsClaimed)
+{
+    const std::pair<std::function<std::string(milliseconds)>, std::string> cases[] = {
+        {[](milliseconds) { return FakeMachine::Plain("On"); },
+         "Whether the system was restarted within the time to wait is not known; whether the changes are in force is "
+         "not "
+         "known"},
+        {[](milliseconds) { return std::string(); }, "The BMC did not come back within the time to wait: nobody there; "
+                                                     "whether the changes are in force is not known"},
+        {[](milliseconds) { return FakeMachine::Plain("Off"); },
+         "The system has not started within the time to wait; whether the changes are in force is not known"},
+    };
+    for (const auto& [system, message] : cases)
+    {
+        FakeMachine machine;
+        machine.System = system;
+        const Answer answer = Verified(machine, 30);
+        EXPECT_EQ(answer.Code, 24);
+        EXPECT_EQ(answer.Message, message);
+        EXPECT_EQ(answer.Text, "");
+        EXPECT_EQ(machine.Clock, milliseconds(30'000));
+    }
+}
+
+TEST(Verify, AValueThatIsNotInForceIsAFailureWithTheBmcsOwnWords)
+{
+    FakeMachine machine;
+    machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
+    machine.Values = [](milliseconds) { return R"({"A":"old"})"; };
+    machine.Messages = R"([{"Message":"Fine."},{"Message":"Not today.","RelatedProperties":["#/Attributes/A"]}])";
+    const Answer answer = Verified(machine);
+    EXPECT_EQ(answer.Code, 18);
+    ASSERT_EQ(answer.Errors.size(), 1U);
+    EXPECT_EQ(answer.Errors[0].Message, "BIOS.A: the new value is not in force after the reboot; it is old");
+    EXPECT_EQ(answer.Errors[0].Cause, "Not today.");
+    EXPECT_EQ(answer.Text, "0 of 1 new values are in force\n");
+}
+
+TEST(Verify, ValuesThatLagBehindAreLookedAtAgain)
+{
+    FakeMachine machine;
+    machine.After = ""; // it does not tell when it applies changes
+    machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
+    machine.Values = [](milliseconds since)
+    { return since < milliseconds(20'000) ? R"({"A":"old"})" : R"({"A":"new"})"; };
+    EXPECT_EQ(Verified(machine).Code, 0);
+    EXPECT_GE(machine.Clock, milliseconds(20'000));
+}
+
+TEST(Verify, AMissingValueIsNotCalledInForce)
+{
+    FakeMachine machine;
+    machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
+    machine.Values = [](milliseconds) { return R"({"A":null})"; };
+    const Answer answer = Verified(machine);
+    EXPECT_EQ(answer.Code, 18);
+    EXPECT_NE(answer.Message.find("is not known"), std::string::npos) << answer.Message;
+}
+
+TEST(Verify, WithoutWaitTheRestartIsOnlyAskedFor)
+{
+    FakeMachine machine;
+    const Answer answer = Verified(machine, 0);
+    EXPECT_EQ(answer.Code, 0);
+    EXPECT_EQ(machine.ResetBody, R"({"ResetType":"GracefulRestart"})");
+    EXPECT_EQ(answer.Notes, std::vector<std::string>{
+                                "restart requested (GracefulRestart); what comes of the changes: tavrine results"});
+}
+
+TEST(Verify, AResetThatIsNotOfferedIsNotSent)
+{
+    FakeMachine machine;
+    machine.Offered = R"(["ForceRestart","On"])";
+    const Answer answer = Verified(machine);
+    EXPECT_EQ(answer.Code, 16);
+    EXPECT_EQ(answer.Message,
+              "The system was not restarted: The BMC does not offer the reset GracefulRestart; it offers: "
+              "ForceRestart, On");
+    EXPECT_EQ(machine.ResetBody, "");
+}
+
+TEST(PowerCommands, TypesThatLeaveASystemOffAreNoReboot)
+{
+    Options options;
+    EXPECT_EQ(RebootTypeFault(options), "");
+    options.Names = {"ForceRestart"};
+    EXPECT_EQ(RebootTypeFault(options), "");
+    options.Names = {"ForceOff"};
+    EXPECT_NE(RebootTypeFault(options), "");
+    options.Names = {"On", "On"};
+    EXPECT_NE(RebootTypeFault(options), "");
+}
+
+TEST(PowerCommands, ResultsAreToldSettingBySetting)
+{
+    FakeMachine machine;
+    machine.ResetAt = milliseconds(0);
+    machine.Messages = R"([7,{"MessageId":"Base.1.0.Success","MessageSeverity":"OK"},
+        {"Message":"No.","Severity":"Critical","RelatedProperties":["/Attributes/A~1b","#/Attributes/C/0","/Other/D"]}])";
+    Options options;
+    Answer answer = TellResults(MeansOf(machine).Requests, options, "BIOS");
+    EXPECT_EQ(answer.Code, 0);
+    EXPECT_EQ(answer.Text, "\tOK\tBase.1.0.Success\nBIOS.A/b\tCritical\tNo.\nBIOS.C\tCritical\tNo.\n");
+    EXPECT_EQ(answer.Notes, std::vector<std::string>{"changes were last applied at 2026-01-01T00:00:00Z"});
+}

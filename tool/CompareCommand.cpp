@@ -1,0 +1,378 @@
+#include "CompareCommand.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <boost/json/serialize.hpp>
+#include <fmt/format.h>
+
+#include "Bmc.h"
+#include "CauseLog.h"
+#include "DisplayWidth.h"
+#include "JsonOutput.h"
+#include "Options.h"
+#include "PendingCommand.h"
+#include "SavedFile.h"
+#include "SettingSelection.h"
+#include "TextOutput.h"
+#include "ValueConversions.h"
+
+namespace json = boost::json;
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr int CodeNotFound = 20;
+
+/// What the two columns of one comparison are called.
+struct Titles
+{
+    const char* Current;
+    const char* Other;
+};
+constexpr Titles DefaultTitles = {"current", "default"};
+constexpr Titles PendingTitles = {"current", "pending"};
+constexpr Titles FileTitles = {"current", "saved"};
+
+/// Two values of one setting; null where there is none.
+struct ValuePair
+{
+    json::value Current;
+    json::value Other;
+};
+using Comparison = std::map<std::string, ValuePair>;
+
+std::vector<std::string> NamesBehindFirst(const Options& options)
+{
+    return {options.Names.begin() + std::min<std::ptrdiff_t>(1, std::ssize(options.Names)), options.Names.end()};
+}
+
+std::string ValueText(const json::value& value)
+{
+    const json::string* text = value.if_string();
+    return text != nullptr ? std::string(*text) : json::serialize(value);
+}
+
+std::string ShownValue(const json::value& value, const Options& options, const char* absent)
+{
+    if (value.is_null())
+    {
+        return absent;
+    }
+    const std::string text = ValueText(value);
+    return EscapeText(options.Hex && value.is_number() ? DecToHex(text) : text);
+}
+
+/// Whether two values are one, whatever their kinds: a saved file may hold texts where
+/// the BMC has numbers, and these in hexadecimal.
+bool SameValue(const ValuePair& pair)
+{
+    if (pair.Current.is_null() || pair.Other.is_null())
+    {
+        return pair.Current.is_null() && pair.Other.is_null();
+    }
+    const std::string current = ValueText(pair.Current);
+    const std::string other = ValueText(pair.Other);
+    const bool hexadecimal = pair.Current.is_number() && other.find("0x") != std::string::npos;
+    return current == (hexadecimal ? HexToDec(other) : other);
+}
+
+std::string Upper(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    return text;
+}
+
+void PutInto(Answer& answer, const Comparison& comparison, const Titles& titles, const Options& options,
+             std::optional<std::size_t> columns)
+{
+    std::vector<std::vector<std::string>> rows;
+    for (const auto& [name, pair] : comparison)
+    {
+        if (options.Changed && SameValue(pair))
+        {
+            continue;
+        }
+        if (options.Json)
+        {
+            answer.Data[ValidUtf8(name)] = {{titles.Current, pair.Current}, {titles.Other, pair.Other}};
+            continue;
+        }
+        const char* absent = columns ? "(none)" : "\\N";
+        rows.push_back(
+            {EscapeText(name), ShownValue(pair.Current, options, absent), ShownValue(pair.Other, options, absent)});
+    }
+    if (!options.Json)
+    {
+        answer.Text = TableText({"SETTING", Upper(titles.Current), Upper(titles.Other)}, rows, columns);
+    }
+}
+
+json::value MemberOf(const json::value& object, const char* member)
+{
+    const json::object* members = object.if_object();
+    const json::value* value = members != nullptr ? members->if_contains(member) : nullptr;
+    return value != nullptr ? *value : json::value();
+}
+
+/// What `pending` says, typed. Its failures are taken over.
+json::object PendingData(Options options, std::vector<std::string> names, const CompareWay& way, Answer& answer)
+{
+    options.Json = true;
+    options.Names = std::move(names);
+    Answer pending = ShowPending(options, way.FreshFront);
+    for (Failure& failure : pending.Errors)
+    {
+        AddFailure(answer, std::move(failure));
+    }
+    std::move(pending.Notes.begin(), pending.Notes.end(), std::back_inserter(answer.Notes));
+    if (answer.Errors.empty() && pending.Data.empty())
+    {
+        answer.Message = pending.Message;
+    }
+    return pending.Data;
+}
+
+/// The pending settings that match; a pattern without any has to match some setting at
+/// least.
+void TakePendingMatches(const std::string& word, const json::object& all, RedfishConfigProc& front,
+                        std::optional<SettingStringMap>& reported, json::object& taken, Answer& answer)
+{
+    const Prefixes prefixes = ShownPrefixes(front);
+    const NamePattern pattern(word, prefixes);
+    bool found = false;
+    for (const auto& [key, value] : all)
+    {
+        if (pattern.Matches(BareGroupKey(key, prefixes)))
+        {
+            taken[SingleKey(key, prefixes)] = value;
+            found = true;
+        }
+    }
+    if (!found && !reported)
+    {
+        front.QueryGroupSettingValues(reported.emplace());
+    }
+    if (!found && std::none_of(reported->begin(), reported->end(),
+                               [&](const auto& entry) { return pattern.Matches(BareGroupKey(entry.first, prefixes)); }))
+    {
+        AddFailure(answer, NothingMatches(word));
+    }
+}
+
+/// The settings of a saved file by bare name, whatever prefix stands in front there.
+TypedSettings BareSettings(const SavedFile& file, const Prefixes& prefixes)
+{
+    TypedSettings bare;
+    for (const auto& [name, value] : file.Settings)
+    {
+        const std::string stripped = BareName(name, prefixes);
+        // A file can come from a system of another kind.
+        bare[stripped == name ? BareName(name, {"BIOS", "UEFI"}) : stripped] = value;
+    }
+    return bare;
+}
+
+/// The values in force by bare name.
+RedfishConfigResult ReadInForce(RedfishConfigProc& front, TypedSettings& values)
+{
+    SettingStringMap given;
+    const RedfishConfigResult result = front.QueryGroupSettingValues(given);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        return result;
+    }
+    TypedSettings typed;
+    const auto entry = given.find(front.GetSecondPrefix());
+    if (entry != given.end() && !ReadTypedSettings(entry->second, "", typed))
+    {
+        return {CodeInternal, "", ""};
+    }
+    for (auto& [name, value] : typed)
+    {
+        values[name.substr(1)] = std::move(value);
+    }
+    return result;
+}
+
+/// The settings of a file that a command line means, under the names to be shown: all
+/// that are not hidden, or those that are named.
+std::map<std::string, std::string> ChosenOfFile(const TypedSettings& saved, const std::vector<std::string>& names,
+                                                const Prefixes& prefixes, const std::string& path, Answer& answer)
+{
+    const std::vector<std::string> keywords = HiddenKeywords();
+    std::map<std::string, std::string> chosen;
+    const auto take = [&](const auto& test, const std::string& prefix)
+    {
+        bool found = false;
+        for (const auto& setting : saved)
+        {
+            if (!IsHidden(prefixes.Second + "." + setting.first, keywords) && test(setting.first))
+            {
+                chosen[prefix + "." + setting.first] = setting.first;
+                found = true;
+            }
+        }
+        return found;
+    };
+    if (names.empty())
+    {
+        take([](const std::string&) { return true; }, prefixes.Second);
+    }
+    for (const std::string& name : names)
+    {
+        const std::string bare = BareName(name, prefixes);
+        if (IsPattern(name))
+        {
+            const NamePattern pattern(name, prefixes);
+            if (!take([&](const std::string& setting) { return pattern.Matches(setting); }, prefixes.First))
+            {
+                AddFailure(answer, NothingMatches(name));
+            }
+        }
+        else if (saved.contains(bare))
+        {
+            chosen[prefixes.First + "." + bare] = bare;
+        }
+        else
+        {
+            const std::string shownName = prefixes.First + "." + bare;
+            AddFailure(answer,
+                       {CodeNotFound, "The file " + path + " does not have the setting " + shownName, shownName, {}});
+        }
+    }
+    return chosen;
+}
+
+} // namespace
+
+Answer CompareDefaults(const Options& options, const CompareWay& way)
+{
+    Answer answer;
+    const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(false);
+    SettingSelection<SettingCompareMap> selection(
+        *front,
+        [&](SettingCompareMap& values, const std::string& name)
+        { return front->CompareSettingDefaultValues(values, name); },
+        [&](SettingStringMap& known) { return front->QuerySettingDescriptions(known, ""); }, answer);
+    selection.Take(NamesBehindFirst(options));
+    if (!selection.Missing().empty())
+    {
+        answer.Notes.push_back(fmt::format("note: {} of {} settings have no value or no default value",
+                                           selection.Missing().size(), selection.Meant()));
+    }
+    Comparison comparison;
+    for (const auto& [name, texts] : selection.Entries())
+    {
+        comparison[name] = {json::value(ValidUtf8(texts.first)), json::value(ValidUtf8(texts.second))};
+    }
+    PutInto(answer, comparison, DefaultTitles, options, way.Columns);
+    return answer;
+}
+
+Answer ComparePending(const Options& options, const CompareWay& way)
+{
+    Answer answer;
+    std::vector<std::string> plain;
+    std::vector<std::string> patterns;
+    for (const std::string& name : NamesBehindFirst(options))
+    {
+        (IsPattern(name) ? patterns : plain).push_back(name);
+    }
+    json::object data;
+    if (!plain.empty() || patterns.empty())
+    {
+        data = PendingData(options, plain, way, answer);
+    }
+    if (!patterns.empty())
+    {
+        const json::object all = PendingData(options, {}, way, answer);
+        const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(false);
+        std::optional<SettingStringMap> reported;
+        for (const std::string& word : patterns)
+        {
+            TakePendingMatches(word, all, *front, reported, data, answer);
+        }
+    }
+    Comparison comparison;
+    for (const auto& [name, pair] : data)
+    {
+        comparison[name] = {MemberOf(pair, PendingTitles.Current), MemberOf(pair, PendingTitles.Other)};
+    }
+    if (comparison.empty() && !answer.Message.empty() && IsSuccess(answer.Code))
+    {
+        answer.Notes.push_back("note: " + answer.Message);
+    }
+    PutInto(answer, comparison, PendingTitles, options, way.Columns);
+    return answer;
+}
+
+Answer CompareFile(const Options& options, const CompareWay& way)
+{
+    Answer answer;
+    const std::string& path = options.Names.front();
+    SavedFile file;
+    if (std::optional<Failure> failure = ReadSavedFile(path, file))
+    {
+        AddFailure(answer, std::move(*failure));
+        return answer;
+    }
+    CauseLog causes;
+    const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(true);
+    const Prefixes prefixes = ShownPrefixes(*front);
+    TypedSettings inForce;
+    const RedfishConfigResult result = ReadInForce(*front, inForce);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        AddFailure(answer, causes.Explain(result));
+        return answer;
+    }
+    const TypedSettings saved = BareSettings(file, prefixes);
+    Comparison comparison;
+    std::size_t absent = 0;
+    for (const auto& [shownName, bare] : ChosenOfFile(saved, NamesBehindFirst(options), prefixes, path, answer))
+    {
+        const auto current = inForce.find(bare);
+        const bool known = current != inForce.end() && !current->second.is_null();
+        if (!known && saved.at(bare).is_null())
+        {
+            continue;
+        }
+        absent += known ? 0 : 1;
+        comparison[shownName] = {known ? current->second : json::value(), saved.at(bare)};
+    }
+    if (absent != 0)
+    {
+        answer.Notes.push_back(
+            fmt::format("note: {} of {} settings of the file have no value on the machine", absent, comparison.size()));
+    }
+    PutInto(answer, comparison, FileTitles, options, way.Columns);
+    return answer;
+}
+
+void AddCompareOptions(CLI::App& command, Options& options)
+{
+    command.add_flag("--changed", options.Changed, "Only the settings whose two values differ");
+    command.footer("The first word is what to compare with: defaults, pending, or a saved FILE (./defaults for one of\n"
+                   "that name). Further options: tavrine --help");
+}
+
+Answer RunCompare(const Options& options, Bmc& bmc)
+{
+    static const std::map<std::string_view, Answer (*)(const Options&, const CompareWay&)> Ways = {
+        {"defaults", CompareDefaults}, {"pending", ComparePending}};
+    const CompareWay way = {[&](bool typed) { return bmc.Front(typed ? 1 : 0); }, TerminalWidth()};
+    const auto chosen = Ways.find(options.Names.front());
+    return (chosen == Ways.end() ? CompareFile : chosen->second)(options, way);
+}
+
+} // namespace Tavrine::Tool

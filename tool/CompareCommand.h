@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "Answer.h"
+#include "RedfishConfigProc.h"
+
+namespace CLI
+{
+class App;
+}
+
+namespace Tavrine::Tool
+{
+
+class Bmc;
+struct Options;
+
+/// The option `--changed`.
+void AddCompareOptions(CLI::App& command, Options& options);
+
+/// `compare defaults|pending|FILE [NAME …]`.
+Answer RunCompare(const Options& options, Bmc& bmc);
+
+/// What the names of `options` compare, the first of them aside, and how it is shown.
+struct CompareWay
+{
+    /// Gives a front object that was not used yet: of typed output where the argument is
+    /// true, else of text output.
+    std::function<std::unique_ptr<RedfishConfigProc>(bool)> FreshFront;
+    /// Width of the table; nothing: a line a setting, its name and both values, with tabs
+    /// between and "\N" for a value that is not there.
+    std::optional<std::size_t> Columns;
+};
+
+/// Values now, pending ones first, beside the defaults.
+Answer CompareDefaults(const Options& options, const CompareWay& way);
+/// Values in force beside those that wait for a reboot, where these differ.
+Answer ComparePending(const Options& options, const CompareWay& way);
+/// Values in force beside those of the saved file that the first name of `options` is. A
+/// name selects among the settings of the file.
+Answer CompareFile(const Options& options, const CompareWay& way);
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,114 @@
+#include "CustomDefaultCommand.h"
+
+#include <boost/json/object.hpp>
+#include <boost/json/parse.hpp>
+#include <fmt/format.h>
+
+#include "Bmc.h"
+#include "CauseLog.h"
+#include "JsonOutput.h"
+#include "Options.h"
+#include "OutputFile.h"
+#include "SavedSettings.h"
+
+namespace json = boost::json;
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr std::size_t LargestCustomDefault = std::size_t{16} << 20;
+constexpr mode_t OwnersAlone = 0600;
+
+Answer Export(RedfishConfigProc& front, const Options& options)
+{
+    Answer answer;
+    CauseLog causes;
+    std::string response;
+    const RedfishConfigResult result = front.ExportUEFICustomDefaultFile(response);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        AddFailure(answer, causes.Explain(result));
+        return answer;
+    }
+    const std::string content = FileInAnswer(response);
+    const std::string& file = options.Names[1];
+    if (file != "-")
+    {
+        if (const std::string error = WriteWholeFile(file, content, OwnersAlone); !error.empty())
+        {
+            AddFailure(answer, {CodeOpenFile, "Unable to write the file " + file + ": " + error, {}, {}});
+            return answer;
+        }
+        answer.Data = {{"file", ValidUtf8(file)}, {"bytes", content.size()}};
+    }
+    else if (options.Json)
+    {
+        answer.Data = {{"content", ValidUtf8(content)}};
+    }
+    else
+    {
+        answer.Text = content;
+    }
+    return answer;
+}
+
+Answer Import(RedfishConfigProc& front, const Options& options)
+{
+    Answer answer;
+    CauseLog causes;
+    const std::string& file = options.Names[1];
+    std::string content;
+    if (const std::string lost = ReadWholeFile(file, LargestCustomDefault, content); !lost.empty())
+    {
+        AddFailure(answer, {CodeOpenFile, "Unable to read the file " + file + ": " + lost, {}, {}});
+        return answer;
+    }
+    if (ValidUtf8(content) != content)
+    {
+        AddFailure(answer, {CodeParameter, "The file " + file + " cannot be sent: it is no text in UTF-8", {}, {}});
+        return answer;
+    }
+    const RedfishConfigResult result = front.ImportUEFICustomDefaultFile(content);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        AddFailure(answer, causes.Explain(result));
+        return answer;
+    }
+    answer.Data = {{"file", ValidUtf8(file)}, {"bytes", content.size()}};
+    return answer;
+}
+
+} // namespace
+
+std::string FileInAnswer(const std::string& answer)
+{
+    json::error_code failure;
+    const json::value value = json::parse(answer, failure);
+    const json::object* object = failure ? nullptr : value.if_object();
+    const json::value* member = object != nullptr ? object->if_contains("Content") : nullptr;
+    const json::string* content = member != nullptr ? member->if_string() : nullptr;
+    return content != nullptr ? std::string(*content) : answer;
+}
+
+std::string CustomDefaultFault(const Options& options)
+{
+    const bool known = options.Names.front() == "export" || options.Names.front() == "import";
+    if (!known || options.Names.size() != 2 || options.Names[1].empty())
+    {
+        return "custom-default takes export or import, and one file";
+    }
+    return options.Names[0] == "import" && options.Names[1] == "-" && options.PasswordFile == "-"
+               ? "--password-file - and import - cannot both read standard input"
+               : "";
+}
+
+Answer CarryCustomDefault(RedfishConfigProc& front, const Options& options)
+{
+    return options.Names.front() == "export" ? Export(front, options) : Import(front, options);
+}
+
+Answer RunCustomDefault(const Options& options, Bmc& bmc) { return CarryCustomDefault(*bmc.Front(0), options); }
+
+} // namespace Tavrine::Tool

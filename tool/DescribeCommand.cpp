@@ -1,0 +1,323 @@
+#include "DescribeCommand.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <boost/algorithm/string/replace.hpp>
+
+#include "BIOSCompatibleModule.h"
+#include "Bmc.h"
+#include "CauseLog.h"
+#include "DisplayWidth.h"
+#include "JsonOutput.h"
+#include "MissingActions.h"
+#include "Options.h"
+#include "RedfishConfigSettingManager.h"
+#include "RegistryText.h"
+#include "SettingDescription.h"
+#include "SettingSelection.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr int CodeNothingPending = 2;
+constexpr int CodeNoValue = 8;
+constexpr int CodeNotFound = 20;
+constexpr int CodeUnreadable = 27;
+
+/// Where values of a setting are to be asked for.
+enum class Reach
+{
+    Standard,
+    Protected,
+    Forbidden,
+};
+
+class Describer
+{
+  public:
+    Describer(const DescribeSources& sources, const Options& options, Answer& answer)
+        : m_Sources(sources), m_Options(options), m_Answer(answer), m_Prefixes(ShownPrefixes(sources.Standard)),
+          m_Keywords(HiddenKeywords())
+    {
+    }
+
+    /// Reads the registry. @return false when there is none; the failure is told.
+    bool Prepare()
+    {
+        std::string text;
+        RedfishConfigResult result = ReadRegistryText(m_Sources.Standard, text);
+        if (IsSuccess(result.ErrorCode()) && !m_Registry.Read(text))
+        {
+            result = RedfishConfigResult(CodeUnreadable, "The attribute registry cannot be read.", "");
+        }
+        if (!IsSuccess(result.ErrorCode()))
+        {
+            AddFailure(m_Answer, m_Causes.Explain(result));
+            return false;
+        }
+        m_Manager = std::make_unique<RedfishConfigSettingManager>(text, false, m_Sources.Standard.m_Options);
+        SettingGroupMap groups;
+        m_Manager->GetGroupList(groups);
+        for (const auto& [group, names] : groups)
+        {
+            for (const std::string& name : names)
+            {
+                m_GroupOf.emplace(name, group);
+            }
+        }
+        return true;
+    }
+
+    std::vector<SettingDescription> Describe()
+    {
+        std::vector<SettingDescription> descriptions;
+        for (const std::string& name : ChosenNames())
+        {
+            if (auto description = DescribeOne(name))
+            {
+                descriptions.push_back(std::move(*description));
+            }
+        }
+        return descriptions;
+    }
+
+  private:
+    std::string ShownName(const std::string& bare) const { return m_Prefixes.First + "." + bare; }
+
+    bool IsConcealed(const std::string& bare) const { return IsHidden(m_Prefixes.Second + "." + bare, m_Keywords); }
+
+    /// Bare names, patterns replaced by what they match.
+    std::vector<std::string> ChosenNames()
+    {
+        std::vector<std::string> chosen;
+        for (const std::string& name : BareNames(m_Options.Names, m_Prefixes))
+        {
+            if (!IsPattern(name))
+            {
+                chosen.push_back(name);
+                continue;
+            }
+            const NamePattern pattern(name, m_Prefixes);
+            const std::size_t before = chosen.size();
+            for (const RegistrySetting& setting : m_Registry.Settings())
+            {
+                if (pattern.Matches(setting.Name) && !IsConcealed(setting.Name))
+                {
+                    chosen.push_back(setting.Name);
+                }
+            }
+            if (chosen.size() == before)
+            {
+                AddFailure(m_Answer, NothingMatches(name));
+            }
+        }
+        return BareNames(chosen, m_Prefixes);
+    }
+
+    std::optional<SettingDescription> DescribeOne(const std::string& name)
+    {
+        std::string bare = name;
+        BIOSCompatibleModule(m_Sources.Standard.m_Options).ConvertNameFromOldToNew(name, bare);
+        SettingDescription description;
+        description.ShownName = ShownName(bare);
+        RedfishConfigResult result = m_Manager->GetSettingProperties(bare, description.Info);
+        if (!IsSuccess(result.ErrorCode()))
+        {
+            if (result == CodeNotFound && DescribeUnregistered(bare, description))
+            {
+                return description;
+            }
+            std::string message = result.ErrorMsg();
+            boost::algorithm::replace_first(message, "setting " + bare, "setting " + description.ShownName);
+            result.SetErrorMsg(message);
+            AddFailure(m_Answer, FailureOf(result, description.ShownName));
+            return std::nullopt;
+        }
+        AddTexts(bare, description);
+        AddValues(bare, description);
+        return description;
+    }
+
+    /// A value that the BMC reports and no registry describes.
+    bool DescribeUnregistered(const std::string& bare, SettingDescription& description)
+    {
+        if (!m_Reported)
+        {
+            m_Sources.Standard.QueryGroupSettingValues(m_Reported.emplace());
+        }
+        AllPending();
+        const std::string key = m_Prefixes.Second + "." + bare;
+        const auto value = m_Reported->find(key);
+        if (value == m_Reported->end())
+        {
+            return false;
+        }
+        description.InForce.Text = value->second;
+        if (const auto pending = m_Compared.find(key); pending != m_Compared.end())
+        {
+            description.Pending.Text = pending->second.second;
+        }
+        return true;
+    }
+
+    void AddTexts(const std::string& bare, SettingDescription& description)
+    {
+        description.Registry = m_Registry.Find(bare);
+        description.Group = m_GroupOf[bare];
+        std::string text;
+        if (IsSuccess(m_Manager->QuerySettingDefaultValue(bare, text).ErrorCode()))
+        {
+            description.Default = text;
+        }
+        m_Manager->QuerySettingValidValues(bare, description.ValidValues); // stays empty where there are none
+        const SettingRelations relations = m_Registry.Sort(bare, description.Info.DependencyNames);
+        const auto shown = [&](const std::vector<std::string>& names, std::vector<std::string>& shownNames)
+        {
+            for (const std::string& other : names)
+            {
+                if (!IsConcealed(other))
+                {
+                    shownNames.push_back(ShownName(other));
+                }
+            }
+        };
+        shown(relations.DependsOn, description.Relations.DependsOn);
+        shown(relations.NeededBy, description.Relations.NeededBy);
+    }
+
+    Reach ReachOf(const SettingDescription& description) const
+    {
+        const bool isProtected = description.Info.IsProtected && m_Options.SystemType == SystemTypeUefi;
+        return !isProtected ? Reach::Standard : m_Options.Protected ? Reach::Protected : Reach::Forbidden;
+    }
+
+    void AddValues(const std::string& bare, SettingDescription& description)
+    {
+        const Reach reach = ReachOf(description);
+        if (reach == Reach::Forbidden)
+        {
+            description.InForce.Unknown = description.Pending.Unknown = "protected; give --protected";
+            return;
+        }
+        if (reach == Reach::Protected && m_ProtectedFront == nullptr)
+        {
+            m_ProtectedFront = m_Sources.FreshFront();
+        }
+        RedfishConfigProc& front = reach == Reach::Protected ? *m_ProtectedFront : m_Sources.Standard;
+        ReadInForce(front, bare, description);
+        ReadPending(front, bare, description);
+    }
+
+    void ReadInForce(RedfishConfigProc& front, const std::string& bare, SettingDescription& description)
+    {
+        SettingStringMap values;
+        const RedfishConfigResult result = front.QuerySettingValue(bare, values);
+        if (IsSuccess(result.ErrorCode()) && !values.empty())
+        {
+            description.InForce.Text = values.begin()->second;
+        }
+        else if (!IsSuccess(result.ErrorCode()) && result != CodeNoValue && result != CodeNotFound)
+        {
+            description.InForce.Unknown = Tell(m_Causes.Explain(result, description.ShownName));
+        }
+    }
+
+    /// Asks once about all ordinary settings: as long as nothing is pending, each question
+    /// costs a request.
+    const RedfishConfigResult& AllPending()
+    {
+        if (!m_AllPending)
+        {
+            m_AllPending = m_Sources.Standard.CompareSettingPendingValues(m_Compared, "");
+        }
+        return *m_AllPending;
+    }
+
+    /// Not every BMC has pending values to give, so that their lack alone is no failure.
+    void ReadPending(RedfishConfigProc& front, const std::string& bare, SettingDescription& description)
+    {
+        SettingCompareMap compared;
+        RedfishConfigResult result = &front == &m_Sources.Standard ? AllPending() : RedfishConfigResult(0, "", "");
+        if (IsSuccess(result.ErrorCode()))
+        {
+            result = front.CompareSettingPendingValues(compared, bare);
+        }
+        if (IsSuccess(result.ErrorCode()) && !compared.empty())
+        {
+            description.Pending.Text = compared.begin()->second.second;
+        }
+        else if (IsUnreachable(result.ErrorCode()))
+        {
+            description.Pending.Unknown = Tell(m_Causes.Explain(result, description.ShownName));
+        }
+        else if (!IsSuccess(result.ErrorCode()) && result != CodeNothingPending && result != CodeNotFound)
+        {
+            description.Pending.Unknown = FailureOf(result).Message;
+        }
+    }
+
+    /// Puts a failure among those of the answer. @return its message.
+    std::string Tell(Failure failure)
+    {
+        if (MissesAction(failure))
+        {
+            m_Answer.Notes.emplace_back(MissingActionHint);
+        }
+        std::string message = failure.Message;
+        AddFailure(m_Answer, std::move(failure));
+        return message;
+    }
+
+    const DescribeSources& m_Sources;
+    const Options& m_Options;
+    Answer& m_Answer;
+    Prefixes m_Prefixes;
+    std::vector<std::string> m_Keywords;
+    CauseLog m_Causes;
+    RegistryDocument m_Registry;
+    std::unique_ptr<RedfishConfigSettingManager> m_Manager;
+    std::map<std::string, std::string> m_GroupOf;
+    std::unique_ptr<RedfishConfigProc> m_ProtectedFront;
+    std::optional<SettingStringMap> m_Reported;
+    std::optional<RedfishConfigResult> m_AllPending;
+    SettingCompareMap m_Compared;
+};
+
+} // namespace
+
+Answer DescribeSettings(const DescribeSources& sources, const Options& options, std::optional<std::size_t> columns)
+{
+    Answer answer;
+    Describer describer(sources, options, answer);
+    if (!describer.Prepare())
+    {
+        return answer;
+    }
+    for (const SettingDescription& description : describer.Describe())
+    {
+        if (options.Json)
+        {
+            answer.Data[ValidUtf8(description.ShownName)] = DescriptionObject(description, options.Hex);
+        }
+        else
+        {
+            answer.Text += (answer.Text.empty() ? "" : "\n") + DescriptionText(description, columns);
+        }
+    }
+    return answer;
+}
+
+Answer RunDescribe(const Options& options, Bmc& bmc)
+{
+    const std::unique_ptr<RedfishConfigProc> standard = bmc.StandardFront(0);
+    return DescribeSettings({*standard, [&] { return bmc.Front(0); }}, options, TerminalWidth());
+}
+
+} // namespace Tavrine::Tool

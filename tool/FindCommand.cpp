@@ -1,0 +1,236 @@
+#include "FindCommand.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <boost/json/array.hpp>
+#include <boost/json/serialize.hpp>
+
+#include "Bmc.h"
+#include "CauseLog.h"
+#include "DisplayWidth.h"
+#include "JsonOutput.h"
+#include "Options.h"
+#include "RegistryDocument.h"
+#include "RegistryText.h"
+#include "SettingSelection.h"
+#include "TextOutput.h"
+#include "TextSearch.h"
+
+namespace json = boost::json;
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr int CodeNotFound = 20;
+constexpr int CodeUnreadable = 27;
+
+/// Where a word can be, in the order in which it is told, with the text there.
+using SearchedTexts = std::vector<std::pair<const char*, std::string>>;
+
+struct Found
+{
+    std::string DisplayName;
+    std::vector<std::string> Places;
+};
+
+std::string CurrentText(const json::object& members)
+{
+    const json::value* value = members.if_contains("CurrentValue");
+    if (value == nullptr || value->is_null())
+    {
+        return {};
+    }
+    const json::string* text = value->if_string();
+    return text != nullptr ? std::string(*text) : json::serialize(*value);
+}
+
+SearchedTexts TextsOf(const RegistrySetting& setting)
+{
+    SearchedTexts texts = {{"name", setting.Name},
+                           {"display name", setting.DisplayName},
+                           {"help", setting.HelpText},
+                           {"warning", setting.WarningText}};
+    for (const std::string& text : setting.ValueTexts)
+    {
+        texts.emplace_back("values", text);
+    }
+    if (setting.Type != "Password")
+    {
+        texts.emplace_back("values", CurrentText(*setting.Members));
+    }
+    return texts;
+}
+
+/// Where the words are; nothing when one of them is nowhere.
+std::vector<std::string> PlacesOf(const SearchedTexts& texts, const std::vector<TextSearch>& words)
+{
+    std::vector<bool> hits(texts.size());
+    for (const TextSearch& word : words)
+    {
+        bool found = false;
+        for (std::size_t index = 0; index < texts.size(); ++index)
+        {
+            if (!texts[index].second.empty() && word.FoundIn(texts[index].second))
+            {
+                hits[index] = true;
+                found = true;
+            }
+        }
+        if (!found)
+        {
+            return {};
+        }
+    }
+    std::vector<std::string> places;
+    for (std::size_t index = 0; index < texts.size(); ++index)
+    {
+        if (hits[index] && (places.empty() || places.back() != texts[index].first))
+        {
+            places.emplace_back(texts[index].first);
+        }
+    }
+    return places;
+}
+
+/// All settings, those included that have a value and are in no registry.
+RedfishConfigResult Search(RedfishConfigProc& front, const std::vector<TextSearch>& words,
+                           std::map<std::string, Found>& found)
+{
+    std::string text;
+    RedfishConfigResult result = ReadRegistryText(front, text);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        return result;
+    }
+    RegistryDocument registry;
+    if (!registry.Read(text))
+    {
+        return {CodeUnreadable, "The attribute registry cannot be read.", ""};
+    }
+    const Prefixes prefixes = ShownPrefixes(front);
+    const std::vector<std::string> keywords = HiddenKeywords();
+    const auto judge = [&](const std::string& bare, const std::string& displayName, const SearchedTexts& texts)
+    {
+        const std::string shownName = prefixes.Second + "." + bare;
+        if (IsHidden(shownName, keywords))
+        {
+            return;
+        }
+        if (std::vector<std::string> places = PlacesOf(texts, words); !places.empty())
+        {
+            found[shownName] = {displayName, std::move(places)};
+        }
+    };
+    for (const RegistrySetting& setting : registry.Settings())
+    {
+        judge(setting.Name, setting.DisplayName, TextsOf(setting));
+    }
+    SettingStringMap values;
+    result = front.QueryGroupSettingValues(values);
+    for (const auto& [key, value] : values)
+    {
+        const std::string bare = BareGroupKey(key, prefixes);
+        if (registry.Find(bare) == nullptr)
+        {
+            judge(bare, {}, {{"name", bare}, {"values", value}});
+        }
+    }
+    return result;
+}
+
+json::object FoundObject(const std::map<std::string, Found>& found)
+{
+    json::object object;
+    for (const auto& [name, setting] : found)
+    {
+        json::object entry;
+        entry["displayName"] = ValidUtf8(setting.DisplayName);
+        entry["places"] = json::array(setting.Places.begin(), setting.Places.end());
+        object[ValidUtf8(name)] = std::move(entry);
+    }
+    return object;
+}
+
+std::string FoundTable(const std::map<std::string, Found>& found, std::optional<std::size_t> columns)
+{
+    std::vector<std::vector<std::string>> rows;
+    for (const auto& [name, setting] : found)
+    {
+        std::string places;
+        for (const std::string& place : setting.Places)
+        {
+            places += (places.empty() ? "" : ", ") + place;
+        }
+        rows.push_back({EscapeText(name), EscapeText(setting.DisplayName), places});
+    }
+    return TableText({"SETTING", "DISPLAY NAME", "FOUND IN"}, rows, columns);
+}
+
+} // namespace
+
+Answer FindSettings(RedfishConfigProc& front, const Options& options, std::optional<std::size_t> columns)
+{
+    Answer answer;
+    CauseLog causes;
+    std::vector<TextSearch> words;
+    for (const std::string& word : options.Names)
+    {
+        words.emplace_back(word, options.Regex);
+    }
+    std::map<std::string, Found> found;
+    const RedfishConfigResult result = Search(front, words, found);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        AddFailure(answer, causes.Explain(result));
+        return answer;
+    }
+    if (found.empty())
+    {
+        AddFailure(answer, {CodeNotFound, "Unable to find a setting with what is looked for", {}, {}});
+    }
+    if (options.Json)
+    {
+        answer.Data = FoundObject(found);
+    }
+    else
+    {
+        answer.Text = FoundTable(found, columns);
+    }
+    return answer;
+}
+
+std::string FindFault(const Options& options)
+{
+    for (const std::string& word : options.Names)
+    {
+        if (word.empty())
+        {
+            return "find needs a word that is not empty";
+        }
+        if (const TextSearch search(word, options.Regex); !search.Error().empty())
+        {
+            return "Unable to look for " + word + ": " + search.Error();
+        }
+    }
+    return {};
+}
+
+void AddFindOptions(CLI::App& command, Options& options)
+{
+    command.add_flag("--regex", options.Regex, "The words are regular expressions (PCRE)");
+}
+
+Answer RunFind(const Options& options, Bmc& bmc)
+{
+    return FindSettings(*bmc.StandardFront(0), options, TerminalWidth());
+}
+
+} // namespace Tavrine::Tool

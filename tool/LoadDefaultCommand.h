@@ -1,0 +1,42 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Answer.h"
+#include "RedfishConfigProc.h"
+#include "Verify.h"
+
+namespace CLI
+{
+class App;
+}
+
+namespace Tavrine::Tool
+{
+
+class Bmc;
+struct Options;
+
+/// `--post`, `--yes`, `--reboot` and `--wait`.
+void AddLoadDefaultOptions(CLI::App& command, Options& options);
+
+/// What is wrong with the options of `loaddefault`; empty for nothing.
+std::string LoadDefaultFault(const Options& options);
+
+/// `loaddefault UEFI|BIOS [--post]` and `loaddefault NAME …`.
+Answer RunLoadDefault(const Options& options, Bmc& bmc);
+
+/// Loads the defaults of the settings that `options` names, one after the other.
+/// @param freshFront  gives an object of text output that was not used yet.
+/// @param expected  receives what has to be in force after a reboot.
+Answer LoadSingleDefaults(const Options& options, const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
+                          std::vector<ExpectedValue>& expected);
+
+/// Asks for the defaults of all settings: by the reset action, or with `--post` by the
+/// firmware at its next start.
+Answer LoadAllDefaults(RedfishConfigProc& front, const Options& options);
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,205 @@
+#include "PendingCommand.h"
+
+#include <charconv>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <boost/json/object.hpp>
+
+#include "Bmc.h"
+#include "CauseLog.h"
+#include "JsonOutput.h"
+#include "MissingActions.h"
+#include "Options.h"
+#include "SettingNames.h"
+#include "SettingPairs.h"
+#include "TextOutput.h"
+#include "ValueConversions.h"
+
+namespace json = boost::json;
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr int CodeNothingPending = 2;
+constexpr int CodeNotFound = 20;
+
+using TypedFront = std::function<std::unique_ptr<RedfishConfigProc>(bool)>;
+
+bool Answered(const RedfishConfigResult& result)
+{
+    return IsSuccess(result.ErrorCode()) || result == CodeNothingPending;
+}
+
+/// Reads single names, each by a comparison of its own; a name that the attribute
+/// registry lacks is looked up among all that the BMC reports.
+class NamedReader
+{
+  public:
+    NamedReader(Answer& answer, CauseLog& causes, const TypedFront& freshFront)
+        : m_Answer(answer), m_Causes(causes), m_FreshFront(freshFront), m_Front(freshFront(false))
+    {
+    }
+
+    void Read(const std::string& name, SettingCompareMap& compared)
+    {
+        const std::string shownName = m_Front->m_Prefix + "." + name;
+        if (m_Unreachable)
+        {
+            m_Unreachable->Setting = shownName;
+            AddFailure(m_Answer, *m_Unreachable);
+            return;
+        }
+        RedfishConfigResult result = m_Front->CompareSettingPendingValues(compared, name);
+        if (Answered(result) || (result == CodeNotFound && TakeFromAll(name, shownName, compared)))
+        {
+            return;
+        }
+        result.SetErrorMsg(NamedMessage(result, name, shownName));
+        const Failure failure = m_Causes.Explain(result, shownName);
+        if (MissesAction(failure))
+        {
+            m_Answer.Notes.emplace_back(MissingActionHint);
+        }
+        if (failure.Code == CodeConnection || failure.Code == CodeNotReady)
+        {
+            m_Unreachable = failure;
+        }
+        AddFailure(m_Answer, failure);
+    }
+
+  private:
+    static std::string NamedMessage(RedfishConfigResult& result, const std::string& name, const std::string& shownName)
+    {
+        std::string message = result.ErrorMsg();
+        const std::string bare = "setting " + name;
+        const std::size_t at = message.find(bare);
+        return at == std::string::npos ? message : message.replace(at, bare.size(), "setting " + shownName);
+    }
+
+    /// @return false when the BMC does not report such a setting either.
+    bool TakeFromAll(const std::string& name, const std::string& shownName, SettingCompareMap& compared)
+    {
+        const std::unique_ptr<RedfishConfigProc> fresh = m_FreshFront(false);
+        SettingCompareMap all;
+        SettingStringMap reported;
+        if (!Answered(fresh->CompareSettingPendingValues(all, "")) ||
+            !IsSuccess(fresh->QueryGroupSettingValues(reported).ErrorCode()))
+        {
+            return false;
+        }
+        const std::string key = fresh->GetSecondPrefix() + "." + name;
+        if (const auto entry = all.find(key); entry != all.end())
+        {
+            compared[shownName] = entry->second;
+        }
+        return reported.count(key) != 0;
+    }
+
+    Answer& m_Answer;
+    CauseLog& m_Causes;
+    const TypedFront& m_FreshFront;
+    std::unique_ptr<RedfishConfigProc> m_Front;
+    std::optional<Failure> m_Unreachable;
+};
+
+/// The kinds of the values in force, by bare name: the library compares texts.
+TypedSettings ReadKinds(const TypedFront& freshFront)
+{
+    const std::unique_ptr<RedfishConfigProc> front = freshFront(true);
+    SettingStringMap given;
+    TypedSettings typed;
+    TypedSettings bare;
+    if (IsSuccess(front->QueryGroupSettingValues(given).ErrorCode()))
+    {
+        const auto entry = given.find(front->GetSecondPrefix());
+        if (entry != given.end() && ReadTypedSettings(entry->second, "", typed))
+        {
+            for (auto& [name, value] : typed)
+            {
+                bare[name.substr(1)] = value;
+            }
+        }
+    }
+    return bare;
+}
+
+json::value ValueOf(const std::string& text, const json::value& kind)
+{
+    std::int64_t number = 0;
+    const char* end = text.data() + text.size();
+    if (kind.is_number() && std::from_chars(text.data(), end, number).ptr == end && !text.empty())
+    {
+        return number;
+    }
+    if (kind.is_bool() && (text == "true" || text == "false"))
+    {
+        return text == "true";
+    }
+    return json::value(ValidUtf8(text));
+}
+
+void PutInto(Answer& answer, const SettingCompareMap& compared, const Options& options, const TypedFront& freshFront)
+{
+    const bool kindsMatter = !compared.empty() && (options.Json || options.Hex);
+    const TypedSettings kinds = kindsMatter ? ReadKinds(freshFront) : TypedSettings();
+    const Prefixes prefixes = PrefixesOf(options);
+    for (const auto& [name, texts] : compared)
+    {
+        const auto kind = kinds.find(BareName(name, prefixes));
+        const json::value sample = kind == kinds.end() ? json::value() : kind->second;
+        if (options.Json)
+        {
+            answer.Data[ValidUtf8(name)] = {{"current", ValueOf(texts.first, sample)},
+                                            {"pending", ValueOf(texts.second, sample)}};
+            continue;
+        }
+        const auto shown = [&](const std::string& text)
+        { return EscapeText(options.Hex && sample.is_number() ? DecToHex(text) : text); };
+        answer.Text += EscapeText(name) + "=" + shown(texts.first) + " -> " + shown(texts.second) + "\n";
+    }
+}
+
+} // namespace
+
+Answer ShowPending(const Options& options, const TypedFront& freshFront)
+{
+    Answer answer;
+    CauseLog causes;
+    SettingCompareMap compared;
+    if (options.Names.empty())
+    {
+        const RedfishConfigResult result = freshFront(false)->CompareSettingPendingValues(compared, "");
+        if (!Answered(result))
+        {
+            AddFailure(answer, causes.Explain(result));
+        }
+    }
+    else
+    {
+        NamedReader reader(answer, causes, freshFront);
+        for (const std::string& name : BareNames(options.Names, PrefixesOf(options)))
+        {
+            reader.Read(name, compared);
+        }
+    }
+    PutInto(answer, compared, options, freshFront);
+    if (compared.empty() && answer.Errors.empty())
+    {
+        answer.Message = StandardText(CodeNothingPending);
+        answer.Text = options.Json ? "" : "Nothing is pending.\n";
+    }
+    return answer;
+}
+
+Answer RunPending(const Options& options, Bmc& bmc)
+{
+    return ShowPending(options, [&](bool typed) { return bmc.Front(typed ? 1 : 0); });
+}
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Answer.h"
+#include "RedfishConfigProc.h"
+#include "SetSend.h"
+
+namespace Tavrine::Tool
+{
+
+class Bmc;
+struct Options;
+
+/// `pending [NAME …]`.
+Answer RunPending(const Options& options, Bmc& bmc);
+
+/// What waits for a reboot: of all ordinary settings, or of those that `options` names.
+/// That nothing waits is a good answer.
+/// @param freshFront  gives an object that was not used yet; of typed output where the
+///                    argument is true, else of text output.
+Answer ShowPending(const Options& options, const std::function<std::unique_ptr<RedfishConfigProc>(bool)>& freshFront);
+
+} // namespace Tavrine::Tool

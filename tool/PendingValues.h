@@ -1,0 +1,30 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "RedfishConfigProc.h"
+#include "RedfishConfigResult.h"
+#include "ValueTypes.h"
+
+namespace Tavrine::Tool
+{
+
+/// What a BMC says about its settings now, by bare name in whatever case. A setting
+/// whose pending value is the one in force has no pending value here.
+struct PendingValues
+{
+    std::map<std::string, std::string, CaseInsensitiveComparator> Effective;
+    std::map<std::string, std::string, CaseInsensitiveComparator> Pending;
+};
+
+/// Reads the ordinary settings, without those that the configuration hides.
+/// @param front  not used before, since an object keeps what it has read; of text output.
+/// @return 0, and `values` is filled; otherwise why they could not be read.
+RedfishConfigResult ReadPendingValues(RedfishConfigProc& front, PendingValues& values);
+
+/// Adds one setting, protected ones included. Costs a read of the attribute registry.
+RedfishConfigResult AddPendingValue(RedfishConfigProc& front, const std::string& name, PendingValues& values);
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,205 @@
+#include "RestorePlan.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "ConfigOptions.h"
+#include "ValueConversions.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+using Manager = RedfishConfigSettingManager;
+
+constexpr int CodeLocked = 18;
+constexpr int CodeUnknown = 20;
+constexpr int CodeFiltered = 34;
+
+void Settle(RestoreSetting& setting, RestoreOutcome outcome, int code, std::string why)
+{
+    setting.Outcome = outcome;
+    setting.Code = code;
+    setting.Why = std::move(why);
+}
+
+class Judge
+{
+  public:
+    Judge(Manager& manager, bool sameSystem, RestorePlan& plan)
+        : m_Manager(manager), m_Action(sameSystem ? FilterRestoreSameSystem : FilterRestoreOtherSystem), m_Plan(plan)
+    {
+        for (std::size_t index = 0; index < plan.Settings.size(); ++index)
+        {
+            m_Index[plan.Settings[index].Name] = index;
+        }
+    }
+
+    void TakeWhatIsKnown(bool uefi, const IsReported& isReported)
+    {
+        for (RestoreSetting& setting : m_Plan.Settings)
+        {
+            RedfishConfigSettingInfoStru info;
+            RedfishConfigResult known = m_Manager.GetSettingProperties(setting.Name, info);
+            std::string current;
+            setting.Secret = info.SettingType == "Password";
+            setting.Stranger = known.ErrorCode() == CodeUnknown;
+            if (known.ErrorCode() != CodeSucceed)
+            {
+                Settle(setting, RestoreOutcome::NotSent, CodeUnknown, "this system does not know the setting");
+            }
+            else if (uefi && info.IsProtected)
+            {
+                Settle(setting, RestoreOutcome::NotSent, CodeFiltered, "it is a protected setting, which set changes");
+            }
+            else if (GetOptionalVarAsString(info.CurrentValue, current) && current == setting.Value)
+            {
+                setting.Outcome = RestoreOutcome::InPlace;
+            }
+            else if (!info.CurrentValue && !isReported(setting.Name))
+            {
+                Settle(setting, RestoreOutcome::NotSent, CodeUnknown, "this system does not report the setting now");
+            }
+        }
+    }
+
+    /// Takes those out of `wanted` that are refused; what the others need may be among
+    /// them, so the others are judged again.
+    RedfishConfigResult Sift(SettingStringMap& wanted, SettingStringMap& contexts,
+                             std::vector<RedfishConfigResult>& refusals)
+    {
+        while (!wanted.empty())
+        {
+            RedfishConfigResult result = m_Manager.PreparePatchContext(wanted, contexts, m_Action);
+            if (result.ErrorCode() == CodeSucceed)
+            {
+                break;
+            }
+            const std::size_t before = wanted.size();
+            for (RedfishConfigResult& error : m_Manager.TakeErrors())
+            {
+                if (wanted.erase(error.ErrorSetting()) != 0)
+                {
+                    refusals.push_back(error);
+                }
+            }
+            if (wanted.size() == before)
+            {
+                return result;
+            }
+        }
+        return {CodeSucceed, "", ""};
+    }
+
+    RedfishConfigResult Run()
+    {
+        SettingStringMap wanted;
+        for (const RestoreSetting& setting : m_Plan.Settings)
+        {
+            if (setting.Outcome == RestoreOutcome::Planned)
+            {
+                wanted.emplace(setting.Name, setting.Value);
+            }
+        }
+        SettingStringMap contexts;
+        std::vector<RedfishConfigResult> refusals;
+        RedfishConfigResult result = Sift(wanted, contexts, refusals);
+        if (result.ErrorCode() != CodeSucceed)
+        {
+            return result;
+        }
+        SettingStringMap locked = Refuse(refusals);
+        refusals.clear();
+        SettingStringMap lockedContexts;
+        result = Sift(locked, lockedContexts, refusals);
+        if (result.ErrorCode() != CodeSucceed)
+        {
+            return result;
+        }
+        AddCall(locked, lockedContexts);
+        AddCall(wanted, contexts);
+        return {CodeSucceed, "", ""};
+    }
+
+  private:
+    RestoreSetting& At(const std::string& name) { return m_Plan.Settings[m_Index.at(name)]; }
+
+    /// @return those that the other settings of the file may have locked.
+    SettingStringMap Refuse(std::vector<RedfishConfigResult>& refusals)
+    {
+        SettingStringMap locked;
+        for (RedfishConfigResult& refusal : refusals)
+        {
+            RestoreSetting& setting = At(refusal.ErrorSetting());
+            Settle(setting, RestoreOutcome::Refused, refusal.ErrorCode(), refusal.ErrorMsg());
+            if (refusal.ErrorCode() == CodeLocked)
+            {
+                locked.emplace(setting.Name, setting.Value);
+            }
+        }
+        return locked;
+    }
+
+    void AddCall(const SettingStringMap& wanted, const SettingStringMap& contexts)
+    {
+        std::vector<std::size_t> call;
+        for (const auto& entry : wanted)
+        {
+            RestoreSetting& setting = At(entry.first);
+            if (!contexts.contains(entry.first))
+            {
+                Settle(setting, RestoreOutcome::NotSent, CodeSucceed,
+                       "it belongs to one system alone; --same-system brings it back");
+                continue;
+            }
+            Settle(setting, RestoreOutcome::Planned, CodeSucceed, {});
+            call.push_back(m_Index.at(entry.first));
+        }
+        if (!call.empty())
+        {
+            m_Plan.Calls.push_back(std::move(call));
+        }
+    }
+
+    Manager& m_Manager;
+    filterAction m_Action;
+    RestorePlan& m_Plan;
+    std::map<std::string, std::size_t> m_Index;
+};
+
+} // namespace
+
+std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes, RestorePlan& plan)
+{
+    const Prefixes fileOwn{saved.Header.Prefix, saved.Header.Prefix};
+    SettingStringMap bare;
+    for (const auto& [name, value] : saved.Settings)
+    {
+        const std::string inForce = BareName(name, prefixes);
+        const bool changed = inForce != name || saved.Header.Prefix.empty();
+        const std::string stripped = changed ? inForce : BareName(name, fileOwn);
+        if (!bare.emplace(stripped, value).second)
+        {
+            return "the setting " + stripped + " stands in it under two names";
+        }
+    }
+    for (const auto& [name, value] : bare)
+    {
+        RestoreSetting& setting = plan.Settings.emplace_back();
+        setting.Name = name;
+        setting.Value = value;
+    }
+    return {};
+}
+
+RedfishConfigResult JudgeRestore(RedfishConfigSettingManager& manager, bool sameSystem, bool uefi,
+                                 const IsReported& isReported, RestorePlan& plan)
+{
+    Judge judge(manager, sameSystem, plan);
+    judge.TakeWhatIsKnown(uefi, isReported);
+    return judge.Run();
+}
+
+} // namespace Tavrine::Tool

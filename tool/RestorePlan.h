@@ -1,0 +1,69 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Answer.h"
+#include "RedfishConfigSettingManager.h"
+#include "SavedSettings.h"
+#include "SettingNames.h"
+
+namespace Tavrine::Tool
+{
+
+/// What became of one setting of a `restore`.
+enum class RestoreOutcome
+{
+    /// To be sent, or (with `--dry-run`) it would be.
+    Planned,
+    InPlace,
+    /// The BMC has it, and it waits for a reboot.
+    Sent,
+    Refused,
+    NotSent,
+    Unknown,
+};
+
+struct RestoreSetting
+{
+    /// Bare name.
+    std::string Name;
+    std::string Value;
+    RestoreOutcome Outcome = RestoreOutcome::Planned;
+    /// Result code and reason, where it is not what was wanted.
+    int Code = CodeSucceed;
+    std::string Why;
+    /// The value is shown nowhere: it is a password.
+    bool Secret = false;
+    /// This system has no such setting; a file can hold any number of these.
+    bool Stranger = false;
+};
+
+/// What is to be restored, found out without a change.
+struct RestorePlan
+{
+    /// By name.
+    std::vector<RestoreSetting> Settings;
+    /// Settings, by index, that are handed over together, one such call behind the other.
+    /// A setting that another one of the file locks goes before that one.
+    std::vector<std::vector<std::size_t>> Calls;
+};
+
+/// Whether the BMC reports a setting at all, with a value or without; asked about those
+/// alone for which the registry's text has no value.
+using IsReported = std::function<bool(const std::string& name)>;
+
+/// @return empty with the settings of the file under their bare names, or which of them
+///         stand in it under two.
+std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes, RestorePlan& plan);
+
+/// Judges the settings of the plan as the library will: since one that it refuses makes
+/// it send none at all, those are found here and left out.
+/// @param manager  of the current registry and values.
+/// @param uefi  protected settings have a way of their own, which a restore does not take.
+/// @return what makes the whole impossible; code 0 for nothing.
+RedfishConfigResult JudgeRestore(RedfishConfigSettingManager& manager, bool sameSystem, bool uefi,
+                                 const IsReported& isReported, RestorePlan& plan);
+
+} // namespace Tavrine::Tool

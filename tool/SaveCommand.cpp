@@ -1,0 +1,111 @@
+#include "SaveCommand.h"
+
+#include <chrono>
+#include <memory>
+#include <utility>
+
+#include <boost/json/object.hpp>
+#include <fmt/chrono.h>
+
+#include "Bmc.h"
+#include "CauseLog.h"
+#include "JsonOutput.h"
+#include "Options.h"
+#include "OutputFile.h"
+#include "SystemResource.h"
+
+namespace json = boost::json;
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr mode_t OwnersAlone = 0600;
+
+std::string UtcNow()
+{
+    return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}",
+                       fmt::gmtime(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now())));
+}
+
+json::object ObjectOf(const SettingStringMap& settings)
+{
+    json::object object;
+    for (const auto& [name, text] : settings)
+    {
+        object[ValidUtf8(name)] = ValidUtf8(text);
+    }
+    return object;
+}
+
+} // namespace
+
+std::string SaveFault(const Options& options)
+{
+    return options.Names.size() > 1                      ? "save takes one file"
+           : options.Names == std::vector{std::string()} ? "save needs a file name that is not empty"
+           : options.Hex                                 ? "Saved numbers are decimal: leave out --hex"
+                                                         : "";
+}
+
+Answer SaveSettings(RedfishConfigProc& front, const Options& options, SavedHeader header)
+{
+    Answer answer;
+    CauseLog causes;
+    SavedSettings saved{std::move(header), {}};
+    const RedfishConfigResult result = front.QuerySaveSettingValues(saved.Settings);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        AddFailure(answer, causes.Explain(result));
+        return answer;
+    }
+    const std::string file = options.Names.empty() || options.Names.front() == "-" ? "" : options.Names.front();
+    if (!file.empty())
+    {
+        const std::string text = WantsLines(file) ? SavedLines(saved) : SavedDocument(saved);
+        if (const std::string error = WriteWholeFile(file, text, OwnersAlone); !error.empty())
+        {
+            AddFailure(answer, {CodeOpenFile, "Unable to write the file " + file + ": " + error, {}, {}});
+            return answer;
+        }
+        answer.More["file"] = ValidUtf8(file);
+    }
+    if (options.Json)
+    {
+        answer.Data = ObjectOf(saved.Settings);
+    }
+    else if (file.empty())
+    {
+        answer.Text = SavedDocument(saved);
+    }
+    else
+    {
+        answer.Notes.push_back(fmt::format("{} settings saved in {}", saved.Settings.size(), file));
+    }
+    return answer;
+}
+
+Answer RunSave(const Options& options, Bmc& bmc)
+{
+    Answer answer;
+    const BmcRequests requests = RequestsOf(bmc);
+    SystemResource system;
+    BiosResource bios;
+    RedfishConfigResult result = ReadSystem(requests, system);
+    if (IsSuccess(result.ErrorCode()))
+    {
+        result = ReadBios(requests, system, bios);
+    }
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        AddFailure(answer, FailureOf(result));
+        return answer;
+    }
+    const std::unique_ptr<RedfishConfigProc> front = bmc.Front(0);
+    return SaveSettings(*front, options,
+                        {UtcNow(), bmc.Name(), system.Manufacturer, system.Model, system.SerialNumber,
+                         system.BiosVersion, bios.Registry, front->GetSecondPrefix()});
+}
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,217 @@
+#include "SetOutcome.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+
+#include "JsonOutput.h"
+#include "Options.h"
+#include "TextOutput.h"
+#include "ValueConversions.h"
+
+namespace json = boost::json;
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr const char* Blot = "********";
+/// What only may be a password is blotted out from this length on: messages are full of
+/// shorter texts.
+constexpr std::size_t ShortestDoubtful = 4;
+
+const char* WordOf(SetOutcome outcome)
+{
+    switch (outcome)
+    {
+    case SetOutcome::Planned:
+        return "would change";
+    case SetOutcome::Changed:
+        return "changed";
+    case SetOutcome::Already:
+        return "already";
+    case SetOutcome::Refused:
+        return "refused";
+    case SetOutcome::Unknown:
+        return "unknown";
+    default:
+        return "not sent";
+    }
+}
+
+json::value ValueOf(const std::string& context)
+{
+    json::error_code failure;
+    json::value value = json::parse(context, failure);
+    return failure ? json::value(context) : value; // a number beyond 64 bits, for example
+}
+
+std::string TextOf(const SetSetting& setting, const Options& options)
+{
+    const json::value value = ValueOf(setting.Context);
+    if (const auto* text = value.if_string())
+    {
+        return EscapeText(std::string(*text));
+    }
+    return options.Hex && value.is_number() ? DecToHex(setting.Context) : EscapeText(setting.Context);
+}
+
+/// The BMC's own words may repeat a value.
+void HideValues(const SetPlan& plan, std::string& text)
+{
+    for (const SetSetting& setting : plan.Settings)
+    {
+        const std::string escaped = json::serialize(json::value(setting.Value));
+        for (const std::string_view value :
+             {std::string_view(escaped).substr(1, escaped.size() - 2), std::string_view(setting.Value)})
+        {
+            const std::size_t shortest = setting.Password ? 1 : ShortestDoubtful;
+            std::size_t at = setting.Secret && value.size() >= shortest ? text.find(value) : std::string::npos;
+            for (; at != std::string::npos; at = text.find(value, at + std::string_view(Blot).size()))
+            {
+                text.replace(at, value.size(), Blot);
+            }
+        }
+    }
+}
+
+void AddHidden(const SetPlan& plan, Answer& answer, Failure failure)
+{
+    HideValues(plan, failure.Message);
+    HideValues(plan, failure.Cause);
+    AddFailure(answer, std::move(failure));
+}
+
+void AddFailures(const SetPlan& plan, const std::optional<Failure>& failure, Answer& answer)
+{
+    for (const std::string& note : plan.Notes)
+    {
+        HideValues(plan, answer.Notes.emplace_back(note));
+    }
+    for (const std::optional<Failure>& one : {plan.Stop, failure})
+    {
+        if (one)
+        {
+            AddHidden(plan, answer, *one);
+        }
+    }
+    for (const SetOutcome outcome : {SetOutcome::Unknown, SetOutcome::Refused, SetOutcome::NotSent})
+    {
+        for (const SetSetting& setting : plan.Settings)
+        {
+            if (setting.Outcome == outcome && setting.Why)
+            {
+                AddHidden(plan, answer, *setting.Why);
+            }
+        }
+    }
+}
+
+json::object DataOf(const SetPlan& plan)
+{
+    json::object settings;
+    for (const SetSetting& setting : plan.Settings)
+    {
+        json::object entry{{"outcome", WordOf(setting.Outcome)}};
+        const bool good = setting.Outcome == SetOutcome::Planned || setting.Outcome == SetOutcome::Changed ||
+                          setting.Outcome == SetOutcome::Already;
+        if (good && !setting.Secret)
+        {
+            entry["value"] = ValueOf(setting.Context);
+        }
+        settings[ValidUtf8(setting.ShownName)] = std::move(entry);
+    }
+    return settings;
+}
+
+std::string LineOf(const SetSetting& setting, const Options& options)
+{
+    const std::string name = EscapeText(setting.ShownName);
+    if (setting.Outcome == SetOutcome::Changed)
+    {
+        return name + (setting.InForce ? ": changed, the BMC shows it in force\n"
+                                       : ": changed, takes effect after a reboot\n");
+    }
+    if (setting.Outcome == SetOutcome::Already)
+    {
+        return name + ": already " + (setting.Secret ? Blot : TextOf(setting, options)) + "\n";
+    }
+    return {};
+}
+
+std::string BodyOf(const SetPlan& plan, const std::vector<std::size_t>& request)
+{
+    SettingStringMap sorted;
+    for (const std::size_t index : request)
+    {
+        const SetSetting& setting = plan.Settings[index];
+        sorted[setting.Key] = setting.Secret ? json::serialize(json::value(Blot)) : setting.Context;
+    }
+    std::string body;
+    for (const auto& [name, context] : sorted)
+    {
+        body += (body.empty() ? "" : ",") + json::serialize(json::value(name)) + ":" + context;
+    }
+    return "{\"Attributes\":{" + body + "}}";
+}
+
+} // namespace
+
+Answer AnswerOf(const SetPlan& plan, const std::optional<Failure>& failure, const Options& options)
+{
+    Answer answer;
+    AddFailures(plan, failure, answer);
+    if (options.Json)
+    {
+        answer.Data = DataOf(plan);
+        return answer;
+    }
+    for (const SetSetting& setting : plan.Settings)
+    {
+        answer.Text += LineOf(setting, options);
+    }
+    return answer;
+}
+
+Answer DryRunAnswerOf(const SetPlan& plan, const Options& options)
+{
+    Answer answer;
+    AddFailures(plan, std::nullopt, answer);
+    json::array bodies;
+    bool oemAction = false;
+    for (const std::vector<std::size_t>& request : plan.Requests)
+    {
+        const std::string body = BodyOf(plan, request);
+        oemAction = oemAction || plan.Settings[request.front()].Protected;
+        options.Json ? static_cast<void>(bodies.push_back(ValueOf(body)))
+                     : static_cast<void>(answer.Text += body + "\n");
+    }
+    if (options.Json)
+    {
+        answer.Data = DataOf(plan);
+        answer.More["bodies"] = std::move(bodies);
+        return answer;
+    }
+    for (const SetSetting& setting : plan.Settings)
+    {
+        if (setting.Outcome == SetOutcome::Already)
+        {
+            std::string line = LineOf(setting, options);
+            line.pop_back();
+            answer.Notes.push_back(std::move(line));
+        }
+    }
+    if (oemAction)
+    {
+        answer.Notes.emplace_back("protected settings go first, to an OEM action of the BMC, in a body of their own");
+    }
+    return answer;
+}
+
+} // namespace Tavrine::Tool

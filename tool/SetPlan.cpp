@@ -1,0 +1,447 @@
+#include "SetPlan.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+
+#include "BIOSCompatibleModule.h"
+#include "JsonOutput.h"
+#include "MissingActions.h"
+#include "Options.h"
+#include "RedfishConfigSettingManager.h"
+#include "ValueConversions.h"
+
+namespace json = boost::json;
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr int RegistryOutput = 2;
+constexpr int CodeNoValue = 8;
+constexpr int CodeInvalidValue = 10;
+constexpr int CodeNotFound = 20;
+constexpr int CodeHidden = 34;
+
+using Manager = RedfishConfigSettingManager;
+
+Config_Options LibraryOptions(const Options& options)
+{
+    Config_Options library;
+    library.HexValueMode = options.Hex;
+    library.allowProtectedSettings = options.Protected;
+    library.LegacyNameMode = options.LegacyNames;
+    return library;
+}
+
+/// The attribute registry with the current values written into it. Asked first, since
+/// then the library looks at both kinds of settings, and keeps what it has read.
+RedfishConfigResult ReadRegistry(RedfishConfigProc& front, std::string& registry)
+{
+    const int outputFormat = std::exchange(front.m_Options.OutputFormat, RegistryOutput);
+    SettingStringMap answer;
+    RedfishConfigResult result = front.QuerySettingValidValues(answer, "");
+    front.m_Options.OutputFormat = outputFormat;
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        return result;
+    }
+    const auto entry = answer.find(front.GetSecondPrefix());
+    if (entry == answer.end())
+    {
+        return {CodeQuery, "The attribute registry is empty.", ""};
+    }
+    registry = std::move(entry->second);
+    return {CodeSucceed, "", ""};
+}
+
+/// A refusal that speaks of a setting, with the name as the caller is shown it.
+Failure Refusal(RedfishConfigResult result, const SetSetting& setting)
+{
+    Failure failure = FailureOf(result, setting.ShownName);
+    const std::string bare = "setting " + setting.Key;
+    if (const std::size_t at = failure.Message.find(bare); at != std::string::npos)
+    {
+        failure.Message.replace(at, bare.size(), "setting " + setting.ShownName);
+    }
+    return failure;
+}
+
+void Refuse(SetSetting& setting, Failure failure)
+{
+    setting.Outcome = SetOutcome::Refused;
+    setting.Why = std::move(failure);
+}
+
+void Refuse(SetSetting& setting, RedfishConfigResult result) { Refuse(setting, Refusal(std::move(result), setting)); }
+
+class Planner
+{
+  public:
+    Planner(RedfishConfigProc& front, const Options& options, CauseLog& causes)
+        : m_Front(front), m_Options(options), m_Causes(causes)
+    {
+    }
+
+    SetPlan Make(const std::vector<SettingPair>& pairs)
+    {
+        for (const SettingPair& pair : pairs)
+        {
+            SetSetting& setting = m_Plan.Settings.emplace_back();
+            setting.Name = setting.Key = pair.Name;
+            setting.ShownName = m_Front.m_Prefix + "." + pair.Name;
+            setting.Value = pair.Value;
+            BIOSCompatibleModule(LibraryOptions(m_Options)).ConvertNameFromOldToNew(pair.Name, setting.Key);
+        }
+        if (!RefuseSameSettings() && TakeRegistry() && ReadSettings())
+        {
+            m_Options.NoCheck ? PlanUnchecked() : PlanChecked();
+        }
+        return std::move(m_Plan);
+    }
+
+  private:
+    bool Stop(RedfishConfigResult result)
+    {
+        m_Plan.Stop = m_Causes.Explain(std::move(result));
+        if (MissesAction(*m_Plan.Stop))
+        {
+            m_Plan.Notes.emplace_back(MissingActionHint);
+        }
+        return false;
+    }
+
+    /// An old and a new name of one setting.
+    bool RefuseSameSettings()
+    {
+        std::set<std::string> keys;
+        for (const SetSetting& setting : m_Plan.Settings)
+        {
+            if (!keys.insert(setting.Key).second)
+            {
+                m_Plan.Stop =
+                    Failure{StatusUsage, "The setting " + setting.Key + " is given twice, by two of its names", {}, {}};
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool TakeRegistry()
+    {
+        std::string registry;
+        const RedfishConfigResult result = ReadRegistry(m_Front, registry);
+        if (IsSuccess(result.ErrorCode()))
+        {
+            m_Manager = std::make_unique<Manager>(registry, false, LibraryOptions(m_Options));
+            return true;
+        }
+        // Without the check a BMC that serves no protected settings is good enough.
+        return m_Options.NoCheck && MissesAction(FailureOf(result)) ? true : Stop(result);
+    }
+
+    bool ReadSettings()
+    {
+        for (SetSetting& setting : m_Plan.Settings)
+        {
+            RedfishConfigResult read = ReadEffective(setting);
+            RedfishConfigSettingInfoStru info;
+            RedfishConfigResult known =
+                m_Manager ? m_Manager->GetSettingProperties(setting.Key, info) : RedfishConfigResult(0, "", "");
+            m_Reported.push_back(read == CodeSucceed || read == CodeNoValue);
+            if (read == CodeHidden || (read == CodeNotFound && (m_Options.NoCheck || known == CodeNotFound)))
+            {
+                Refuse(setting, read);
+                continue;
+            }
+            const bool usable = m_Reported.back() || read == CodeNotFound;
+            if (!usable || known != CodeSucceed)
+            {
+                return Stop(usable ? known : read);
+            }
+            setting.Key = info.AttributeKey.value_or(setting.Key);
+            setting.Protected = info.IsProtected && m_Options.SystemType == SystemTypeUefi;
+            setting.Password = info.SettingType == "Password";
+            setting.Secret = setting.Password || !m_Manager;
+        }
+        return true;
+    }
+
+    RedfishConfigResult ReadEffective(SetSetting& setting)
+    {
+        SettingStringMap values;
+        RedfishConfigResult result = m_Front.QuerySettingValue(setting.Name, values);
+        TypedSettings typed;
+        if (IsSuccess(result.ErrorCode()) && !values.empty() && ReadTypedSettings(values.begin()->second, "", typed) &&
+            !typed.empty())
+        {
+            setting.Effective = typed.begin()->second;
+        }
+        return result;
+    }
+
+    void PlanUnchecked()
+    {
+        for (const bool wantProtected : {true, false})
+        {
+            for (std::size_t index = 0; index < m_Plan.Settings.size(); ++index)
+            {
+                SetSetting& setting = m_Plan.Settings[index];
+                if (setting.Outcome == SetOutcome::Planned && setting.Protected == wantProtected &&
+                    MakeUncheckedContext(setting))
+                {
+                    AddToRequests(index, false);
+                }
+            }
+        }
+    }
+
+    /// The library puts quotes around the text of a string and lets all others stand, so
+    /// that only a text that is JSON already leaves the rest of the body alone.
+    bool MakeUncheckedContext(SetSetting& setting) const
+    {
+        const bool raw = setting.Effective && (setting.Effective->is_number() || setting.Effective->is_bool());
+        if (!raw)
+        {
+            if (ValidUtf8(setting.Value) != setting.Value)
+            {
+                return CannotSend(setting, "it is no text in UTF-8");
+            }
+            setting.Context = json::serialize(json::value(setting.Value));
+            setting.Value = setting.Context.substr(1, setting.Context.size() - 2);
+            return true;
+        }
+        const bool hexadecimal = m_Options.Hex && setting.Effective->is_number();
+        if (hexadecimal && !isHexString(setting.Value))
+        {
+            return CannotSend(setting, "the BMC holds a number, and with --hex it must be a hexadecimal one");
+        }
+        const std::string text = hexadecimal ? HexToDec(setting.Value) : setting.Value;
+        json::error_code failure;
+        const json::value value = json::parse(text, failure);
+        if (failure || value.is_structured())
+        {
+            return CannotSend(setting, "the BMC holds a number or a boolean, so that even without the check it must "
+                                       "be a number, true, false, null or a text in double quotes");
+        }
+        setting.Context = text;
+        return true;
+    }
+
+    static bool CannotSend(SetSetting& setting, const std::string& reason)
+    {
+        Refuse(setting, Failure{CodeInvalidValue,
+                                setting.ShownName + ": the new value cannot be sent: " + reason,
+                                setting.ShownName,
+                                {}});
+        return false;
+    }
+
+    /// The text that the library compares and checks: decimal where it converts.
+    std::string CheckedText(const SetSetting& setting, const OptionalVar& current) const
+    {
+        const bool converted = m_Options.Hex && IsNumSetting(current) && isHexString(setting.Value);
+        return converted ? HexToDec(setting.Value) : setting.Value;
+    }
+
+    void PlanChecked()
+    {
+        SettingValueMap current;
+        for (std::size_t index = 0; index < m_Plan.Settings.size(); ++index)
+        {
+            SetSetting& setting = m_Plan.Settings[index];
+            RedfishConfigSettingInfoStru info;
+            if (setting.Outcome == SetOutcome::Planned && m_Reported[index] &&
+                m_Manager->GetSettingProperties(setting.Key, info) == CodeSucceed)
+            {
+                current[setting.Key] = info.CurrentValue;
+                std::string text;
+                if (setting.Effective && GetOptionalVarAsString(info.CurrentValue, text) &&
+                    text == CheckedText(setting, info.CurrentValue))
+                {
+                    setting.Outcome = SetOutcome::Already;
+                    setting.Context = json::serialize(VariantToJson(*info.CurrentValue));
+                }
+            }
+        }
+        m_Manager->UpdateSettingValue(current);
+        if (JudgeTogether(current))
+        {
+            PutInOrder(current);
+        }
+    }
+
+    std::string TextOf(const SetSetting& setting, const SettingValueMap& current) const
+    {
+        const auto entry = current.find(setting.Key);
+        return CheckedText(setting, entry == current.end() ? OptionalVar() : entry->second);
+    }
+
+    /// @return false when nothing can be judged.
+    bool JudgeTogether(const SettingValueMap& current)
+    {
+        SettingStringMap wanted;
+        for (const SetSetting& setting : m_Plan.Settings)
+        {
+            if (setting.Outcome == SetOutcome::Planned)
+            {
+                wanted[setting.Key] = TextOf(setting, current);
+            }
+        }
+        if (wanted.empty())
+        {
+            return true;
+        }
+        SettingStringMap contexts;
+        RedfishConfigResult result = m_Manager->PreparePatchContext(wanted, contexts, FilterChange);
+        std::vector<RedfishConfigResult> errors = m_Manager->TakeErrors();
+        if (result != CodeSucceed && errors.empty())
+        {
+            return Stop(result);
+        }
+        for (SetSetting& setting : m_Plan.Settings)
+        {
+            const auto error =
+                std::find_if(errors.begin(), errors.end(),
+                             [&](RedfishConfigResult& one) { return one.ErrorSetting() == setting.Key; });
+            if (error != errors.end())
+            {
+                Refuse(setting, *error);
+            }
+        }
+        return true;
+    }
+
+    /// The library judges one change after the other, each by those that are queued. So a
+    /// setting that another one of the call must set free goes behind that one.
+    void PutInOrder(const SettingValueMap& current)
+    {
+        for (bool progress = true; std::exchange(progress, false);)
+        {
+            for (const bool wantProtected : {true, false})
+            {
+                for (std::size_t index = 0; index < m_Plan.Settings.size(); ++index)
+                {
+                    SetSetting& setting = m_Plan.Settings[index];
+                    const bool waits = setting.Outcome == SetOutcome::Planned && setting.Context.empty();
+                    if (waits && setting.Protected == wantProtected && Queue(index, TextOf(setting, current)))
+                    {
+                        progress = true;
+                    }
+                }
+            }
+        }
+        for (SetSetting& setting : m_Plan.Settings)
+        {
+            if (setting.Outcome == SetOutcome::Planned && setting.Context.empty())
+            {
+                std::string context;
+                Refuse(setting,
+                       m_Manager->PreparePatchContext(setting.Key, TextOf(setting, current), context, FilterChange));
+            }
+        }
+    }
+
+    bool Queue(std::size_t index, const std::string& text)
+    {
+        SetSetting& setting = m_Plan.Settings[index];
+        std::string context;
+        if (m_Manager->PreparePatchContext(setting.Key, text, context, FilterChange) != CodeSucceed)
+        {
+            return false;
+        }
+        setting.Context = context;
+        RedfishConfigSettingInfoStru info;
+        m_Manager->GetSettingProperties(setting.Key, info);
+        AddToRequests(index, IsRelated(setting.Key, info.DependencyNames));
+        EnterValue(setting);
+        return true;
+    }
+
+    /// Lets the checks that follow see the change, as the library's value cache does.
+    void EnterValue(const SetSetting& setting)
+    {
+        json::error_code failure;
+        const json::value value = json::parse(setting.Context, failure);
+        if (const auto* text = value.if_string())
+        {
+            m_Manager->UpdateSettingValue({{setting.Key, SettingVariant(std::string(*text))}});
+        }
+        else if (const auto* number = value.if_int64())
+        {
+            m_Manager->UpdateSettingValue({{setting.Key, SettingVariant(*number)}});
+        }
+        else if (const auto* flag = value.if_bool())
+        {
+            m_Manager->UpdateSettingValue({{setting.Key, SettingVariant(*flag)}});
+        }
+    }
+
+    /// The library's rule for sending what is queued before a related setting joins it.
+    /// Like there, what was sent otherwise still counts.
+    bool IsRelated(const std::string& name, const std::vector<std::string>& dependencies)
+    {
+        const auto holds = [](const std::vector<std::string>& names, const std::string& one)
+        { return std::find(names.begin(), names.end(), one) != names.end(); };
+        const bool related = holds(m_QueuedDependencies, name) ||
+                             std::any_of(m_QueuedNames.begin(), m_QueuedNames.end(),
+                                         [&](const std::string& queued) { return holds(dependencies, queued); });
+        if (related)
+        {
+            m_QueuedDependencies.clear();
+            m_QueuedNames.clear();
+        }
+        m_QueuedDependencies.insert(m_QueuedDependencies.end(), dependencies.begin(), dependencies.end());
+        m_QueuedNames.push_back(name);
+        return related;
+    }
+
+    void AddToRequests(std::size_t index, bool startsAnew)
+    {
+        auto& requests = m_Plan.Requests;
+        if (requests.empty() || startsAnew ||
+            m_Plan.Settings[requests.back().back()].Protected != m_Plan.Settings[index].Protected)
+        {
+            requests.emplace_back();
+        }
+        requests.back().push_back(index);
+    }
+
+    RedfishConfigProc& m_Front;
+    const Options& m_Options;
+    CauseLog& m_Causes;
+    SetPlan m_Plan;
+    /// Null where the BMC keeps its registry and values to itself.
+    std::unique_ptr<Manager> m_Manager;
+    /// By index: the BMC names the setting among its values.
+    std::vector<bool> m_Reported;
+    std::vector<std::string> m_QueuedNames;
+    std::vector<std::string> m_QueuedDependencies;
+};
+
+} // namespace
+
+SetPlan MakeSetPlan(RedfishConfigProc& front, const Options& options, const std::vector<SettingPair>& pairs,
+                    CauseLog& causes)
+{
+    return Planner(front, options, causes).Make(pairs);
+}
+
+void Abandon(SetPlan& plan, SetOutcome outcome, int code, const std::string& reason)
+{
+    for (SetSetting& setting : plan.Settings)
+    {
+        if (setting.Outcome == SetOutcome::Planned)
+        {
+            setting.Outcome = outcome;
+            setting.Why = Failure{code, setting.ShownName + ": " + reason, setting.ShownName, {}};
+        }
+    }
+}
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,407 @@
+#include "SetSend.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+#include <boost/json/parse.hpp>
+
+#include "JsonOutput.h"
+#include "MissingActions.h"
+#include "Options.h"
+#include "PendingValues.h"
+#include "Signals.h"
+#include "ValueConversions.h"
+
+namespace json = boost::json;
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr int CodeAlready = 1;
+constexpr int CodePassword = 4;
+constexpr int CodeRefused = 18;
+constexpr int CodeAction = 28;
+constexpr int CodeBmcInternal = 32;
+
+using Indices = std::vector<std::size_t>;
+
+/// What the end of a request says about the changes in it.
+enum class RequestEnd
+{
+    Accepted,
+    /// It never reached the BMC.
+    NotSent,
+    /// The BMC did nothing of it.
+    TurnedAway,
+    /// The BMC refuses it; a lenient one may have done a part.
+    Refused,
+    Unknown,
+};
+
+/// What the client says of a request without an answer, or that it kept back; and of a
+/// BMC that looked at no change.
+struct EndByWords
+{
+    std::string_view Words;
+    RequestEnd End;
+};
+constexpr EndByWords EndsByWords[] = {
+    {"whether the change was done is not known", RequestEnd::Unknown},
+    {"nothing was sent", RequestEnd::NotSent},
+    {" was not sent to ", RequestEnd::NotSent},
+    {"the change was not done", RequestEnd::TurnedAway},
+    {"(401 Unauthorized)", RequestEnd::TurnedAway},
+    {"(403 Forbidden)", RequestEnd::TurnedAway},
+};
+
+struct EndByCode
+{
+    int Code;
+    RequestEnd End;
+};
+constexpr EndByCode EndsByCode[] = {
+    {CodeInternal, RequestEnd::NotSent}, {CodeQuery, RequestEnd::NotSent},  {CodeNotReady, RequestEnd::TurnedAway},
+    {CodeRefused, RequestEnd::Refused},  {CodeAction, RequestEnd::Refused},
+};
+
+/// What neither words nor code settle stays open.
+RequestEnd EndOf(int code, const std::string& message)
+{
+    if (IsSuccess(code))
+    {
+        return RequestEnd::Accepted;
+    }
+    for (const EndByWords& end : EndsByWords)
+    {
+        if (message.find(end.Words) != std::string::npos)
+        {
+            return end.End;
+        }
+    }
+    if (code == CodeBmcInternal && message == "BMC internal error.")
+    {
+        return RequestEnd::NotSent; // the settings object has no address
+    }
+    const auto end = std::find_if(std::begin(EndsByCode), std::end(EndsByCode),
+                                  [code](const EndByCode& one) { return one.Code == code; });
+    return end == std::end(EndsByCode) ? RequestEnd::Unknown : end->End;
+}
+
+std::string PlainText(const std::string& context)
+{
+    json::error_code failure;
+    const json::value value = json::parse(context, failure);
+    if (const auto* text = value.if_string())
+    {
+        return std::string(*text);
+    }
+    return context;
+}
+
+class Sender
+{
+  public:
+    Sender(SetPlan& plan, RedfishConfigProc& front, const Options& options, CauseLog& causes,
+           const FrontMaker& freshFront)
+        : m_Plan(plan), m_Front(front), m_Options(options), m_Causes(causes), m_FreshFront(freshFront)
+    {
+    }
+
+    std::optional<Failure> Send()
+    {
+        RequestEnd end = RequestEnd::Accepted;
+        for (const Indices& request : m_Plan.Requests)
+        {
+            const RedfishConfigResult result = GoesAlone(request) ? SendAlone(request) : SendTogether(request);
+            end = Settle(result);
+            m_InFlight.clear();
+            if (end != RequestEnd::Accepted)
+            {
+                break;
+            }
+        }
+        if (end != RequestEnd::Accepted)
+        {
+            Abandon(m_Plan, SetOutcome::NotSent, m_Failed->Code, "not sent, since a change before it failed");
+        }
+        ReadBack();
+        return TellFailure();
+    }
+
+  private:
+    SetSetting& At(std::size_t index) { return m_Plan.Settings[index]; }
+
+    RedfishConfigResult Patch(const SetSetting& setting, bool batchMode)
+    {
+        return m_Options.NoCheck ? m_Front.PatchSettingNewValueWithOutCheck(setting.Name, setting.Value, batchMode)
+                                 : m_Front.PatchSettingNewValue(setting.Name, setting.Value, batchMode);
+    }
+
+    /// Outside batch mode the code for a password hides that of its request, and for a
+    /// value that cannot be compared beforehand 1 has two meanings.
+    bool GoesAlone(const Indices& request)
+    {
+        return m_Plan.Settings.size() == 1 && !At(request.front()).Password &&
+               (m_Options.NoCheck || At(request.front()).Effective);
+    }
+
+    RedfishConfigResult SendAlone(const Indices& request)
+    {
+        m_InFlight = request;
+        RedfishConfigResult result = Patch(At(request.front()), false);
+        CollectErrors();
+        return result;
+    }
+
+    RedfishConfigResult SendTogether(const Indices& request)
+    {
+        for (const std::size_t index : request)
+        {
+            RedfishConfigResult result = Patch(At(index), true);
+            CollectErrors();
+            if (result == CodeSucceed || result == CodePassword)
+            {
+                m_InFlight.push_back(index);
+            }
+            else if (result == CodeAlready)
+            {
+                At(index).Outcome = SetOutcome::Already;
+            }
+            else
+            {
+                const bool useless = result == CodeNotReady || result == CodeConnection;
+                At(index).Outcome = useless ? SetOutcome::NotSent : SetOutcome::Refused;
+                At(index).Why = m_Causes.Explain(result, At(index).ShownName);
+                if (useless)
+                {
+                    return result;
+                }
+            }
+        }
+        if (m_InFlight.empty())
+        {
+            return {CodeSucceed, "", ""};
+        }
+        const RedfishConfigResult result = m_Front.FlushChanges();
+        CollectErrors();
+        return result;
+    }
+
+    /// The library empties its list when it next sends something, and lists what failed
+    /// once as often as it likes.
+    void CollectErrors()
+    {
+        m_Errors.insert(m_Errors.end(), m_Front.m_ErrorList.begin(), m_Front.m_ErrorList.end());
+        m_Front.m_ErrorList.clear();
+    }
+
+    std::optional<Failure> OwnError(const SetSetting& setting)
+    {
+        const std::string fullName = m_Front.m_Prefix + "." + setting.Key;
+        for (RedfishConfigResult& error : m_Errors)
+        {
+            if (error.ErrorSetting() == fullName)
+            {
+                Failure failure = FailureOf(error, setting.ShownName);
+                if (failure.Message.find(setting.ShownName) == std::string::npos)
+                {
+                    failure.Message.insert(0, setting.ShownName + ": ");
+                }
+                return failure;
+            }
+        }
+        return std::nullopt;
+    }
+
+    RequestEnd Settle(const RedfishConfigResult& result)
+    {
+        const Failure failure = m_Causes.Explain(result);
+        const RequestEnd end = EndOf(failure.Code, failure.Message);
+        if (end != RequestEnd::Accepted)
+        {
+            m_Failed = failure;
+        }
+        bool explained = false;
+        for (const std::size_t index : m_InFlight)
+        {
+            SetSetting& setting = At(index);
+            setting.Why = OwnError(setting);
+            setting.Outcome = setting.Why ? SetOutcome::Refused : SetOutcome::Planned;
+            explained = explained || setting.Why;
+        }
+        m_Explained = m_Explained || explained;
+        for (const std::size_t index : m_InFlight)
+        {
+            if (!At(index).Why)
+            {
+                Conclude(At(index), end, explained);
+            }
+        }
+        return end;
+    }
+
+    void Conclude(SetSetting& setting, RequestEnd end, bool othersExplained)
+    {
+        const auto because = [&](SetOutcome outcome, const std::string& reason)
+        {
+            setting.Outcome = outcome;
+            setting.Why = Failure{m_Failed->Code, setting.ShownName + ": " + reason, setting.ShownName, {}};
+        };
+        switch (end)
+        {
+        case RequestEnd::Accepted:
+            setting.Outcome = SetOutcome::Changed;
+            m_ToReadBack.emplace_back(&setting, end);
+            break;
+        case RequestEnd::NotSent:
+            because(SetOutcome::NotSent, "not sent");
+            break;
+        case RequestEnd::TurnedAway:
+            because(SetOutcome::Refused, "not changed, since the BMC turned the request away");
+            break;
+        case RequestEnd::Refused:
+            because(othersExplained ? SetOutcome::NotSent : SetOutcome::Refused,
+                    othersExplained ? "not changed, refused together with the others"
+                                    : "not changed, since the BMC refused the request");
+            m_ToReadBack.emplace_back(&setting, end);
+            break;
+        case RequestEnd::Unknown:
+            because(SetOutcome::Unknown, "whether the change was done is not known");
+            m_ToReadBack.emplace_back(&setting, end);
+            break;
+        }
+    }
+
+    bool IsReadable(const SetSetting& setting) const
+    {
+        return setting.Effective && !setting.Effective->is_null() && !setting.Secret && !setting.Protected;
+    }
+
+    /// Asks the BMC what it holds now. A change that it accepted is what it says it is; of
+    /// one that failed it may show that it was done.
+    void ReadBack()
+    {
+        if (m_ToReadBack.empty() || StopSignal() != 0)
+        {
+            return;
+        }
+        PendingValues values;
+        const bool anyReadable = std::any_of(m_ToReadBack.begin(), m_ToReadBack.end(),
+                                             [&](const auto& one) { return IsReadable(*one.first); });
+        RedfishConfigResult result(CodeSucceed, "", "");
+        if (anyReadable)
+        {
+            result = ReadPendingValues(*m_FreshFront(), values);
+        }
+        ReadProtectedBack(values);
+        for (const auto& [setting, end] : m_ToReadBack)
+        {
+            Compare(*setting, values, end);
+        }
+        if (!IsSuccess(result.ErrorCode()))
+        {
+            m_Plan.Notes.push_back("warning: the pending values could not be read back: " +
+                                   m_Causes.Explain(result).Message);
+        }
+    }
+
+    /// Costs another read of the registry, and so is done only where nothing else tells.
+    void ReadProtectedBack(PendingValues& values)
+    {
+        std::unique_ptr<RedfishConfigProc> front;
+        for (const auto& [setting, end] : m_ToReadBack)
+        {
+            if (end == RequestEnd::Unknown && setting->Protected && !setting->Secret && setting->Effective)
+            {
+                front = front ? std::move(front) : m_FreshFront();
+                AddPendingValue(*front, setting->Key, values);
+            }
+        }
+    }
+
+    void Compare(SetSetting& setting, const PendingValues& values, RequestEnd end)
+    {
+        const auto pending = values.Pending.find(setting.Key);
+        const auto effective = values.Effective.find(setting.Key);
+        const bool known = effective != values.Effective.end();
+        const bool waits = known && pending != values.Pending.end();
+        const std::string wanted = PlainText(setting.Context);
+        const bool inForce = known && !waits && IsText(setting, effective->second, wanted);
+        if (inForce || (waits && pending->second == wanted))
+        {
+            setting.Outcome = SetOutcome::Changed;
+            setting.Why.reset();
+            setting.InForce = inForce;
+            m_Recovered = m_Recovered || end != RequestEnd::Accepted;
+        }
+        else if (known && end == RequestEnd::Accepted)
+        {
+            setting.Outcome = SetOutcome::Unknown;
+            setting.Why = Failure{CodeRefused,
+                                  setting.ShownName + ": the BMC accepted the change, but does not show it among its "
+                                                      "pending values",
+                                  setting.ShownName,
+                                  {}};
+        }
+        else if (end == RequestEnd::Unknown)
+        {
+            setting.Why->Message +=
+                known ? "; the BMC does not show it among its pending values" : "; its pending value could not be read";
+        }
+    }
+
+    /// Numbers in force are read in hexadecimal where the options ask for it.
+    bool IsText(const SetSetting& setting, const std::string& text, const std::string& wanted) const
+    {
+        return m_Options.Hex && setting.Effective->is_number() ? HexToDec(text) == wanted : text == wanted;
+    }
+
+    /// The failure of a request is told once, unless its settings tell it, or turned out
+    /// to be changed.
+    std::optional<Failure> TellFailure()
+    {
+        if (!m_Failed)
+        {
+            return std::nullopt;
+        }
+        if (MissesAction(*m_Failed))
+        {
+            m_Plan.Notes.emplace_back(MissingActionHint);
+        }
+        const bool anyLeft = std::any_of(m_Plan.Settings.begin(), m_Plan.Settings.end(),
+                                         [](const SetSetting& setting) { return setting.Why.has_value(); });
+        if (m_Recovered && !anyLeft)
+        {
+            m_Plan.Notes.push_back("warning: the request failed, but the BMC shows the changes: " + m_Failed->Message);
+            return std::nullopt;
+        }
+        return m_Explained ? std::nullopt : m_Failed;
+    }
+
+    SetPlan& m_Plan;
+    RedfishConfigProc& m_Front;
+    const Options& m_Options;
+    CauseLog& m_Causes;
+    const FrontMaker& m_FreshFront;
+    /// What the next answer is about.
+    Indices m_InFlight;
+    std::vector<RedfishConfigResult> m_Errors;
+    std::vector<std::pair<SetSetting*, RequestEnd>> m_ToReadBack;
+    std::optional<Failure> m_Failed;
+    bool m_Explained = false;
+    bool m_Recovered = false;
+};
+
+} // namespace
+
+std::optional<Failure> SendPlan(SetPlan& plan, RedfishConfigProc& front, const Options& options, CauseLog& causes,
+                                const FrontMaker& freshFront)
+{
+    return Sender(plan, front, options, causes, freshFront).Send();
+}
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,128 @@
+#include "SettingPairs.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <set>
+#include <unistd.h>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "ConfigOptions.h"
+#include "Options.h"
+#include "Secret.h"
+#include "Signals.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+constexpr std::size_t ReadStep = 65536;
+constexpr const char* FromInput = "-";
+
+std::string ReadAll(int input, std::string& text)
+{
+    // One allocation, so that growth leaves no copies of the value behind.
+    Secret collected(LargestInputValue + 2 + ReadStep);
+    for (;;)
+    {
+        if (!WaitForInput(input))
+        {
+            return StopSignal() != 0 ? "interrupted" : std::strerror(errno);
+        }
+        const std::size_t size = collected.Text().size();
+        collected.Text().resize(size + ReadStep);
+        const ssize_t count = read(input, collected.Text().data() + size, ReadStep);
+        collected.Text().resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        if (count < 0 && errno != EINTR)
+        {
+            return std::strerror(errno);
+        }
+        if (count == 0)
+        {
+            break;
+        }
+        if (collected.Text().size() > LargestInputValue + 1)
+        {
+            break;
+        }
+    }
+    if (collected.Text().ends_with('\n'))
+    {
+        collected.Text().pop_back();
+    }
+    if (collected.Text().size() > LargestInputValue)
+    {
+        return fmt::format("it is longer than {} bytes", LargestInputValue);
+    }
+    text = collected.Text();
+    return {};
+}
+
+} // namespace
+
+SettingPair::~SettingPair() { Wipe(Value); }
+
+Prefixes PrefixesOf(const Options& options)
+{
+    if (!options.FirstPrefix.empty())
+    {
+        return {options.FirstPrefix, options.SecondPrefix};
+    }
+    const char* own = options.SystemType == SystemTypeUefi ? "UEFI" : "BIOS";
+    return {own, own};
+}
+
+std::string PairsFault(const Options& options)
+{
+    const Prefixes prefixes = PrefixesOf(options);
+    std::set<std::string> seen;
+    bool input = false;
+    for (std::size_t index = 0; index < options.Names.size(); ++index)
+    {
+        const std::string& text = options.Names[index];
+        const std::size_t sign = text.find('=');
+        const std::string name = BareName(text.substr(0, sign), prefixes);
+        if (sign == std::string::npos || name.empty())
+        {
+            return fmt::format("Argument {} is no NAME=VALUE", index + 1);
+        }
+        if (!seen.insert(name).second)
+        {
+            return "The setting " + name + " is given twice";
+        }
+        if (text.substr(sign + 1) == FromInput && std::exchange(input, true))
+        {
+            return "Only one value can come from standard input";
+        }
+    }
+    return input && options.PasswordFile == FromInput ? "--password-file - and NAME=- cannot both read standard input"
+                                                      : std::string();
+}
+
+std::optional<Failure> ReadPairs(const Options& options, int input, std::vector<SettingPair>& pairs)
+{
+    const Prefixes prefixes = PrefixesOf(options);
+    for (const std::string& text : options.Names)
+    {
+        const std::size_t sign = text.find('=');
+        SettingPair& pair = pairs.emplace_back(BareName(text.substr(0, sign), prefixes), text.substr(sign + 1));
+        if (pair.Value != FromInput)
+        {
+            continue;
+        }
+        if (const std::string error = ReadAll(input, pair.Value); !error.empty())
+        {
+            return Failure{CodeParameter,
+                           "Unable to read the value of " + prefixes.First + "." + pair.Name +
+                               " from standard input: " + error,
+                           prefixes.First + "." + pair.Name,
+                           {}};
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace Tavrine::Tool

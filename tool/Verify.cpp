@@ -1,0 +1,377 @@
+#include "Verify.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+#include <boost/json/object.hpp>
+#include <boost/json/serialize.hpp>
+#include <fmt/format.h>
+
+#include "Bmc.h"
+#include "JsonOutput.h"
+#include "Options.h"
+#include "SettingNames.h"
+#include "SettingSelection.h"
+#include "Signals.h"
+#include "StandardStreams.h"
+#include "TextOutput.h"
+
+namespace json = boost::json;
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+using std::chrono::milliseconds;
+
+constexpr int CodeNotSupported = 11;
+constexpr int CodeNotInForce = 18;
+constexpr milliseconds FirstPause(250);
+constexpr milliseconds LongestPause(10'000);
+constexpr milliseconds PauseSlice(100);
+/// How long values may lag behind a system that is back and does not tell when it
+/// applied them.
+constexpr milliseconds ValuesLag(60'000);
+constexpr std::uint32_t LongestWait = 86'400;
+constexpr const char* GracefulRestart = "GracefulRestart";
+
+std::string Joined(const std::vector<std::string>& words)
+{
+    std::string text;
+    for (const std::string& word : words)
+    {
+        text += (text.empty() ? "" : ", ") + word;
+    }
+    return text;
+}
+
+bool IsOn(const SystemResource& system) { return system.PowerState.empty() || system.PowerState == "On"; }
+
+/// Whether the firmware is still at work (DSP0268, "BootProgressTypes").
+bool IsStarting(const SystemResource& system)
+{
+    constexpr std::array<std::string_view, 5> States = {
+        "PrimaryProcessorInitializationStarted",   "BusInitializationStarted", "MemoryInitializationStarted",
+        "SecondaryProcessorInitializationStarted", "PCIResourceConfigStarted",
+    };
+    return std::find(States.begin(), States.end(), system.BootState) != States.end();
+}
+
+/// The pauses between looks, each longer than the one before.
+class GrowingPause
+{
+  public:
+    explicit GrowingPause(const RebootMeans& means, milliseconds until) : m_Means(means), m_Until(until) {}
+
+    /// @return false when there is no more time.
+    bool Take()
+    {
+        const milliseconds left = m_Until - m_Means.Now();
+        if (left <= milliseconds(0) || !m_Means.Pause(std::min(m_Next, left)))
+        {
+            return false;
+        }
+        m_Next = std::min(m_Next * 3 / 2, LongestPause);
+        return true;
+    }
+
+  private:
+    const RebootMeans& m_Means;
+    milliseconds m_Until;
+    milliseconds m_Next = FirstPause;
+};
+
+std::string TextOf(const json::value& value)
+{
+    const json::string* text = value.if_string();
+    return text != nullptr ? std::string(*text) : json::serialize(value);
+}
+
+/// The values of these settings that are in force now; of one without a value there is
+/// no entry.
+std::optional<Failure> ReadValues(const RebootMeans& means, const std::vector<ExpectedValue>& expected,
+                                  SettingStringMap& values)
+{
+    const std::unique_ptr<RedfishConfigProc> front = means.FreshFront();
+    const Prefixes prefixes = ShownPrefixes(*front);
+    TypedSettings group;
+    const auto read = [&](const SettingStringMap& given)
+    {
+        return std::all_of(given.begin(), given.end(),
+                           [&](const auto& entry) { return ReadTypedSettings(entry.second, prefixes.First, group); });
+    };
+    SettingStringMap given;
+    const RedfishConfigResult result = front->QueryGroupSettingValues(given);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        return FailureOf(result);
+    }
+    if (!read(given))
+    {
+        return Failure{CodeInternal, "The values of the library are no JSON object.", {}, {}};
+    }
+    for (const ExpectedValue& one : expected)
+    {
+        const std::string shown = prefixes.First + "." + one.Name;
+        if (!group.contains(shown))
+        {
+            SettingStringMap single; // protected, or hidden from groups
+            if (IsSuccess(front->QuerySettingValue(one.Name, single).ErrorCode()))
+            {
+                read(single);
+            }
+        }
+        if (const auto value = group.find(shown); value != group.end() && !value->second.is_null())
+        {
+            values[one.Name] = TextOf(value->second);
+        }
+    }
+    return std::nullopt;
+}
+
+bool AllInForce(const std::vector<ExpectedValue>& expected, const SettingStringMap& values)
+{
+    return std::all_of(expected.begin(), expected.end(),
+                       [&](const ExpectedValue& one)
+                       {
+                           const auto value = values.find(one.Name);
+                           return value != values.end() && value->second == one.Text;
+                       });
+}
+
+/// What the BMC itself says about a setting that did not come into force.
+std::string CauseOf(const BiosResource& bios, const std::string& name)
+{
+    std::string cause;
+    for (const ChangeMessage& message : bios.Messages)
+    {
+        if (std::find(message.Settings.begin(), message.Settings.end(), name) != message.Settings.end())
+        {
+            cause += (cause.empty() ? "" : " ") + message.Text;
+        }
+    }
+    return cause;
+}
+
+/// When changes were last applied; nothing where that cannot be read.
+std::optional<std::string> ReadChangeTime(const RebootMeans& means, SystemResource& system)
+{
+    BiosResource bios;
+    const bool read = IsSuccess(ReadSystem(means.Requests, system).ErrorCode()) &&
+                      IsSuccess(ReadBios(means.Requests, system, bios).ErrorCode());
+    return read ? std::optional(bios.ChangeTime) : std::nullopt;
+}
+
+struct Verification
+{
+    SettingStringMap Values;
+    BiosResource Bios;
+    std::optional<Failure> Lost;
+};
+
+Verification LookUntilInForce(const RebootMeans& means, const SystemResource& system,
+                              const std::optional<std::string>& timeBefore, const std::vector<ExpectedValue>& expected,
+                              milliseconds until)
+{
+    GrowingPause pause(means, std::min(until, means.Now() + ValuesLag));
+    for (;;)
+    {
+        Verification found;
+        const RedfishConfigResult result = ReadBios(means.Requests, system, found.Bios);
+        // Before the values: what they are read after is then applied for certain.
+        const bool applied = timeBefore && IsSuccess(result.ErrorCode()) && found.Bios.ChangeTime != *timeBefore;
+        found.Lost = ReadValues(means, expected, found.Values);
+        const bool settled = !found.Lost && (applied || AllInForce(expected, found.Values));
+        if (settled || !pause.Take())
+        {
+            return found;
+        }
+    }
+}
+
+void TellVerification(const Verification& found, const std::vector<ExpectedValue>& expected, const Options& options,
+                      const std::string& prefix, Answer& answer)
+{
+    json::object data;
+    std::size_t good = 0;
+    for (const ExpectedValue& one : expected)
+    {
+        const std::string shown = prefix + "." + one.Name;
+        const auto value = found.Values.find(one.Name);
+        const bool known = !found.Lost && value != found.Values.end();
+        const bool inForce = known && value->second == one.Text;
+        good += inForce ? 1 : 0;
+        data[ValidUtf8(shown)] = inForce ? "in force" : known ? "not in force" : "unknown";
+        if (!inForce && !found.Lost)
+        {
+            AddFailure(answer,
+                       {CodeNotInForce,
+                        shown + (known ? ": the new value is not in force after the reboot; it is " + value->second
+                                       : ": whether the new value is in force is not known, since the BMC reports "
+                                         "none"),
+                        shown, CauseOf(found.Bios, one.Name)});
+        }
+    }
+    if (found.Lost)
+    {
+        AddFailure(answer, {found.Lost->Code,
+                            "Whether the new values are in force is not known: " + found.Lost->Message,
+                            {},
+                            found.Lost->Cause});
+    }
+    if (options.Json)
+    {
+        answer.More["verified"] = std::move(data);
+    }
+    else
+    {
+        answer.Text += fmt::format("{} of {} new values are in force\n", good, expected.size());
+    }
+}
+
+} // namespace
+
+RebootMeans MeansOf(Bmc& bmc)
+{
+    return {RequestsOf(bmc), [&] { return bmc.Front(1); },
+            []
+            { return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch()); },
+            [](milliseconds time)
+            {
+                for (; time > milliseconds(0) && StopSignal() == 0; time -= PauseSlice)
+                {
+                    std::this_thread::sleep_for(std::min(time, PauseSlice));
+                }
+                return StopSignal() == 0;
+            },
+            [](const std::string& line) { WriteError("tavrine: " + EscapeControls(line) + "\n"); }};
+}
+
+void AddRebootOptions(CLI::App& command, Options& options)
+{
+    CLI::Option* reboot =
+        command.add_flag("--reboot", options.Reboot, "Restart the system afterwards, so that changes come into force");
+    command
+        .add_option("--wait", options.Wait,
+                    "Wait so long until the system is back, and verify that each change is in force")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(std::uint32_t{1}, LongestWait))
+        ->needs(reboot);
+}
+
+std::string RebootFault(const Options& options)
+{
+    return options.DryRun && options.Reboot ? "--dry-run and --reboot exclude each other" : "";
+}
+
+std::optional<Failure> RequestReset(const RebootMeans& means, SystemResource& system, std::string& type)
+{
+    RedfishConfigResult result = ReadSystem(means.Requests, system);
+    if (IsSuccess(result.ErrorCode()))
+    {
+        result = ReadResetTypes(means.Requests, system);
+    }
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        return FailureOf(result);
+    }
+    if (system.ResetTarget.empty())
+    {
+        return Failure{CodeNotSupported, "The BMC offers no reset action for " + system.Path, {}, {}};
+    }
+    if (type.empty())
+    {
+        type = system.PowerState == "Off" ? "On" : GracefulRestart;
+    }
+    const std::vector<std::string>& types = system.ResetTypes;
+    if (!types.empty() && std::find(types.begin(), types.end(), type) == types.end())
+    {
+        return Failure{
+            CodeParameter, "The BMC does not offer the reset " + type + "; it offers: " + Joined(types), {}, {}};
+    }
+    std::string response;
+    const std::string body = json::serialize(json::object{{"ResetType", type}});
+    const RedfishConfigResult asked = means.Requests.Post(system.ResetTarget, body, response);
+    return IsSuccess(asked.ErrorCode()) ? std::nullopt : std::optional(FailureOf(asked));
+}
+
+std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResource& before, milliseconds until)
+{
+    GrowingPause pause(means, until);
+    std::string told;
+    bool wasAway = !IsOn(before);
+    for (;;)
+    {
+        SystemResource now;
+        now.Path = before.Path;
+        RedfishConfigResult result = RefreshSystem(means.Requests, now);
+        const bool answers = IsSuccess(result.ErrorCode());
+        const bool starting = answers && (!IsOn(now) || IsStarting(now));
+        wasAway = wasAway || !answers || starting;
+        const bool restarted = wasAway || now.LastReset != before.LastReset;
+        if (answers && !starting && restarted)
+        {
+            return std::nullopt;
+        }
+        const std::string line = !answers   ? "waiting for the BMC"
+                                 : starting ? "waiting for the system to start"
+                                            : "waiting for the system to go down";
+        if (std::exchange(told, line) != line)
+        {
+            means.Tell(line + " …");
+        }
+        if (!pause.Take())
+        {
+            return Failure{CodeConnection,
+                           answers ? starting ? "The system has not started within the time to wait"
+                                              : "Whether the system was restarted within the time to wait is not known"
+                                   : "The BMC did not come back within the time to wait: " + FailureOf(result).Message,
+                           {},
+                           {}};
+        }
+    }
+}
+
+void RebootAndVerify(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
+                     Answer& answer)
+{
+    if (!options.Reboot || StopSignal() != 0)
+    {
+        return;
+    }
+    const milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
+    SystemResource system;
+    const std::optional<std::string> timeBefore = ReadChangeTime(means, system);
+    std::string type;
+    std::optional<Failure> failure = RequestReset(means, system, type);
+    if (failure)
+    {
+        failure->Message.insert(0, "The system was not restarted: ");
+        AddFailure(answer, std::move(*failure));
+        return;
+    }
+    if (!options.Wait)
+    {
+        answer.Notes.push_back("restart requested (" + type + "); what comes of the changes: tavrine results");
+        return;
+    }
+    means.Tell("restart requested (" + type + ")");
+    failure = WaitUntilBack(means, system, until);
+    if (failure)
+    {
+        failure->Message += "; whether the changes are in force is not known";
+        AddFailure(answer, std::move(*failure));
+        return;
+    }
+    means.Tell("the system is back");
+    const std::string prefix = means.FreshFront()->m_Prefix;
+    TellVerification(LookUntilInForce(means, system, timeBefore, expected, until), expected, options, prefix, answer);
+}
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Answer.h"
+#include "RedfishConfigProc.h"
+#include "SystemResource.h"
+
+namespace CLI
+{
+class App;
+}
+
+namespace Tavrine::Tool
+{
+
+class Bmc;
+struct Options;
+
+/// A value that has to be in force after a reboot.
+struct ExpectedValue
+{
+    /// Bare name.
+    std::string Name;
+    /// As the BMC has it: numbers in decimal.
+    std::string Text;
+};
+
+/// What a reboot is done with; in tests, something else than a BMC and a clock.
+struct RebootMeans
+{
+    BmcRequests Requests;
+    /// Gives a front object that was not used yet, of typed output.
+    std::function<std::unique_ptr<RedfishConfigProc>()> FreshFront;
+    std::function<std::chrono::milliseconds()> Now;
+    /// Lets so much time go by; false when the run is to end.
+    std::function<bool(std::chrono::milliseconds)> Pause;
+    /// Tells how far things are.
+    std::function<void(const std::string&)> Tell;
+};
+
+RebootMeans MeansOf(Bmc& bmc);
+
+/// The options `--reboot` and `--wait`.
+void AddRebootOptions(CLI::App& command, Options& options);
+/// What is wrong with them; empty for nothing.
+std::string RebootFault(const Options& options);
+
+/// Asks for a reset of the system: of this type, or with an empty one for a graceful
+/// restart ("On" for a system that is off).
+/// @param system  what it was before, filled here.
+/// @param type  the type that was asked for.
+std::optional<Failure> RequestReset(const RebootMeans& means, SystemResource& system, std::string& type);
+
+/// Waits until the BMC answers and the system has started anew.
+/// @param before  the system before the reset.
+/// @param until  by the clock of `means`.
+std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResource& before,
+                                     std::chrono::milliseconds until);
+
+/// Does what `--reboot` asks for once changes have been sent: reboots, and with `--wait`
+/// waits and looks whether each value is in force. What it finds goes into the answer;
+/// a value that is not in force is a failure with code 18. Without `--reboot` nothing
+/// is done.
+void RebootAndVerify(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
+                     Answer& answer);
+
+} // namespace Tavrine::Tool
