@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <fmt/format.h>
 
@@ -18,7 +19,7 @@
 #include "JsonOutput.h"
 #include "Options.h"
 #include "PendingCommand.h"
-#include "SavedFile.h"
+#include "SavedSettings.h"
 #include "SettingSelection.h"
 #include "TextOutput.h"
 #include "ValueConversions.h"
@@ -71,18 +72,10 @@ std::string ShownValue(const json::value& value, const Options& options, const c
     return EscapeText(options.Hex && value.is_number() ? DecToHex(text) : text);
 }
 
-/// Whether two values are one, whatever their kinds: a saved file may hold texts where
-/// the BMC has numbers, and these in hexadecimal.
 bool SameValue(const ValuePair& pair)
 {
-    if (pair.Current.is_null() || pair.Other.is_null())
-    {
-        return pair.Current.is_null() && pair.Other.is_null();
-    }
-    const std::string current = ValueText(pair.Current);
-    const std::string other = ValueText(pair.Other);
-    const bool hexadecimal = pair.Current.is_number() && other.find("0x") != std::string::npos;
-    return current == (hexadecimal ? HexToDec(other) : other);
+    return pair.Current.is_null() || pair.Other.is_null() ? pair.Current.is_null() && pair.Other.is_null()
+                                                          : ValueText(pair.Current) == ValueText(pair.Other);
 }
 
 std::string Upper(std::string text)
@@ -170,16 +163,30 @@ void TakePendingMatches(const std::string& word, const json::object& all, Redfis
 }
 
 /// The settings of a saved file by bare name, whatever prefix stands in front there.
-TypedSettings BareSettings(const SavedFile& file, const Prefixes& prefixes)
+SettingStringMap BareSettings(const SavedSettings& saved, const Prefixes& prefixes)
 {
-    TypedSettings bare;
-    for (const auto& [name, value] : file.Settings)
+    SettingStringMap bare;
+    for (const auto& [name, text] : saved.Settings)
     {
         const std::string stripped = BareName(name, prefixes);
         // A file can come from a system of another kind.
-        bare[stripped == name ? BareName(name, {"BIOS", "UEFI"}) : stripped] = value;
+        bare[stripped == name ? BareName(name, {"BIOS", "UEFI"}) : stripped] = text;
     }
     return bare;
+}
+
+/// A text of a file as a value of the kind that stands beside it, where it suits that; a
+/// number may be hexadecimal there.
+json::value LikeCurrent(const std::string& text, const json::value& current)
+{
+    const std::string number = text.find("0x") != std::string::npos ? HexToDec(text) : text;
+    json::error_code failure;
+    const json::value parsed = current.is_number() ? json::parse(number, failure)
+                               : current.is_bool() ? json::parse(text, failure)
+                                                   : json::value();
+    const bool suits = !failure && ((current.is_number() && parsed.is_number() && ValueText(parsed) == number) ||
+                                    (current.is_bool() && parsed.is_bool()));
+    return suits ? parsed : json::value(ValidUtf8(text));
 }
 
 /// The values in force by bare name.
@@ -206,7 +213,7 @@ RedfishConfigResult ReadInForce(RedfishConfigProc& front, TypedSettings& values)
 
 /// The settings of a file that a command line means, under the names to be shown: all
 /// that are not hidden, or those that are named.
-std::map<std::string, std::string> ChosenOfFile(const TypedSettings& saved, const std::vector<std::string>& names,
+std::map<std::string, std::string> ChosenOfFile(const SettingStringMap& saved, const std::vector<std::string>& names,
                                                 const Prefixes& prefixes, const std::string& path, Answer& answer)
 {
     const std::vector<std::string> keywords = HiddenKeywords();
@@ -320,8 +327,8 @@ Answer CompareFile(const Options& options, const CompareWay& way)
 {
     Answer answer;
     const std::string& path = options.Names.front();
-    SavedFile file;
-    if (std::optional<Failure> failure = ReadSavedFile(path, file))
+    SavedSettings file;
+    if (std::optional<Failure> failure = ReadSavedSettings(path, file))
     {
         AddFailure(answer, std::move(*failure));
         return answer;
@@ -336,19 +343,15 @@ Answer CompareFile(const Options& options, const CompareWay& way)
         AddFailure(answer, causes.Explain(result));
         return answer;
     }
-    const TypedSettings saved = BareSettings(file, prefixes);
+    const SettingStringMap saved = BareSettings(file, prefixes);
     Comparison comparison;
     std::size_t absent = 0;
     for (const auto& [shownName, bare] : ChosenOfFile(saved, NamesBehindFirst(options), prefixes, path, answer))
     {
         const auto current = inForce.find(bare);
-        const bool known = current != inForce.end() && !current->second.is_null();
-        if (!known && saved.at(bare).is_null())
-        {
-            continue;
-        }
-        absent += known ? 0 : 1;
-        comparison[shownName] = {known ? current->second : json::value(), saved.at(bare)};
+        const json::value value = current != inForce.end() ? current->second : json::value();
+        absent += value.is_null() ? 1U : 0U;
+        comparison[shownName] = {value, LikeCurrent(saved.at(bare), value)};
     }
     if (absent != 0)
     {

@@ -17,7 +17,6 @@
 #include <fmt/format.h>
 
 #include "JsonOutput.h"
-#include "SavedFile.h"
 #include "Signals.h"
 #include "TextOutput.h"
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdint>
 #include <map>
 #include <vector>
@@ -168,6 +169,35 @@ std::size_t Utf8Length(std::string_view text)
 std::string EscapeText(std::string_view text) { return Escaped(text, true); }
 
 std::string EscapeControls(std::string_view text) { return Escaped(text, false); }
+
+std::optional<std::string> UnescapeText(std::string_view line)
+{
+    static const std::map<char, char> Letters = {{'\\', '\\'}, {'n', '\n'}, {'t', '\t'}, {'r', '\r'}};
+    std::string text;
+    for (std::size_t at = line.find('\\'); at != std::string_view::npos; at = line.find('\\'))
+    {
+        text += line.substr(0, at);
+        line.remove_prefix(at + 1);
+        const auto letter = line.empty() ? Letters.end() : Letters.find(line.front());
+        unsigned char byte = 0;
+        if (letter != Letters.end())
+        {
+            text += letter->second;
+            line.remove_prefix(1);
+        }
+        else if (line.size() >= 3 && line.front() == 'x' &&
+                 std::from_chars(line.data() + 1, line.data() + 3, byte, 16).ptr == line.data() + 3)
+        {
+            text += static_cast<char>(byte);
+            line.remove_prefix(3);
+        }
+        else
+        {
+            return std::nullopt;
+        }
+    }
+    return text.append(line);
+}
 
 std::string SettingLines(const SettingStringMap& settings)
 {

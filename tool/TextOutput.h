@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,10 @@ std::string EscapeText(std::string_view text);
 
 /// The same for messages: backslashes stay as they are.
 std::string EscapeControls(std::string_view text);
+
+/// The text that EscapeText has made one line of.
+/// @return nothing for one that EscapeText does not write.
+std::optional<std::string> UnescapeText(std::string_view line);
 
 /// One line a setting, "NAME=VALUE", in byte order.
 std::string SettingLines(const SettingStringMap& settings);

@@ -201,6 +201,17 @@ TEST_F(CompareCommand, ASavedFileStandsBesideTheMachine)
     }
 }
 
+TEST_F(CompareCommand, SavedTextsTakeTheKindOfTheValueInForce)
+{
+    const KnowingFront machine = Typed(R"({"Num":255,"Hex":16,"Odd":1,"Flag":true,"Word":"true"})");
+    Options options = Asked({m_Folder.Write("lines", "Num=255\nHex=0x1F\nOdd=x\nFlag=false\nWord=true\nGone=5\n")});
+    options.Json = true;
+    EXPECT_EQ(json::serialize(CompareFile(options, From(KnowingFront(), machine)).Data),
+              R"({"Two.Flag":{"current":true,"saved":false},"Two.Gone":{"current":null,"saved":"5"},)"
+              R"("Two.Hex":{"current":16,"saved":31},"Two.Num":{"current":255,"saved":255},)"
+              R"("Two.Odd":{"current":1,"saved":"x"},"Two.Word":{"current":"true","saved":"true"}})");
+}
+
 TEST_F(CompareCommand, NamesSelectFromTheFile)
 {
     const KnowingFront machine = Typed(R"({"ProcA":1,"ProcB":2,"Mem":3})");

@@ -88,3 +88,24 @@ TEST(GroupTree, HostileDepthIsBounded)
     EXPECT_NE(tree.find("BIOS.A\n"), std::string::npos);
     EXPECT_LT(tree.find("BIOS.B"), tree.size());
 }
+
+TEST(UnescapeText, GivesBackEveryText)
+{
+    std::string all;
+    for (int byte = 0; byte < 256; ++byte)
+    {
+        all += static_cast<char>(byte);
+    }
+    for (const std::string& text : {all, std::string(), std::string("\\n"), std::string("設定\x7F\xC2\x85")})
+    {
+        EXPECT_EQ(UnescapeText(EscapeText(text)), text);
+    }
+}
+
+TEST(UnescapeText, WhatIsNoEscapeIsNoText)
+{
+    for (const char* line : {"\\", "a\\", "\\q", "\\x", "\\x1", "\\xG1", "\\x-1", "\\x 1", "\\N"})
+    {
+        EXPECT_FALSE(UnescapeText(line)) << line;
+    }
+}
