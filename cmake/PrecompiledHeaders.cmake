@@ -1,0 +1,36 @@
+# The headers that most sources read, parsed once for all objects and once for all test
+# programs: the sanitizer builds, which compile everything a second and a third time, are
+# faster so. Other builds do without, so that a source which forgets an include is found.
+option(TAVRINE_PRECOMPILE "Parse common headers once" OFF)
+
+set(TAVRINE_COMMON_HEADERS
+  <algorithm> <array> <atomic> <chrono> <cstdint> <filesystem> <fstream> <functional> <map> <memory> <mutex> <optional>
+  <set> <sstream> <string> <string_view> <thread> <utility> <vector> <boost/json.hpp> <fmt/format.h>)
+
+if(TAVRINE_PRECOMPILE)
+  # Who reads them must have the same macros and the same kind of warnings as the parse had.
+  foreach(library Boost::json Boost::container fmt::fmt)
+    get_target_property(definitions ${library} INTERFACE_COMPILE_DEFINITIONS)
+    if(definitions)
+      add_compile_definitions(${definitions})
+    endif()
+  endforeach()
+  file(WRITE ${CMAKE_BINARY_DIR}/precompiled.cpp "int main() { return 0; }\n")
+  add_library(tavrine_precompiled_objects OBJECT ${CMAKE_BINARY_DIR}/precompiled.cpp)
+  target_link_libraries(tavrine_precompiled_objects PRIVATE tavrine_warnings)
+  target_precompile_headers(tavrine_precompiled_objects PRIVATE ${TAVRINE_COMMON_HEADERS})
+  if(TAVRINE_TESTS)
+    add_executable(tavrine_precompiled_programs ${CMAKE_BINARY_DIR}/precompiled.cpp)
+    find_package(GTest REQUIRED)
+    target_link_libraries(tavrine_precompiled_programs PRIVATE tavrine_warnings GTest::gtest GTest::gmock)
+    target_precompile_headers(tavrine_precompiled_programs PRIVATE
+      ${TAVRINE_COMMON_HEADERS} <gtest/gtest.h> <gmock/gmock.h>)
+  endif()
+endif()
+
+# tavrine_precompile(TARGET objects|programs): TARGET reads the set of its kind.
+function(tavrine_precompile target set)
+  if(TAVRINE_PRECOMPILE)
+    target_precompile_headers(${target} REUSE_FROM tavrine_precompiled_${set})
+  endif()
+endfunction()
