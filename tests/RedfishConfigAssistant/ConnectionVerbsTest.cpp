@@ -105,23 +105,25 @@ TEST(RetryAfter, IsThatOfTheLastBusyAnswer)
         {503, {{"Date", "Wed, 21 Oct 2015 07:28:00 GMT"}, {"Retry-After", "Wed, 21 Oct 2015 07:27:00 GMT"}}, "", 33, 0},
         {503, {{"Retry-After", "Wed, 21 Oct 2015 07:29:30 GMT"}}, "", 33, 0},
     };
-    const Row* row = rows;
+    std::atomic<const Row*> asked = rows;
     const TestServer server(
-        [&row](const httplib::Request&, httplib::Response& response)
+        [&asked](const httplib::Request&, httplib::Response& response)
         {
-            AnswerJson(response, row->Body, row->Status);
-            for (const auto& [name, value] : row->Headers)
+            const Row& row = *asked;
+            AnswerJson(response, row.Body, row.Status);
+            for (const auto& [name, value] : row.Headers)
             {
                 response.set_header(name, value);
             }
         });
     BmcConnection connection(server.Info(), {});
     EXPECT_EQ(connection.RetryAfter(), 0U);
-    for (; row != std::end(rows); ++row)
+    for (const Row& row : rows)
     {
+        asked = &row;
         std::string response;
-        EXPECT_THAT(connection.Get("/x", response), HasCode(row->Code));
-        EXPECT_EQ(connection.RetryAfter(), row->Seconds) << row - rows;
+        EXPECT_THAT(connection.Get("/x", response), HasCode(row.Code));
+        EXPECT_EQ(connection.RetryAfter(), row.Seconds) << &row - rows;
     }
 }
 

@@ -47,6 +47,13 @@ class Service
         const std::lock_guard lock(m_Mutex);
         m_Token.clear();
     }
+    /// What a login tells from now on of where its session is.
+    void Place(std::string location, std::string bodyId)
+    {
+        const std::lock_guard lock(m_Mutex);
+        Location = std::move(location);
+        BodyId = std::move(bodyId);
+    }
     bool Open() const
     {
         const std::lock_guard lock(m_Mutex);
@@ -209,8 +216,8 @@ TEST(Session, LoginIsTriedOnceOnly)
     const TestServer server(Of(service));
     BmcConnection connection(server.Info(), {});
     EXPECT_THAT(connection.OpenSession(), HasCode(0));
-    service.Expire();
     service.LoginStatus = 401;
+    service.Expire();
     EXPECT_THAT(Get(connection), Fails(24, "refuses the user name or the password"));
     EXPECT_EQ(server.Calls().size(), 3U);
 }
@@ -247,12 +254,12 @@ TEST(Session, PlacesOfASession)
     {
         Service service;
         const TestServer server(Of(service));
-        service.Location = row.Location;
-        if (const std::size_t at = service.Location.find("PORT"); at != std::string::npos)
+        std::string location = row.Location;
+        if (const std::size_t at = location.find("PORT"); at != std::string::npos)
         {
-            service.Location.replace(at, 4, std::to_string(server.Port()));
+            location.replace(at, 4, std::to_string(server.Port()));
         }
-        service.BodyId = row.BodyId;
+        service.Place(std::move(location), row.BodyId);
         BmcConnection connection(server.Info(), {});
         EXPECT_THAT(connection.OpenSession(), HasCode(0));
         EXPECT_THAT(connection.CloseSession(), HasCode(row.Deleted.empty() ? 28 : 0)) << row.Location;
