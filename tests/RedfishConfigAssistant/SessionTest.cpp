@@ -47,6 +47,13 @@ class Service
         const std::lock_guard lock(m_Mutex);
         m_Token.clear();
     }
+    /// Ends the session and takes no new login.
+    void Refuse()
+    {
+        const std::lock_guard lock(m_Mutex);
+        m_Token.clear();
+        LoginStatus = 401;
+    }
     /// What a login tells from now on of where its session is.
     void Place(std::string location, std::string bodyId)
     {
@@ -216,8 +223,7 @@ TEST(Session, LoginIsTriedOnceOnly)
     const TestServer server(Of(service));
     BmcConnection connection(server.Info(), {});
     EXPECT_THAT(connection.OpenSession(), HasCode(0));
-    service.LoginStatus = 401;
-    service.Expire();
+    service.Refuse();
     EXPECT_THAT(Get(connection), Fails(24, "refuses the user name or the password"));
     EXPECT_EQ(server.Calls().size(), 3U);
 }
