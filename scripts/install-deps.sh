@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that are missing: install-deps.sh [build|test]
-#   build  what the programs need (default)    test  the same and what the tests need
+# Installs the Debian 12 packages that are missing: install-deps.sh [build|test|coverage]
+#   build     what the programs need (default)    test  the same and what the tests need
+#   coverage  what the tests need, and the reader of their counters
 # Says nothing when all is there, and one line when it cannot go on.
 set -euo pipefail
 
 build_packages=(g++ cmake ninja-build pkg-config ccache libboost-json1.81-dev libcurl4-openssl-dev libssl-dev
     libcli11-dev libfmt-dev libtomlplusplus-dev libspdlog-dev libpcre2-dev libcpp-httplib-dev zlib1g-dev ca-certificates)
 test_packages=(libgtest-dev libgmock-dev librapidcheck-dev)
+coverage_packages=(gcovr)
 
 say() { printf 'install-deps: %s\n' "$*" >&2; }
 fail() { say "$*"; exit 1; }
@@ -51,7 +53,8 @@ main()
     case "${1:-build}" in
         build) ;;
         test) wanted+=("${test_packages[@]}") ;;
-        *) fail "unknown set of packages: $1 (build or test)" ;;
+        coverage) wanted+=("${test_packages[@]}" "${coverage_packages[@]}") ;;
+        *) fail "unknown set of packages: $1 (build, test or coverage)" ;;
     esac
     if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
         fail "no dpkg-query and apt-get: this is no Debian-like system; what is needed: ${wanted[*]}"

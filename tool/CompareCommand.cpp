@@ -117,12 +117,16 @@ json::value MemberOf(const json::value& object, const char* member)
     return value != nullptr ? *value : json::value();
 }
 
-/// What `pending` says, typed. Its failures are taken over.
-json::object PendingData(Options options, std::vector<std::string> names, const CompareWay& way, Answer& answer)
+Options ForPending(Options options, std::vector<std::string> names)
 {
     options.Json = true;
     options.Names = std::move(names);
-    Answer pending = ShowPending(options, way.FreshFront);
+    return options;
+}
+
+/// What `pending` says, typed. Its failures are taken over.
+json::object PendingData(Answer pending, Answer& answer)
+{
     for (Failure& failure : pending.Errors)
     {
         AddFailure(answer, std::move(failure));
@@ -298,12 +302,12 @@ Answer ComparePending(const Options& options, const CompareWay& way)
     json::object data;
     if (!plain.empty() || patterns.empty())
     {
-        data = PendingData(options, plain, way, answer);
+        data = PendingData(ShowPending(ForPending(options, plain), way.FreshFront), answer);
     }
     if (!patterns.empty())
     {
-        const json::object all = PendingData(options, {}, way, answer);
         const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(false);
+        const json::object all = PendingData(ShowAllPending(ForPending(options, {}), *front, way.FreshFront), answer);
         std::optional<SettingStringMap> reported;
         for (const std::string& word : patterns)
         {

@@ -28,12 +28,30 @@ namespace
 
 constexpr int CodeNothingPending = 2;
 constexpr int CodeNotFound = 20;
+constexpr int CodeRefused = 26;
 
 using TypedFront = std::function<std::unique_ptr<RedfishConfigProc>(bool)>;
 
 bool Answered(const RedfishConfigResult& result)
 {
     return IsSuccess(result.ErrorCode()) || result == CodeNothingPending;
+}
+
+/// A bare 26 where the values in force are there: the library found no way from the Bios
+/// resource to a settings object. These values are at hand then, so that asking costs nothing.
+Failure ExplainPending(RedfishConfigProc& front, const RedfishConfigResult& result, CauseLog& causes,
+                       const std::string& shownName)
+{
+    Failure failure = causes.Explain(result, shownName);
+    SettingStringMap inForce;
+    if (result == CodeRefused && RedfishConfigResult(result).ErrorMsg().empty() &&
+        IsSuccess(front.QueryGroupSettingValues(inForce).ErrorCode()))
+    {
+        failure.Message = (shownName.empty() ? "" : shownName + ": ") +
+                          "The BMC names no settings object, so that it does not tell what is pending.";
+        failure.Cause.clear();
+    }
+    return failure;
 }
 
 /// Reads single names, each by a comparison of its own; a name that the attribute
@@ -61,7 +79,7 @@ class NamedReader
             return;
         }
         result.SetErrorMsg(NamedMessage(result, name, shownName));
-        const Failure failure = m_Causes.Explain(result, shownName);
+        const Failure failure = ExplainPending(*m_Front, result, m_Causes, shownName);
         if (MissesAction(failure))
         {
             m_Answer.Notes.emplace_back(MissingActionHint);
@@ -163,37 +181,44 @@ void PutInto(Answer& answer, const SettingCompareMap& compared, const Options& o
         { return EscapeText(options.Hex && sample.is_number() ? DecToHex(text) : text); };
         answer.Text += EscapeText(name) + "=" + shown(texts.first) + " -> " + shown(texts.second) + "\n";
     }
+    if (compared.empty() && answer.Errors.empty())
+    {
+        answer.Message = StandardText(CodeNothingPending);
+        answer.Text = options.Json ? "" : "Nothing is pending.\n";
+    }
 }
 
 } // namespace
 
 Answer ShowPending(const Options& options, const TypedFront& freshFront)
 {
+    if (options.Names.empty())
+    {
+        return ShowAllPending(options, *freshFront(false), freshFront);
+    }
     Answer answer;
     CauseLog causes;
     SettingCompareMap compared;
-    if (options.Names.empty())
+    NamedReader reader(answer, causes, freshFront);
+    for (const std::string& name : BareNames(options.Names, PrefixesOf(options)))
     {
-        const RedfishConfigResult result = freshFront(false)->CompareSettingPendingValues(compared, "");
-        if (!Answered(result))
-        {
-            AddFailure(answer, causes.Explain(result));
-        }
-    }
-    else
-    {
-        NamedReader reader(answer, causes, freshFront);
-        for (const std::string& name : BareNames(options.Names, PrefixesOf(options)))
-        {
-            reader.Read(name, compared);
-        }
+        reader.Read(name, compared);
     }
     PutInto(answer, compared, options, freshFront);
-    if (compared.empty() && answer.Errors.empty())
+    return answer;
+}
+
+Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const TypedFront& freshFront)
+{
+    Answer answer;
+    CauseLog causes;
+    SettingCompareMap compared;
+    const RedfishConfigResult result = front.CompareSettingPendingValues(compared, "");
+    if (!Answered(result))
     {
-        answer.Message = StandardText(CodeNothingPending);
-        answer.Text = options.Json ? "" : "Nothing is pending.\n";
+        AddFailure(answer, ExplainPending(front, result, causes, {}));
     }
+    PutInto(answer, compared, options, freshFront);
     return answer;
 }
 

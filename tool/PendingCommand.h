@@ -1,5 +1,8 @@
 #pragma once
 
+#include <functional>
+#include <memory>
+
 #include "Answer.h"
 #include "RedfishConfigProc.h"
 #include "SetSend.h"
@@ -18,5 +21,10 @@ Answer RunPending(const Options& options, Bmc& bmc);
 /// @param freshFront  gives an object that was not used yet; of typed output where the
 ///                    argument is true, else of text output.
 Answer ShowPending(const Options& options, const std::function<std::unique_ptr<RedfishConfigProc>(bool)>& freshFront);
+
+/// The same of all ordinary settings, through a text object that its caller keeps: what was
+/// fetched stays at hand there.
+Answer ShowAllPending(const Options& options, RedfishConfigProc& front,
+                      const std::function<std::unique_ptr<RedfishConfigProc>(bool)>& freshFront);
 
 } // namespace Tavrine::Tool
