@@ -39,6 +39,9 @@ enum class Reach
     Forbidden,
 };
 
+/// As the library looks names up: whatever their case.
+using ValuesByName = std::map<std::string, std::string, CaseInsensitiveComparator>;
+
 class Describer
 {
   public:
@@ -78,7 +81,9 @@ class Describer
     std::vector<SettingDescription> Describe()
     {
         std::vector<SettingDescription> descriptions;
-        for (const std::string& name : ChosenNames())
+        const std::vector<std::string> names = ChosenNames();
+        m_Many = names.size() > 1;
+        for (const std::string& name : names)
         {
             if (auto description = DescribeOne(name))
             {
@@ -148,14 +153,10 @@ class Describer
     /// A value that the BMC reports and no registry describes.
     bool DescribeUnregistered(const std::string& bare, SettingDescription& description)
     {
-        if (!m_Reported)
-        {
-            m_Sources.Standard.QueryGroupSettingValues(m_Reported.emplace());
-        }
         AllPending();
         const std::string key = m_Prefixes.Second + "." + bare;
-        const auto value = m_Reported->find(key);
-        if (value == m_Reported->end())
+        const auto value = Reported().find(key);
+        if (value == Reported().end() || value->first != key)
         {
             return false;
         }
@@ -167,16 +168,49 @@ class Describer
         return true;
     }
 
+    using OneText = RedfishConfigResult (RedfishConfigSettingManager::*)(std::string, std::string&);
+    using AllTexts = RedfishConfigResult (RedfishConfigSettingManager::*)(SettingStringMap&);
+
+    /// A text of the model, where it has one. Each question weighs all dependencies, so that
+    /// many settings are asked about at once.
+    std::optional<std::string> TextOf(const std::string& bare, std::optional<SettingStringMap>& kept, OneText one,
+                                      AllTexts all)
+    {
+        if (!m_Many)
+        {
+            std::string text;
+            return IsSuccess((m_Manager.get()->*one)(bare, text).ErrorCode()) ? std::optional(text) : std::nullopt;
+        }
+        if (!kept)
+        {
+            (m_Manager.get()->*all)(kept.emplace()); // what it lacks is told setting by setting
+        }
+        const auto text = kept->find(bare);
+        return text != kept->end() ? std::optional(text->second) : std::nullopt;
+    }
+
+    /// All ordinary values in force, under the second prefix; empty where they cannot be read.
+    const ValuesByName& Reported()
+    {
+        if (!m_Reported)
+        {
+            SettingStringMap values;
+            m_Sources.Standard.QueryGroupSettingValues(values);
+            m_Reported.emplace(values.begin(), values.end());
+        }
+        return *m_Reported;
+    }
+
     void AddTexts(const std::string& bare, SettingDescription& description)
     {
         description.Registry = m_Registry.Find(bare);
         description.Group = m_GroupOf[bare];
-        std::string text;
-        if (IsSuccess(m_Manager->QuerySettingDefaultValue(bare, text).ErrorCode()))
-        {
-            description.Default = text;
-        }
-        m_Manager->QuerySettingValidValues(bare, description.ValidValues); // stays empty where there are none
+        description.Default = TextOf(bare, m_Defaults, &RedfishConfigSettingManager::QuerySettingDefaultValue,
+                                     &RedfishConfigSettingManager::QueryGroupSettingDefaultValues);
+        // Stays empty where there are none.
+        description.ValidValues = TextOf(bare, m_ValidValues, &RedfishConfigSettingManager::QuerySettingValidValues,
+                                         &RedfishConfigSettingManager::QueryGroupSettingValidValues)
+                                      .value_or("");
         const SettingRelations relations = m_Registry.Sort(bare, description.Info.DependencyNames);
         const auto shown = [&](const std::vector<std::string>& names, std::vector<std::string>& shownNames)
         {
@@ -217,6 +251,15 @@ class Describer
 
     void ReadInForce(RedfishConfigProc& front, const std::string& bare, SettingDescription& description)
     {
+        // Asking about one setting goes through the values of all.
+        if (m_Many && &front == &m_Sources.Standard && !IsConcealed(bare) && !Reported().empty())
+        {
+            if (const auto value = Reported().find(m_Prefixes.Second + "." + bare); value != Reported().end())
+            {
+                description.InForce.Text = value->second;
+            }
+            return;
+        }
         SettingStringMap values;
         const RedfishConfigResult result = front.QuerySettingValue(bare, values);
         if (IsSuccess(result.ErrorCode()) && !values.empty())
@@ -285,7 +328,10 @@ class Describer
     std::unique_ptr<RedfishConfigSettingManager> m_Manager;
     std::map<std::string, std::string> m_GroupOf;
     std::unique_ptr<RedfishConfigProc> m_ProtectedFront;
-    std::optional<SettingStringMap> m_Reported;
+    bool m_Many = false;
+    std::optional<SettingStringMap> m_Defaults;
+    std::optional<SettingStringMap> m_ValidValues;
+    std::optional<ValuesByName> m_Reported;
     std::optional<RedfishConfigResult> m_AllPending;
     SettingCompareMap m_Compared;
 };

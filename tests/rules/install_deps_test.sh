@@ -99,6 +99,13 @@ stand_in apt-get 'case $* in *install*) echo "E: Unable to locate package x"; ex
 run build
 expect 'apt that fails' 1 2 'apt-get failed \(no network\?\): E: Unable to locate package x$'
 
+stand_in dpkg-query 'case ${!#} in gcovr) exit 1;; libboost1.74-dev) exit 1;; esac; printf installed'
+stand_in apt-get 'exit 0'
+run test
+expect 'the reader of the counters is not for tests' 0 0 '^$'
+run coverage
+expect 'what coverage needs' 0 1 'installing gcovr$'
+
 run everything
 expect 'an unknown set' 1 1 'unknown set of packages: everything'
 

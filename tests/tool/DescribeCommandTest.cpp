@@ -38,7 +38,7 @@ KnowingFront Machine()
     front.PendingPairs.insert({"Mode", {Good, {{"BIOS.Mode", {"Uefi", "Legacy"}}}}});
     front.PendingPairs.insert({"Timeout", {{2, "Setting has no pending value.", ""}, {}}});
     front.PendingPairs.insert({"", {Good, {{"BIOS.Loose", {"1", "2"}}}}});
-    front.Group = {Good, {{"BIOS.Mode", "Uefi"}, {"BIOS.Loose", "1"}}};
+    front.Group = {Good, {{"BIOS.Mode", "Uefi"}, {"BIOS.Timeout", "0x10"}, {"BIOS.Loose", "1"}}};
     return front;
 }
 
@@ -123,6 +123,29 @@ TEST_F(DescribeCommand, JsonIsTyped)
     EXPECT_EQ(answer.Data.at("BIOS.Mode").at("pending"), "Legacy");
     EXPECT_EQ(answer.Data.at("BIOS.Mode").at("values"),
               json::parse(R"([{"name":"Uefi","displayName":"UEFI Mode"},{"name":"Legacy","displayName":""}])"));
+}
+
+TEST_F(DescribeCommand, ManySettingsCostOneQuestionAboutAllValues)
+{
+    KnowingFront front = Machine();
+    const Answer answer = Describe(front, JsonOptions(), {"Mode", "Timeout", "Fixed"});
+    EXPECT_EQ(answer.Code, 0);
+    EXPECT_EQ(answer.Data.at("BIOS.Mode").at("value"), "Uefi");
+    EXPECT_TRUE(answer.Data.at("BIOS.Fixed").at("value").is_null());
+    EXPECT_EQ(std::count(front.Asked.begin(), front.Asked.end(), "*"), 1);
+    EXPECT_EQ(std::count(front.Asked.begin(), front.Asked.end(), "Mode"), 0);
+    front.Asked.clear();
+    Describe(front, JsonOptions(), {"Mode"});
+    EXPECT_EQ(std::count(front.Asked.begin(), front.Asked.end(), "*"), 0);
+    EXPECT_EQ(std::count(front.Asked.begin(), front.Asked.end(), "Mode"), 1);
+}
+
+TEST_F(DescribeCommand, WithoutAnAnswerAboutAllValuesEachIsAskedFor)
+{
+    KnowingFront front = Machine();
+    front.Group = {{26, "", ""}, {}};
+    const Answer answer = Describe(front, JsonOptions(), {"Mode", "Timeout"});
+    EXPECT_EQ(answer.Data.at("BIOS.Mode").at("value"), "Uefi");
 }
 
 TEST_F(DescribeCommand, JsonTellsTheReasonOfALock)

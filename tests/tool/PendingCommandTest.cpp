@@ -113,6 +113,23 @@ TEST_F(PendingCommand, AFailureIsOne)
     EXPECT_EQ(StderrLines(answer), "tavrine: 26 no settings\n");
 }
 
+TEST_F(PendingCommand, ABmcThatNamesNoSettingsObjectIsToldFromOneThatFails)
+{
+    // The library answers both with a bare 26; the values in force are there only in the first case.
+    bool valuesAreThere = true;
+    Prepare = [&](ShownFront& front, bool)
+    {
+        front.Result = {26, "", ""};
+        front.Group = valuesAreThere ? std::pair(RedfishConfigResult{0, "", ""}, SettingStringMap{{"BIOS.A", "1"}})
+                                     : std::pair(RedfishConfigResult{26, "", ""}, SettingStringMap{});
+    };
+    const std::string told = "The BMC names no settings object, so that it does not tell what is pending.";
+    EXPECT_EQ(StderrLines(Pending()), "tavrine: 26 " + told + "\n");
+    EXPECT_EQ(StderrLines(Pending({"A"})), "tavrine: 26 BIOS.A: " + told + "\n");
+    valuesAreThere = false;
+    EXPECT_EQ(StderrLines(Pending()), "tavrine: 26 Fail to query the setting.\n");
+}
+
 TEST_F(PendingCommand, NamesAreAskedForOneByOne)
 {
     std::vector<std::string> asked;

@@ -207,6 +207,22 @@ TEST_P(KnownMachine, EachAttributeIsDescribedInTheWordsOfTheRegistry)
     ExpectTexts(described.at("settings").as_object(), m_Registry);
 }
 
+TEST_P(KnownMachine, OneSettingIsDescribedAsItIsAmongAll)
+{
+    const json::value all = Document(On(GetParam(), {"describe", "*"}));
+    const std::set<std::string> names = ShownNames();
+    const std::size_t step = names.size() / 8 + 1;
+    std::size_t index = 0;
+    for (const std::string& name : names)
+    {
+        if (index++ % step == 0)
+        {
+            const json::value one = Document(On(GetParam(), {"describe", name}));
+            EXPECT_EQ(one.at("settings").at(name), all.at("settings").at(name)) << name;
+        }
+    }
+}
+
 TEST_P(KnownMachine, TheSchemaIsTheRegistryWithEveryReportedValue)
 {
     const json::value expected = WithCurrentValues(m_Registry, ReportedValues(GetParam()));
