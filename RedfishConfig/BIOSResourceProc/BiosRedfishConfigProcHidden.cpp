@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <regex>
+#include <locale>
+#include <string>
+#include <vector>
 
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
@@ -73,12 +75,11 @@ std::vector<std::string> BiosRedfishConfigProc::GetGlobalConfigHiddenKeywords()
     }
     std::vector<std::string> keywords;
     boost::algorithm::split(keywords, text, boost::algorithm::is_any_of(","));
-    const std::regex whiteSpace("\\s");
-    const std::regex doubleQuote("\"");
+    // No regular expressions for this: to compile one writes a table of the locale that all threads share.
+    const std::locale locale;
     for (std::string& keyword : keywords)
     {
-        keyword = std::regex_replace(keyword, whiteSpace, "");
-        keyword = std::regex_replace(keyword, doubleQuote, "");
+        std::erase_if(keyword, [&](char character) { return character == '"' || std::isspace(character, locale); });
     }
     return keywords;
 }

@@ -159,7 +159,8 @@ std::unique_ptr<Run::Proc> Run::FreshObject(std::int32_t outputFormat, bool allo
 Outcome Run::Perform(const std::string& what, const std::function<RedfishConfigResult()>& operation)
 {
     const bool harm = Chance(HarmedOf);
-    m_Wire->Begin(harm ? Harms[Pick(std::size(Harms))] : Fault::None, harm ? static_cast<int>(1 + Pick(2) * Pick(4)) : 0);
+    m_Wire->Begin(harm ? Harms[Pick(std::size(Harms))] : Fault::None,
+                  harm ? static_cast<int>(1 + Pick(2) * Pick(4)) : 0);
     Outcome outcome;
     outcome.Result = operation();
     outcome.Exchanges = m_Wire->End();
@@ -170,11 +171,7 @@ Outcome Run::Perform(const std::string& what, const std::function<RedfishConfigR
         line += "\n      " + exchange.Line + (exchange.Fault == Fault::None ? "" : ": ") +
                 (exchange.Fault == Fault::None ? "" : HarmNames[static_cast<int>(exchange.Fault)]);
     }
-    m_Trace.push_back(std::move(line));
-    if (m_Trace.size() > TraceLength)
-    {
-        m_Trace.pop_front();
-    }
+    Note(std::move(line));
     // A change that may have arrived is not sent again.
     for (std::size_t index = 0; index + 1 < outcome.Exchanges.size(); ++index)
     {
@@ -184,6 +181,15 @@ Outcome Run::Perform(const std::string& what, const std::function<RedfishConfigR
                "sent twice: " + exchange.Line);
     }
     return outcome;
+}
+
+void Run::Note(std::string line)
+{
+    m_Trace.push_back(std::move(line));
+    if (m_Trace.size() > TraceLength)
+    {
+        m_Trace.pop_front();
+    }
 }
 
 void Run::Expect(bool good, const std::string& what)

@@ -77,6 +77,8 @@ class Run
 
     void Renew();
     Outcome Perform(const std::string& what, const std::function<RedfishConfigResult()>& operation);
+    /// Keeps a line for the message of a fault.
+    void Note(std::string line);
     void Expect(bool good, const std::string& what);
     void ExpectCode(const Outcome& outcome, std::initializer_list<int> codes, const std::string& what);
 

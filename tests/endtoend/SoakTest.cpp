@@ -31,6 +31,7 @@ void Print(int done, const soak::Holding& holding)
 {
     std::printf("%6d operations: heap %zu KiB, resident %zu KiB, %zu descriptors\n", done, holding.HeapBytes / 1024,
                 holding.ResidentBytes / 1024, holding.Descriptors);
+    std::fflush(stdout);
 }
 
 } // namespace
