@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that are missing: install-deps.sh [build|test|coverage]
+# Installs the Debian 12 packages that are missing: install-deps.sh [build|test|coverage|fuzz]
 #   build     what the programs need (default)    test  the same and what the tests need
 #   coverage  what the tests need, and the reader of their counters
+#   fuzz      what the tests need, and the fuzzer
 # Says nothing when all is there, and one line when it cannot go on.
 set -euo pipefail
 
@@ -9,6 +10,7 @@ build_packages=(g++ cmake ninja-build pkg-config ccache libboost-json1.81-dev li
     libcli11-dev libfmt-dev libtomlplusplus-dev libspdlog-dev libpcre2-dev libcpp-httplib-dev zlib1g-dev ca-certificates)
 test_packages=(libgtest-dev libgmock-dev librapidcheck-dev)
 coverage_packages=(gcovr)
+fuzz_packages=(clang libclang-rt-14-dev)
 
 say() { printf 'install-deps: %s\n' "$*" >&2; }
 fail() { say "$*"; exit 1; }
@@ -54,7 +56,8 @@ main()
         build) ;;
         test) wanted+=("${test_packages[@]}") ;;
         coverage) wanted+=("${test_packages[@]}" "${coverage_packages[@]}") ;;
-        *) fail "unknown set of packages: $1 (build, test or coverage)" ;;
+        fuzz) wanted+=("${test_packages[@]}" "${fuzz_packages[@]}") ;;
+        *) fail "unknown set of packages: $1 (build, test, coverage or fuzz)" ;;
     esac
     if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
         fail "no dpkg-query and apt-get: this is no Debian-like system; what is needed: ${wanted[*]}"

@@ -1,7 +1,8 @@
 #include "JsonNodes.h"
 
+#include <algorithm>
+#include <array>
 #include <fstream>
-#include <sstream>
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
@@ -33,6 +34,20 @@ std::string EscapeToken(std::string_view token)
         }
     }
     return escaped;
+}
+
+/// Not by iterators: these throw where the path is a folder.
+std::string ReadUpTo(std::istream& file, std::size_t most)
+{
+    std::string content;
+    std::array<char, 65536> block;
+    do
+    {
+        const std::size_t wanted = std::min(block.size(), most - content.size());
+        file.read(block.data(), static_cast<std::streamsize>(wanted));
+        content.append(block.data(), static_cast<std::size_t>(file.gcount()));
+    } while (file && content.size() < most);
+    return content;
 }
 
 } // namespace
@@ -86,12 +101,15 @@ std::string ReadDebugConfigNode(const std::string& path, std::string_view key)
     {
         TAVRINE_LOG(LogFailure) << "The specified debug configfile doesn't exist.";
     }
-    // Not by iterators: these throw where the path is a folder.
-    std::ostringstream content;
-    content << file.rdbuf();
+    std::string content = ReadUpTo(file, MaxDebugConfigBytes + 1);
+    if (content.size() > MaxDebugConfigBytes)
+    {
+        TAVRINE_LOG(LogFailure) << "The debug configfile is larger than " << MaxDebugConfigBytes << " bytes.";
+        content.clear();
+    }
 
     boost::json::value root;
-    const boost::json::value* node = ParseJson(content.str(), root) ? FindNode(root, {key}) : nullptr;
+    const boost::json::value* node = ParseJson(content, root) ? FindNode(root, {key}) : nullptr;
     if (node == nullptr)
     {
         TAVRINE_LOG(LogFailure) << "Failed to get the schema from debug config file";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -8,6 +9,9 @@
 
 namespace Tavrine
 {
+
+/// The most that is read of a debug configuration file: what a BMC's answer may have.
+inline constexpr std::size_t MaxDebugConfigBytes = 67'108'864;
 
 /// Parses a text. @return false when it is no JSON; `root` is then untouched.
 bool ParseJson(const std::string& text, boost::json::value& root);
@@ -22,7 +26,7 @@ bool ReadStringNode(const boost::json::value& root, std::initializer_list<std::s
 bool ReadStringNode(const std::string& document, std::initializer_list<std::string_view> path, std::string& text);
 
 /// Reads one top-level node of a debug configuration file and gives its JSON text. A
-/// file that cannot be read or has no such node is logged and gives the text of a JSON
+/// file that cannot be read, is too large or has no such node is logged and gives the text of a JSON
 /// null.
 std::string ReadDebugConfigNode(const std::string& path, std::string_view key);
 

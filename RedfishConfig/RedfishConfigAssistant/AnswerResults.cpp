@@ -157,6 +157,11 @@ RedfishConfigResult Broken(const Judged& judged)
             ""};
 }
 
+std::string AfterRedirects(unsigned int followed)
+{
+    return followed == 0 ? std::string() : fmt::format(" after {} redirection{}", followed, followed == 1 ? "" : "s");
+}
+
 RedfishConfigResult Refused(const Judged& judged)
 {
     const int status = judged.Answer.Status;
@@ -170,7 +175,8 @@ RedfishConfigResult Refused(const Judged& judged)
     }
     const std::string location = CleanText(judged.Answer.Header("location"), MaxPathBytes);
     const std::string redirect = status >= 300 && status < 400 && !location.empty()
-                                     ? fmt::format(", it redirects to {}, which is not followed", location)
+                                     ? fmt::format(", it redirects to {}, which is not followed", location) +
+                                           AfterRedirects(judged.Answer.Redirects)
                                      : std::string();
     return {RefusalCode(judged.Request.Verb, judged.Request.WithErrorList),
             Ended(fmt::format("{} was refused by {} ({}){}", judged.Call(), judged.Request.Place, StatusText(status),

@@ -46,6 +46,8 @@ struct HttpAnswer
     /// Names in lower case; of repeated ones the last.
     std::map<std::string, std::string> Headers;
     std::string Body;
+    /// How many redirections were followed on the way to it.
+    unsigned int Redirects = 0;
 
     bool Success() const { return Status >= 200 && Status < 300; }
     /// The value of a header, empty where it is missing.

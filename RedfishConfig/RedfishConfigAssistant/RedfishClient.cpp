@@ -279,6 +279,7 @@ Exchange RedfishClient::FollowRedirects(const HttpRequest& request)
     for (unsigned int followed = 0;; ++followed)
     {
         Exchange exchange = Run(current);
+        exchange.Answer.Redirects = followed;
         if (exchange.Fault || request.Verb != HttpVerb::Get || !IsRedirect(exchange.Answer.Status) ||
             followed == MaxRedirects)
         {

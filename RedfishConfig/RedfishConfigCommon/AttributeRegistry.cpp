@@ -421,7 +421,9 @@ bool ReadAttributeRegistry(std::string_view text, AttributeRegistry& registry, R
     const json::value document = json::parse(json::string_view(text.data(), text.size()), failure, &memory, options);
     if (failure)
     {
-        error = "it is no JSON: " + failure.message() + ".";
+        error = failure == json::error::too_deep
+                    ? "it is nested deeper than " + std::to_string(MaxRegistryDepth) + " levels."
+                    : "it is no JSON: " + failure.message() + ".";
         return false;
     }
     const json::object* root = document.if_object();

@@ -282,6 +282,15 @@ TEST(AnswerResults, FloodsOfMessagesAreCut)
     EXPECT_LT(result.ErrorMsg().size(), 4200U);
 }
 
+TEST(AnswerResults, BodiesAboveOneMebibyteHaveNoMessages)
+{
+    constexpr std::size_t limit = 1024U * 1024U;
+    std::string body = ListOf(R"({"MessageId":"B.PropertyUnknown","RelatedProperties":["S"]})");
+    body.resize(limit, ' ');
+    EXPECT_EQ(ReadMessages(body, true).size(), 1U);
+    EXPECT_TRUE(ReadMessages(body + " ", true).empty());
+}
+
 TEST(AnswerResults, ControlCharactersOfTheBmcDoNotReachAMessage)
 {
     RedfishConfigResult result = JudgePatch(400, ListOf(R"({"MessageId":"X","Message":"a\nb\u001b[2Jc"})"), noErrors);

@@ -140,6 +140,29 @@ TEST(RegistryLookup, EndlessPagesEnd)
     EXPECT_EQ(reads, 50U);
 }
 
+TEST(RegistryLookup, MembersAreTakenUpToTheLimit)
+{
+    constexpr std::size_t limit = 5000;
+    for (const std::size_t count : {limit - 1, limit})
+    {
+        std::vector<std::string> members(count, "/other");
+        Service service;
+        service.Texts = {{Base, Collection(members, Base + "?p=2")},
+                         {Base + "?p=2", Collection({Base + "/Reg"})},
+                         {Base + "/Reg", File("Reg", "/store/reg")},
+                         {"/other", File("other", "/store/other")}};
+        std::string url;
+        RedfishConfigResult result = service.Find("Reg", url);
+        if (count < limit)
+        {
+            EXPECT_THAT(result, HasCode(0));
+            continue;
+        }
+        EXPECT_THAT(result, HasCode(26));
+        EXPECT_EQ(std::count(service.Reads.begin(), service.Reads.end(), Base + "?p=2"), 0);
+    }
+}
+
 TEST(RegistryLookup, HostileNextPagesAreRefused)
 {
     for (const char* next : {"http://evil.example/x", "//", "relative", "/a b", "/a\\r\\nX-Evil: 1"})

@@ -171,7 +171,47 @@ TEST(AttributeRegistry, DepthIsCapped)
         return Registry(Attribute("A", ",\"X\":" + std::string(depth, '[') + std::string(depth, ']')));
     };
     EXPECT_TRUE(Read(nested(MaxRegistryDepth - 4)).Succeeded);
-    EXPECT_FALSE(Read(nested(MaxRegistryDepth - 3)).Succeeded);
+    const ReadOutcome deeper = Read(nested(MaxRegistryDepth - 3));
+    EXPECT_FALSE(deeper.Succeeded);
+    EXPECT_EQ(deeper.Error, "it is nested deeper than 32 levels.");
+}
+
+TEST(AttributeRegistry, SizeIsCapped)
+{
+    std::string text = Registry(Attribute("A"));
+    text.resize(MaxRegistryBytes, ' ');
+    EXPECT_TRUE(Read(text).Succeeded);
+    const ReadOutcome larger = Read(text + ' ');
+    EXPECT_FALSE(larger.Succeeded);
+    EXPECT_EQ(larger.Error, "it is larger than 134217728 bytes.");
+}
+
+TEST(AttributeRegistry, MenusAndDependenciesAboveTheCapAreLeftOutWithANote)
+{
+    // What is no menu and no dependency counts as well: the work is what is capped.
+    const auto elements = [](std::size_t count, const std::string& last)
+    {
+        std::string list;
+        for (std::size_t index = 0; index < count; ++index)
+        {
+            list += "{},";
+        }
+        return "[" + list + last + "]";
+    };
+    const auto read = [&](std::size_t menus, std::size_t dependencies)
+    {
+        const std::string menu = R"({"MenuName":"Last","MenuPath":"./Last"})";
+        const std::string dependency = Dependency(Term("A", "EQU", "1", "AND"), "A", "ReadOnly", "true");
+        return Read(R"({"RegistryEntries":{"Menus":)" + elements(menus, menu) + R"(,"Attributes":[)" + Attribute("A") +
+                    R"(],"Dependencies":)" + elements(dependencies, dependency) + "}}");
+    };
+    const ReadOutcome atCap = read(MaxRegistryMenus - 1, MaxRegistryDependencies - 1);
+    EXPECT_EQ(atCap.Registry.Menus.size(), 1U);
+    EXPECT_EQ(atCap.Registry.Dependencies.size(), 1U);
+    const ReadOutcome above = read(MaxRegistryMenus, MaxRegistryDependencies);
+    EXPECT_TRUE(above.Registry.Menus.empty());
+    EXPECT_TRUE(above.Registry.Dependencies.empty());
+    EXPECT_EQ(above.Notes.More, atCap.Notes.More + 2); // a note less each element, and one for each cap
 }
 
 TEST(AttributeRegistry, AttributesAboveTheCapAreLeftOutWithANote)

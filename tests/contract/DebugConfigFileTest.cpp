@@ -1,6 +1,7 @@
 // A local file that stands in for the registry and the Bios resource.
 #include <filesystem>
 
+#include "JsonNodes.h"
 #include "ReadingFixture.h"
 #include "TemporaryFolder.h"
 
@@ -110,6 +111,30 @@ TEST_F(DebugConfigFile, MissingFileLeavesTheTextOfANullAndAsksForNoSchema)
     EXPECT_THAT(m_Front->QuerySettingManagerWithoutValue(), IsBare(0));
     EXPECT_EQ(m_Front->m_SettingManager->m_Schema, "null");
     EXPECT_THAT(world.Calls, IsEmpty());
+}
+
+TEST_F(DebugConfigFile, IsTakenUpToTheLimit)
+{
+    const std::string path =
+        m_Folder.Write("debug.json", R"({"schema":{"a":1}})" + std::string(MaxDebugConfigBytes - 18, ' '));
+    ASSERT_EQ(std::filesystem::file_size(path), MaxDebugConfigBytes);
+    m_Front->SetDebugConfigFile(path);
+    EXPECT_EQ(m_Front->m_Schema, R"({"a":1})");
+    EXPECT_THAT(world.Logs, IsEmpty());
+
+    std::filesystem::resize_file(path, MaxDebugConfigBytes + 1);
+    m_Front->SetDebugConfigFile(path);
+    EXPECT_EQ(m_Front->m_Schema, "null");
+    const LogLine tooLarge{1, "The debug configfile is larger than 67108864 bytes."};
+    EXPECT_THAT(world.Logs, ElementsAre(tooLarge, NoSchema));
+}
+
+// A device that never ends must not be read for ever.
+TEST_F(DebugConfigFile, AnEndlessFileIsLeft)
+{
+    m_Front->SetDebugConfigFile("/dev/zero");
+    EXPECT_EQ(m_Front->m_Schema, "null");
+    EXPECT_EQ(world.Logs.back(), NoSchema);
 }
 
 // A folder opens like a file, and only its reading fails.

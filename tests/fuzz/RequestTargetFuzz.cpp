@@ -1,0 +1,88 @@
+// Paths and references that a BMC sends: none leads away from the one place where requests
+// go, and none puts a line into a request.
+#include <memory>
+
+#include <curl/curl.h>
+
+#include "Oracle.h"
+#include "RequestTarget.h"
+
+using namespace fuzztest;
+using namespace Tavrine;
+
+namespace
+{
+
+const Origin origins[] = {{false, "bmc.example", 443}, {true, "192.0.2.7", 8080}, {false, "2001:db8::1", 8443}};
+
+using UrlHandle = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
+
+std::string Part(const UrlHandle& url, CURLUPart part)
+{
+    char* text = nullptr;
+    if (curl_url_get(url.get(), part, &text, CURLU_DEFAULT_PORT) != CURLUE_OK)
+    {
+        return {};
+    }
+    std::string copy(text);
+    curl_free(text);
+    return copy;
+}
+
+/// The host and port to which the client itself would go for a path.
+void CheckPlace(const Origin& origin, const std::string& path)
+{
+    const UrlHandle url(curl_url(), &curl_url_cleanup);
+    const std::string whole = origin.Url() + path;
+    if (curl_url_set(url.get(), CURLUPART_URL, whole.c_str(), 0) != CURLUE_OK)
+    {
+        return; // never sent
+    }
+    std::string host = Part(url, CURLUPART_HOST);
+    const bool literal = host.size() > 2 && host.front() == '[';
+    host = literal ? host.substr(1, host.size() - 2) : host;
+    FUZZ_REQUIRE(host == origin.Host, whole);
+    FUZZ_REQUIRE(Part(url, CURLUPART_PORT) == std::to_string(origin.Port), whole);
+    FUZZ_REQUIRE(Part(url, CURLUPART_SCHEME) == (origin.PlainHttp ? "http" : "https"), whole);
+    FUZZ_REQUIRE(Part(url, CURLUPART_USER).empty(), whole);
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    // A reference, the path that it stands on, a host, and a header's name and value.
+    const std::vector<std::string_view> parts = Parts(Text(data, size), 5);
+    const bool usable = PathFault(parts[0]).empty();
+    FUZZ_REQUIRE(!usable || (parts[0].front() == '/' && OnOneLine(parts[0]) &&
+                             parts[0].find(' ') == std::string_view::npos && parts[0].size() <= 8192),
+                 parts[0]);
+    const std::string base = PathFault(parts[1]).empty() ? std::string(parts[1]) : "/redfish/v1/Systems";
+    for (const Origin& origin : origins)
+    {
+        if (usable)
+        {
+            CheckPlace(origin, std::string(parts[0]));
+        }
+        if (const std::optional<std::string> path = ResolveWithin(origin, base, parts[0]))
+        {
+            FUZZ_REQUIRE(PathFault(*path).empty(), *path);
+            CheckPlace(origin, *path);
+            // What it leads to is a path of its own: it leads there again.
+            FUZZ_REQUIRE(path->starts_with("//") || ResolveWithin(origin, base, *path) == path, *path);
+        }
+    }
+    if (HostFault(parts[2]).empty())
+    {
+        FUZZ_REQUIRE(!parts[2].empty() && parts[2].size() <= 255 && OnOneLine(parts[2]), parts[2]);
+        FUZZ_REQUIRE(parts[2].find_first_of(" /?#@") == std::string_view::npos, parts[2]);
+    }
+    if (HeaderFault(parts[3], parts[4]).empty())
+    {
+        FUZZ_REQUIRE(!parts[3].empty() && OnOneLine(parts[3]) && parts[3].find(':') == std::string_view::npos,
+                     parts[3]);
+        FUZZ_REQUIRE(parts[4].find_first_of("\r\n") == std::string_view::npos, parts[4]);
+        FUZZ_REQUIRE(parts[4].find('\0') == std::string_view::npos, parts[4]);
+    }
+    return 0;
+}
