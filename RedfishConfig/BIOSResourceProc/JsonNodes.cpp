@@ -110,12 +110,15 @@ std::string ReadDebugConfigNode(const std::string& path, std::string_view key)
 
     boost::json::value root;
     const boost::json::value* node = ParseJson(content, root) ? FindNode(root, {key}) : nullptr;
-    if (node == nullptr)
+    const std::string text = node != nullptr ? boost::json::serialize(*node) : std::string();
+    boost::json::value written;
+    // A number that no double holds is read as infinite, which JSON has no text for.
+    if (!ParseJson(text, written))
     {
         TAVRINE_LOG(LogFailure) << "Failed to get the schema from debug config file";
         return boost::json::serialize(boost::json::value(nullptr));
     }
-    return boost::json::serialize(*node);
+    return text;
 }
 
 } // namespace Tavrine

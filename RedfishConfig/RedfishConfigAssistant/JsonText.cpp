@@ -1,5 +1,6 @@
 #include "JsonText.h"
 
+#include <cmath>
 #include <exception>
 
 #include <boost/json/basic_parser_impl.hpp>
@@ -54,7 +55,15 @@ class ShapeHandler
     bool on_number_part(json::string_view, json::error_code&) { return true; }
     bool on_int64(std::int64_t, json::string_view, json::error_code& ec) { return Value(ec); }
     bool on_uint64(std::uint64_t, json::string_view, json::error_code& ec) { return Value(ec); }
-    bool on_double(double, json::string_view, json::error_code& ec) { return Value(ec); }
+    bool on_double(double number, json::string_view, json::error_code& ec)
+    {
+        if (!std::isfinite(number))
+        {
+            ec = json::error::exponent_overflow; // it would be written as "Infinity", which is no JSON
+            return false;
+        }
+        return Value(ec);
+    }
     bool on_bool(bool, json::error_code& ec) { return Value(ec); }
     bool on_null(json::error_code& ec) { return Value(ec); }
     bool on_comment_part(json::string_view, json::error_code&) { return true; }
@@ -109,6 +118,10 @@ std::string FaultText(const json::error_code& ec, std::size_t position)
     if (ec == json::error::array_too_large || ec == json::error::object_too_large)
     {
         return "more than " + std::to_string(MaxJsonValues) + " values";
+    }
+    if (ec == json::error::exponent_overflow)
+    {
+        return "a number is too large near byte " + std::to_string(position);
     }
     return "no JSON: " + ec.message() + " near byte " + std::to_string(position);
 }

@@ -34,7 +34,8 @@ using CompileContext = Owned<pcre2_compile_context, pcre2_compile_context_free>;
 using MatchContext = Owned<pcre2_match_context, pcre2_match_context_free>;
 using MatchData = Owned<pcre2_match_data, pcre2_match_data_free>;
 
-PCRE2_SPTR Units(std::string_view text) { return reinterpret_cast<PCRE2_SPTR>(text.data()); }
+/// Never null, which the library refuses even of no length.
+PCRE2_SPTR Units(std::string_view text) { return reinterpret_cast<PCRE2_SPTR>(text.empty() ? "" : text.data()); }
 
 std::string ErrorText(int error)
 {

@@ -67,10 +67,20 @@ TEST(JsonText, WhatIsNoJsonIsRefused)
 TEST(JsonText, WhatIsJsonIsTaken)
 {
     for (const char* text :
-         {"{}", "[]", "null", " {\"a\":[1,2.5,true,null,\"x\"]} \n", "18446744073709551615", "1e400"})
+         {"{}", "[]", "null", " {\"a\":[1,2.5,true,null,\"x\"]} \n", "18446744073709551615", "1e308", "1e-400"})
     {
         EXPECT_EQ(LookAtJson(text).Fault, "") << text;
         EXPECT_TRUE(ParseJson(text)) << text;
+    }
+}
+
+/// Read as infinite they would be written as "Infinity".
+TEST(JsonText, NumbersThatNoDoubleHoldsAreRefused)
+{
+    for (const char* text : {"1e400", "[-1e309]", "{\"a\":99999999999999999999e300}"})
+    {
+        EXPECT_TRUE(LookAtJson(text).Fault.starts_with("a number is too large near byte ")) << LookAtJson(text).Fault;
+        EXPECT_FALSE(ParseJson(text)) << text;
     }
 }
 

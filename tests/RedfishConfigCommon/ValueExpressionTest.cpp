@@ -68,6 +68,14 @@ TEST(ValueExpression, ThatDoesNotCompileIsNotJudged)
               ExpressionOutcome::NotJudged);
 }
 
+TEST(ValueExpression, NothingIsFoundInNothing)
+{
+    std::string trouble;
+    EXPECT_EQ(SearchExpression({}, {}, trouble), ExpressionOutcome::Matches);
+    EXPECT_EQ(SearchExpression("a", {}, trouble), ExpressionOutcome::Differs);
+    EXPECT_EQ(trouble, "");
+}
+
 /// Each of these runs for hours without limits: that the test ends is the point.
 TEST(ValueExpression, ThatBacktracksWithoutEndIsGivenUp)
 {

@@ -94,6 +94,7 @@ INSTANTIATE_TEST_SUITE_P(Files, UselessFile,
                                          Content{"TrailingGarbage", R"({"schema":{"a":1}} x)", ""},
                                          Content{"NoSuchKey", R"({"resource":{"schema":{}}})", ""},
                                          Content{"OtherCase", R"({"Schema":{}})", ""},
+                                         Content{"NumberThatNoDoubleHolds", R"({"schema":{"a":1e400}})", ""},
                                          Content{"RootIsAnArray", R"([{"schema":{}}])", ""},
                                          Content{"RootIsAString", R"("schema")", ""}),
                          [](const auto& test) { return test.param.Name; });

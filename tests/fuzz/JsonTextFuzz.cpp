@@ -92,6 +92,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const std::optional<json::value> read = Tavrine::ParseJson(text);
     FUZZ_REQUIRE(shape.Fault.empty() == read.has_value(), text);
     FUZZ_REQUIRE(OnOneLine(shape.Fault), shape.Fault);
+    if (read)
+    {
+        FUZZ_REQUIRE(Tavrine::ParseJson(json::serialize(*read)), text);
+    }
     if (doubtful)
     {
         return 0;

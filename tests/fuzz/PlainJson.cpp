@@ -1,6 +1,8 @@
 #include "PlainJson.h"
 
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 
 #include "Oracle.h"
 
@@ -148,6 +150,8 @@ class Reader
         }
         value.Text = start.substr(0, start.size() - m_Rest.size());
         const char* const end = value.Text.data() + value.Text.size();
+        // Readers differ over what no double holds.
+        Doubtful = Doubtful || std::isinf(std::strtod(value.Text.c_str(), nullptr));
         const auto [stop, fault] = std::from_chars(value.Text.data(), end, value.Whole);
         value.Is = whole && fault == std::errc() && stop == end ? PlainJson::Kind::Integer : PlainJson::Kind::Number;
         return true;
