@@ -142,7 +142,7 @@ class Reader
             whole = false;
             Take("+") || Take("-");
             const std::size_t digits = Digits();
-            Doubtful = Doubtful || digits > 6;
+            Doubtful = Doubtful || digits > 2;
             if (digits == 0)
             {
                 return false;

@@ -54,8 +54,8 @@ struct PlainMember
 inline constexpr unsigned int PlainJsonDepth = 32;
 
 /// The document, or nothing for what is none or is nested too deeply.
-/// @param doubtful  set when readers may differ: a number has an exponent of very many
-///                  digits, or no double holds it.
+/// @param doubtful  set when readers may differ: a number has an exponent of 100 or more, or
+///                  no double holds it.
 std::optional<PlainJson> ReadPlainJson(std::string_view text, bool& doubtful);
 
 /// The same text of the same value: what a writer has to write, strings escaped as
