@@ -27,6 +27,10 @@ struct ConnectionProfile
     std::string PinnedSha256;
     /// Language of the attribute registry (RFC 5646), "en" or "ja" for example.
     std::string Language = "en";
+    /// Folder, absolute, in which attribute registries are kept from run to run; each
+    /// use asks the BMC whether the copy still holds. Empty: nothing is kept on disk.
+    /// A folder that cannot be used is no failure; the log says so.
+    std::string RegistryFolder = {};
 };
 
 /// What went over one connection so far.

@@ -13,6 +13,7 @@ namespace Tavrine
 {
 
 class BMCBaseAssistant;
+class RedfishClient;
 
 /// Access to a value resource and to the attribute registry that it names
 /// (DSP8010: Bios "AttributeRegistry", MessageRegistryFileCollection,
@@ -60,7 +61,7 @@ class TAVRINE_EXPORT RedfishRegistryAssistant : public RedfishConfigAssistant
     SettingValueMap m_EffectiveValues;
 
   private:
-    std::string m_Language;
+    std::shared_ptr<RedfishClient> m_Client;
 };
 
 } // namespace Tavrine

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <unistd.h>
 #include <utility>
 
@@ -129,6 +130,7 @@ std::optional<Failure> Bmc::MakeConnection()
     profile.CaFile = m_Options.CaFile;
     profile.PinnedSha256 = m_Simulator ? m_Simulator->Fingerprint() : m_Options.Pin;
     profile.Language = m_Options.Language;
+    profile.RegistryFolder = m_Options.CacheDir.empty() ? "" : std::filesystem::absolute(m_Options.CacheDir).string();
     info.Password = password.Text();
     m_Connection = std::make_unique<TavrineConnection::BmcConnection>(info, profile);
     Wipe(info.Password);

@@ -148,6 +148,13 @@ void AddConnectionOptions(CLI::App& app, Options& options, Written& written)
         app.add_flag("--insecure", options.Insecure, "Take any certificate: nothing is verified")->group(group);
     ca->excludes(pin)->excludes(insecure);
     pin->excludes(insecure);
+    CLI::Option* cache =
+        app.add_option("--cache-dir", options.CacheDir,
+                       "Where attribute registries are kept [else XDG_CACHE_HOME/tavrine or ~/.cache/tavrine]")
+            ->type_name("DIR")
+            ->check(Check(CheckFileName))
+            ->group(group);
+    app.add_flag("--no-cache", options.NoCache, "Keep nothing from run to run")->excludes(cache)->group(group);
     const auto add = [&](const char* name, const char* type, const char* help, auto check)
     {
         app.add_option_function<std::string>(
@@ -180,7 +187,7 @@ void AddSimulatorOptions(CLI::App& app, Options& options)
         ->check(Check(CheckFileName))
         ->needs(simulate)
         ->group(group);
-    for (const char* name : {"--bmc", "--user", "--password-file", "--cacert", "--pin", "--insecure"})
+    for (const char* name : {"--bmc", "--user", "--password-file", "--cacert", "--pin", "--insecure", "--cache-dir"})
     {
         simulate->excludes(app.get_option(name));
     }
@@ -288,6 +295,15 @@ ParsedCommandLine Refusal(const std::string& text)
     return {std::nullopt, StatusUsage, fmt::format("tavrine: {} {}\n", StatusUsage, EscapeControls(text))};
 }
 
+/// The folder for what can be fetched again, as the XDG base directory specification
+/// has it; empty where there is none.
+std::string CacheFolder(const std::string& cacheHome, const std::string& home)
+{
+    const bool fromXdg = cacheHome.starts_with('/');
+    const std::string base = fromXdg ? cacheHome : home + "/.cache";
+    return fromXdg || home.starts_with('/') ? base + "/tavrine" : std::string();
+}
+
 /// Takes what the command line leaves open from the environment.
 std::string CompleteFromEnvironment(const CLI::App& app, const Environment& environment, Options& options)
 {
@@ -300,6 +316,10 @@ std::string CompleteFromEnvironment(const CLI::App& app, const Environment& envi
         return {};
     }
     const auto value = [&](const char* name) { return std::string(environment(name) ? environment(name) : ""); };
+    if (options.CacheDir.empty() && !options.NoCache)
+    {
+        options.CacheDir = CacheFolder(value("XDG_CACHE_HOME"), value("HOME"));
+    }
     if (app.count("--bmc") == 0)
     {
         const std::string address = value("TAVRINE_BMC");

@@ -34,6 +34,9 @@ struct Options
     std::optional<std::uint16_t> Timeout;
     std::uint32_t Retries = 0;
     std::string Language = "en";
+    /// Where registries are kept from run to run; empty: nowhere.
+    std::string CacheDir;
+    bool NoCache = false;
 
     bool Simulate = false;
     std::string MachineDir;

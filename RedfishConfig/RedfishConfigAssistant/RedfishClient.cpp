@@ -94,7 +94,7 @@ std::string TextAfterChange(const TransportFault& fault)
 } // namespace
 
 RedfishClient::RedfishClient(const ConnectionInfo& info, const ConnectionProfile& profile)
-    : m_User(info.User), m_Password(info.Password), m_Language(profile.Language),
+    : m_User(info.User), m_Password(info.Password), m_Language(profile.Language), m_Registries(info, profile),
       m_RequestTimeout(AtLeastOne(info.RequestTimeout)), m_Retries(info.Retries), m_RetryPause(info.RetryPause),
       m_Closed(SetupFault(info, profile)),
       m_Connection({HasFlag(info, TavrineConnection::FlagPlainHttp), info.Host, info.Port}, MakeRules(info, profile),
@@ -111,14 +111,28 @@ std::shared_ptr<RedfishClient> RedfishClient::MakeClosed(const ConnectionInfo& i
     return client;
 }
 
-RedfishConfigResult RedfishClient::Get(std::string_view path, std::string& response)
+RedfishConfigResult RedfishClient::Get(std::string_view path, std::string& response, Revalidation* copy)
 {
-    const HttpRequest request{HttpVerb::Get, path, {}, m_RequestTimeout, nullptr, false};
+    SettingStringMap condition;
+    if (copy != nullptr && !copy->Tag.empty())
+    {
+        condition["If-None-Match"] = copy->Tag;
+    }
+    const HttpRequest request{HttpVerb::Get, path, {}, m_RequestTimeout, &condition, false};
     if (const std::string fault = RequestFault(request); !fault.empty())
     {
         return {RefusalCode(HttpVerb::Get, false), fault, ""};
     }
     Exchange exchange = Send(request);
+    if (copy != nullptr && !exchange.Fault)
+    {
+        copy->Unchanged = !condition.empty() && exchange.Answer.Status == 304;
+        if (copy->Unchanged)
+        {
+            return {0, "", ""};
+        }
+        copy->Tag = exchange.Answer.Success() ? exchange.Answer.Header("etag") : copy->Tag;
+    }
     if (!exchange.Fault && exchange.Answer.Success())
     {
         const JsonShape shape = exchange.Answer.Body.empty() ? JsonShape() : LookAtJson(exchange.Answer.Body);

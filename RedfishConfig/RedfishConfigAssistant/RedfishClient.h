@@ -14,9 +14,19 @@
 #include "MessageRegistries.h"
 #include "PlainText.h"
 #include "RedfishConfigResult.h"
+#include "RegistryCache.h"
 
 namespace Tavrine
 {
+
+/// What a caller tells of its copy of a resource, and learns of it.
+struct Revalidation
+{
+    /// ETag of the copy, empty for none; after a success that of the resource.
+    std::string Tag;
+    /// The copy still holds, and no body was sent.
+    bool Unchanged = false;
+};
 
 /// Everything that is spoken with one BMC: one connection, one session, requests one
 /// after the other from whatever thread.
@@ -32,7 +42,8 @@ class RedfishClient
     static std::shared_ptr<RedfishClient> MakeClosed(const TavrineConnection::ConnectionInfo& info);
 
     /// A GET whose answer must be JSON or empty; `response` is untouched on failure.
-    RedfishConfigResult Get(std::string_view path, std::string& response);
+    /// @param copy  what the caller has of it already; null for nothing.
+    RedfishConfigResult Get(std::string_view path, std::string& response, Revalidation* copy = nullptr);
     /// Any other verb; `response` receives the body in every case. An answer with status
     /// 202 is followed to the end of its task within the request's time; what stands at
     /// the task's end is the answer then.
@@ -47,6 +58,7 @@ class RedfishClient
 
     TavrineConnection::Traffic Counters() const;
     const std::string& Language() const { return m_Language; }
+    const RegistryCache& Registries() const { return m_Registries; }
     std::chrono::seconds RequestTimeout() const { return m_RequestTimeout; }
     /// `seconds`, or the time-out of the connection where that is 0 or less.
     std::chrono::seconds TimeoutOf(int seconds) const;
@@ -81,6 +93,7 @@ class RedfishClient
     SecretText m_User;
     SecretText m_Password;
     std::string m_Language;
+    RegistryCache m_Registries;
     std::chrono::seconds m_RequestTimeout;
     std::uint32_t m_Retries;
     std::uint32_t m_RetryPause;

@@ -42,7 +42,7 @@ std::string PatchBody(const SettingStringMap& contexts)
 
 RedfishRegistryAssistant::RedfishRegistryAssistant(const TavrineConnection::ConnectionInfo& connection)
     : m_BMCClient(std::make_shared<BMCBaseAssistant>(connection, SystemTypeBios)),
-      m_Language(ClientPool::Acquire(connection)->Language())
+      m_Client(ClientPool::Acquire(connection))
 {
 }
 
@@ -138,18 +138,22 @@ RedfishConfigResult RedfishRegistryAssistant::QuerySchema()
     {
         return result;
     }
-    std::string url = RegistryIdentifier(m_ValueResponse);
-    if (url.empty())
+    const std::string identifier = RegistryIdentifier(m_ValueResponse);
+    if (identifier.empty())
     {
         return {26, "The resource " + m_ValueURL + " names no attribute registry.", ""};
     }
-    const std::string identifier = url;
-    result = ComplementQuerySchemaURL(url);
-    if (result == 0)
+    const RegistryFinder find = [&](std::string& url)
     {
-        Log(4, __FILE__, __LINE__).Stream() << "The registry " << CleanText(identifier, 200) << " lies at " << url;
-        result = m_BMCClient->GetData(url, m_Schema);
-    }
+        url = identifier;
+        RedfishConfigResult found = ComplementQuerySchemaURL(url);
+        if (found == 0)
+        {
+            Log(4, __FILE__, __LINE__).Stream() << "The registry " << CleanText(identifier, 200) << " lies at " << url;
+        }
+        return found;
+    };
+    result = m_Client->Registries().Read(*m_Client, identifier, find, m_Schema);
     if (result == 0 && m_Schema.empty())
     {
         return {26, "The attribute registry " + CleanText(identifier, 200) + " is empty.", ""};
@@ -162,7 +166,7 @@ RedfishConfigResult RedfishRegistryAssistant::ComplementQuerySchemaURL(std::stri
     const std::string identifier = schemaURL;
     const ResourceReader read = [this](const std::string& path, std::string& text)
     { return m_BMCClient->GetData(path, text); };
-    return FindRegistry(read, identifier, m_Language, schemaURL);
+    return FindRegistry(read, identifier, m_Client->Language(), schemaURL);
 }
 
 } // namespace Tavrine

@@ -76,6 +76,41 @@ TEST(Options, SimulatedSystemsAreUefiUnlessSaidOtherwise)
     EXPECT_EQ(Accepted({"--system-type", "2147483647"}).SystemType, 2147483647);
 }
 
+TEST(Options, RegistriesAreKeptInTheCacheFolder)
+{
+    struct Row
+    {
+        Arguments Given;
+        Variables Set;
+        std::string Folder;
+    };
+    const Row rows[] = {
+        {{}, {}, ""},
+        {{}, {{"HOME", "/home/u"}}, "/home/u/.cache/tavrine"},
+        {{}, {{"HOME", "relative"}}, ""},
+        {{}, {{"HOME", "/home/u"}, {"XDG_CACHE_HOME", "/var/u"}}, "/var/u/tavrine"},
+        {{}, {{"HOME", "/home/u"}, {"XDG_CACHE_HOME", "relative"}}, "/home/u/.cache/tavrine"},
+        {{"--cache-dir", "here"}, {{"HOME", "/home/u"}}, "here"},
+        {{"--no-cache"}, {{"HOME", "/home/u"}}, ""},
+    };
+    for (const Row& row : rows)
+    {
+        Arguments arguments = {"show", "--bmc", "host", "--user", "u"};
+        arguments.insert(arguments.end(), row.Given.begin(), row.Given.end());
+        const ParsedCommandLine parsed = Parse(arguments, row.Set);
+        ASSERT_TRUE(parsed.Request) << parsed.Text;
+        EXPECT_EQ(parsed.Request->CacheDir, row.Folder);
+    }
+    EXPECT_EQ(Parse({"--simulate", "show"}, {{"HOME", "/home/u"}}).Request.value().CacheDir, "");
+    for (const Arguments& refused : {Arguments{"--cache-dir", "d", "--no-cache"}, Arguments{"--cache-dir", ""},
+                                     Arguments{"--simulate", "--cache-dir", "d"}})
+    {
+        Arguments arguments = refused;
+        arguments.push_back("show");
+        EXPECT_EQ(Parse(arguments).Status, 64);
+    }
+}
+
 TEST(Options, StandBeforeAndAfterTheCommand)
 {
     for (const Arguments& arguments : {Arguments{"--json", "--hex", "--simulate", "show", "A", "B"},
