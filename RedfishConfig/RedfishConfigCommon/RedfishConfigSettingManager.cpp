@@ -20,6 +20,8 @@ namespace
 
 constexpr int CodeUnknownSetting = 20;
 constexpr int CodeUnreadable = 27;
+/// What is left of a registry without attributes: a manager without settings reads its text anew.
+constexpr const char* EmptyRegistry = R"({"RegistryEntries":{"Attributes":[]}})";
 
 void LogNotes(const Tavrine::RegistryNotes& notes)
 {
@@ -87,6 +89,7 @@ RedfishConfigResult RedfishConfigSettingManager::ReadModel()
         return {CodeUnreadable, "The attribute registry cannot be read: " + error, ""};
     }
     LogNotes(notes);
+    m_Schema = std::string(EmptyRegistry); // it may be megabytes, and the model has all of it
     const auto model = std::make_shared<const Tavrine::SettingModel>(std::move(registry));
     m_SettingInfos.clear();
     for (std::size_t index = 0; index < model->Registry().Attributes.size(); ++index)

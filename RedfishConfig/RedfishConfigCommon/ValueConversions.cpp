@@ -37,11 +37,16 @@ std::optional<ExactInteger> ParseHex(std::string_view text)
     return ParseExact(digits, 16);
 }
 
+/// As the "C" locale does it.
+char LoweredAscii(char letter)
+{
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
 bool IsWord(std::string_view text, std::string_view lowered)
 {
     return std::equal(text.begin(), text.end(), lowered.begin(), lowered.end(),
-                      [](char left, char right)
-                      { return ((left >= 'A' && left <= 'Z') ? static_cast<char>(left - 'A' + 'a') : left) == right; });
+                      [](char left, char right) { return LoweredAscii(left) == right; });
 }
 
 std::optional<SettingVariant> ParseAs(const SettingVariant& kind, const std::string& text)
@@ -63,12 +68,26 @@ std::optional<SettingVariant> ParseAs(const SettingVariant& kind, const std::str
 
 bool CaseInsensitiveComparator::operator()(const std::string& left, const std::string& right) const
 {
+    // What is equal is equal lowered, so the locale is asked only from the first difference on.
+    const auto [first, second] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    if (first == left.end() || second == right.end())
+    {
+        return first == left.end() && second != right.end();
+    }
+    const auto precedes = [&, from = first, other = second](const auto& lower)
+    {
+        return std::lexicographical_compare(
+            from, left.end(), other, right.end(),
+            [&lower](char one, char two)
+            { return static_cast<unsigned char>(lower(one)) < static_cast<unsigned char>(lower(two)); });
+    };
     const std::locale locale;
+    if (locale == std::locale::classic())
+    {
+        return precedes(LoweredAscii);
+    }
     const auto& letters = std::use_facet<std::ctype<char>>(locale);
-    const auto lowered = [&letters](char letter) { return static_cast<unsigned char>(letters.tolower(letter)); };
-    return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
-                                        [&lowered](char first, char second)
-                                        { return lowered(first) < lowered(second); });
+    return precedes([&letters](char letter) { return letters.tolower(letter); });
 }
 
 boost::json::value VariantToJson(const SettingVariant& value)

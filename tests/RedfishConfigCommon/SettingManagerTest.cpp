@@ -231,6 +231,18 @@ TEST(SettingManager, DuplicatesAndOddElementsAreToldAtLevel4)
                                            HasSubstr("without a text in \"AttributeName\"")));
 }
 
+TEST(SettingManager, ARegistryWithoutSettingsIsReadOnce)
+{
+    const CapturingLogSink sink;
+    auto manager = Manager(Registry("7"));
+    for (int repeat = 0; repeat < 3; ++repeat)
+    {
+        RedfishConfigSettingInfoStru info;
+        EXPECT_EQ(manager.GetSettingProperties("A", info).ErrorCode(), 20);
+    }
+    EXPECT_THAT(Details(sink), ElementsAre(HasSubstr("is no object, so skipped")));
+}
+
 TEST(SettingManager, DependenciesThatDoNotSettleAreToldAtLevel4)
 {
     const CapturingLogSink sink;

@@ -1,7 +1,9 @@
 #include "ValueConversions.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <locale>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,6 +41,36 @@ TEST(CaseInsensitiveComparator, OrdersByLoweredBytesShorterFirst)
     }
     EXPECT_FALSE(less("BootMode", "bOOTmODE"));
     EXPECT_FALSE(less("bOOTmODE", "BootMode"));
+}
+
+namespace
+{
+
+/// Lowers as nothing else does: digits to "a", and "A" to itself.
+class OddLetters : public std::ctype<char>
+{
+  protected:
+    char do_tolower(char letter) const override { return letter >= '0' && letter <= '9' ? 'a' : letter; }
+    const char* do_tolower(char* first, const char* last) const override
+    {
+        std::transform(static_cast<const char*>(first), last, first, [this](char c) { return do_tolower(c); });
+        return last;
+    }
+};
+
+} // namespace
+
+TEST(CaseInsensitiveComparator, FollowsTheGlobalLocale)
+{
+    const CaseInsensitiveComparator less;
+    const std::locale former = std::locale::global(std::locale(std::locale::classic(), new OddLetters));
+    EXPECT_TRUE(less("xA", "xa"));
+    EXPECT_FALSE(less("x1", "x2") || less("x2", "x1"));
+    EXPECT_FALSE(less("x9", "xa") || less("xa", "x9"));
+    EXPECT_TRUE(less("x9", "x1b"));
+    std::locale::global(former);
+    EXPECT_FALSE(less("xA", "xa"));
+    EXPECT_TRUE(less("x1", "x2"));
 }
 
 TEST(CaseInsensitiveComparator, MapKeepsTheCaseOfTheFirstInsertion)
