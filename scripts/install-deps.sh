@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that are missing: install-deps.sh [build|test|coverage|fuzz]
+# Installs the Debian 12 packages that are missing: install-deps.sh [build|test|coverage|fuzz|bench]
 #   build     what the programs need (default)    test  the same and what the tests need
 #   coverage  what the tests need, and the reader of their counters
 #   fuzz      what the tests need, and the fuzzer
+#   bench     what the programs need, and what the measurements need
 # Says nothing when all is there, and one line when it cannot go on.
 set -euo pipefail
 
@@ -11,6 +12,7 @@ build_packages=(g++ cmake ninja-build pkg-config ccache libboost-json1.81-dev li
 test_packages=(libgtest-dev libgmock-dev librapidcheck-dev)
 coverage_packages=(gcovr)
 fuzz_packages=(clang libclang-rt-14-dev)
+bench_packages=(libbenchmark-dev curl)
 
 say() { printf 'install-deps: %s\n' "$*" >&2; }
 fail() { say "$*"; exit 1; }
@@ -57,7 +59,8 @@ main()
         test) wanted+=("${test_packages[@]}") ;;
         coverage) wanted+=("${test_packages[@]}" "${coverage_packages[@]}") ;;
         fuzz) wanted+=("${test_packages[@]}" "${fuzz_packages[@]}") ;;
-        *) fail "unknown set of packages: $1 (build, test, coverage or fuzz)" ;;
+        bench) wanted+=("${bench_packages[@]}") ;;
+        *) fail "unknown set of packages: $1 (build, test, coverage, fuzz or bench)" ;;
     esac
     if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
         fail "no dpkg-query and apt-get: this is no Debian-like system; what is needed: ${wanted[*]}"

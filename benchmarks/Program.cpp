@@ -1,0 +1,203 @@
+// The whole program against the simulated BMC, beside curl sending the same requests.
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "Children.h"
+#include "Floor.h"
+#include "Report.h"
+#include "Work.h"
+
+using namespace bench;
+
+namespace
+{
+
+struct Plan
+{
+    std::string Tool;
+    std::string Simulator;
+    std::string Folder;
+    int Repetitions = 5;
+    std::vector<unsigned int> Attributes = {200, 1000, 5000};
+    std::vector<unsigned int> Latencies = {0, 50, 200};
+    std::vector<bool> Schemes = {false, true};
+};
+
+/// Large enough for a registry of 3 MB.
+constexpr unsigned int MemoryAttributes = 7500;
+
+struct Machine
+{
+    unsigned int Attributes;
+    bool Tls;
+    unsigned int LatencyMs;
+};
+
+void Show(const std::string& text)
+{
+    std::fputs(text.c_str(), stdout);
+    std::fflush(stdout);
+}
+
+class MachineRun
+{
+  public:
+    MachineRun(const Plan& plan, const Machine& machine)
+        : m_Plan(plan), m_Machine(machine), m_Folder(Fresh(plan.Folder + "/machine")),
+          m_Simulator(plan.Simulator, Arguments(machine), m_Folder + "/access")
+    {
+    }
+
+    void Measure(std::vector<Row>& rows)
+    {
+        const std::string saved[2] = {m_Folder + "/saved.json", m_Folder + "/other.json"};
+        RunTool({"save", saved[0]});
+        WriteOtherValues(saved[0], saved[1]);
+        for (const Work& work : AllWork(saved, m_Folder))
+        {
+            rows.push_back(MeasureWork(work));
+            Show(LineOf(rows.back()));
+        }
+    }
+
+  private:
+    static std::string Fresh(const std::string& folder)
+    {
+        std::filesystem::remove_all(folder);
+        std::filesystem::create_directories(folder);
+        return folder;
+    }
+
+    static Words Arguments(const Machine& machine)
+    {
+        Words arguments = {"--attributes", std::to_string(machine.Attributes), "--latency-ms",
+                           std::to_string(machine.LatencyMs)};
+        if (!machine.Tls)
+        {
+            arguments.emplace_back("--http");
+        }
+        return arguments;
+    }
+
+    Cost RunTool(const Words& arguments)
+    {
+        Words command = {m_Plan.Tool, "--bmc", m_Simulator.Url(), "--user", "admin"};
+        if (m_Machine.Tls)
+        {
+            command.insert(command.end(), {"--pin", m_Simulator.Pin()});
+        }
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const Cost cost =
+            RunMeasured(command, {{"TAVRINE_PASSWORD", "password"}, {"XDG_CACHE_HOME", m_Folder + "/cache"}});
+        m_Requests = m_Simulator.TakeRequests();
+        return cost;
+    }
+
+    Row MeasureWork(const Work& work)
+    {
+        RunTool(work.Arguments[1]); // what a second run finds prepared
+        std::vector<Cost> tool;
+        std::vector<Cost> floor;
+        Row row{work.Name, m_Machine.Attributes, m_Machine.Tls, m_Machine.LatencyMs, {}, {}};
+        for (int repetition = 0; repetition < m_Plan.Repetitions; ++repetition)
+        {
+            const int way = repetition % 2;
+            tool.push_back(RunTool(work.Arguments[way]));
+            floor.push_back(RunMeasured(FloorCommand(m_Simulator, m_Requests, work.Bodies[way], m_Folder)));
+            if (const std::string fault = FloorFault(m_Requests, m_Simulator.TakeRequests()); !fault.empty())
+            {
+                throw std::runtime_error("the floor of \"" + work.Name + "\" is none: " + fault);
+            }
+        }
+        row.Tool = MedianOf(std::move(tool));
+        row.Floor = MedianOf(std::move(floor));
+        CountTraffic(row);
+        return row;
+    }
+
+    void CountTraffic(Row& row) const
+    {
+        std::set<int> connections;
+        for (const Request& request : m_Requests)
+        {
+            connections.insert(request.Connection);
+            row.Bytes += request.Bytes;
+            row.RegistryBytes += request.Path.ends_with(".json") ? request.Bytes : 0;
+        }
+        row.Requests = m_Requests.size();
+        row.Connections = connections.size();
+    }
+
+    const Plan& m_Plan;
+    Machine m_Machine;
+    std::string m_Folder;
+    Simulator m_Simulator;
+    std::vector<Request> m_Requests;
+};
+
+Cost MeasureVersion(const Plan& plan)
+{
+    std::vector<Cost> costs;
+    for (int repetition = 0; repetition < 4 * plan.Repetitions + 1; ++repetition)
+    {
+        costs.push_back(RunMeasured({plan.Tool, "--version"}));
+    }
+    return MedianOf(std::move(costs));
+}
+
+void Measure(const Plan& plan, const std::string& output)
+{
+    const Cost version = MeasureVersion(plan);
+    std::vector<Row> rows;
+    Show(HeadOfTable());
+    for (const bool tls : plan.Schemes)
+    {
+        for (const unsigned int attributes : plan.Attributes)
+        {
+            for (const unsigned int latency : plan.Latencies)
+            {
+                MachineRun(plan, {attributes, tls, latency}).Measure(rows);
+            }
+        }
+    }
+    MachineRun(plan, {MemoryAttributes, true, 0}).Measure(rows);
+    Show("\n" + Targets(rows, version));
+    std::ofstream(output, std::ios::binary) << JsonOf(rows, version);
+}
+
+} // namespace
+
+/// bench_program TAVRINE SIMULATOR FOLDER OUTPUT [--quick]
+int main(int argc, char** argv)
+try
+{
+    if (argc < 5 || argc > 6 || (argc == 6 && std::string(argv[5]) != "--quick"))
+    {
+        std::fputs("usage: bench_program TAVRINE SIMULATOR FOLDER OUTPUT [--quick]\n", stderr);
+        return 64;
+    }
+    Plan plan{argv[1], argv[2], argv[3]};
+    if (argc == 6)
+    {
+        plan.Attributes = {200, 5000};
+        plan.Latencies = {0, 50};
+        plan.Schemes = {true};
+    }
+    Measure(plan, argv[4]);
+    return 0;
+}
+catch (const std::exception& failure)
+{
+    std::fprintf(stderr, "bench_program: %s\n", failure.what());
+    return 1;
+}
