@@ -81,8 +81,9 @@ void ReadValues(const std::string& bios, SettingValueMap& values)
     Demand(reader.ParseSettingValuesFromResponse(bios, values) == 0, "the parse of a Bios resource");
 }
 
-const Machine& MachineOf(const benchmark::State& state)
+const Machine& MachineOf(benchmark::State& state)
 {
+    state.SetComplexityN(state.range(0));
     static std::map<std::int64_t, Machine> machines;
     const auto [place, fresh] = machines.try_emplace(state.range(0));
     Machine& machine = place->second;
