@@ -15,7 +15,6 @@
 #include "SaveCommand.h"
 #include "SchemaCommand.h"
 #include "SetCommand.h"
-#include "SettingPairs.h"
 #include "ShowCommand.h"
 
 namespace Tavrine::Tool
@@ -45,7 +44,7 @@ std::span<const Command> Commands()
                 "What to look for in names, texts and values, in whatever case; all of several", 1, AddFindOptions,
                 "settings", RunFind, FindFault},
         Command{"set", "Change settings, all of them checked first", "NAME=VALUE ..., NAME=- for standard input", 1,
-                AddSetOptions, "settings", RunSet, PairsFault},
+                AddSetOptions, "settings", RunSet, SetFault},
         Command{"pending", "Show what waits for a reboot",
                 "Settings to look at, protected ones too; all ordinary ones without a name", 0, nullptr, "settings",
                 RunPending},

@@ -60,13 +60,13 @@ Answer AnswerWith(Failure failure)
     return answer;
 }
 
-Answer AskBmc(const Options& options)
+Answer AskBmc(const Options& options, const std::function<void(const std::string&)>& warn)
 {
     Bmc bmc(options);
     Answer before;
     std::optional<Failure> failure = bmc.Prepare(before.Notes);
     // Before the password is sent, not after.
-    WriteError(StderrLines(before));
+    warn(StderrLines(before));
     Answer answer;
     if (!failure)
     {
@@ -83,23 +83,6 @@ Answer AskBmc(const Options& options)
     }
     bmc.Close(answer.Notes);
     return answer;
-}
-
-Answer Perform(const Options& options)
-{
-    if (const std::string error = GlobalConfig::LoadError(); !error.empty())
-    {
-        return AnswerWith({CodeConfiguration, StandardText(CodeConfiguration) + ": " + error, {}, {}});
-    }
-    LogFile log;
-    if (!options.LogFile.empty())
-    {
-        if (auto failure = log.Open(options.LogFile, options.LogLevel))
-        {
-            return AnswerWith(std::move(*failure));
-        }
-    }
-    return AskBmc(options);
 }
 
 /// A stopped run has one failure to tell, not those that the stop brought about.
@@ -150,6 +133,23 @@ int TellWithoutRun(const ParsedCommandLine& parsed)
 
 } // namespace
 
+Answer Perform(const Options& options, const std::function<void(const std::string&)>& warn)
+{
+    if (const std::string error = GlobalConfig::LoadError(); !error.empty())
+    {
+        return AnswerWith({CodeConfiguration, StandardText(CodeConfiguration) + ": " + error, {}, {}});
+    }
+    LogFile log;
+    if (!options.LogFile.empty())
+    {
+        if (auto failure = log.Open(options.LogFile, options.LogLevel))
+        {
+            return AnswerWith(std::move(*failure));
+        }
+    }
+    return AskBmc(options, warn);
+}
+
 int RunProgram(int argc, char** argv)
 {
     ReserveStandardStreams();
@@ -163,7 +163,7 @@ int RunProgram(int argc, char** argv)
     Answer answer;
     try
     {
-        answer = Perform(*parsed.Request);
+        answer = Perform(*parsed.Request, WriteError);
     }
     catch (const std::exception& error)
     {

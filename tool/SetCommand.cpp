@@ -21,7 +21,45 @@ namespace
 constexpr int TypedOutput = 1;
 constexpr int TextOutput = 0;
 
+WaitingChanges WaitingOf(const SetPlan& plan)
+{
+    WaitingChanges waiting;
+    for (const SetSetting& setting : plan.Settings)
+    {
+        waiting.Unknown = waiting.Unknown || setting.Outcome == SetOutcome::Unknown;
+        const bool changed = setting.Outcome == SetOutcome::Changed && !setting.InForce.value_or(false);
+        const bool pending = setting.Outcome == SetOutcome::Already && !setting.InForce.value_or(true);
+        if ((changed || pending) && !setting.Secret)
+        {
+            waiting.Expected.push_back({setting.Key, PlainText(setting.Context)});
+        }
+        waiting.Unreadable += changed && setting.Secret ? 1 : 0;
+    }
+    return waiting;
+}
+
+void Reboot(const WaitingChanges& waiting, const Options& options, Bmc& bmc, Answer& answer)
+{
+    if (waiting.Unknown || (waiting.Expected.empty() && waiting.Unreadable == 0))
+    {
+        answer.Notes.emplace_back(waiting.Unknown ? "not restarted, since what the BMC has received is not known"
+                                                  : "not restarted, since nothing waits for it");
+        return;
+    }
+    if (options.Wait && waiting.Unreadable != 0)
+    {
+        answer.Notes.emplace_back("passwords cannot be read, so that whether they are in force is not verified");
+    }
+    RebootAndVerify(MeansOf(bmc), options, waiting.Expected, answer);
+}
+
 } // namespace
+
+std::string SetFault(const Options& options)
+{
+    const std::string fault = PairsFault(options);
+    return fault.empty() ? RebootFault(options) : fault;
+}
 
 void AddSetOptions(CLI::App& command, Options& options)
 {
@@ -29,6 +67,7 @@ void AddSetOptions(CLI::App& command, Options& options)
                      "Send the values without a check against the registry; the BMC judges them");
     command.add_flag("--dry-run", options.DryRun,
                      "Check everything, send no change, and print the bodies that would be sent");
+    AddRebootOptions(command, options);
     command.footer(
         "NAME=- reads the value from standard input, up to its end and without the last line's end. Use it for\n"
         "passwords: what stands on a command line is seen by every user of this machine.\n"
@@ -37,12 +76,14 @@ void AddSetOptions(CLI::App& command, Options& options)
         "ordinary ones. Settings that the check refuses are left out, the others are sent; after a request that\n"
         "failed no other is sent. What the BMC accepted is then read back (two or three small reads): a change is\n"
         "reported as done when the BMC shows it, or when it accepted one of a setting that cannot be read back.\n"
+        "--reboot restarts the system when something waits for it and nothing is left open; values that are\n"
+        "pending already count as changed then.\n"
         "\n"
         "Further options: tavrine --help");
 }
 
 Answer ChangeSettings(RedfishConfigProc& front, const Options& options, const std::vector<SettingPair>& pairs,
-                      const FrontMaker& freshFront)
+                      const FrontMaker& freshFront, WaitingChanges& waiting)
 {
     CauseLog causes;
     SetPlan plan = MakeSetPlan(front, options, pairs, causes);
@@ -65,6 +106,7 @@ Answer ChangeSettings(RedfishConfigProc& front, const Options& options, const st
         }
         std::erase(plan.Notes, std::string());
     }
+    waiting = WaitingOf(plan);
     return AnswerOf(plan, failure, options);
 }
 
@@ -77,7 +119,14 @@ Answer RunSet(const Options& options, Bmc& bmc)
         AddFailure(answer, std::move(*failure));
         return answer;
     }
-    return ChangeSettings(*bmc.Front(TypedOutput), options, pairs, [&] { return bmc.Front(TextOutput); });
+    WaitingChanges waiting;
+    Answer answer = ChangeSettings(
+        *bmc.Front(TypedOutput), options, pairs, [&] { return bmc.Front(TextOutput); }, waiting);
+    if (options.Reboot && StopSignal() == 0)
+    {
+        Reboot(waiting, options, bmc, answer);
+    }
+    return answer;
 }
 
 } // namespace Tavrine::Tool

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <functional>
-#include <memory>
+#include <string>
 #include <vector>
 
 #include "Answer.h"
 #include "RedfishConfigProc.h"
 #include "SetSend.h"
 #include "SettingPairs.h"
+#include "Verify.h"
 
 namespace CLI
 {
@@ -22,14 +22,30 @@ struct Options;
 
 void AddSetOptions(CLI::App& command, Options& options);
 
-/// `set NAME=VALUE … [--no-check] [--dry-run]`.
+/// What is wrong with a command line of `set`; empty for nothing.
+std::string SetFault(const Options& options);
+
+/// `set NAME=VALUE … [--no-check] [--dry-run] [--reboot [--wait SECONDS]]`.
 Answer RunSet(const Options& options, Bmc& bmc);
+
+/// What a reboot is to bring into force.
+struct WaitingChanges
+{
+    /// Those whose values can be read afterwards.
+    std::vector<ExpectedValue> Expected;
+    /// Those whose values can not.
+    std::size_t Unreadable = 0;
+    /// Nobody knows what else waits.
+    bool Unknown = false;
+};
 
 /// Changes these settings through `front`, whose Config_Options::OutputFormat is 1 and
 /// which was not used yet; with Options::DryRun nothing is sent but what reads.
 /// @param freshFront  gives an object of text output that was not used yet; asked for
 ///                    what the BMC shows after a change.
+/// @param waiting  receives what a reboot is to bring into force: what was changed, and
+///                 what was pending already.
 Answer ChangeSettings(RedfishConfigProc& front, const Options& options, const std::vector<SettingPair>& pairs,
-                      const FrontMaker& freshFront);
+                      const FrontMaker& freshFront, WaitingChanges& waiting);
 
 } // namespace Tavrine::Tool

@@ -125,6 +125,10 @@ json::object DataOf(const SetPlan& plan)
         {
             entry["value"] = ValueOf(setting.Context);
         }
+        if (setting.InForce)
+        {
+            entry["inForce"] = *setting.InForce;
+        }
         settings[ValidUtf8(setting.ShownName)] = std::move(entry);
     }
     return settings;
@@ -135,12 +139,16 @@ std::string LineOf(const SetSetting& setting, const Options& options)
     const std::string name = EscapeText(setting.ShownName);
     if (setting.Outcome == SetOutcome::Changed)
     {
-        return name + (setting.InForce ? ": changed, the BMC shows it in force\n"
-                                       : ": changed, takes effect after a reboot\n");
+        return name + (setting.InForce.value_or(false) ? ": changed, the BMC shows it in force\n"
+                                                       : ": changed, takes effect after a reboot\n");
     }
     if (setting.Outcome == SetOutcome::Already)
     {
-        return name + ": already " + (setting.Secret ? Blot : TextOf(setting, options)) + "\n";
+        const std::string value = setting.Secret ? Blot : TextOf(setting, options);
+        const char* const since = !setting.InForce   ? "\n"
+                                  : *setting.InForce ? ", in force\n"
+                                                     : ", takes effect after a reboot\n";
+        return name + ": already " + value + since;
     }
     return {};
 }

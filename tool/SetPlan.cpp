@@ -264,8 +264,11 @@ class Planner
                 if (setting.Effective && GetOptionalVarAsString(info.CurrentValue, text) &&
                     text == CheckedText(setting, info.CurrentValue))
                 {
+                    // What counts as current is the pending value, where there is one.
+                    const json::value value = VariantToJson(*info.CurrentValue);
                     setting.Outcome = SetOutcome::Already;
-                    setting.Context = json::serialize(VariantToJson(*info.CurrentValue));
+                    setting.Context = json::serialize(value);
+                    setting.InForce = value == *setting.Effective;
                 }
             }
         }

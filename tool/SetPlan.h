@@ -51,8 +51,9 @@ struct SetSetting
     SetOutcome Outcome = SetOutcome::Planned;
     /// Why, where it was not changed.
     std::optional<Failure> Why;
-    /// The BMC shows the value in force.
-    bool InForce = false;
+    /// Of Changed and Already: whether the BMC shows the value in force rather than
+    /// pending; nothing where it cannot be asked.
+    std::optional<bool> InForce;
 };
 
 /// What is to be done, found out without a change.

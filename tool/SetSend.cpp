@@ -91,17 +91,6 @@ RequestEnd EndOf(int code, const std::string& message)
     return end == std::end(EndsByCode) ? RequestEnd::Unknown : end->End;
 }
 
-std::string PlainText(const std::string& context)
-{
-    json::error_code failure;
-    const json::value value = json::parse(context, failure);
-    if (const auto* text = value.if_string())
-    {
-        return std::string(*text);
-    }
-    return context;
-}
-
 class Sender
 {
   public:
@@ -402,6 +391,17 @@ std::optional<Failure> SendPlan(SetPlan& plan, RedfishConfigProc& front, const O
                                 const FrontMaker& freshFront)
 {
     return Sender(plan, front, options, causes, freshFront).Send();
+}
+
+std::string PlainText(const std::string& context)
+{
+    json::error_code failure;
+    const json::value value = json::parse(context, failure);
+    if (const auto* text = value.if_string())
+    {
+        return std::string(*text);
+    }
+    return context;
 }
 
 } // namespace Tavrine::Tool

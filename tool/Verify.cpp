@@ -370,6 +370,10 @@ void RebootAndVerify(const RebootMeans& means, const Options& options, const std
         return;
     }
     means.Tell("the system is back");
+    if (expected.empty())
+    {
+        return;
+    }
     const std::string prefix = means.FreshFront()->m_Prefix;
     TellVerification(LookUntilInForce(means, system, timeBefore, expected, until), expected, options, prefix, answer);
 }

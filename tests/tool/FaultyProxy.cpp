@@ -34,11 +34,12 @@ class Socket
     explicit Socket(int number) : m_Number(number) {}
     Socket(const Socket&) = delete;
     Socket& operator=(const Socket&) = delete;
-    ~Socket()
+    ~Socket() { Close(); }
+    void Close()
     {
         if (m_Number >= 0)
         {
-            close(m_Number);
+            close(std::exchange(m_Number, -1));
         }
     }
     int Number() const { return m_Number; }
@@ -106,6 +107,12 @@ class FaultyProxy::Impl
         return m_Requests;
     }
 
+    std::vector<std::string> Bodies() const
+    {
+        const std::lock_guard lock(m_Mutex);
+        return m_Bodies;
+    }
+
     int Port = 0;
 
   private:
@@ -125,12 +132,12 @@ class FaultyProxy::Impl
 
     void Serve()
     {
-        while (WaitFor(m_Listener.Number()))
+        while (m_Listener.Number() >= 0 && WaitFor(m_Listener.Number()))
         {
             const Socket client(accept4(m_Listener.Number(), nullptr, nullptr, SOCK_CLOEXEC));
             const Socket service(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
             const sockaddr_in address = Loopback(m_ServicePort);
-            if (client.Number() < 0 || m_Dead ||
+            if (client.Number() < 0 ||
                 connect(service.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
             {
                 continue;
@@ -173,13 +180,23 @@ class FaultyProxy::Impl
         {
             const std::lock_guard lock(m_Mutex);
             m_Requests.push_back(line);
+            m_Bodies.push_back(request.substr(request.find("\r\n\r\n") + 4));
             number = static_cast<int>(m_Requests.size());
+        }
+        if (m_Dead)
+        {
+            return false;
         }
         const Fault fault = m_Judge(number, line);
         m_Dead = m_Dead || fault == Fault::DeadBefore || fault == Fault::DeadAfter;
         if (fault == Fault::Busy)
         {
             return SendAll(client, "HTTP/1.1 503 Service Unavailable\r\nContent-Length: 0\r\n\r\n");
+        }
+        if (fault == Fault::CutHalfway)
+        {
+            SendAll(service, request.substr(0, request.size() / 2));
+            return false;
         }
         std::string answer;
         if (fault == Fault::CutBefore || fault == Fault::DeadBefore || !SendAll(service, request) ||
@@ -192,6 +209,12 @@ class FaultyProxy::Impl
             SendAll(client, answer.substr(0, answer.size() / 2));
             return false;
         }
+        if (fault == Fault::GoneAfter)
+        {
+            m_Listener.Close(); // before the answer, so that the next request finds nobody
+            SendAll(client, answer);
+            return false;
+        }
         return SendAll(client, answer);
     }
 
@@ -202,6 +225,7 @@ class FaultyProxy::Impl
     bool m_Dead = false;
     mutable std::mutex m_Mutex;
     std::vector<std::string> m_Requests;
+    std::vector<std::string> m_Bodies;
     std::thread m_Thread;
 };
 
@@ -215,5 +239,7 @@ FaultyProxy::~FaultyProxy() = default;
 std::string FaultyProxy::Url() const { return "http://127.0.0.1:" + std::to_string(m_Impl->Port); }
 
 std::vector<std::string> FaultyProxy::Requests() const { return m_Impl->Requests(); }
+
+std::vector<std::string> FaultyProxy::Bodies() const { return m_Impl->Bodies(); }
 
 } // namespace tooltest

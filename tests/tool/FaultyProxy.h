@@ -16,13 +16,17 @@ enum class Fault
     Busy,
     /// Closes the connection and hands nothing on.
     CutBefore,
+    /// Hands half of the request on and closes the connection.
+    CutHalfway,
     /// Hands the request on and closes the connection instead of answering.
     CutAfter,
     /// Hands the request on and gives half of the answer.
     CutWithin,
-    /// As CutBefore and CutAfter, and nothing is served from then on.
+    /// As CutBefore and CutAfter, and from then on requests are taken and dropped.
     DeadBefore,
     DeadAfter,
+    /// Hands the request on and answers, and then nobody listens any more.
+    GoneAfter,
 };
 
 /// Stands between a client and a service of plain HTTP, one request after the other.
@@ -41,6 +45,8 @@ class FaultyProxy
     std::string Url() const;
     /// The requests so far, "METHOD PATH".
     std::vector<std::string> Requests() const;
+    /// Their bodies, in the same order.
+    std::vector<std::string> Bodies() const;
 
   private:
     class Impl;

@@ -78,12 +78,13 @@ TEST(ProgramSet, AChangeWaitsAndIsNotMadeTwice)
     Finished set = RunToEnd(bmc.Tool({"set", "BIOS.BootPromptSeconds=9", "BIOS.BootMode=Uefi"}));
     EXPECT_EQ(set.Status, 0) << set.Errors;
     EXPECT_EQ(set.Output, "BIOS.BootPromptSeconds: changed, takes effect after a reboot\n"
-                          "BIOS.BootMode: already Uefi\n");
+                          "BIOS.BootMode: already Uefi, in force\n");
     EXPECT_EQ(RunToEnd(bmc.Tool({"pending"})).Output, "BIOS.BootPromptSeconds=5 -> 9\n");
     EXPECT_EQ(RunToEnd(bmc.Tool({"pending", "BootMode"})).Output, "Nothing is pending.\n");
     EXPECT_EQ(json::serialize(Document(RunToEnd(bmc.Tool({"pending", "--json"}))).at("settings")),
               R"({"BIOS.BootPromptSeconds":{"current":5,"pending":9}})");
-    EXPECT_EQ(RunToEnd(bmc.Tool({"set", "BootPromptSeconds=9"})).Output, "BIOS.BootPromptSeconds: already 9\n");
+    EXPECT_EQ(RunToEnd(bmc.Tool({"set", "BootPromptSeconds=9"})).Output,
+              "BIOS.BootPromptSeconds: already 9, takes effect after a reboot\n");
 
     set = RunToEnd(bmc.Tool({"set", "BootPromptSeconds=5"}));
     EXPECT_EQ(set.Output, "BIOS.BootPromptSeconds: changed, the BMC shows it in force\n") << set.Errors;

@@ -47,6 +47,7 @@ class SetCommand : public ::testing::Test
                           {"BIOS.Slot", {"A", "B"}}};
     };
     int ReadBacks = 0;
+    WaitingChanges Waiting;
     Tavrine::Tool::Options Given;
     SetFront Front;
 
@@ -56,14 +57,16 @@ class SetCommand : public ::testing::Test
         EXPECT_EQ(PairsFault(Given), "");
         std::vector<SettingPair> pairs;
         EXPECT_FALSE(ReadPairs(Given, -1, pairs));
-        return ChangeSettings(Front, Given, pairs,
-                              [this]
-                              {
-                                  ++ReadBacks;
-                                  auto shown = std::make_unique<ShownFront>();
-                                  Shows(*shown);
-                                  return shown;
-                              });
+        return ChangeSettings(
+            Front, Given, pairs,
+            [this]
+            {
+                ++ReadBacks;
+                auto shown = std::make_unique<ShownFront>();
+                Shows(*shown);
+                return shown;
+            },
+            Waiting);
     }
 
     std::string SetData(const Words& words)
@@ -104,15 +107,46 @@ TEST_F(SetCommand, AValueThatIsInPlaceIsNotSent)
 {
     const Answer answer = Set({"Timeout=10"});
     EXPECT_EQ(answer.Code, 0);
-    EXPECT_EQ(answer.Text, "BIOS.Timeout: already 10\n");
+    EXPECT_EQ(answer.Text, "BIOS.Timeout: already 10, in force\n");
     EXPECT_TRUE(Front.Done.empty());
     EXPECT_EQ(ReadBacks, 0);
+    EXPECT_TRUE(Waiting.Expected.empty());
+}
+
+TEST_F(SetCommand, AValueThatIsOnlyPendingIsToldApartFromOneInForce)
+{
+    Front.Value("Timeout", "5");
+    EXPECT_EQ(Set({"Timeout=10"}).Text, "BIOS.Timeout: already 10, takes effect after a reboot\n");
+    ASSERT_EQ(Waiting.Expected.size(), 1U);
+    EXPECT_EQ(Waiting.Expected[0].Name, "Timeout");
+    EXPECT_EQ(Waiting.Expected[0].Text, "10");
+    EXPECT_EQ(SetData({"Timeout=10"}), R"({"BIOS.Timeout":{"outcome":"already","value":10,"inForce":false}})");
+    EXPECT_TRUE(Front.Done.empty());
+}
+
+TEST_F(SetCommand, WhatWaitsForARebootIsHandedOut)
+{
+    Shows = [](ShownFront& shown)
+    {
+        shown.Group = {Good, {{"BIOS.Timeout", "10"}, {"BIOS.Owner", "you"}}};
+        shown.Compared = {{"BIOS.Timeout", {"10", "20"}}};
+    };
+    EXPECT_EQ(Set({"Timeout=20", "Owner=you", "Secret=hunter2", "NumLock=true", "Mode=Nowhere"}).Code, 10);
+    ASSERT_EQ(Waiting.Expected.size(), 1U);
+    EXPECT_EQ(Waiting.Expected[0].Name, "Timeout");
+    EXPECT_EQ(Waiting.Expected[0].Text, "20");
+    EXPECT_EQ(Waiting.Unreadable, 1U);
+    EXPECT_FALSE(Waiting.Unknown);
+    Front.Changes.insert({"Owner", {24, CutOff, ""}});
+    Shows = [](ShownFront& shown) { shown.Result = {24, "gone", ""}; };
+    Set({"Owner=they"});
+    EXPECT_TRUE(Waiting.Unknown);
 }
 
 TEST_F(SetCommand, InHexadecimalModeNumbersAreComparedAndShownSo)
 {
     Given.Hex = true;
-    EXPECT_EQ(Set({"Timeout=0xa"}).Text, "BIOS.Timeout: already 0xA\n");
+    EXPECT_EQ(Set({"Timeout=0xa"}).Text, "BIOS.Timeout: already 0xA, in force\n");
     EXPECT_EQ(Set({"Timeout=0x14"}).Text, "BIOS.Timeout: changed, takes effect after a reboot\n");
     EXPECT_EQ(Front.Done, Words{"Timeout=0x14"});
     EXPECT_EQ(Set({"Timeout=2Z"}).Code, 10);
@@ -121,7 +155,8 @@ TEST_F(SetCommand, InHexadecimalModeNumbersAreComparedAndShownSo)
 TEST_F(SetCommand, DataTellsOutcomesAndTypedValues)
 {
     EXPECT_EQ(SetData({"Timeout=20", "Mode=Uefi", "NumLock=maybe"}),
-              R"({"BIOS.Timeout":{"outcome":"changed","value":20},"BIOS.Mode":{"outcome":"already","value":"Uefi"},)"
+              R"({"BIOS.Timeout":{"outcome":"changed","value":20,"inForce":false},)"
+              R"("BIOS.Mode":{"outcome":"already","value":"Uefi","inForce":true},)"
               R"("BIOS.NumLock":{"outcome":"refused"}})");
 }
 
@@ -490,7 +525,7 @@ TEST_F(SetCommand, ADryRunSendsNothingAndPrintsTheBodies)
     EXPECT_EQ(answer.Code, 0);
     EXPECT_EQ(answer.Text, "{\"Attributes\":{\"Mode\":\"Legacy\",\"Owner\":\"a\\\"b\",\"Timeout\":20}}\n"
                            "{\"Attributes\":{\"Slot\":\"B\"}}\n");
-    EXPECT_EQ(StderrLines(answer), "tavrine: BIOS.NumLock: already true\n");
+    EXPECT_EQ(StderrLines(answer), "tavrine: BIOS.NumLock: already true, in force\n");
     answer = Set({"Slot=B", "Timeout=21"});
     EXPECT_EQ(answer.Code, 18);
     EXPECT_EQ(answer.Text, "{\"Attributes\":{\"Timeout\":21}}\n");
@@ -499,9 +534,8 @@ TEST_F(SetCommand, ADryRunSendsNothingAndPrintsTheBodies)
 
     Given.Json = true;
     answer = Set({"Timeout=20", "Owner=me"});
-    EXPECT_EQ(
-        json::serialize(answer.Data),
-        R"({"BIOS.Timeout":{"outcome":"would change","value":20},"BIOS.Owner":{"outcome":"already","value":"me"}})");
+    EXPECT_EQ(json::serialize(answer.Data), R"({"BIOS.Timeout":{"outcome":"would change","value":20},)"
+                                            R"("BIOS.Owner":{"outcome":"already","value":"me","inForce":true}})");
     EXPECT_EQ(json::serialize(answer.More), R"({"bodies":[{"Attributes":{"Timeout":20}}]})");
 }
 

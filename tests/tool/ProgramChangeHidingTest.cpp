@@ -1,0 +1,153 @@
+// Where values of settings must not be seen: the log, the process list, files.
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <optional>
+
+#include "ChangeMachine.h"
+#include "FaultyProxy.h"
+#include "InsideRun.h"
+#include "SharedData.h"
+
+using namespace tooltest;
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+using Words = std::vector<std::string>;
+
+constexpr const char* Mark = "Zebra9";
+
+/// Everything that a process shows of itself while it runs.
+struct Shown
+{
+    std::string CommandLine;
+    std::string Environment;
+    /// Regular files that it may write to.
+    Words WrittenFiles;
+};
+
+Shown ShownBy(pid_t id)
+{
+    const fs::path process = fs::path("/proc") / std::to_string(id);
+    Shown shown{testdata::ReadFile(process / "cmdline"), testdata::ReadFile(process / "environ"), {}};
+    for (const auto& entry : fs::directory_iterator(process / "fd"))
+    {
+        std::error_code failure;
+        const bool regular = fs::is_regular_file(entry.path(), failure);
+        std::istringstream info(testdata::ReadFile(process / "fdinfo" / entry.path().filename()));
+        std::string word;
+        while (info >> word && word != "flags:")
+        {
+        }
+        info >> word;
+        if (regular && (std::stoul(word, nullptr, 8) & O_ACCMODE) != O_RDONLY)
+        {
+            shown.WrittenFiles.push_back(fs::read_symlink(entry.path(), failure).string());
+        }
+    }
+    return shown;
+}
+
+std::size_t FilesIn(const fs::path& folder)
+{
+    return static_cast<std::size_t>(
+        std::distance(fs::recursive_directory_iterator(folder), fs::recursive_directory_iterator()));
+}
+
+} // namespace
+
+TEST(ProgramChangeHiding, AValueFromStandardInputIsInNoProcessListAndInNoFile)
+{
+    const ChangeMachine machine;
+    const InsideBmc bmc(machine.Path());
+    const testdata::TemporaryFolder folder;
+    for (const Words& change : {Words{"set", "Owner=-"}, Words{"set", "--no-check", "AdminPassword=-"}})
+    {
+        std::promise<pid_t> started;
+        const std::shared_future<pid_t> id = started.get_future().share();
+        std::vector<Shown> looks;
+        std::size_t files = 0;
+        Finished set;
+        {
+            const FaultyProxy proxy(bmc.Port(),
+                                    [&](int, const std::string&)
+                                    {
+                                        looks.push_back(ShownBy(id.get()));
+                                        files += FilesIn(folder.Path());
+                                        return Fault::None;
+                                    });
+            Launch launch;
+            launch.Arguments = {"--bmc", proxy.Url(), "--user", "admin"};
+            launch.Arguments.insert(launch.Arguments.end(), change.begin(), change.end());
+            launch.Variables = {{"TAVRINE_PASSWORD", "password"}, {"TMPDIR", folder.Path().string()}};
+            launch.Input = std::string(Mark) + Mark + "\n";
+            ChildProcess tool(launch);
+            started.set_value(tool.Id());
+            set = tool.Wait();
+        }
+        EXPECT_EQ(set.Status, 0) << set.Errors;
+        EXPECT_GT(looks.size(), 5U);
+        for (const Shown& look : looks)
+        {
+            EXPECT_NE(look.CommandLine.find(change.back()), std::string::npos) << look.CommandLine;
+            EXPECT_EQ(look.CommandLine.find(Mark), std::string::npos) << look.CommandLine;
+            EXPECT_EQ(look.Environment.find(Mark), std::string::npos);
+            EXPECT_EQ(look.WrittenFiles, Words{});
+        }
+        EXPECT_EQ(files + FilesIn(folder.Path()), 0U);
+    }
+}
+
+TEST(ProgramChangeHiding, NoValueNewOrOldIsInALogBelowLevelFour)
+{
+    const ChangeMachine machine(Mark);
+    const InsideBmc bmc(machine.Path());
+    const testdata::TemporaryFolder folder;
+    const std::string log = (folder.Path() / "log").string();
+    const auto run = [&](const std::string& url, Words words)
+    {
+        words.insert(words.begin(), {"--protected", "--log-file", log, "--log-level", "3"});
+        return InsideRun(url)(words, "Zebra9Input");
+    };
+    for (const Words& words :
+         {Words{"set", "Owner=Zebra9New", "Mode=Zebra9Other"}, Words{"set", "Owner=-"}, Words{"set", "Mode=Zebra9Bad"},
+          Words{"set", "--no-check", "Mode=Zebra9Bad", "Owner=Zebra9New"}, Words{"set", "AdminPassword=-"},
+          Words{"set", "--no-check", "AdminPassword=-"}, Words{"set", "Timeout=Zebra9"}, Words{"set", "Nothing=Zebra9"},
+          Words{"set", "--dry-run", "Owner=Zebra9New"}, Words{"set", "Seal=Zebra9New"},
+          Words{"set", "--no-check", "Seal=Zebra9New"}, Words{"pending"}, Words{"pending", "Seal"}, Words{"show"},
+          Words{"show", "Seal", "Owner", "Mode"}, Words{"set", "--reboot", "--wait", "60", "Owner=Zebra9Last"}})
+    {
+        for (const char* type : {"bios", "uefi"})
+        {
+            Words typed = words;
+            typed.insert(typed.begin(), {"--system-type", type});
+            run(bmc.Url(), typed);
+            for (const Fault fault : {Fault::Busy, Fault::CutAfter})
+            {
+                const FaultyProxy proxy(bmc.Port(),
+                                        [fault](int, const std::string& line)
+                                        {
+                                            const bool change =
+                                                line.starts_with("PATCH ") || line.ends_with(".SetProtectedAttributes");
+                                            return change ? fault : Fault::None;
+                                        });
+                run(proxy.Url(), typed);
+            }
+            const std::string text = testdata::ReadFile(log);
+            EXPECT_NE(text.find(" 3 [] "), std::string::npos);
+            const std::size_t at = text.find(Mark);
+            EXPECT_EQ(at, std::string::npos)
+                << words.back() << ": "
+                << text.substr(text.rfind('\n', at) + 1, text.find('\n', at) - text.rfind('\n', at));
+            fs::remove(log);
+        }
+    }
+    EXPECT_NE(InsideRun(bmc.Url())({"show", "Owner"}).Output.find("Zebra9Last"), std::string::npos);
+}

@@ -1,0 +1,178 @@
+// set --reboot: what was changed is brought into force, and verified with --wait.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include <boost/json/parse.hpp>
+#include <httplib.h>
+
+#include "ChangeMachine.h"
+#include "FaultyProxy.h"
+#include "InsideRun.h"
+
+using namespace tooltest;
+
+namespace json = boost::json;
+
+namespace
+{
+
+using Words = std::vector<std::string>;
+
+constexpr const char* SettingsPath = "/redfish/v1/Systems/1/Bios/Settings";
+
+bool IsReset(const std::string& request) { return request.ends_with("/Actions/ComputerSystem.Reset"); }
+
+bool Says(const std::string& text, const std::string& words) { return text.find(words) != std::string::npos; }
+
+class ProgramChangeReboot : public ::testing::Test
+{
+  public:
+    const ChangeMachine Machine;
+    const InsideBmc Bmc{Machine.Path()};
+    const InsideRun Tool{Bmc.Url()};
+
+    std::size_t Resets() const
+    {
+        const std::vector<bmcsim::AccessRecord> log = Bmc.Simulator().AccessLog();
+        return static_cast<std::size_t>(
+            std::count_if(log.begin(), log.end(), [](const auto& one) { return IsReset(one.Path); }));
+    }
+};
+
+} // namespace
+
+TEST_F(ProgramChangeReboot, ChangesAreVerifiedWhenTheSystemIsBack)
+{
+    const Finished set = Tool({"set", "Timeout=20", "Owner=you", "Mode=Uefi", "--reboot", "--wait", "60"});
+    EXPECT_EQ(set.Status, 0) << set.Errors;
+    EXPECT_EQ(set.Output, "BIOS.Timeout: changed, takes effect after a reboot\n"
+                          "BIOS.Owner: changed, takes effect after a reboot\n"
+                          "BIOS.Mode: already Uefi, in force\n"
+                          "2 of 2 new values are in force\n");
+    EXPECT_EQ(Resets(), 1U);
+    EXPECT_EQ(Tool({"show", "Timeout", "Owner"}).Output, "BIOS.Owner=you\nBIOS.Timeout=20\n");
+}
+
+TEST_F(ProgramChangeReboot, DataTellsWhatIsInForce)
+{
+    const Finished set = Tool({"--hex", "set", "Timeout=0x14", "Mode=Legacy", "--reboot", "--wait", "60", "--json"});
+    EXPECT_EQ(set.Status, 0) << set.Errors;
+    const json::value document = json::parse(set.Output);
+    EXPECT_EQ(document.at("verified"), (json::object{{"BIOS.Timeout", "in force"}, {"BIOS.Mode", "in force"}}));
+    EXPECT_EQ(document.at("settings").at("BIOS.Timeout"),
+              (json::object{{"outcome", "changed"}, {"value", 20}, {"inForce", false}}));
+}
+
+TEST_F(ProgramChangeReboot, ProtectedSettingsAreVerifiedAndPasswordsAreSaidNotToBe)
+{
+    const Finished set = Tool({"--system-type", "uefi", "--protected", "set", "Seal=broken", "AdminPassword=hunter2",
+                               "--reboot", "--wait", "60"});
+    EXPECT_EQ(set.Status, 0) << set.Errors;
+    EXPECT_TRUE(Says(set.Output, "1 of 1 new values are in force\n")) << set.Output;
+    EXPECT_TRUE(Says(set.Errors, "passwords cannot be read, so that whether they are in force is not verified"))
+        << set.Errors;
+}
+
+TEST_F(ProgramChangeReboot, APasswordAloneIsReasonEnough)
+{
+    const Finished set = Tool({"set", "AdminPassword=-", "--reboot", "--wait", "60"}, "hunter2\n");
+    EXPECT_EQ(set.Status, 0) << set.Errors;
+    EXPECT_EQ(set.Output, "BIOS.AdminPassword: changed, takes effect after a reboot\n");
+    EXPECT_EQ(Resets(), 1U);
+}
+
+TEST_F(ProgramChangeReboot, WithoutWaitTheRestartIsOnlyAskedFor)
+{
+    const Finished set = Tool({"set", "Timeout=20", "--reboot"});
+    EXPECT_EQ(set.Status, 0) << set.Errors;
+    EXPECT_EQ(set.Output, "BIOS.Timeout: changed, takes effect after a reboot\n");
+    EXPECT_TRUE(Says(set.Errors, "restart requested (GracefulRestart)")) << set.Errors;
+    EXPECT_EQ(Resets(), 1U);
+}
+
+TEST_F(ProgramChangeReboot, WhatIsPendingAlreadyIsBroughtIntoForceToo)
+{
+    EXPECT_EQ(Tool({"set", "Timeout=20"}).Status, 0);
+    const Finished set = Tool({"set", "Timeout=20", "--reboot", "--wait", "60"});
+    EXPECT_EQ(set.Status, 0) << set.Errors;
+    EXPECT_EQ(set.Output, "BIOS.Timeout: already 20, takes effect after a reboot\n"
+                          "1 of 1 new values are in force\n");
+}
+
+TEST_F(ProgramChangeReboot, WhereNothingWaitsNothingIsRestarted)
+{
+    const Finished already = Tool({"set", "Timeout=10", "--reboot", "--wait", "60"});
+    EXPECT_EQ(already.Status, 0) << already.Errors;
+    EXPECT_TRUE(Says(already.Errors, "not restarted, since nothing waits for it")) << already.Errors;
+    const Finished refused = Tool({"set", "Timeout=999", "--reboot", "--wait", "60"});
+    EXPECT_EQ(refused.Status, 10);
+    EXPECT_TRUE(Says(refused.Errors, "not restarted, since nothing waits for it")) << refused.Errors;
+    EXPECT_EQ(Resets(), 0U);
+}
+
+TEST_F(ProgramChangeReboot, AnOpenChangeIsNotFollowedByARestart)
+{
+    const FaultyProxy proxy(Bmc.Port(), [](int, const std::string& line)
+                            { return line.starts_with("PATCH ") ? Fault::CutBefore : Fault::None; });
+    const Finished set = InsideRun(proxy.Url())({"set", "Timeout=20", "--reboot", "--wait", "60"});
+    EXPECT_EQ(set.Status, 24);
+    EXPECT_TRUE(Says(set.Errors, "not restarted, since what the BMC has received is not known")) << set.Errors;
+    EXPECT_EQ(Resets(), 0U);
+}
+
+TEST_F(ProgramChangeReboot, AValueThatTheBmcDidNotTakeIsAFailure)
+{
+    // Somebody else changes it once more before the restart.
+    const FaultyProxy proxy(Bmc.Port(),
+                            [&](int, const std::string& line)
+                            {
+                                if (IsReset(line))
+                                {
+                                    httplib::Client other(Bmc.Url());
+                                    other.set_basic_auth("admin", "password");
+                                    const auto answer = other.Patch(SettingsPath, R"({"Attributes":{"Timeout":7}})",
+                                                                    "application/json");
+                                    EXPECT_TRUE(answer && answer->status == 200);
+                                }
+                                return Fault::None;
+                            });
+    const Finished set = InsideRun(proxy.Url())({"set", "Timeout=20", "Owner=you", "--reboot", "--wait", "60"});
+    EXPECT_EQ(set.Status, 18);
+    EXPECT_TRUE(Says(set.Output, "1 of 2 new values are in force\n")) << set.Output;
+    EXPECT_TRUE(Says(set.Errors, "BIOS.Timeout: the new value is not in force after the reboot; it is 7"))
+        << set.Errors;
+    EXPECT_FALSE(Says(set.Errors, "BIOS.Owner")) << set.Errors;
+}
+
+TEST_F(ProgramChangeReboot, ABmcThatDoesNotComeBackIsAFailure)
+{
+    const FaultyProxy proxy(Bmc.Port(), [](int, const std::string& line)
+                            { return IsReset(line) ? Fault::GoneAfter : Fault::None; });
+    const Finished set = InsideRun(proxy.Url())({"set", "Timeout=20", "--reboot", "--wait", "1"});
+    EXPECT_EQ(set.Status, 24);
+    EXPECT_TRUE(Says(set.Output, "BIOS.Timeout: changed, takes effect after a reboot\n")) << set.Output;
+    EXPECT_TRUE(Says(set.Errors, "The BMC did not come back within the time to wait")) << set.Errors;
+    EXPECT_TRUE(Says(set.Errors, "whether the changes are in force is not known")) << set.Errors;
+}
+
+TEST_F(ProgramChangeReboot, ARefusedRestartLeavesTheChangePending)
+{
+    const FaultyProxy proxy(Bmc.Port(),
+                            [](int, const std::string& line) { return IsReset(line) ? Fault::Busy : Fault::None; });
+    const Finished set = InsideRun(proxy.Url())({"set", "Timeout=20", "--reboot", "--wait", "60"});
+    EXPECT_EQ(set.Status, 33);
+    EXPECT_TRUE(Says(set.Errors, "The system was not restarted: ")) << set.Errors;
+    EXPECT_EQ(Tool({"pending"}).Output, "BIOS.Timeout=10 -> 20\n");
+}
+
+TEST_F(ProgramChangeReboot, OptionsThatContradictAreRefused)
+{
+    const Finished dry = Tool({"set", "Timeout=20", "--dry-run", "--reboot"});
+    EXPECT_EQ(dry.Status, 64);
+    EXPECT_TRUE(Says(dry.Errors, "--dry-run and --reboot exclude each other")) << dry.Errors;
+    EXPECT_EQ(Tool({"set", "Timeout=20", "--wait", "60"}).Status, 64);
+    EXPECT_EQ(Tool({"set", "--reboot"}).Status, 64);
+    EXPECT_TRUE(Bmc.Simulator().AccessLog().empty());
+}
