@@ -55,6 +55,11 @@ int StopSignal() { return caughtSignal; }
 
 bool WaitForInput(int descriptor)
 {
+    if (descriptor < 0)
+    {
+        errno = EBADF; // ppoll would wait for ever
+        return false;
+    }
     sigset_t stops;
     sigset_t former;
     sigemptyset(&stops);

@@ -211,8 +211,10 @@ class FaultyProxy::Impl
         }
         if (fault == Fault::GoneAfter)
         {
-            m_Listener.Close(); // before the answer, so that the next request finds nobody
-            SendAll(client, answer);
+            // Before the answer, which says that the connection ends, so that the next
+            // request finds nobody.
+            m_Listener.Close();
+            SendAll(client, answer.insert(answer.find("\r\n") + 2, "Connection: close\r\n"));
             return false;
         }
         return SendAll(client, answer);

@@ -262,5 +262,48 @@ TEST_P(FailingBmc, IsToldTrulyAtEachRequest)
     EXPECT_EQ(changesHit, Asked.Requests);
 }
 
+namespace
+{
+
+/// The same of one change, by the words that people read.
+class FailingBmcText : public ::testing::TestWithParam<NamedFault>
+{
+  public:
+    const ChangeMachine Machine;
+};
+
+} // namespace
+
+TEST_P(FailingBmcText, TellsTrulyAtEachRequest)
+{
+    const NamedFault fault = GetParam();
+    std::string hit = "none yet";
+    for (int number = 1; !hit.empty(); ++number)
+    {
+        ASSERT_LT(number, 60);
+        const InsideBmc bmc(Machine.Path());
+        hit.clear();
+        const FaultyProxy proxy(bmc.Port(),
+                                [&](int request, const std::string& line)
+                                {
+                                    hit = request == number ? line : hit;
+                                    return request == number ? fault.Kind : Fault::None;
+                                });
+        const Finished set = InsideRun(proxy.Url())({"set", "Timeout=20"});
+        SCOPED_TRACE(hit + "\n" + set.Output + set.Errors);
+        const bool changed = PendingOf(bmc).contains("Timeout");
+        const bool claims = set.Output.starts_with("BIOS.Timeout: changed, takes effect after a reboot\n");
+        const bool open =
+            set.Errors.find("BIOS.Timeout: whether the change was done is not known") != std::string::npos;
+        const bool denies = set.Errors.find("BIOS.Timeout: not ") != std::string::npos;
+        EXPECT_EQ(set.Status == 0, claims);
+        EXPECT_TRUE(claims || set.Status == 24 || set.Status == 26 || set.Status == 33);
+        EXPECT_TRUE(changed ? claims != open && !denies : !claims && !(open && denies));
+        EXPECT_TRUE(set.Output.empty() != claims);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(ProgramChange, FailingBmcText, testing::ValuesIn(Faults),
+                         [](const auto& fault) { return std::string(fault.param.Name); });
 INSTANTIATE_TEST_SUITE_P(ProgramChange, FailingBmc,
                          testing::Combine(testing::ValuesIn(Changes), testing::ValuesIn(Faults)), NameOfCase);

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <fcntl.h>
+#include <limits>
 #include <thread>
 #include <unistd.h>
 
@@ -124,11 +125,17 @@ TEST(SettingPairs, AValueFromStandardInputHasALimit)
 
 TEST(SettingPairs, AStandardInputThatCannotBeReadIsAFailure)
 {
-    std::vector<SettingPair> pairs;
     const int unreadable = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    const std::optional<Failure> failure = ReadPairs(With({"A=-"}), unreadable, pairs);
+    ASSERT_GE(unreadable, 0);
+    // Numbers that no descriptor has: one that means none, and one out of reach.
+    for (const int input : {unreadable, -1, std::numeric_limits<int>::max()})
+    {
+        std::vector<SettingPair> pairs;
+        const std::optional<Failure> failure = ReadPairs(With({"A=-"}), input, pairs);
+        ASSERT_TRUE(failure) << input;
+        EXPECT_EQ(failure->Code, 16);
+        EXPECT_EQ(failure->Setting, "BIOS.A");
+        EXPECT_NE(failure->Message.find("Bad file descriptor"), std::string::npos) << failure->Message;
+    }
     close(unreadable);
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->Code, 16);
-    EXPECT_EQ(failure->Setting, "BIOS.A");
 }
