@@ -45,7 +45,7 @@ class RedfishClient;
 ///
 /// The message of a change that got no answer ends in what is known of it: "nothing was
 /// sent", "the change was not done" (turned away, and the new login failed), or
-/// "whether the change was done is not known".
+/// "whether the change was done is not known". DeliveryIn (ChangeDelivery.h) reads it.
 class TAVRINE_EXPORT BMCBaseAssistant
 {
   public:

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string_view>
 #include <utility>
 
 #include <boost/json/parse.hpp>
 
+#include "ChangeDelivery.h"
 #include "JsonOutput.h"
 #include "MissingActions.h"
 #include "Options.h"
@@ -42,22 +42,6 @@ enum class RequestEnd
     Unknown,
 };
 
-/// What the client says of a request without an answer, or that it kept back; and of a
-/// BMC that looked at no change.
-struct EndByWords
-{
-    std::string_view Words;
-    RequestEnd End;
-};
-constexpr EndByWords EndsByWords[] = {
-    {"whether the change was done is not known", RequestEnd::Unknown},
-    {"nothing was sent", RequestEnd::NotSent},
-    {" was not sent to ", RequestEnd::NotSent},
-    {"the change was not done", RequestEnd::TurnedAway},
-    {"(401 Unauthorized)", RequestEnd::TurnedAway},
-    {"(403 Forbidden)", RequestEnd::TurnedAway},
-};
-
 struct EndByCode
 {
     int Code;
@@ -75,12 +59,11 @@ RequestEnd EndOf(int code, const std::string& message)
     {
         return RequestEnd::Accepted;
     }
-    for (const EndByWords& end : EndsByWords)
+    if (const std::optional<Delivery> told = DeliveryIn(message))
     {
-        if (message.find(end.Words) != std::string::npos)
-        {
-            return end.End;
-        }
+        return *told == Delivery::NotSent      ? RequestEnd::NotSent
+               : *told == Delivery::TurnedAway ? RequestEnd::TurnedAway
+                                               : RequestEnd::Unknown;
     }
     if (code == CodeBmcInternal && message == "BMC internal error.")
     {
@@ -259,7 +242,7 @@ class Sender
             m_ToReadBack.emplace_back(&setting, end);
             break;
         case RequestEnd::Unknown:
-            because(SetOutcome::Unknown, "whether the change was done is not known");
+            because(SetOutcome::Unknown, std::string(DeliveryWords::OutcomeUnknown));
             m_ToReadBack.emplace_back(&setting, end);
             break;
         }

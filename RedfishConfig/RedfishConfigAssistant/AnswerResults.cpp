@@ -8,6 +8,7 @@
 #include <curl/curl.h>
 #include <fmt/format.h>
 
+#include "ChangeDelivery.h"
 #include "PlainText.h"
 
 namespace Tavrine
@@ -127,14 +128,14 @@ RedfishConfigResult Unauthorized(const Judged& judged)
 {
     const char* const cause = judged.Request.WithCredentials ? "it refuses the user name or the password"
                                                              : "it asks for a user name and a password";
-    return {24, Ended(fmt::format("{}: {} ({})", judged.Request.Place, cause, StatusText(401)), judged.Words), ""};
+    return {24, Ended(fmt::format("{}: {} {}", judged.Request.Place, cause, DeliveryWords::NoLogin), judged.Words), ""};
 }
 
 RedfishConfigResult Forbidden(const Judged& judged)
 {
     return {24,
-            Ended(fmt::format("{}: the account has not the privilege for {} ({})", judged.Request.Place, judged.Call(),
-                              StatusText(403)),
+            Ended(fmt::format("{}: the account has not the privilege for {} {}", judged.Request.Place, judged.Call(),
+                              DeliveryWords::NoPrivilege),
                   judged.Words),
             ""};
 }

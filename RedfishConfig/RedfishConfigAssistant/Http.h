@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "ChangeDelivery.h"
 #include "ValueTypes.h"
 
 namespace Tavrine
@@ -56,16 +57,6 @@ struct HttpAnswer
         const auto found = Headers.find(lowerName);
         return found == Headers.end() ? std::string() : found->second;
     }
-};
-
-/// How far a request that has no answer came.
-enum class Delivery
-{
-    NotSent,
-    /// The BMC turned it away and did nothing.
-    TurnedAway,
-    /// Part of it or all of it went out; what became of it is not known.
-    Sent,
 };
 
 /// Why there is no answer: never mixed with an answer's status.

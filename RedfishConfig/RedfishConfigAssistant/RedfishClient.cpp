@@ -7,6 +7,7 @@
 
 #include "AbortFlag.h"
 #include "AnswerResults.h"
+#include "ChangeDelivery.h"
 #include "JsonText.h"
 #include "Log.h"
 #include "TaskFollower.h"
@@ -75,8 +76,6 @@ std::string Call(const HttpRequest& request)
     return fmt::format("{} {}", VerbName(request.Verb), CleanText(request.Path, 300));
 }
 
-constexpr std::string_view OutcomeUnknown = "whether the change was done is not known";
-
 std::string_view WithoutPoint(std::string_view text)
 {
     text.remove_suffix(text.ends_with('.') ? 1 : 0);
@@ -86,9 +85,7 @@ std::string_view WithoutPoint(std::string_view text)
 /// What is known of a change that got no answer.
 std::string TextAfterChange(const TransportFault& fault)
 {
-    // In the order of Delivery.
-    constexpr std::string_view known[] = {"nothing was sent", "the change was not done", OutcomeUnknown};
-    return fmt::format("{}; {}.", WithoutPoint(fault.Text), known[static_cast<std::size_t>(fault.Reached)]);
+    return fmt::format("{}; {}.", WithoutPoint(fault.Text), WordsOf(fault.Reached));
 }
 
 } // namespace
@@ -213,7 +210,7 @@ RedfishConfigResult RedfishClient::ConcludeTask(const HttpRequest& request, std:
     {
         return {task->Code,
                 fmt::format("{}: the BMC accepted {} {}; {}.", m_Connection.Place().Text(), Call(request),
-                            WithoutPoint(task->Doubt), OutcomeUnknown),
+                            WithoutPoint(task->Doubt), DeliveryWords::OutcomeUnknown),
                 ""};
     }
     const bool reset = AsksForReset(exchange.Answer);
@@ -227,7 +224,7 @@ std::string RedfishClient::RequestFault(const HttpRequest& request) const
     std::string fault = PathFault(request.Path);
     if (!fault.empty())
     {
-        return fmt::format("{} was not sent to {}: the path is unusable, {}.", Call(request),
+        return fmt::format("{}{}{}: the path is unusable, {}.", Call(request), DeliveryWords::KeptBack,
                            m_Connection.Place().Text(), fault);
     }
     static const SettingStringMap none;
@@ -236,7 +233,7 @@ std::string RedfishClient::RequestFault(const HttpRequest& request) const
         fault = HeaderFault(name, value);
         if (!fault.empty())
         {
-            return fmt::format("{} was not sent to {}: the header \"{}\" is unusable, {}.", Call(request),
+            return fmt::format("{}{}{}: the header \"{}\" is unusable, {}.", Call(request), DeliveryWords::KeptBack,
                                m_Connection.Place().Text(), CleanText(name, 100), fault);
         }
     }

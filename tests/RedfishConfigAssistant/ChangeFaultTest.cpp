@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include "BmcConnection.h"
+#include "ChangeDelivery.h"
 #include "RawServer.h"
 #include "TestServer.h"
 
@@ -174,7 +175,34 @@ TEST(ChangeFault, AChangeTurnedAwayWithTheSessionWasNotDone)
         });
     TavrineConnection::BmcConnection connection(server.Info(), {});
     EXPECT_THAT(connection.OpenSession(), HasCode(0));
-    EXPECT_THAT(Patch(connection.Info()), Fails(24, "the password (401 Unauthorized); the change was not done."));
+    RedfishConfigResult result = Patch(connection.Info());
+    EXPECT_THAT(result, Fails(24, "the password (401 Unauthorized); the change was not done."));
+    EXPECT_EQ(DeliveryIn(result.ErrorMsg()), Delivery::TurnedAway);
+}
+
+TEST(ChangeFault, HowFarAChangeCameIsReadFromItsMessage)
+{
+    const auto told = [](const TavrineConnection::ConnectionInfo& info, const std::string& path = "/x")
+    {
+        std::vector<RedfishConfigResult> errors;
+        return DeliveryIn(BMCBaseAssistant(info, Kind).PatchData(path, "{}", errors, true, {}).ErrorMsg());
+    };
+    TavrineConnection::ConnectionInfo nobody;
+    nobody.Host = "127.0.0.1";
+    nobody.Port = ClosedPort();
+    EXPECT_EQ(told(nobody), Delivery::NotSent);
+    const RawServer silent([](int socket, unsigned int) { ReadRequest(socket); });
+    EXPECT_EQ(told(silent.Info()), Delivery::Sent);
+    EXPECT_EQ(told(silent.Info(), "/a b"), Delivery::NotSent);
+    const std::pair<int, std::optional<Delivery>> answers[] = {
+        {400, std::nullopt}, {401, Delivery::TurnedAway}, {403, Delivery::TurnedAway},
+        {500, std::nullopt}, {503, std::nullopt},
+    };
+    for (const auto& [status, delivery] : answers)
+    {
+        const TestServer server(Status(status));
+        EXPECT_EQ(told(server.Info()), delivery) << status;
+    }
 }
 
 TEST(ChangeFault, AFailedReadSaysNothingOfChanges)
