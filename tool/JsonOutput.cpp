@@ -19,8 +19,15 @@ std::string ValidUtf8(std::string_view text)
 {
     std::string out;
     out.reserve(text.size());
-    while (!text.empty())
+    for (;;)
     {
+        const std::size_t plain = PlainLength(text);
+        out += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty())
+        {
+            return out;
+        }
         const std::size_t length = Utf8Length(text);
         if (length == 0)
         {
@@ -29,7 +36,6 @@ std::string ValidUtf8(std::string_view text)
         out += text.substr(0, length);
         text.remove_prefix(std::max<std::size_t>(length, 1));
     }
-    return out;
 }
 
 std::string JsonDocument(const Answer& answer, const char* member)

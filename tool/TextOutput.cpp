@@ -66,8 +66,15 @@ std::string Escaped(std::string_view text, bool backslashToo)
 {
     std::string out;
     out.reserve(text.size());
-    while (!text.empty())
+    for (;;)
     {
+        const std::size_t plain = PlainLength(text);
+        out += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty())
+        {
+            return out;
+        }
         const std::size_t length = Utf8Length(text);
         const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
         if (length == 0 || IsControl(character))
@@ -84,7 +91,6 @@ std::string Escaped(std::string_view text, bool backslashToo)
         }
         text.remove_prefix(character.size());
     }
-    return out;
 }
 
 struct MenuNode
@@ -140,6 +146,16 @@ void AppendTree(std::string& out, const MenuNode& node, std::size_t depth)
 }
 
 } // namespace
+
+std::size_t PlainLength(std::string_view text)
+{
+    std::size_t length = 0;
+    while (length < text.size() && text[length] >= ' ' && text[length] <= '~' && text[length] != '\\')
+    {
+        ++length;
+    }
+    return length;
+}
 
 std::size_t Utf8Length(std::string_view text)
 {

@@ -31,6 +31,10 @@ std::string GroupLines(const SettingGroupMap& groups);
 /// nothing but a single other menu shares its line.
 std::string GroupTree(const SettingGroupMap& groups);
 
+/// Bytes at the front that stand for themselves wherever they are written: printable ASCII
+/// without the backslash. Most of most texts.
+std::size_t PlainLength(std::string_view text);
+
 /// The length of the UTF-8 character at the start of `text`, 0 where that is none.
 std::size_t Utf8Length(std::string_view text);
 
