@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <string>
 #include <sys/stat.h>
+#include <vector>
 
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
@@ -148,7 +152,11 @@ TEST_F(ProgramReturn, HostileFilesAreNamedAndNothingIsSent)
     const std::string before = Run({"show"}).Output;
     for (const std::string content :
          {R"({"settings":{"UEFI.BootFailLimit":{}}})", R"({"settings":{"UEFI.BootFailLimit":"3)",
-          "UEFI.BootFailLimit=3\nUEFI.BootFailLimit=4\n", "{\"settings\":{\"UEFI.BootFailLimit\":\"\xFF\"}}"})
+          R"({"settings":{"UEFI.BootFailLimit":"3","UEFI.BootFailLimit":"4"}})",
+          "UEFI.BootFailLimit=3\nUEFI.BootFailLimit=4\n", "UEFI.BootFailLimit=\xFF\n", "UEFI.BootFailLimit=\\x4\n",
+          R"({"settings":{"UEFI.BootFailLimit":null,"UEFI.BootFailLimit":"3"}})",
+          R"({"settings":{"UEFI.BootFailLimit":1.5}})", R"({"settings":{"UEFI.BootFailLimit":["3"]}})",
+          "{\"settings\":{\"UEFI.BootFailLimit\":\"\xFF\"}}"})
     {
         Folder().Write("hostile", content);
         const Finished restored = Run({"restore", Name("hostile")});
@@ -158,6 +166,54 @@ TEST_F(ProgramReturn, HostileFilesAreNamedAndNothingIsSent)
     }
     EXPECT_EQ(Run({"pending"}).Output, "Nothing is pending.\n");
     EXPECT_EQ(Run({"show"}).Output, before);
+}
+
+TEST_F(ProgramReturn, AHundredThousandUnknownNamesAreLeftOut)
+{
+    constexpr int Count = 100'000;
+    std::string lines = "UEFI.BootFailLimit=3\n";
+    for (int number = 0; number < Count; ++number)
+    {
+        lines += "UEFI.Strange" + std::to_string(Count + number) + "=x\n";
+    }
+    Folder().Write("many.conf", lines);
+    const Finished restored = Run({"restore", Name("many.conf")});
+    EXPECT_EQ(restored.Status, 20);
+    EXPECT_EQ(restored.Errors,
+              "tavrine: 20 100000 settings of the file are not known to this system and left out: Strange100000, "
+              "Strange100001, Strange100002, Strange100003, Strange100004 and 99995 more\n"
+              "tavrine: cause: file " +
+                  Name("many.conf") +
+                  "\n"
+                  "tavrine: warning: the file does not tell which system it is from\n");
+    EXPECT_EQ(std::count(restored.Output.begin(), restored.Output.end(), '\n'), Count + 1);
+    EXPECT_TRUE(restored.Output.starts_with("UEFI.BootFailLimit\t3\tsent, takes effect after a reboot\n"));
+    EXPECT_EQ(Run({"pending"}).Output, "UEFI.BootFailLimit=5 -> 3\n");
+}
+
+TEST_F(ProgramReturn, AnExistingFileOutlivesASaveThatCannotRead)
+{
+    const RunningBmc bmc;
+    Folder().Write("saved.json", "what was there");
+    Launch launch = bmc.Tool({"save", Name("saved.json")});
+    launch.Variables["TAVRINE_PASSWORD"] = "wrong";
+    EXPECT_EQ(RunToEnd(launch).Status, 24);
+    EXPECT_EQ(Content("saved.json"), "what was there");
+}
+
+TEST_F(ProgramReturn, ADeviceIsNoPlaceForASave)
+{
+    const Finished device = Run({"save", "/dev/full"});
+    EXPECT_EQ(device.Status, 38);
+    EXPECT_NE(device.Errors.find("Unable to write the file /dev/full: is no plain file"), std::string::npos)
+        << device.Errors;
+    Launch launch;
+    launch.Arguments = {"--simulate", "save"};
+    launch.OutputFile = "/dev/full";
+    const Finished full = RunToEnd(launch);
+    EXPECT_EQ(full.Status, 15);
+    EXPECT_NE(full.Errors.find("Unable to write to standard output: No space left on device"), std::string::npos)
+        << full.Errors;
 }
 
 TEST_F(ProgramReturn, AnExistingFileOutlivesAFullDisk)

@@ -1,0 +1,211 @@
+#include "LoadDefaultCommand.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "FakeFront.h"
+#include "Options.h"
+
+using namespace Tavrine::Tool;
+using namespace tooltest;
+
+namespace
+{
+
+/// What the library and the BMC say; the objects that are made for each question answer
+/// from here.
+struct Script
+{
+    /// Setting and request of each call.
+    std::vector<std::pair<std::string, std::string>> Asked;
+    /// By setting; 1 where there is none.
+    std::map<std::string, RedfishConfigResult> Answers;
+    RedfishConfigResult Read{0, "", ""};
+    SettingStringMap Effective;
+    SettingCompareMap Pending;
+};
+
+class ScriptedFront : public FakeFront
+{
+  public:
+    explicit ScriptedFront(Script& script) : m_Script(script) {}
+
+    RedfishConfigResult PostDefaultvalue(const std::string& setting, const std::string& request) override
+    {
+        m_Script.Asked.emplace_back(setting, request);
+        const auto answer = m_Script.Answers.find(setting);
+        return answer != m_Script.Answers.end() ? answer->second : RedfishConfigResult(1, "", "");
+    }
+    RedfishConfigResult CompareSettingPendingValues(SettingCompareMap& values, const std::string&) override
+    {
+        values = m_Script.Pending;
+        return m_Script.Read == 0 && m_Script.Pending.empty() ? RedfishConfigResult(2, "", "") : m_Script.Read;
+    }
+    RedfishConfigResult QueryGroupSettingValues(SettingStringMap& values) override
+    {
+        values = m_Script.Effective;
+        return m_Script.Read;
+    }
+
+  private:
+    Script& m_Script;
+};
+
+Options OptionsFor(const std::vector<std::string>& names)
+{
+    Options options;
+    options.Names = names;
+    return options;
+}
+
+Answer Load(Script& script, const std::vector<std::string>& names, std::vector<ExpectedValue>& expected)
+{
+    return LoadSingleDefaults(
+        OptionsFor(names), [&] { return std::make_unique<ScriptedFront>(script); }, expected);
+}
+
+Answer Load(Script& script, const std::vector<std::string>& names)
+{
+    std::vector<ExpectedValue> expected;
+    return Load(script, names, expected);
+}
+
+using Calls = std::vector<std::pair<std::string, std::string>>;
+
+} // namespace
+
+TEST(LoadDefaultCommand, WhatStandsForAllStandsAlone)
+{
+    struct Case
+    {
+        std::vector<std::string> Names;
+        bool Post;
+        bool Yes;
+        std::string Fault;
+    };
+    const Case cases[] = {
+        {{"BIOS"}, false, true, ""},
+        {{"bios"}, true, true, ""},
+        {{"BIOS"},
+         false,
+         false,
+         "This resets all settings of the system to their defaults; without a terminal to ask on it needs --yes"},
+        {{"BIOS"},
+         true,
+         false,
+         "This sets all settings of the system to their defaults at its next start; without a terminal to ask on it "
+         "needs --yes"},
+        {{"UEFI"}, false, true, "UEFI is not the prefix in force, which is BIOS"},
+        {{"BIOS", "A"}, false, true, "BIOS stands for all settings and takes no other names beside it"},
+        {{"A", "uefi"}, false, true, "uefi stands for all settings and takes no other names beside it"},
+        {{"A*"}, false, true, "loaddefault takes no patterns"},
+        {{""}, false, true, "loaddefault needs names that are not empty"},
+        {{"BIOS."}, false, true, "loaddefault needs names that are not empty"},
+        {{"A"}, true, true, "--post needs the one name BIOS"},
+        {{"A", "BIOS.B"}, false, false, ""},
+    };
+    for (const Case& one : cases)
+    {
+        Options options = OptionsFor(one.Names);
+        options.Post = one.Post;
+        options.Yes = one.Yes;
+        EXPECT_EQ(LoadDefaultFault(options), one.Fault) << one.Names.front();
+    }
+}
+
+TEST(LoadDefaultCommand, AllDefaultsAreAskedForByOneOfTwoRequests)
+{
+    for (const bool post : {false, true})
+    {
+        Script script;
+        Options options = OptionsFor({"BIOS"});
+        options.Post = post;
+        ScriptedFront front(script);
+        const Answer answer = LoadAllDefaults(front, options);
+        EXPECT_EQ(answer.Code, 0);
+        EXPECT_EQ(answer.Text, "BIOS: sent, takes effect after a reboot\n");
+        EXPECT_EQ(script.Asked, (Calls{{"", post ? "post" : "reset-bios"}}));
+    }
+}
+
+TEST(LoadDefaultCommand, ARefusedLoadOfAllIsAFailure)
+{
+    Script script;
+    script.Answers.emplace("", RedfishConfigResult(28, "refused", ""));
+    ScriptedFront front(script);
+    const Answer answer = LoadAllDefaults(front, OptionsFor({"BIOS"}));
+    EXPECT_EQ(answer.Code, 28);
+    EXPECT_EQ(answer.Text, "");
+}
+
+TEST(LoadDefaultCommand, EachSettingIsToldByWhatTheBmcShows)
+{
+    struct Case
+    {
+        const char* What;
+        int Code;
+        int Read;
+        SettingStringMap Effective;
+        SettingCompareMap Pending;
+        std::string Word;
+        int Exit;
+    };
+    const SettingStringMap shown = {{"BIOS.A", "1"}};
+    const Case cases[] = {
+        {"accepted and shown", 1, 0, shown, {{"BIOS.A", {"1", "5"}}}, "sent, takes effect after a reboot", 0},
+        {"accepted, not shown", 1, 0, shown, {}, "unknown", 18},
+        {"accepted, unreadable", 1, 24, {}, {}, "sent, takes effect after a reboot", 0},
+        {"nothing to do", 0, 0, shown, {}, "in place", 0},
+        {"waits already", 0, 0, shown, {{"BIOS.A", {"1", "5"}}}, "sent, takes effect after a reboot", 0},
+    };
+    for (const Case& one : cases)
+    {
+        Script script;
+        script.Answers.emplace("A", RedfishConfigResult(one.Code, "", ""));
+        script.Read = RedfishConfigResult(one.Read, "", "");
+        script.Effective = one.Effective;
+        script.Pending = one.Pending;
+        std::vector<ExpectedValue> expected;
+        const Answer answer = Load(script, {"BIOS.A"}, expected);
+        EXPECT_EQ(answer.Text, "BIOS.A: " + one.Word + "\n") << one.What;
+        EXPECT_EQ(answer.Code, one.Exit) << one.What;
+        EXPECT_EQ(expected.size(), one.Pending.size()) << one.What;
+        EXPECT_EQ(script.Asked, (Calls{{"A", ""}})) << one.What;
+    }
+}
+
+TEST(LoadDefaultCommand, OneRefusedSettingDoesNotKeepTheOthersBack)
+{
+    Script script;
+    script.Answers.emplace("B", RedfishConfigResult(21, "B has no default", "BIOS.B"));
+    script.Effective = {{"BIOS.A", "1"}, {"BIOS.B", "1"}, {"BIOS.C", "1"}};
+    script.Pending = {{"BIOS.A", {"1", "5"}}, {"BIOS.C", {"1", "6"}}};
+    std::vector<ExpectedValue> expected;
+    const Answer answer = Load(script, {"A", "B", "BIOS.C", "A"}, expected);
+    EXPECT_EQ(script.Asked, (Calls{{"A", ""}, {"B", ""}, {"C", ""}}));
+    EXPECT_EQ(answer.Code, 21);
+    ASSERT_EQ(answer.Errors.size(), 1U);
+    EXPECT_EQ(answer.Errors[0].Setting, "BIOS.B");
+    EXPECT_EQ(answer.Text, "BIOS.A: sent, takes effect after a reboot\nBIOS.C: sent, takes effect after a reboot\n");
+    ASSERT_EQ(expected.size(), 2U);
+    EXPECT_EQ(expected[0].Name + "=" + expected[0].Text, "A=5");
+    EXPECT_EQ(expected[1].Name + "=" + expected[1].Text, "C=6");
+}
+
+TEST(LoadDefaultCommand, BehindALostConnectionNothingElseIsSent)
+{
+    Script script;
+    script.Answers.emplace("B", RedfishConfigResult(24, "gone", ""));
+    script.Read = RedfishConfigResult(24, "gone", "");
+    const Answer answer = Load(script, {"A", "B", "C", "D"});
+    EXPECT_EQ(script.Asked, (Calls{{"A", ""}, {"B", ""}}));
+    EXPECT_EQ(answer.Code, 24);
+    ASSERT_EQ(answer.Errors.size(), 3U);
+    EXPECT_EQ(answer.Errors[1].Message, "BIOS.C: not sent, since a request before it failed");
+    EXPECT_EQ(answer.Errors[2].Setting, "BIOS.D");
+}
