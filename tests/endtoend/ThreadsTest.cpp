@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <latch>
 #include <map>
 #include <string>
@@ -72,6 +73,15 @@ void ReadAll(BiosRedfishConfigProc& proc, const std::string& own, Faults& faults
     faults.Expect(proc.CompareSettingDefaultValues(compared, own), 0, "CompareSettingDefaultValues");
 }
 
+/// Clients that come and go in the pool, by handle and by content, and never connect.
+void UsePool(const TavrineConnection::ConnectionInfo& info)
+{
+    const TavrineConnection::BmcConnection other(info, {});
+    TavrineConnection::ConnectionInfo alone = info;
+    alone.ProfileId = 0;
+    const BiosRedfishConfigProc proc(alone, SystemTypeUefi, {});
+}
+
 /// One thread's work: it reads, changes its own setting back and forth, and looks.
 void Work(const TavrineConnection::ConnectionInfo& info, unsigned int thread, Faults& faults)
 {
@@ -79,6 +89,7 @@ void Work(const TavrineConnection::ConnectionInfo& info, unsigned int thread, Fa
     const std::string own = OwnSetting(thread);
     for (int round = 0; round < Rounds; ++round)
     {
+        UsePool(info);
         if (round == 0)
         {
             BiosRedfishConfigProc reading(info, SystemTypeUefi, {});
@@ -121,22 +132,26 @@ void ExpectOwnRecords(const std::vector<LogRecord>& records)
     }
 }
 
-} // namespace
-
-TEST(Threads, ManyObjectsShareLogConfigurationAndClients)
+/// One BMC and the threads that work on it, while what they share is taken away and brought back under them.
+class Fleet
 {
-    const testdata::TemporaryFolder folder;
-    const testdata::ScopedEnvironment variable(
-        "TAVRINE_CONFIG", folder.Write("config.toml", "HIDDEN_CONFIG_KEYWORDS_LIST = \"AssetTag\"\n").c_str());
-    GlobalConfig::Reload();
-    RunningMachine machine("");
-    ASSERT_EQ(machine.Error(), "");
-    std::vector<Faults> faults(Threads);
-    const CapturingLogSink sink;
+  public:
+    Fleet()
+        : m_Variable("TAVRINE_CONFIG",
+                     m_Folder.Write("config.toml", "HIDDEN_CONFIG_KEYWORDS_LIST = \"AssetTag\"\n").c_str()),
+          m_Machine("")
     {
-        std::string error;
-        const Logging::SinkId file = Logging::AddFileSink((folder.Path() / "log").string(), 4, error);
-        ASSERT_NE(file, 0U) << error;
+        GlobalConfig::Reload();
+    }
+    Fleet(const Fleet&) = delete;
+    Fleet& operator=(const Fleet&) = delete;
+    ~Fleet() { GlobalConfig::Reload(); }
+
+    /// @param disturb  done over and over by a thread of its own until the others have ended.
+    void Run(const std::function<void(const TavrineConnection::ConnectionInfo&)>& disturb)
+    {
+        ASSERT_EQ(m_Machine.Error(), "");
+        std::vector<Faults> faults(Threads);
         std::latch start(Threads + 1);
         std::atomic<bool> done = false;
         std::vector<std::thread> threads;
@@ -146,36 +161,74 @@ TEST(Threads, ManyObjectsShareLogConfigurationAndClients)
                 [&, thread]
                 {
                     start.arrive_and_wait();
-                    Work(machine.Info(), thread, faults[thread]);
+                    Work(m_Machine.Info(), thread, faults[thread]);
                 });
         }
-        // What these share is taken away and brought back under them.
         std::thread disturber(
             [&]
             {
                 start.arrive_and_wait();
                 while (!done)
                 {
-                    GlobalConfig::Reload();
-                    const CapturingLogSink passing(1);
-                    const TavrineConnection::BmcConnection other(machine.Info(), {});
+                    disturb(m_Machine.Info());
                     std::this_thread::yield();
                 }
             });
         std::for_each(threads.begin(), threads.end(), [](std::thread& thread) { thread.join(); });
         done = true;
         disturber.join();
-        EXPECT_EQ(Logging::Trouble(file), "");
-        Logging::RemoveSink(file);
+        for (const Faults& fault : faults)
+        {
+            EXPECT_EQ(fault.Text(), "");
+        }
+        ExpectAllPending();
     }
-    for (const Faults& fault : faults)
+
+    std::string LogPath() const { return (m_Folder.Path() / "log").string(); }
+
+  private:
+    void ExpectAllPending()
     {
-        EXPECT_EQ(fault.Text(), "");
+        BiosRedfishConfigProc proc(m_Machine.Info(), SystemTypeUefi, {});
+        SettingCompareMap pending;
+        EXPECT_EQ(proc.CompareSettingPendingValues(pending, ""), 0);
+        EXPECT_EQ(pending.size(), Threads);
     }
+
+    testdata::TemporaryFolder m_Folder;
+    testdata::ScopedEnvironment m_Variable;
+    RunningMachine m_Machine;
+};
+
+} // namespace
+
+/// Without a sink nothing is written: each record would bring the threads in step with each other, and
+/// a sanitizer would see no race beside it.
+TEST(Threads, ManyObjectsShareConfigurationAndClients)
+{
+    Fleet fleet;
+    fleet.Run(
+        [](const TavrineConnection::ConnectionInfo& info)
+        {
+            GlobalConfig::Reload();
+            UsePool(info);
+        });
+}
+
+TEST(Threads, ManyObjectsShareOneLog)
+{
+    Fleet fleet;
+    const CapturingLogSink sink;
+    std::string error;
+    const Logging::SinkId file = Logging::AddFileSink(fleet.LogPath(), 4, error);
+    ASSERT_NE(file, 0U) << error;
+    fleet.Run(
+        [](const TavrineConnection::ConnectionInfo&)
+        {
+            const CapturingLogSink passing(1);
+            GlobalConfig::Reload();
+        });
+    EXPECT_EQ(Logging::Trouble(file), "");
+    Logging::RemoveSink(file);
     ExpectOwnRecords(sink.Records());
-    BiosRedfishConfigProc proc(machine.Info(), SystemTypeUefi, {});
-    SettingCompareMap pending;
-    EXPECT_EQ(proc.CompareSettingPendingValues(pending, ""), 0);
-    EXPECT_EQ(pending.size(), Threads);
-    GlobalConfig::Reload();
 }
