@@ -29,7 +29,7 @@ fuzz()
     [ ! -d "$texts/regressions/$target" ] || folders+=("$texts/regressions/$target")
     say "$target for $seconds s"
     if "$build/bin/${target}_fuzz" "-max_total_time=$seconds" "-max_len=$largest_input" "-timeout=$slowest_input" \
-        "-rss_limit_mb=$most_memory" "-artifact_prefix=$crashes/" -print_final_stats=1 \
+        "-rss_limit_mb=$most_memory" "-artifact_prefix=$crashes/" -print_final_stats=1 -print_funcs=0 \
         ${dictionary:+"-dict=$texts/dictionaries/$dictionary.dict"} "${folders[@]}" >"$log" 2>&1 </dev/null; then
         printf '%-20s %9s runs, nothing found\n' "$target" "$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")"
         return

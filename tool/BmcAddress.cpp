@@ -70,7 +70,9 @@ std::string TakeIPv6(std::string_view& text, std::string& host)
         zone == std::string::npos ||
         (zone + 1 < host.size() && std::all_of(host.begin() + static_cast<std::ptrdiff_t>(zone) + 1, host.end(),
                                                [](char c) { return IsAlnum(c) || c == '.' || c == '-' || c == '_'; }));
-    return inet_pton(AF_INET6, literal.c_str(), &parsed) == 1 && zoneIsGood
+    // What follows a NUL is not looked at there.
+    const bool whole = literal.find('\0') == std::string::npos;
+    return whole && inet_pton(AF_INET6, literal.c_str(), &parsed) == 1 && zoneIsGood
                ? std::string()
                : "what stands in brackets must be an IPv6 address";
 }

@@ -77,9 +77,9 @@ std::vector<std::string> ForcedLines(const Info& info)
     std::vector<std::string> lines;
     for (const auto& [property, condition] : info.ForcedBy)
     {
-        const bool told =
-            std::any_of(Flags.begin(), Flags.end(),
-                        [&](const FlagWords& flag) { return property == flag.Property && info.*flag.Flag; });
+        const bool told = std::any_of(Flags.begin(), Flags.end(),
+                                      [&, &property = property](const FlagWords& flag)
+                                      { return property == flag.Property && info.*flag.Flag; });
         if (!told)
         {
             lines.push_back(property + ", because " + condition);

@@ -105,6 +105,18 @@ TEST(BmcAddress, EverythingElseIsRefusedWithItsReason)
     }
 }
 
+TEST(BmcAddress, NothingHidesBehindANul)
+{
+    using namespace std::string_view_literals;
+    for (const std::string_view text : {"[::1\0x]"sv, "bmc\0"sv, "bmc:443\0"sv, "\0bmc"sv})
+    {
+        BmcAddress address;
+        address.Host = "untouched";
+        EXPECT_NE(ParseBmcAddress(text, address), "") << text.size();
+        EXPECT_EQ(address.Host, "untouched");
+    }
+}
+
 TEST(BmcAddress, LongestHostNameIsTakenAndOneMoreIsNot)
 {
     BmcAddress address;
