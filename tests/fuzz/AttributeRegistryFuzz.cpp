@@ -230,7 +230,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     }
     const SettingValueMap values = Values(parts[1]);
     const std::string value(parts[2]);
-    RedfishConfigSettingManager manager(std::string(parts[0]), values, true, Config_Options());
+    RedfishConfigSettingManager manager{std::string(parts[0]), values, true, Config_Options()};
     const std::optional<std::vector<std::string>> names = AttributeNames(plain);
     if (!names)
     {

@@ -66,7 +66,7 @@ std::size_t CodePointsOf(std::string_view text)
 
 /// The number that decimal text with an optional sign stands for; wide enough to see what
 /// does not fit 64 bits.
-std::optional<__int128> WideNumber(std::string_view text)
+std::optional<Wide> WideNumber(std::string_view text)
 {
     const bool negative = text.starts_with('-');
     text.remove_prefix(negative || text.starts_with('+') ? 1 : 0);
@@ -74,8 +74,8 @@ std::optional<__int128> WideNumber(std::string_view text)
     {
         return std::nullopt;
     }
-    constexpr __int128 enough = static_cast<__int128>(1) << 100;
-    __int128 number = 0;
+    constexpr Wide enough = static_cast<Wide>(1) << 100;
+    Wide number = 0;
     for (const char digit : text)
     {
         number = number < enough ? number * 10 + (digit - '0') : number;
@@ -83,7 +83,7 @@ std::optional<__int128> WideNumber(std::string_view text)
     return negative ? -number : number;
 }
 
-void CheckNumber(Subject& subject, const char* name, const std::optional<__int128>& number, bool taken)
+void CheckNumber(Subject& subject, const char* name, const std::optional<Wide>& number, bool taken)
 {
     const std::optional<PlainJson> context = subject.Change(name);
     FUZZ_REQUIRE(context.has_value() == taken, subject.Value);
@@ -114,9 +114,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     FUZZ_REQUIRE(flag.has_value() == (lowered == "true" || lowered == "false"), value);
     FUZZ_REQUIRE(!flag || (flag->Is == Kind::Boolean && flag->Flag == (lowered == "true")), value);
 
-    const std::optional<__int128> number = WideNumber(value);
-    constexpr __int128 lowest = std::numeric_limits<std::int64_t>::min();
-    constexpr __int128 highest = std::numeric_limits<std::uint64_t>::max();
+    const std::optional<Wide> number = WideNumber(value);
+    constexpr Wide lowest = std::numeric_limits<std::int64_t>::min();
+    constexpr Wide highest = std::numeric_limits<std::uint64_t>::max();
     CheckNumber(subject, "Number", number, number && *number >= lowest && *number <= highest);
     CheckNumber(subject, "Tens", number, number && *number >= -100 && *number <= 100 && *number % 10 == 0);
     return 0;

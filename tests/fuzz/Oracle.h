@@ -16,6 +16,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace fuzztest
 {
 
+/// Wide enough to see what does not fit 64 bits.
+__extension__ typedef __int128 Wide;
+
 [[noreturn]] void Fail(const char* file, int line, const char* condition, std::string_view detail);
 
 inline std::string_view Text(const std::uint8_t* data, std::size_t size)

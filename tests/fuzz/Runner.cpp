@@ -127,7 +127,7 @@ void AddWords(const fs::path& path, Inputs& words)
                 i += 3;
                 continue;
             }
-            i += line[i] == '\\' ? 1 : 0;
+            i += line[i] == '\\' ? 1U : 0U;
             word += line[i];
         }
         words.push_back(word);

@@ -25,12 +25,12 @@ int DigitOf(char c)
 
 /// The number that a text stands for, digit by digit; nothing for one outside -2^63 to
 /// 2^64-1.
-std::optional<__int128> Number(std::string_view text, int base)
+std::optional<Wide> Number(std::string_view text, int base)
 {
     const bool negative = text.starts_with('-');
     text.remove_prefix(negative ? 1 : 0);
-    constexpr __int128 highest = std::numeric_limits<std::uint64_t>::max();
-    __int128 number = 0;
+    constexpr Wide highest = std::numeric_limits<std::uint64_t>::max();
+    Wide number = 0;
     for (const char c : text)
     {
         if (DigitOf(c) >= base || number > highest)
@@ -46,15 +46,15 @@ std::optional<__int128> Number(std::string_view text, int base)
 
 void CheckExact(std::string_view text, int base)
 {
-    const std::optional<__int128> number = Number(text, base);
+    const std::optional<Wide> number = Number(text, base);
     const std::optional<ExactInteger> read = ParseExact(text, base);
     FUZZ_REQUIRE(read.has_value() == number.has_value(), text);
     if (read)
     {
-        const auto magnitude = static_cast<__int128>(read->Magnitude);
+        const auto magnitude = static_cast<Wide>(read->Magnitude);
         FUZZ_REQUIRE((read->Negative ? -magnitude : magnitude) == *number, text);
         FUZZ_REQUIRE(ParseExact(ExactText(*read, base), base) == read, text);
-        const __int128 nearest = std::min<__int128>(*number, std::numeric_limits<std::int64_t>::max());
+        const Wide nearest = std::min<Wide>(*number, std::numeric_limits<std::int64_t>::max());
         FUZZ_REQUIRE(Narrowed(*read) == static_cast<std::int64_t>(nearest), text);
         FUZZ_REQUIRE(FitsSigned(*read) == (*number == nearest), text);
     }
@@ -65,7 +65,7 @@ void CheckHexadecimal(const std::string& text)
     const std::string_view sign = text.starts_with('-') ? "-" : "";
     std::string_view digits = std::string_view(text).substr(sign.size());
     digits.remove_prefix(digits.starts_with("0x") || digits.starts_with("0X") ? 2 : 0);
-    const std::optional<__int128> number =
+    const std::optional<Wide> number =
         digits.starts_with('-') ? std::nullopt : Number(std::string(sign) + std::string(digits), 16);
     FUZZ_REQUIRE(isHexString(text) == number.has_value(), text);
     const std::string decimal = HexToDec(text);
@@ -90,7 +90,7 @@ void CheckKinds(const std::string& text)
     OptionalVar number = std::int64_t{7};
     OptionalVar flag = true;
     OptionalVar none;
-    const std::optional<__int128> wide = Number(text, 10);
+    const std::optional<Wide> wide = Number(text, 10);
     const bool fits = wide && *wide <= std::numeric_limits<std::int64_t>::max();
     FUZZ_REQUIRE(TransferStringToOptionalVar(number, text) == fits, text);
     FUZZ_REQUIRE(number == OptionalVar(fits ? static_cast<std::int64_t>(*wide) : 7), text);
