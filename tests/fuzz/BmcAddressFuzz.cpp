@@ -65,6 +65,8 @@ void CheckAddress(std::string_view text)
     FUZZ_REQUIRE(ParseBmcAddress(url, again).empty(), url);
     FUZZ_REQUIRE(again.Host == address.Host && again.Port == address.Port && again.PlainHttp == address.PlainHttp, url);
     CheckAgainstCurl(address, url);
+    // As it was written, so that the ports that nobody writes are the right ones.
+    CheckAgainstCurl(address, (text.find("://") == std::string_view::npos ? "https://" : "") + std::string(text));
 }
 
 void CheckPin(std::string_view text)

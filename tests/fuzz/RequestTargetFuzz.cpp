@@ -47,6 +47,33 @@ void CheckPlace(const Origin& origin, const std::string& path)
     FUZZ_REQUIRE(Part(url, CURLUPART_USER).empty(), whole);
 }
 
+/// A reference that names a host names this one.
+void CheckSameHost(const Origin& origin, std::string reference)
+{
+    reference = Lowered(reference);
+    const std::string scheme = origin.PlainHttp ? "http:" : "https:";
+    const std::size_t start = reference.starts_with(scheme + "//") ? scheme.size() : 0;
+    const std::size_t end = reference.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789+-.");
+    // A word of more letters than any scheme has is taken for the start of a path.
+    constexpr std::size_t longest = 30;
+    const bool hasScheme = end != std::string::npos && end > 0 && end <= longest &&
+                           reference.compare(end, 3, "://") == 0 && reference.front() >= 'a' &&
+                           reference.front() <= 'z';
+    FUZZ_REQUIRE(start != 0 || !hasScheme, reference);
+    if (reference.compare(start, 2, "//") != 0)
+    {
+        return;
+    }
+    const std::size_t from = start + 2;
+    const std::string authority = reference.substr(from, reference.find_first_of("/?#", from) - from);
+    const std::string place = origin.Text();
+    const bool literal = authority.find_first_not_of("0123456789abcdefx.:[]%") == std::string::npos;
+    const std::string usual = origin.PlainHttp ? ":80" : ":443";
+    FUZZ_REQUIRE(literal || authority.find('%') != std::string::npos || authority == place ||
+                     authority + usual == place,
+                 reference);
+}
+
 /// What a reference led to is a path of its own. It leads there again, bytes beyond ASCII
 /// escaped at most.
 void CheckStays(const Origin& origin, const std::string& base, const std::string& path)
@@ -82,6 +109,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
             FUZZ_REQUIRE(PathFault(*path).empty(), *path);
             CheckPlace(origin, *path);
             CheckStays(origin, base, *path);
+            CheckSameHost(origin, std::string(parts[0]));
         }
     }
     if (HostFault(parts[2]).empty())
