@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include <boost/json/array.hpp>
+#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 
 namespace json = boost::json;
@@ -66,8 +67,8 @@ bool StandsIn(const std::string& path, const std::string& menu)
 bool RegistryDocument::Read(const std::string& text)
 {
     json::error_code failure;
-    m_Document = json::parse(text, failure);
-    const json::object* root = failure ? nullptr : m_Document.if_object();
+    m_Document.emplace(json::parse(text, failure, json::make_shared_resource<json::monotonic_resource>()));
+    const json::object* root = failure ? nullptr : m_Document->if_object();
     const json::value* entries = root != nullptr ? root->if_contains("RegistryEntries") : nullptr;
     if (entries == nullptr || !entries->is_object())
     {

@@ -64,7 +64,8 @@ class RegistryDocument
     void ReadDependencies(const boost::json::object& entries);
     bool Forces(const Dependency& dependency, const std::string& name) const;
 
-    boost::json::value m_Document;
+    /// In memory of its own, which is given back at one stroke.
+    std::optional<boost::json::value> m_Document;
     std::vector<RegistrySetting> m_Settings;
     std::map<std::string, std::size_t> m_Index;
     /// By setting, normalised.

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include <boost/json/basic_parser_impl.hpp>
+#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 
 namespace Tavrine
@@ -152,7 +153,9 @@ std::optional<json::value> ParseJson(std::string_view text)
     try
     {
         json::error_code ec;
-        json::value document = json::parse(json::string_view(text.data(), text.size()), ec, {}, Options());
+        // Read and never changed, so its memory may grow alone and go at one stroke.
+        json::value document = json::parse(json::string_view(text.data(), text.size()), ec,
+                                           json::make_shared_resource<json::monotonic_resource>(), Options());
         return ec ? std::nullopt : std::optional(std::move(document));
     }
     catch (const std::exception&) // memory alone can do this

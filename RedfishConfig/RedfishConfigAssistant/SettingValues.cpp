@@ -44,10 +44,10 @@ bool ReadValue(const json::value& from, OptionalVar& value)
 
 RedfishConfigResult ReadSettingValues(std::string_view response, SettingValueMap& values)
 {
-    const std::string fault = LookAtJson(response).Fault;
     const std::optional<json::value> document = ParseJson(response);
     if (!document)
     {
+        const std::string fault = LookAtJson(response).Fault;
         return {27, "The values cannot be read: the text is " + (fault.empty() ? "too large" : fault) + ".", ""};
     }
     const json::value* const member = Member(&*document, "Attributes");

@@ -71,6 +71,33 @@ Tavrine::SettingStringMap ForcedOn(std::size_t index, const Tavrine::DependencyE
     return forced;
 }
 
+/// Lays values over others; both maps are in one order, so they are walked side by side.
+/// @return whether anything differs from before.
+bool MergeValues(const Tavrine::SettingValueMap& values, Tavrine::SettingValueMap& into)
+{
+    const auto less = into.key_comp();
+    bool moved = false;
+    auto place = into.begin();
+    for (const auto& [name, value] : values)
+    {
+        while (place != into.end() && less(place->first, name))
+        {
+            ++place;
+        }
+        if (place == into.end() || less(name, place->first))
+        {
+            into.emplace_hint(place, name, value);
+            moved = true;
+        }
+        else if (place->second != value)
+        {
+            place->second = value;
+            moved = true;
+        }
+    }
+    return moved;
+}
+
 } // namespace
 
 RedfishConfigSettingManager::~RedfishConfigSettingManager() = default;
@@ -142,12 +169,11 @@ void RedfishConfigSettingManager::EvaluateDependencies()
 
 void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
 {
-    for (const auto& [name, value] : values)
-    {
-        m_Values[name] = value;
-    }
     // Before the first operation there is no model yet; it starts with these values.
-    EvaluateDependencies();
+    if (MergeValues(values, m_Values))
+    {
+        EvaluateDependencies();
+    }
 }
 
 RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std::string name,

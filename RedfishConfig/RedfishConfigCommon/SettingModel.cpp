@@ -21,7 +21,7 @@ void SortUnique(std::vector<std::size_t>& indexes)
 SettingModel::SettingModel(AttributeRegistry registry)
     : m_Registry(std::move(registry)), m_DependenciesOn(m_Registry.Attributes.size() + m_Registry.Menus.size()),
       m_DependenciesFrom(m_Registry.Attributes.size()), m_SettingsOfMenu(m_Registry.Menus.size()),
-      m_ChildMenus(m_Registry.Menus.size()), m_ByLoweredName(m_Registry.Attributes.size())
+      m_ChildMenus(m_Registry.Menus.size())
 {
     IndexDependencies();
     for (std::size_t attribute = 0; attribute < m_Registry.Attributes.size(); ++attribute)
@@ -38,10 +38,6 @@ SettingModel::SettingModel(AttributeRegistry registry)
             m_ChildMenus[m_Registry.Menus[menu].Parent].push_back(menu);
         }
     }
-    std::iota(m_ByLoweredName.begin(), m_ByLoweredName.end(), std::size_t{0});
-    std::sort(m_ByLoweredName.begin(), m_ByLoweredName.end(),
-              [this, less = CaseInsensitiveComparator()](std::size_t left, std::size_t right)
-              { return less(*Attribute(left).Info.AttributeKey, *Attribute(right).Info.AttributeKey); });
 }
 
 std::size_t SettingModel::OwnerOf(const RegistryDependency& dependency) const
@@ -146,15 +142,30 @@ void SettingModel::AddSettingsBelow(std::vector<std::size_t> menus, std::vector<
     }
 }
 
+const std::vector<std::size_t>& SettingModel::ByLoweredName() const
+{
+    std::call_once(m_Sorted,
+                   [this]
+                   {
+                       m_ByLoweredName.resize(m_Registry.Attributes.size());
+                       std::iota(m_ByLoweredName.begin(), m_ByLoweredName.end(), std::size_t{0});
+                       std::sort(
+                           m_ByLoweredName.begin(), m_ByLoweredName.end(),
+                           [this, less = CaseInsensitiveComparator()](std::size_t left, std::size_t right)
+                           { return less(*Attribute(left).Info.AttributeKey, *Attribute(right).Info.AttributeKey); });
+                   });
+    return m_ByLoweredName;
+}
+
 std::optional<std::string> SettingModel::NameDifferingInCase(const std::string& name) const
 {
     const CaseInsensitiveComparator less;
+    const std::vector<std::size_t>& sorted = ByLoweredName();
     const auto nameOf = [this](std::size_t index) -> const std::string& { return *Attribute(index).Info.AttributeKey; };
     const auto first =
-        std::lower_bound(m_ByLoweredName.begin(), m_ByLoweredName.end(), name,
+        std::lower_bound(sorted.begin(), sorted.end(), name,
                          [&](std::size_t index, const std::string& wanted) { return less(nameOf(index), wanted); });
-    const auto differs = [&](auto position)
-    { return position == m_ByLoweredName.end() || less(name, nameOf(*position)); };
+    const auto differs = [&](auto position) { return position == sorted.end() || less(name, nameOf(*position)); };
     if (differs(first) || !differs(std::next(first)))
     {
         return std::nullopt;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -60,8 +61,12 @@ class SettingModel
     std::vector<std::vector<std::size_t>> m_DependenciesFrom;
     std::vector<std::vector<std::size_t>> m_SettingsOfMenu;
     std::vector<std::vector<std::size_t>> m_ChildMenus;
-    /// Attribute indexes in the order of CaseInsensitiveComparator.
-    std::vector<std::size_t> m_ByLoweredName;
+    const std::vector<std::size_t>& ByLoweredName() const;
+
+    /// Attribute indexes in the order of CaseInsensitiveComparator; sorted at the first
+    /// question, since most runs have none.
+    mutable std::vector<std::size_t> m_ByLoweredName;
+    mutable std::once_flag m_Sorted;
 };
 
 } // namespace Tavrine
