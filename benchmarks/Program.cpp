@@ -1,4 +1,5 @@
 // The whole program against the simulated BMC, beside curl sending the same requests.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -10,10 +11,12 @@
 #include <utility>
 #include <vector>
 
-#include <fmt/format.h>
+#include <boost/json/array.hpp>
+#include <boost/json/serialize.hpp>
 
 #include "Children.h"
 #include "Floor.h"
+#include "GeneratedMachine.h"
 #include "Report.h"
 #include "Work.h"
 
@@ -33,15 +36,38 @@ struct Plan
     std::vector<bool> Schemes = {false, true};
 };
 
-/// Large enough for a registry of 3 MB.
-constexpr unsigned int MemoryAttributes = 7500;
+constexpr unsigned int MostAttributes = 5000;
 
 struct Machine
 {
     unsigned int Attributes;
     bool Tls;
     unsigned int LatencyMs;
+    /// A folder with its files; empty for a machine that the simulator makes up.
+    std::string Files = {};
 };
+
+/// A machine whose help texts are as long as it takes for a registry of 3 MB.
+std::string WriteWordyMachine(const std::string& folder)
+{
+    constexpr std::size_t wantedBytes = 3'000'000;
+    std::filesystem::create_directories(folder);
+    for (auto& [name, content] : bmcsim::GenerateFiles(MostAttributes))
+    {
+        std::string text = boost::json::serialize(content);
+        if (name.starts_with("registry."))
+        {
+            const std::size_t words = (wantedBytes - std::min(text.size(), wantedBytes)) / MostAttributes + 1;
+            for (boost::json::value& attribute : content["RegistryEntries"].at("Attributes").as_array())
+            {
+                attribute.at("HelpText").as_string().append(std::string(words, '.'));
+            }
+            text = boost::json::serialize(content);
+        }
+        std::ofstream(folder + "/" + name, std::ios::binary) << text;
+    }
+    return folder;
+}
 
 void Show(const std::string& text)
 {
@@ -80,8 +106,15 @@ class MachineRun
 
     static Words Arguments(const Machine& machine)
     {
-        Words arguments = {"--attributes", std::to_string(machine.Attributes), "--latency-ms",
-                           std::to_string(machine.LatencyMs)};
+        Words arguments = {"--latency-ms", std::to_string(machine.LatencyMs)};
+        if (machine.Files.empty())
+        {
+            arguments.insert(arguments.end(), {"--attributes", std::to_string(machine.Attributes)});
+        }
+        else
+        {
+            arguments.insert(arguments.end(), {"--machine", machine.Files});
+        }
         if (!machine.Tls)
         {
             arguments.emplace_back("--http");
@@ -108,7 +141,7 @@ class MachineRun
         RunTool(work.Arguments[1]); // what a second run finds prepared
         std::vector<Cost> tool;
         std::vector<Cost> floor;
-        Row row{work.Name, m_Machine.Attributes, m_Machine.Tls, m_Machine.LatencyMs, {}, {}};
+        Row row{work.Name, m_Machine.Attributes, m_Machine.Tls, m_Machine.LatencyMs, !m_Machine.Files.empty(), {}, {}};
         for (int repetition = 0; repetition < m_Plan.Repetitions; ++repetition)
         {
             const int way = repetition % 2;
@@ -170,7 +203,7 @@ void Measure(const Plan& plan, const std::string& output)
             }
         }
     }
-    MachineRun(plan, {MemoryAttributes, true, 0}).Measure(rows);
+    MachineRun(plan, {MostAttributes, true, 0, WriteWordyMachine(plan.Folder + "/wordy")}).Measure(rows);
     Show("\n" + Targets(rows, version));
     std::ofstream(output, std::ios::binary) << JsonOf(rows, version);
 }

@@ -56,15 +56,16 @@ std::vector<Target> TargetTable()
          [](const Row& row) { return Ratio(row.Tool.WallMs, row.Floor.WallMs); }},
         {"CPU at 5,000 settings, times curl", 3, [](const Row& row) { return row.Attributes == 5000; },
          [](const Row& row) { return Ratio(row.Tool.CpuMs, row.Floor.CpuMs); }},
-        {"peak memory with a registry of 3 MB (7,500 settings), MiB", 40,
-         [](const Row& row) { return row.Attributes == 7500; }, [](const Row& row) { return row.Tool.PeakMiB; }},
+        {"peak memory at 5,000 settings with a registry of 3 MB, MiB", 40, [](const Row& row) { return row.Wordy; },
+         [](const Row& row) { return row.Tool.PeakMiB; }},
     };
 }
 
+std::string SizeOf(const Row& row) { return std::to_string(row.Attributes) + (row.Wordy ? " (3 MB)" : ""); }
+
 std::string PlaceOf(const Row& row)
 {
-    return fmt::format("{}, {} settings, {}, {} ms", row.Work, row.Attributes, row.Tls ? "https" : "http",
-                       row.LatencyMs);
+    return fmt::format("{}, {} settings, {}, {} ms", row.Work, SizeOf(row), row.Tls ? "https" : "http", row.LatencyMs);
 }
 
 std::string Judged(const Target& target, const std::vector<Row>& rows)
@@ -108,7 +109,7 @@ std::string HeadOfTable()
 std::string LineOf(const Row& row)
 {
     return fmt::format("| {} | {} | {} | {} | {:.0f} | {:.2f} | {:.0f} | {:.2f} | {:.1f} | {} | {} | {} |\n", row.Work,
-                       row.Attributes, row.Tls ? "https" : "http", row.LatencyMs, row.Tool.WallMs,
+                       SizeOf(row), row.Tls ? "https" : "http", row.LatencyMs, row.Tool.WallMs,
                        Ratio(row.Tool.WallMs, row.Floor.WallMs), row.Tool.CpuMs, Ratio(row.Tool.CpuMs, row.Floor.CpuMs),
                        row.Tool.PeakMiB, row.Requests, row.Connections, row.Bytes);
 }
@@ -133,6 +134,7 @@ std::string JsonOf(const std::vector<Row>& rows, const Cost& version)
                                      {"settings", row.Attributes},
                                      {"tls", row.Tls},
                                      {"latencyMs", row.LatencyMs},
+                                     {"wordy", row.Wordy},
                                      {"tavrine", ObjectOf(row.Tool)},
                                      {"curl", ObjectOf(row.Floor)},
                                      {"requests", row.Requests},

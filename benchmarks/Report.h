@@ -15,6 +15,8 @@ struct Row
     unsigned int Attributes = 0;
     bool Tls = false;
     unsigned int LatencyMs = 0;
+    /// Its registry has 3 MB.
+    bool Wordy = false;
     Cost Tool;
     Cost Floor;
     std::size_t Requests = 0;
