@@ -38,6 +38,8 @@ const char* WordOf(SetOutcome outcome)
         return "already";
     case SetOutcome::Refused:
         return "refused";
+    case SetOutcome::RefusedWithOthers:
+        return "not changed";
     case SetOutcome::Unknown:
         return "unknown";
     default:
@@ -101,7 +103,8 @@ void AddFailures(const SetPlan& plan, const std::optional<Failure>& failure, Ans
             AddHidden(plan, answer, *one);
         }
     }
-    for (const SetOutcome outcome : {SetOutcome::Unknown, SetOutcome::Refused, SetOutcome::NotSent})
+    for (const SetOutcome outcome :
+         {SetOutcome::Unknown, SetOutcome::Refused, SetOutcome::RefusedWithOthers, SetOutcome::NotSent})
     {
         for (const SetSetting& setting : plan.Settings)
         {

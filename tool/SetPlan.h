@@ -25,6 +25,8 @@ enum class SetOutcome
     Changed,
     Already,
     Refused,
+    /// Nothing is wrong with it, but the BMC refused others of the same request.
+    RefusedWithOthers,
     /// Nobody knows whether the change was done.
     Unknown,
     NotSent,

@@ -236,7 +236,7 @@ class Sender
             because(SetOutcome::Refused, "not changed, since the BMC turned the request away");
             break;
         case RequestEnd::Refused:
-            because(othersExplained ? SetOutcome::NotSent : SetOutcome::Refused,
+            because(othersExplained ? SetOutcome::RefusedWithOthers : SetOutcome::Refused,
                     othersExplained ? "not changed, refused together with the others"
                                     : "not changed, since the BMC refused the request");
             m_ToReadBack.emplace_back(&setting, end);

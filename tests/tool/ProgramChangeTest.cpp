@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <map>
 #include <set>
 
 #include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
 #include <httplib.h>
 
 #include "ChangeMachine.h"
@@ -237,6 +240,54 @@ std::string NameOfCase(const testing::TestParamInfo<std::tuple<Change, NamedFaul
 }
 
 } // namespace
+
+TEST(ProgramChange, RelatedSettingsOfOneCommandGoInTwoRequests)
+{
+    const ChangeMachine machine;
+    const InsideBmc bmc(machine.Path());
+    const FaultyProxy proxy(bmc.Port(), [](int, const std::string&) { return Fault::None; });
+    const Finished set = InsideRun(proxy.Url())({"set", "Timeout=20", "WatchdogMinutes=20", "Watchdog=On"});
+    EXPECT_EQ(set.Status, 0) << set.Errors;
+    Words changes;
+    const Words requests = proxy.Requests();
+    for (std::size_t index = 0; index < requests.size(); ++index)
+    {
+        if (IsChange(requests[index]))
+        {
+            changes.push_back(json::serialize(json::parse(proxy.Bodies()[index])));
+        }
+    }
+    EXPECT_EQ(changes,
+              (Words{R"({"Attributes":{"Timeout":20,"Watchdog":"On"}})", R"({"Attributes":{"WatchdogMinutes":20}})"}));
+    EXPECT_EQ(PendingOf(bmc), (json::object{{"Timeout", 20}, {"Watchdog", "On"}, {"WatchdogMinutes", 20}}));
+    const std::vector<bmcsim::AccessRecord> log = bmc.Simulator().AccessLog();
+    EXPECT_EQ(std::count_if(log.begin(), log.end(),
+                            [](const auto& one) { return one.Method == "PATCH" && one.Status == 200; }),
+              2);
+}
+
+TEST(ProgramChange, ARefusedBatchShowsEveryReasonAndChangesNothing)
+{
+    const ChangeMachine machine;
+    const InsideBmc bmc(machine.Path());
+    const Finished set = InsideRun(bmc.Url())(
+        {"set", "--no-check", "Owner=you", "Timeout=999", "Mode=Sideways", "WatchdogMinutes=20", "--json"});
+    EXPECT_EQ(set.Status, 10) << set.Errors;
+    const json::value document = json::parse(set.Output);
+    EXPECT_EQ(document.at("settings"), (json::object{{"BIOS.Owner", {{"outcome", "not changed"}}},
+                                                     {"BIOS.Timeout", {{"outcome", "refused"}}},
+                                                     {"BIOS.Mode", {{"outcome", "refused"}}},
+                                                     {"BIOS.WatchdogMinutes", {{"outcome", "refused"}}}}));
+    std::map<std::string, std::int64_t> codes;
+    for (const json::value& error : document.at("errors").as_array())
+    {
+        EXPECT_FALSE(error.at("message").as_string().empty());
+        codes[std::string(error.at("setting").as_string())] = error.at("code").as_int64();
+    }
+    EXPECT_EQ(codes, (std::map<std::string, std::int64_t>{
+                         {"BIOS.Timeout", 10}, {"BIOS.Mode", 10}, {"BIOS.WatchdogMinutes", 18}, {"BIOS.Owner", 18}}));
+    EXPECT_EQ(PendingOf(bmc), json::object());
+}
 
 TEST_P(FailingBmc, IsToldTrulyAtEachRequest)
 {
