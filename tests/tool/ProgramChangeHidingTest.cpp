@@ -6,7 +6,8 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <optional>
+#include <set>
+#include <sstream>
 
 #include "ChangeMachine.h"
 #include "FaultyProxy.h"
@@ -29,14 +30,13 @@ struct Shown
 {
     std::string CommandLine;
     std::string Environment;
-    /// Regular files that it may write to.
-    Words WrittenFiles;
+    /// Regular files that it may write to and has not inherited from the tests.
+    std::set<std::string> WrittenFiles;
 };
 
-Shown ShownBy(pid_t id)
+std::set<std::string> WrittenBy(const fs::path& process)
 {
-    const fs::path process = fs::path("/proc") / std::to_string(id);
-    Shown shown{testdata::ReadFile(process / "cmdline"), testdata::ReadFile(process / "environ"), {}};
+    std::set<std::string> files;
     for (const auto& entry : fs::directory_iterator(process / "fd"))
     {
         std::error_code failure;
@@ -46,11 +46,23 @@ Shown ShownBy(pid_t id)
         while (info >> word && word != "flags:")
         {
         }
-        info >> word;
-        if (regular && (std::stoul(word, nullptr, 8) & O_ACCMODE) != O_RDONLY)
+        int flags = O_RDONLY; // of a file that was closed meanwhile
+        info >> std::oct >> flags;
+        if (regular && (flags & O_ACCMODE) != O_RDONLY)
         {
-            shown.WrittenFiles.push_back(fs::read_symlink(entry.path(), failure).string());
+            files.insert(fs::read_symlink(entry.path(), failure).string());
         }
+    }
+    return files;
+}
+
+Shown ShownBy(pid_t id)
+{
+    const fs::path process = fs::path("/proc") / std::to_string(id);
+    Shown shown{testdata::ReadFile(process / "cmdline"), testdata::ReadFile(process / "environ"), WrittenBy(process)};
+    for (const std::string& inherited : WrittenBy("/proc/self"))
+    {
+        shown.WrittenFiles.erase(inherited);
     }
     return shown;
 }
@@ -99,7 +111,7 @@ TEST(ProgramChangeHiding, AValueFromStandardInputIsInNoProcessListAndInNoFile)
             EXPECT_NE(look.CommandLine.find(change.back()), std::string::npos) << look.CommandLine;
             EXPECT_EQ(look.CommandLine.find(Mark), std::string::npos) << look.CommandLine;
             EXPECT_EQ(look.Environment.find(Mark), std::string::npos);
-            EXPECT_EQ(look.WrittenFiles, Words{});
+            EXPECT_EQ(look.WrittenFiles, std::set<std::string>());
         }
         EXPECT_EQ(files + FilesIn(folder.Path()), 0U);
     }
