@@ -24,6 +24,7 @@ constexpr int TextOutput = 0;
 WaitingChanges WaitingOf(const SetPlan& plan)
 {
     WaitingChanges waiting;
+    waiting.RequestFailed = plan.RequestFailed;
     for (const SetSetting& setting : plan.Settings)
     {
         waiting.Unknown = waiting.Unknown || setting.Outcome == SetOutcome::Unknown;
@@ -40,10 +41,12 @@ WaitingChanges WaitingOf(const SetPlan& plan)
 
 void Reboot(const WaitingChanges& waiting, const Options& options, Bmc& bmc, Answer& answer)
 {
-    if (waiting.Unknown || (waiting.Expected.empty() && waiting.Unreadable == 0))
+    const bool nothing = waiting.Expected.empty() && waiting.Unreadable == 0;
+    if (waiting.Unknown || waiting.RequestFailed || nothing)
     {
         answer.Notes.emplace_back(waiting.Unknown ? "not restarted, since what the BMC has received is not known"
-                                                  : "not restarted, since nothing waits for it");
+                                  : waiting.RequestFailed ? "not restarted, since a request failed"
+                                                          : "not restarted, since nothing waits for it");
         return;
     }
     if (options.Wait && waiting.Unreadable != 0)
@@ -76,8 +79,8 @@ void AddSetOptions(CLI::App& command, Options& options)
         "ordinary ones. Settings that the check refuses are left out, the others are sent; after a request that\n"
         "failed no other is sent. What the BMC accepted is then read back (two or three small reads): a change is\n"
         "reported as done when the BMC shows it, or when it accepted one of a setting that cannot be read back.\n"
-        "--reboot restarts the system when something waits for it and nothing is left open; values that are\n"
-        "pending already count as changed then.\n"
+        "--reboot restarts the system when something waits for it, unless a request failed; what was pending\n"
+        "already counts as changed then.\n"
         "\n"
         "Further options: tavrine --help");
 }

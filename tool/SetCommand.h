@@ -37,6 +37,8 @@ struct WaitingChanges
     std::size_t Unreadable = 0;
     /// Nobody knows what else waits.
     bool Unknown = false;
+    /// A request failed, so that not everything that passed the check waits.
+    bool RequestFailed = false;
 };
 
 /// Changes these settings through `front`, whose Config_Options::OutputFormat is 1 and

@@ -68,6 +68,8 @@ struct SetPlan
     std::vector<std::vector<std::size_t>> Requests;
     /// What made the BMC useless for the whole call.
     std::optional<Failure> Stop;
+    /// A request failed, and the BMC does not show that it was done all the same.
+    bool RequestFailed = false;
     std::vector<std::string> Notes;
 };
 

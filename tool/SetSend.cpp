@@ -351,6 +351,7 @@ class Sender
             m_Plan.Notes.push_back("warning: the request failed, but the BMC shows the changes: " + m_Failed->Message);
             return std::nullopt;
         }
+        m_Plan.RequestFailed = true;
         return m_Explained ? std::nullopt : m_Failed;
     }
 

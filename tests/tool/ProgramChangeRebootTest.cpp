@@ -122,6 +122,20 @@ TEST_F(ProgramChangeReboot, AnOpenChangeIsNotFollowedByARestart)
     EXPECT_EQ(Resets(), 0U);
 }
 
+TEST_F(ProgramChangeReboot, HalfOfTheChangesAreNotFollowedByARestart)
+{
+    int changes = 0;
+    const FaultyProxy proxy(Bmc.Port(), [&](int, const std::string& line)
+                            { return line.starts_with("PATCH ") && ++changes == 2 ? Fault::Busy : Fault::None; });
+    const Finished busy =
+        InsideRun(proxy.Url())({"set", "Watchdog=On", "WatchdogMinutes=20", "--reboot", "--wait", "60"});
+    EXPECT_EQ(busy.Status, 33);
+    EXPECT_EQ(busy.Output, "BIOS.Watchdog: changed, takes effect after a reboot\n");
+    EXPECT_EQ(changes, 2);
+    EXPECT_TRUE(Says(busy.Errors, "not restarted, since a request failed")) << busy.Errors;
+    EXPECT_EQ(Resets(), 0U);
+}
+
 TEST_F(ProgramChangeReboot, AValueThatTheBmcDidNotTakeIsAFailure)
 {
     // Somebody else changes it once more before the restart.
