@@ -145,6 +145,7 @@ bool Holds(int runs, const std::function<void()>& property)
 {
     rc::detail::TestParams params = rc::detail::configuration().testParams;
     params.maxSuccess = runs;
+    params.disableShrinking = true; // each step would be a run of many commands
     const rc::detail::TestResult result = rc::detail::checkTestable(property, rc::detail::TestMetadata(), params);
     rc::detail::printResultMessage(result, std::cerr);
     std::cerr << "\n";
