@@ -103,7 +103,7 @@ std::string WriteWholeFile(const std::string& path, std::string_view text, mode_
         return "is no plain file";
     }
     TemporaryFile file(target);
-    if (!file.Good() || !file.Fill(text, exists ? former.st_mode & 07777 : NewFileMode(mode)) ||
+    if (!file.Good() || !file.Fill(text, exists ? former.st_mode & mode : NewFileMode(mode)) ||
         !file.RenameTo(target) || !SyncFolder(target))
     {
         return std::strerror(errno);

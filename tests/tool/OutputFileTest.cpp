@@ -39,7 +39,7 @@ TEST(OutputFile, ANewFileHasTheTextAndNothingElseIsLeft)
     EXPECT_EQ(EntriesOf(folder.Path()), 1U);
 }
 
-TEST(OutputFile, PermissionsAreThoseAskedForUnlessTheFileHasItsOwn)
+TEST(OutputFile, PermissionsAreAtMostThoseAskedFor)
 {
     const testdata::TemporaryFolder folder;
     const mode_t mask = umask(022);
@@ -53,6 +53,10 @@ TEST(OutputFile, PermissionsAreThoseAskedForUnlessTheFileHasItsOwn)
     EXPECT_EQ(WriteWholeFile(own.string(), "y", 0666), "");
     EXPECT_EQ(ModeOf(own), 0600U);
     EXPECT_EQ(testdata::ReadFile(own), "y");
+    EXPECT_EQ(WriteWholeFile(shared.string(), "y"), "");
+    EXPECT_EQ(ModeOf(shared), 0644U);
+    EXPECT_EQ(WriteWholeFile(shared.string(), "z", 0600), "");
+    EXPECT_EQ(ModeOf(shared), 0600U);
 }
 
 TEST(OutputFile, ALinkIsFollowed)
