@@ -85,6 +85,10 @@ struct Kind
     std::optional<rc::Gen<std::string>> (*Value)(const json::object& attribute);
 };
 
+/// An order to the firmware rather than a value: it also fills settings that have no value,
+/// and those stand in no saved file.
+constexpr const char* LoadDefaults = "SystemRecovery_PostLoadSetupDefault";
+
 /// Passwords are shown nowhere, and so saved nowhere.
 constexpr Kind Kinds[] = {
     {"Enumeration", EnumerationValue}, {"Integer", IntegerValue}, {"String", StringValue}, {"Boolean", BooleanValue}};
@@ -109,7 +113,7 @@ std::vector<WritableSetting> WritableSettings(const std::filesystem::path& machi
         const auto* kind = std::find_if(std::begin(Kinds), std::end(Kinds),
                                         [&](const Kind& one) { return attribute.at("Type").as_string() == one.Type; });
         const bool fixed = Flag(attribute, "ReadOnly") || Flag(attribute, "Immutable") || Flag(attribute, "WriteOnly");
-        if (fixed || current == nullptr || current->is_null() || kind == std::end(Kinds))
+        if (fixed || name == LoadDefaults || current == nullptr || current->is_null() || kind == std::end(Kinds))
         {
             continue;
         }
