@@ -153,7 +153,7 @@ TEST(AttributeRegistry, TextsThatAreNoRegistryAreRefusedWithTheCause)
         {R"({"RegistryEntries":[]})", "no object \"RegistryEntries\""},
         {R"({"RegistryEntries":{}})", "no array \"Attributes\""},
         {R"({"RegistryEntries":{"Attributes":{}}})", "no array \"Attributes\""},
-        {std::string(100'000, '['), "no JSON"},
+        {std::string(100'000, '['), "nested deeper than 32 levels"},
     };
     for (const auto& [text, cause] : rows)
     {
@@ -211,7 +211,8 @@ TEST(AttributeRegistry, MenusAndDependenciesAboveTheCapAreLeftOutWithANote)
     const ReadOutcome above = read(MaxRegistryMenus, MaxRegistryDependencies);
     EXPECT_TRUE(above.Registry.Menus.empty());
     EXPECT_TRUE(above.Registry.Dependencies.empty());
-    EXPECT_EQ(above.Notes.More, atCap.Notes.More + 2); // a note less each element, and one for each cap
+    // One more empty element of each kind, and a note for each cap.
+    EXPECT_EQ(above.Notes.More, atCap.Notes.More + 4);
 }
 
 TEST(AttributeRegistry, AttributesAboveTheCapAreLeftOutWithANote)
