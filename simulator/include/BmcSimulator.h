@@ -46,6 +46,8 @@ struct SimulatorOptions
     /// monitor tells so many times that it is running, and then the answer.
     bool AnswerWithTasks = false;
     unsigned int TaskLooks = 2;
+    /// What goes wrong, as FaultHelp() tells; docs/simulator-faults.md tells more.
+    std::vector<std::string> FaultRules;
 };
 
 /// One request as the access log tells it.
@@ -53,11 +55,18 @@ struct AccessRecord
 {
     std::string Method;
     std::string Path;
+    /// 0: a fault kept the whole answer back.
     int Status = 0;
     std::size_t Bytes = 0;
     /// Counted from 1 in the order in which TCP connections were seen.
     unsigned int Connection = 0;
 };
+
+/// How a fault rule is written, with all that can happen, a line each.
+std::string FaultHelp();
+
+/// One line that quotes the rule and tells what is wrong with it; empty when nothing is.
+std::string FaultRuleError(const std::string& rule);
 
 /// A Redfish service (DSP0266) of one simulated server, in threads of its own.
 /// Stops when it is destroyed. All operations may be called from any thread.
@@ -74,6 +83,10 @@ class BmcSimulator
     BmcSimulator& operator=(const BmcSimulator&) = delete;
 
     /// "https://127.0.0.1:PORT" or the same with http.
+    /// Puts other fault rules in force, counted anew; none at all where the list is empty.
+    /// @return false when one of them cannot be read; those in force then stay.
+    bool SetFaultRules(const std::vector<std::string>& rules, std::string& error);
+
     std::string Url() const;
     std::uint16_t Port() const;
     /// SHA-256 of the certificate in DER, 64 small hexadecimal digits; empty for http.

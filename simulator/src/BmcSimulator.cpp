@@ -1,6 +1,8 @@
 #include "BmcSimulator.h"
 
 #include "Certificate.h"
+#include "FaultPlan.h"
+#include "FaultRule.h"
 #include "HttpServer.h"
 #include "Machine.h"
 #include "RedfishErrors.h"
@@ -62,6 +64,28 @@ bool MakeIdentity(const SimulatorOptions& options, TlsIdentity& identity, std::s
     return identity.Context != nullptr;
 }
 
+/// @return nothing when a rule cannot be read or cannot happen.
+std::optional<std::vector<FaultRule>> ReadRules(const std::vector<std::string>& texts, bool plainHttp,
+                                                std::string& error)
+{
+    std::vector<FaultRule> rules;
+    for (const std::string& text : texts)
+    {
+        auto rule = ParseFaultRule(text, error);
+        if (!rule)
+        {
+            return std::nullopt;
+        }
+        if (plainHttp && rule->What.Kind == FaultKind::TlsCut)
+        {
+            error = fmt::format("fault rule '{}': over http there is no TLS to cut", text);
+            return std::nullopt;
+        }
+        rules.push_back(std::move(*rule));
+    }
+    return rules;
+}
+
 } // namespace
 
 class BmcSimulator::Impl
@@ -75,6 +99,11 @@ class BmcSimulator::Impl
             return nullptr;
         }
         auto impl = std::make_unique<Impl>();
+        impl->m_PlainHttp = options.PlainHttp;
+        if (!impl->SetFaultRules(options.FaultRules, error))
+        {
+            return nullptr;
+        }
         if (!MakeIdentity(options, impl->m_Identity, error))
         {
             return nullptr;
@@ -91,6 +120,8 @@ class BmcSimulator::Impl
                                                      options.RebootTime, options.AnswerWithTasks, options.TaskLooks});
         HttpServerHooks hooks;
         hooks.Handle = [&service = *impl->m_Service](const HttpRequest& request) { return service.Handle(request); };
+        hooks.ChooseFault = [&plan = impl->m_Faults](const HttpRequest& request)
+        { return plan.Next(request.Method, request.Path); };
         hooks.Refuse = RefusalPage;
         hooks.Record = [&log = *impl->m_Log](const HttpRecord& record) { log.Add(record); };
         impl->m_Server = HttpServer::Start(
@@ -102,6 +133,16 @@ class BmcSimulator::Impl
         impl->m_Url = fmt::format("{}://{}:{}", options.PlainHttp ? "http" : "https", HostInUrl(options.BindAddress),
                                   impl->m_Server->Port());
         return impl;
+    }
+
+    bool SetFaultRules(const std::vector<std::string>& texts, std::string& error)
+    {
+        auto rules = ReadRules(texts, m_PlainHttp, error);
+        if (rules)
+        {
+            m_Faults.Set(std::move(*rules));
+        }
+        return rules.has_value();
     }
 
     const TlsIdentity& Identity() const { return m_Identity; }
@@ -116,6 +157,8 @@ class BmcSimulator::Impl
     }
 
   private:
+    bool m_PlainHttp = false;
+    FaultPlan m_Faults;
     TlsIdentity m_Identity;
     std::unique_ptr<State> m_State;
     std::unique_ptr<RequestLog> m_Log;
@@ -132,6 +175,11 @@ std::unique_ptr<BmcSimulator> BmcSimulator::Start(const SimulatorOptions& option
 {
     auto impl = Impl::Start(options, error);
     return impl ? std::unique_ptr<BmcSimulator>(new BmcSimulator(std::move(impl))) : nullptr;
+}
+
+bool BmcSimulator::SetFaultRules(const std::vector<std::string>& rules, std::string& error)
+{
+    return m_Impl->SetFaultRules(rules, error);
 }
 
 std::string BmcSimulator::Url() const { return m_Impl->Url(); }

@@ -8,6 +8,7 @@
 #include <openssl/ssl.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <utility>
 
 namespace bmcsim
 {
@@ -68,7 +69,7 @@ bool HttpConnection::Handshake(SSL_CTX& context)
 
 void HttpConnection::Close()
 {
-    if (m_Tls && SSL_is_init_finished(m_Tls.get()))
+    if (m_Tls && !m_Cut && SSL_is_init_finished(m_Tls.get()))
     {
         SSL_shutdown(m_Tls.get());
     }
@@ -89,6 +90,26 @@ void HttpConnection::BeginRequest()
     m_Begun = std::chrono::steady_clock::now();
     Path.clear();
     Query.clear();
+    ByteFault.reset();
+}
+
+void HttpConnection::WaitUntilLeft()
+{
+    while (PauseUnlessLeft(std::chrono::minutes(1)))
+    {
+    }
+}
+
+bool HttpConnection::PauseUnlessLeft(std::chrono::milliseconds pause)
+{
+    constexpr std::chrono::milliseconds longest{INT_MAX};
+    return !Poll(m_Descriptor, POLLRDHUP, static_cast<int>(std::min(pause, longest).count()));
+}
+
+std::string HttpConnection::TakeHeldBack()
+{
+    m_HoldBack = false;
+    return std::exchange(m_HeldBack, {});
 }
 
 void HttpConnection::EndOfHead()
@@ -135,6 +156,11 @@ ssize_t HttpConnection::read(char* data, std::size_t size)
 
 ssize_t HttpConnection::write(const char* data, std::size_t size)
 {
+    if (m_HoldBack)
+    {
+        m_HeldBack.append(data, size);
+        return static_cast<ssize_t>(size);
+    }
     std::size_t done = 0;
     while (done < size)
     {

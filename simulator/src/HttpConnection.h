@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FaultRule.h"
 #include "HttpServer.h"
 
 #include <array>
@@ -7,6 +8,7 @@
 #include <cstddef>
 #include <httplib.h>
 #include <memory>
+#include <optional>
 #include <string>
 
 using SSL = struct ssl_st;
@@ -25,11 +27,19 @@ class HttpConnection final : public httplib::Stream
     ~HttpConnection() override;
 
     bool Handshake(SSL_CTX& context);
-    /// Says goodbye to a TLS peer.
+    /// Says goodbye to a TLS peer, unless CutWithoutGoodbye was called.
     void Close();
+    void CutWithoutGoodbye() { m_Cut = true; }
     /// @return false when nothing came in time or the connection is gone.
     bool WaitForRequest(std::chrono::milliseconds timeout);
     void BeginRequest();
+    /// Returns when the peer has closed the connection or the owner shut it down.
+    void WaitUntilLeft();
+    /// @return false as soon as what WaitUntilLeft waits for has come.
+    bool PauseUnlessLeft(std::chrono::milliseconds pause);
+    /// Keeps what is written from now on for TakeHeldBack.
+    void HoldBack() { m_HoldBack = true; }
+    std::string TakeHeldBack();
     /// From here on a body of the largest size is taken as well.
     void EndOfHead();
     unsigned int Number() const { return m_Number; }
@@ -48,6 +58,8 @@ class HttpConnection final : public httplib::Stream
     std::string Query;
     /// No further request can be read behind this one.
     bool MustClose = false;
+    /// What happens to the answer's bytes.
+    std::optional<Fault> ByteFault;
 
   private:
     bool Fill();
@@ -59,6 +71,9 @@ class HttpConnection final : public httplib::Stream
     std::size_t m_Begin = 0;
     std::size_t m_End = 0;
     std::size_t m_Budget = 0;
+    bool m_Cut = false;
+    bool m_HoldBack = false;
+    std::string m_HeldBack;
     std::chrono::steady_clock::time_point m_Begun;
 };
 

@@ -1,5 +1,7 @@
 #include "HttpParser.h"
 
+#include "FaultEffects.h"
+
 #include <algorithm>
 #include <sstream>
 #include <string_view>
@@ -105,7 +107,9 @@ bool HttpParser::ServeOne(HttpConnection& connection)
     const bool served =
         process_request(connection, false, closed, [this](httplib::Request& request) { TakeHead(request); });
     t_Connection = nullptr;
-    return served && !closed && !connection.MustClose;
+    const bool stays = served && !closed && !connection.MustClose;
+    return connection.ByteFault ? SendFaulty(*connection.ByteFault, connection.TakeHeldBack(), connection) && stays
+                                : stays;
 }
 
 void HttpParser::TakeHead(httplib::Request& request)
@@ -152,7 +156,18 @@ void HttpParser::TakeHead(httplib::Request& request)
 
 void HttpParser::Answer(const httplib::Request& request, httplib::Response& response)
 {
-    HttpResponse own = m_Hooks.Handle(ToOwn(request, *t_Connection));
+    const HttpRequest asked = ToOwn(request, *t_Connection);
+    const std::optional<Fault> fault = m_Hooks.ChooseFault ? m_Hooks.ChooseFault(asked) : std::nullopt;
+    HttpResponse own = fault && !fault->Done ? HttpResponse() : m_Hooks.Handle(asked);
+    if (fault)
+    {
+        own = FaultyResponse(*fault, asked, std::move(own));
+    }
+    if (fault && ActsOnBytes(fault->Kind))
+    {
+        t_Connection->ByteFault = fault;
+        t_Connection->HoldBack();
+    }
     response.status = own.Status;
     for (const auto& [name, value] : own.Headers)
     {
@@ -198,8 +213,9 @@ void HttpParser::Finish(const httplib::Request& request, httplib::Response& resp
     HttpRecord record;
     record.Method = request.method;
     record.Target = request.target;
-    record.Status = response.status;
-    record.Bytes = request.method == "HEAD" ? 0 : response.body.size();
+    const bool silent = t_Connection->ByteFault && IsSilent(*t_Connection->ByteFault);
+    record.Status = silent ? 0 : response.status;
+    record.Bytes = silent || request.method == "HEAD" ? 0 : response.body.size();
     record.Connection = t_Connection->Number();
     record.Duration =
         std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - t_Connection->Begun());

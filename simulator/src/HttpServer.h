@@ -1,11 +1,14 @@
 #pragma once
 
+#include "FaultRule.h"
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 using SSL_CTX = struct ssl_ctx_st;
@@ -60,6 +63,9 @@ struct HttpServerOptions
 struct HttpServerHooks
 {
     std::function<HttpResponse(const HttpRequest&)> Handle;
+    /// What happens to a request instead of an ordinary answer, nothing for most; may
+    /// be empty. Of a request that stays undone Handle never hears.
+    std::function<std::optional<Fault>(const HttpRequest&)> ChooseFault;
     /// Page for a request that was refused before it reached Handle.
     std::function<HttpResponse(int status)> Refuse;
     /// Called for every answer just before it is sent, so that who has an answer

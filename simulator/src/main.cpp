@@ -52,6 +52,13 @@ void Describe(CLI::App& app, CommandLine& line)
         ->check(CLI::Range(0, 1000))
         ->capture_default_str()
         ->needs(tasks);
+    // Each rule is one argument, so that the next word is not taken for another one.
+    app.add_option("--fault", options.FaultRules, "What goes wrong, see below; may be given several times")
+        ->type_name("RULE")
+        ->expected(1)
+        ->check(CLI::Validator([](std::string& rule) { return bmcsim::FaultRuleError(rule); }, ""))
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.footer(bmcsim::FaultHelp());
     certificate->needs(key)->excludes(http);
     key->needs(certificate)->excludes(http);
     app.set_version_flag("--version", std::string("tavrine-bmcsim ") + BMCSIM_VERSION);

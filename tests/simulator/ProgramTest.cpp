@@ -176,6 +176,21 @@ TEST(Program, MakesUpAMachineAndAnswersWithTasks)
     EXPECT_EQ(child.Wait(), 0);
 }
 
+TEST(Program, TakesSeveralFaultRules)
+{
+    Child child({"--http", "--fault", "GET * #1 status 500", "--fault", "GET * #2 status 501 \"X-Note=a b\""});
+    const std::string url = UrlOf(child.ReadLine(), false);
+    ASSERT_NE(url, "");
+    httplib::Client client(url);
+    EXPECT_EQ(client.Get("/redfish")->status, 500);
+    const auto second = client.Get("/redfish");
+    EXPECT_EQ(second->status, 501);
+    EXPECT_EQ(second->get_header_value("X-Note"), "a b");
+    EXPECT_EQ(client.Get("/redfish")->status, 200);
+    child.Signal(SIGTERM);
+    EXPECT_EQ(child.Wait(), 0);
+}
+
 TEST(Program, WrongOptionsAreRefused)
 {
     struct Case
@@ -202,6 +217,8 @@ TEST(Program, WrongOptionsAreRefused)
         {{"--task-looks", "1"}, "--tasks"},
         {{"--tasks", "--task-looks", "-1"}, "--task-looks"},
         {{"--password", "x", "--password-file", "y"}, "--password"},
+        {{"--fault"}, "--fault"},
+        {{"--fault", "GET * busy", "--fault", "GET * burst"}, "fault rule 'GET * burst'"},
     };
     for (const Case& wrong : cases)
     {
@@ -235,6 +252,7 @@ TEST(Program, WhatCannotBeUsedIsNamedInOneLine)
         {{"--password-file", folder.Write("empty", "")}, "empty"},
         {{"--tls-cert", "/no/such/cert", "--tls-key", "/no/such/key"}, "/no/such/cert"},
         {{"--bind", "not an address"}, "not an address"},
+        {{"--http", "--fault", "GET * tls-cut"}, "GET * tls-cut"},
     };
     for (const Case& wrong : cases)
     {
@@ -254,7 +272,7 @@ TEST(Program, HelpAndVersionAreTold)
     EXPECT_EQ(help.Wait(), 0);
     for (const char* option : {"--port", "--bind", "--http", "--tls-cert", "--tls-key", "--user", "--password",
                                "--password-file", "--machine", "--attributes", "--state", "--access-log",
-                               "--latency-ms", "--reboot-ms", "--tasks", "--task-looks"})
+                               "--latency-ms", "--reboot-ms", "--tasks", "--task-looks", "--fault", "close-within"})
     {
         EXPECT_THAT(text, HasSubstr(option));
     }
