@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -31,6 +33,13 @@ struct ConnectionProfile
     /// use asks the BMC whether the copy still holds. Empty: nothing is kept on disk.
     /// A folder that cannot be used is no failure; the log says so.
     std::string RegistryFolder = {};
+    /// Seconds that may be spent, over all requests, waiting for a BMC that is not ready
+    /// (code 33) and sending again what it turned away; 0 for none. It waits as long as
+    /// the BMC asks (Retry-After), and not at all where that is longer than what is left.
+    std::uint32_t BusyPatience = 0;
+    /// Called before each such wait with its length, from the thread of the request; may be
+    /// empty.
+    std::function<void(std::chrono::milliseconds)> OnBusy = {};
 };
 
 /// What went over one connection so far.

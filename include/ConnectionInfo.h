@@ -32,7 +32,8 @@ struct ConnectionInfo
 
     /// Largest body that is taken from the BMC, in bytes, after decompression.
     std::uint32_t MaxResponseBytes = 64U * 1024U * 1024U;
-    /// How many times a GET that failed to connect is tried again.
+    /// How many times a GET is tried again that could not connect or whose connection
+    /// ended before the answer did, and a login that could not connect.
     std::uint32_t Retries = 0;
     /// Milliseconds before the first of these; doubled for each further one.
     std::uint32_t RetryPause = 500;

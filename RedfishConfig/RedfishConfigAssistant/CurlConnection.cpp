@@ -112,6 +112,8 @@ struct CurlConnection::Reception
     TransferEnd End;
     std::uint64_t MaxBody = 0;
     std::size_t HeadBytes = 0;
+    /// The blank line behind the headers has come.
+    bool HeadDone = false;
     unsigned int Sendings = 0;
     bool MayRepeat = false;
     HeaderLines Lines;
@@ -170,8 +172,10 @@ void CurlConnection::Reception::TakeHeader(std::string_view line)
     if (line.substr(0, 5) == "HTTP/")
     {
         Answer.Headers.clear();
+        HeadDone = false;
         return;
     }
+    HeadDone = HeadDone || line.find_first_not_of("\r\n") == std::string_view::npos;
     const std::size_t colon = line.find(':');
     if (colon != std::string_view::npos)
     {
@@ -317,7 +321,8 @@ Exchange CurlConnection::Run(const HttpRequest& request, const Credentials& cred
     limits.RequestTimeout = request.Timeout;
     Reception reception;
     reception.MaxBody = limits.MaxBody;
-    reception.MayRepeat = request.Verb == HttpVerb::Get;
+    // Logging out twice is no more than logging out.
+    reception.MayRepeat = request.Verb == HttpVerb::Get || (request.Verb == HttpVerb::Delete && request.DespiteAbort);
     reception.End.Code = CURLE_FAILED_INIT;
     if (AbortFlag::IsRaised() && !request.DespiteAbort)
     {
@@ -331,6 +336,11 @@ Exchange CurlConnection::Run(const HttpRequest& request, const Credentials& cred
         SetFixedOptions();
         SetRequest(request, credentials, reception);
         reception.End.Code = Drive(request, reception);
+        if (reception.End.Code == CURLE_OK && !reception.HeadDone)
+        {
+            // curl takes a head that is cut off for a whole answer without a body.
+            reception.End.Code = CURLE_PARTIAL_FILE;
+        }
         long status = 0;
         long systemError = 0;
         curl_easy_getinfo(m_Easy.get(), CURLINFO_RESPONSE_CODE, &status);

@@ -69,6 +69,8 @@ struct TransportFault
     /// No connection stood, so nothing was sent: another try does no harm.
     bool NotConnected = false;
     Delivery Reached = Delivery::NotSent;
+    /// The connection ended before the answer did.
+    bool Broken = false;
 };
 
 /// What came of one request: the answer, or the fault.

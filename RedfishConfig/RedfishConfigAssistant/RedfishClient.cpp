@@ -27,6 +27,10 @@ constexpr unsigned int MaxRedirects = 5;
 /// Logging out is done on the way out, where nobody waits for a minute.
 constexpr std::chrono::seconds LogoutTimeout{10};
 constexpr std::uint64_t MaxPauseMilliseconds = 60'000;
+/// Milliseconds between two tries at a BMC that is busy and does not tell for how long, or
+/// tells "0".
+constexpr std::int64_t LongestOwnWait = 30'000;
+constexpr std::int64_t ShortestWait = 100;
 constexpr std::size_t MaxTokenBytes = 4096;
 /// The words of a refusal are not worth a longer wait.
 constexpr std::chrono::seconds LookupTimeout{5};
@@ -82,6 +86,12 @@ std::string_view WithoutPoint(std::string_view text)
     return text;
 }
 
+constexpr int CodeBroken = 32;
+
+/// Whether a BMC that answers a change with this status may have done it. What it does not
+/// know how to do it has not done.
+bool LeavesOpen(int status) { return status >= 500 && status != 501 && status != 505; }
+
 /// What is known of a change that got no answer.
 std::string TextAfterChange(const TransportFault& fault)
 {
@@ -93,6 +103,7 @@ std::string TextAfterChange(const TransportFault& fault)
 RedfishClient::RedfishClient(const ConnectionInfo& info, const ConnectionProfile& profile)
     : m_User(info.User), m_Password(info.Password), m_Language(profile.Language), m_Registries(info, profile),
       m_RequestTimeout(AtLeastOne(info.RequestTimeout)), m_Retries(info.Retries), m_RetryPause(info.RetryPause),
+      m_OnBusy(profile.OnBusy), m_Patience(std::int64_t{profile.BusyPatience} * 1000),
       m_Closed(SetupFault(info, profile)),
       m_Connection({HasFlag(info, TavrineConnection::FlagPlainHttp), info.Host, info.Port}, MakeRules(info, profile),
                    {AtLeastOne(info.ConnectTimeout), m_RequestTimeout, info.MaxResponseBytes})
@@ -170,6 +181,10 @@ RedfishConfigResult RedfishClient::Change(const HttpRequest& request, std::strin
         return {exchange.Fault->Code, TextAfterChange(*exchange.Fault), ""};
     }
     RedfishConfigResult result = ConcludeTask(request, begun, exchange, errors);
+    if (result == CodeBroken && LeavesOpen(exchange.Answer.Status))
+    {
+        result = {CodeBroken, fmt::format("{}; {}.", WithoutPoint(result.ErrorMsg()), OutcomeUnknown), ""};
+    }
     response = std::move(exchange.Answer.Body);
     return result;
 }
@@ -242,19 +257,60 @@ std::string RedfishClient::RequestFault(const HttpRequest& request) const
 
 Exchange RedfishClient::Send(const HttpRequest& request)
 {
-    for (std::uint32_t attempt = 0;; ++attempt)
+    return Persist(request.Verb == HttpVerb::Get ? Repeat::Safe : Repeat::Never,
+                   [&]
+                   {
+                       const std::lock_guard lock(m_Mutex);
+                       return SendOnce(request);
+                   });
+}
+
+/// Sends by `once` until there is an answer to live with.
+Exchange RedfishClient::Persist(Repeat repeat, const std::function<Exchange()>& once)
+{
+    std::uint32_t failures = 0;
+    for (std::uint32_t refusals = 0;;)
     {
-        Exchange exchange;
+        Exchange exchange = once();
+        if (!exchange.Fault)
         {
-            const std::lock_guard lock(m_Mutex);
-            exchange = SendOnce(request);
+            if (!WaitOut(exchange, refusals++))
+            {
+                return exchange;
+            }
+            continue;
         }
-        const bool again = request.Verb == HttpVerb::Get && exchange.Fault && exchange.Fault->NotConnected;
-        if (!again || attempt >= m_Retries || !PauseBeforeRetry(attempt))
+        const bool again = (exchange.Fault->NotConnected && repeat != Repeat::Never) ||
+                           (exchange.Fault->Broken && repeat == Repeat::Safe);
+        if (!again || failures >= m_Retries || !PauseBeforeRetry(failures++))
         {
             return exchange;
         }
     }
+}
+
+/// Waits where the BMC turned a request away for now, which it then has not done, so that
+/// a change may go out again, too.
+/// @return whether it is to be sent again.
+bool RedfishClient::WaitOut(const Exchange& exchange, std::uint32_t turn)
+{
+    if (m_Patience <= 0 || exchange.Answer.Success() || !IsBusy(exchange.Answer))
+    {
+        return false;
+    }
+    const auto asked = RetryAfterSeconds(exchange.Answer);
+    const std::int64_t own = std::min<std::int64_t>(std::int64_t{1000} << std::min(turn, 10U), LongestOwnWait);
+    const std::int64_t pause = std::max(asked ? std::int64_t{*asked} * 1000 : own, ShortestWait);
+    if (m_Patience.fetch_sub(pause) < pause)
+    {
+        m_Patience += pause;
+        return false;
+    }
+    if (m_OnBusy)
+    {
+        m_OnBusy(std::chrono::milliseconds(pause));
+    }
+    return AbortFlag::Pause(std::chrono::milliseconds(pause));
 }
 
 bool RedfishClient::PauseBeforeRetry(std::uint32_t attempt) const
@@ -407,7 +463,7 @@ RedfishConfigResult RedfishClient::LogIn()
     body.Buffer().append("}");
     const HttpRequest request{HttpVerb::Post, SessionsPath, body.Get(), m_RequestTimeout, nullptr, false};
     Log(4, __FILE__, __LINE__).Stream() << "Logging in to " << m_Connection.Place().Text();
-    Exchange exchange = m_Connection.Run(request, {none, none, none});
+    Exchange exchange = Persist(Repeat::Unsent, [&] { return m_Connection.Run(request, {none, none, none}); });
     if (exchange.Fault)
     {
         return {exchange.Fault->Code, exchange.Fault->Text, ""};

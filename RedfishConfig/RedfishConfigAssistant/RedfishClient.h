@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -73,7 +75,19 @@ class RedfishClient
         std::string Path;
     };
 
+    /// What may be sent again after a failure without an answer.
+    enum class Repeat
+    {
+        Never,
+        /// What surely was not sent.
+        Unsent,
+        /// What does no harm when it is done twice.
+        Safe,
+    };
+
     Exchange Send(const HttpRequest& request);
+    Exchange Persist(Repeat repeat, const std::function<Exchange()>& once);
+    bool WaitOut(const Exchange& exchange, std::uint32_t turn);
     RedfishConfigResult ConcludeTask(const HttpRequest& request, std::chrono::steady_clock::time_point begun,
                                      Exchange& exchange, std::vector<RedfishConfigResult>* errors);
     bool PauseBeforeRetry(std::uint32_t attempt) const;
@@ -97,6 +111,9 @@ class RedfishClient
     std::chrono::seconds m_RequestTimeout;
     std::uint32_t m_Retries;
     std::uint32_t m_RetryPause;
+    std::function<void(std::chrono::milliseconds)> m_OnBusy;
+    /// Milliseconds that may still be spent waiting for a busy BMC.
+    std::atomic<std::int64_t> m_Patience;
     /// Why no request is sent at all; empty for a usable client.
     std::string m_Closed;
     Session m_Session;

@@ -109,21 +109,17 @@ struct Row
     std::string (*Text)(const Circumstances&);
     /// True: the request cannot have been sent.
     bool NotConnected = false;
+    /// True: another connection may fare better.
+    bool Broken = false;
 };
 
 constexpr Row rows[] = {
-    {CURLE_COULDNT_RESOLVE_HOST, 24, NameText, true},
-    {CURLE_COULDNT_CONNECT, 24, NotConnectedText, true},
-    {CURLE_OPERATION_TIMEDOUT, 24, TimeoutText},
-    {CURLE_PEER_FAILED_VERIFICATION, 24, CertificateText},
-    {CURLE_SSL_CONNECT_ERROR, 24, HandshakeText},
-    {CURLE_SSL_CACERT_BADFILE, 24, CaFileText},
-    {CURLE_UNSUPPORTED_PROTOCOL, 24, NoHttpText},
-    {CURLE_WEIRD_SERVER_REPLY, 24, NoHttpText},
-    {CURLE_GOT_NOTHING, 24, SilenceText},
-    {CURLE_PARTIAL_FILE, 24, ShortText},
-    {CURLE_RECV_ERROR, 24, BrokenText},
-    {CURLE_SEND_ERROR, 24, BrokenText},
+    {CURLE_COULDNT_RESOLVE_HOST, 24, NameText, true},  {CURLE_COULDNT_CONNECT, 24, NotConnectedText, true},
+    {CURLE_OPERATION_TIMEDOUT, 24, TimeoutText},       {CURLE_PEER_FAILED_VERIFICATION, 24, CertificateText},
+    {CURLE_SSL_CONNECT_ERROR, 24, HandshakeText},      {CURLE_SSL_CACERT_BADFILE, 24, CaFileText},
+    {CURLE_UNSUPPORTED_PROTOCOL, 24, NoHttpText},      {CURLE_WEIRD_SERVER_REPLY, 24, NoHttpText},
+    {CURLE_GOT_NOTHING, 24, SilenceText, false, true}, {CURLE_PARTIAL_FILE, 24, ShortText, false, true},
+    {CURLE_RECV_ERROR, 24, BrokenText, false, true},   {CURLE_SEND_ERROR, 24, BrokenText, false, true},
     {CURLE_BAD_CONTENT_ENCODING, 27, CodingText},
 };
 
@@ -161,7 +157,7 @@ TransportFault MakeFault(const Circumstances& of)
     }
     const Row& row = RowOf(of.End.Code);
     const bool early = row.Code == CURLE_OPERATION_TIMEDOUT ? !of.End.Connected : row.NotConnected;
-    return {row.Result, row.Text(of), early};
+    return {row.Result, row.Text(of), early, Delivery::NotSent, row.Broken};
 }
 
 } // namespace

@@ -77,6 +77,26 @@ TEST_F(Abort, ARetryPauseEndsSoon)
     EXPECT_EQ(connection.Counters().Requests, 1U);
 }
 
+TEST_F(Abort, TheWaitForABusyBmcEndsSoon)
+{
+    const TestServer server(
+        [](const httplib::Request&, httplib::Response& response)
+        {
+            AnswerJson(response, "{}", 503);
+            response.set_header("Retry-After", "3600");
+        });
+    std::promise<void> waits;
+    TavrineConnection::ConnectionProfile profile;
+    profile.BusyPatience = 86'400;
+    profile.OnBusy = [&](std::chrono::milliseconds) { waits.set_value(); };
+    const BmcConnection connection(server.Info(), profile);
+    auto result = std::async(std::launch::async, [&] { return Get(connection.Info()); });
+    waits.get_future().wait();
+    BmcConnection::AbortRequests();
+    EXPECT_THAT(result.get(), HasCode(33));
+    EXPECT_EQ(server.Calls().size(), 1U);
+}
+
 TEST_F(Abort, LaterRequestsFailButTheLogoutIsSent)
 {
     const TestServer server(Answers);
