@@ -21,6 +21,8 @@ inline constexpr int CodeParameter = 16;
 inline constexpr int CodeConfiguration = 17;
 inline constexpr int CodeConnection = 24;
 inline constexpr int CodeQuery = 26;
+inline constexpr int CodeUnusable = 27;
+inline constexpr int CodeBmcFailed = 32;
 inline constexpr int CodeNotReady = 33;
 inline constexpr int CodeOpenFile = 38;
 

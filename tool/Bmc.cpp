@@ -2,15 +2,19 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <unistd.h>
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "BiosRedfishConfigProc.h"
 #include "Options.h"
 #include "Password.h"
+#include "StandardStreams.h"
 
 namespace Tavrine::Tool
 {
@@ -18,6 +22,8 @@ namespace
 {
 
 constexpr int CodeNoSessions = 11;
+/// Milliseconds; doubled for each further one.
+constexpr std::uint32_t FirstRetryPause = 200;
 
 std::optional<Failure> CheckReadable(const char* what, const std::string& path)
 {
@@ -94,6 +100,7 @@ TavrineConnection::ConnectionInfo Bmc::Record() const
     info.Port = m_Simulator ? m_Simulator->Port() : m_Options.Bmc.Port;
     info.User = m_Simulator ? bmcsim::SimulatorOptions().User : m_Options.User;
     info.Retries = m_Options.Retries;
+    info.RetryPause = FirstRetryPause;
     if (m_Options.Timeout)
     {
         info.RequestTimeout = *m_Options.Timeout;
@@ -131,6 +138,9 @@ std::optional<Failure> Bmc::MakeConnection()
     profile.PinnedSha256 = m_Simulator ? m_Simulator->Fingerprint() : m_Options.Pin;
     profile.Language = m_Options.Language;
     profile.RegistryFolder = m_Options.CacheDir.empty() ? "" : std::filesystem::absolute(m_Options.CacheDir).string();
+    profile.BusyPatience = m_Options.WaitReady;
+    profile.OnBusy = [name = Name()](std::chrono::milliseconds pause)
+    { WriteError(fmt::format("tavrine: {} is busy, trying again in {} s …\n", name, (pause.count() + 999) / 1000)); };
     info.Password = password.Text();
     m_Connection = std::make_unique<TavrineConnection::BmcConnection>(info, profile);
     Wipe(info.Password);

@@ -32,7 +32,15 @@ Answer Export(RedfishConfigProc& front, const Options& options)
         AddFailure(answer, causes.Explain(result));
         return answer;
     }
-    const std::string content = FileInAnswer(response);
+    const std::optional<std::string> found = FileInAnswer(response);
+    if (!found)
+    {
+        AddFailure(
+            answer,
+            {CodeUnusable, "The answer of the BMC holds no file of custom defaults: it is empty or no JSON", {}, {}});
+        return answer;
+    }
+    const std::string& content = *found;
     const std::string& file = options.Names[1];
     if (file != "-")
     {
@@ -82,13 +90,18 @@ Answer Import(RedfishConfigProc& front, const Options& options)
 
 } // namespace
 
-std::string FileInAnswer(const std::string& answer)
+std::optional<std::string> FileInAnswer(const std::string& answer)
 {
     json::error_code failure;
     const json::value value = json::parse(answer, failure);
     const json::object* object = failure ? nullptr : value.if_object();
     const json::value* member = object != nullptr ? object->if_contains("Content") : nullptr;
     const json::string* content = member != nullptr ? member->if_string() : nullptr;
+    const std::size_t first = answer.find_first_not_of(" \t\r\n");
+    if (object == nullptr && (first == std::string::npos || answer[first] == '{'))
+    {
+        return std::nullopt;
+    }
     return content != nullptr ? std::string(*content) : answer;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "Answer.h"
@@ -21,7 +22,8 @@ Answer RunCustomDefault(const Options& options, Bmc& bmc);
 Answer CarryCustomDefault(RedfishConfigProc& front, const Options& options);
 
 /// The file in the BMC's answer: its text "Content" where the answer is a JSON object that
-/// has one, else the answer itself.
-std::string FileInAnswer(const std::string& answer);
+/// has one, else the answer itself. Nothing where the answer is empty or begins as an object
+/// and is none, so that it must have been damaged.
+std::optional<std::string> FileInAnswer(const std::string& answer);
 
 } // namespace Tavrine::Tool

@@ -79,6 +79,17 @@ std::string WordOf(DefaultLoad& load, const PendingValues& values, bool known)
     return accepted ? "unknown" : "in place";
 }
 
+/// Whether the value in force is known not to be the default, so that a load without
+/// anything that waits for a reboot has not happened.
+bool MissesDefault(RedfishConfigProc& front, const DefaultLoad& load, const PendingValues& values)
+{
+    SettingStringMap defaults;
+    const auto effective = values.Effective.find(load.Key);
+    return effective != values.Effective.end() &&
+           IsSuccess(front.QuerySettingDefaultValues(defaults, load.Name).ErrorCode()) && defaults.size() == 1 &&
+           !Equal(defaults.begin()->second, effective->second);
+}
+
 void PutOutcome(const std::string& shown, const std::string& word, const Options& options, Answer& answer)
 {
     if (options.Json)
@@ -245,7 +256,11 @@ Answer LoadSingleDefaults(const Options& options, const std::function<std::uniqu
             AddPendingValue(*reader, load.Key, values); // protected, or hidden from groups
         }
         const std::string shown = prefixes.First + "." + load.Name;
-        const std::string word = WordOf(load, values, known && values.Effective.contains(load.Key));
+        std::string word = WordOf(load, values, known && values.Effective.contains(load.Key));
+        if (word == "in place" && known && MissesDefault(*front, load, values))
+        {
+            word = "unknown";
+        }
         PutOutcome(shown, word, options, answer);
         if (word == "unknown")
         {

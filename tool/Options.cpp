@@ -26,6 +26,7 @@ namespace
 
 constexpr std::size_t LongestLanguage = 35;
 constexpr std::size_t LongestPrefix = 64;
+constexpr std::uint32_t LongestWaitReady = 86'400;
 
 /// CLI11 takes "[A,B]" and "{}" for lists. Here they are texts like any other (a shell
 /// pattern, a file name), so they are parsed behind a mark.
@@ -168,8 +169,11 @@ void AddConnectionOptions(CLI::App& app, Options& options, Written& written)
             return ReadNumber<std::uint16_t>(text, 1, std::numeric_limits<std::uint16_t>::max(),
                                              options.Timeout.emplace());
         });
-    add("--retries", "N", "How often a read that could not connect is tried again (default 0)",
+    add("--retries", "N", "How often a read is tried again whose connection failed (default 2)",
         [&](const std::string& text) { return ReadNumber<std::uint32_t>(text, 0, 20, options.Retries); });
+    add("--wait-ready", "SECONDS", "Wait so long, in all, for a BMC that says it is busy",
+        [&](const std::string& text)
+        { return ReadNumber<std::uint32_t>(text, 1, LongestWaitReady, options.WaitReady); });
 }
 
 void AddSimulatorOptions(CLI::App& app, Options& options)

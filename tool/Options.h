@@ -32,7 +32,9 @@ struct Options
     bool Insecure = false;
     /// Seconds; nothing: the client's own.
     std::optional<std::uint16_t> Timeout;
-    std::uint32_t Retries = 0;
+    std::uint32_t Retries = 2;
+    /// Seconds to wait, in all, for a BMC that is not ready.
+    std::uint32_t WaitReady = 0;
     std::string Language = "en";
     /// Where registries are kept from run to run; empty: nowhere.
     std::string CacheDir;

@@ -1,6 +1,7 @@
 #include "Program.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -15,6 +16,7 @@
 #include "JsonOutput.h"
 #include "Logging.h"
 #include "Options.h"
+#include "PendingFallback.h"
 #include "Progress.h"
 #include "Signals.h"
 #include "StandardStreams.h"
@@ -25,6 +27,8 @@ namespace
 {
 
 constexpr int SignalStatus = 128;
+constexpr int CodeRefused = 18;
+constexpr int CodeActionFailed = 28;
 
 /// The file that the log goes to, for as long as this lives.
 class LogFile
@@ -60,6 +64,22 @@ Answer AnswerWith(Failure failure)
     return answer;
 }
 
+/// Some failures tell which resource was wrong, but not on which machine. One line that
+/// names it is enough.
+void NameBmc(Answer& answer, const std::string& name)
+{
+    constexpr std::array codes = {CodeRefused,  CodeConnection,   CodeQuery,
+                                  CodeUnusable, CodeActionFailed, CodeBmcFailed};
+    const auto namesIt = [&](const Failure& failure)
+    { return (failure.Message + failure.Cause).find(name) != std::string::npos; };
+    const bool fromBmc = std::find(codes.begin(), codes.end(), answer.Code) != codes.end();
+    if (fromBmc && !answer.Errors.empty() && std::none_of(answer.Errors.begin(), answer.Errors.end(), namesIt))
+    {
+        std::string& cause = answer.Errors.front().Cause;
+        cause = cause.empty() ? "this came of what " + name + " answered" : name + ": " + cause;
+    }
+}
+
 Answer AskBmc(const Options& options, const std::function<void(const std::string&)>& warn)
 {
     Bmc bmc(options);
@@ -74,12 +94,21 @@ Answer AskBmc(const Options& options, const std::function<void(const std::string
         failure = bmc.OpenSession(answer.Notes);
         if (!failure)
         {
+            const PendingFallback fallback;
             answer = options.Chosen->Run(options, bmc);
+            if (auto warning = fallback.Warning())
+            {
+                answer.Notes.push_back(std::move(*warning));
+            }
         }
     }
     if (failure)
     {
         AddFailure(answer, std::move(*failure));
+    }
+    if (!options.Simulate)
+    {
+        NameBmc(answer, bmc.Name());
     }
     bmc.Close(answer.Notes);
     return answer;

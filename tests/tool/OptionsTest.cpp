@@ -59,7 +59,8 @@ TEST(Options, DefaultsAreThoseOfTheHelp)
     EXPECT_TRUE(options.Names.empty());
     EXPECT_EQ(options.SystemType, 0);
     EXPECT_EQ(options.LogLevel, 3U);
-    EXPECT_EQ(options.Retries, 0U);
+    EXPECT_EQ(options.Retries, 2U);
+    EXPECT_EQ(options.WaitReady, 0U);
     EXPECT_FALSE(options.Timeout);
     EXPECT_EQ(options.Language, "en");
     EXPECT_FALSE(options.Hex || options.Json || options.Protected || options.LegacyNames || options.Insecure ||
@@ -139,9 +140,10 @@ TEST(Options, NamesAreTakenAsTheyStand)
 TEST(Options, ValuesReachTheirPlaces)
 {
     const Options options =
-        AcceptedForBmc({"--password-file", "-",      "--cacert",   "ca.pem",     "--timeout",   "65535",
-                        "--retries",       "20",     "--lang",     "zh-Hant-TW", "--protected", "--legacy-names",
-                        "--debug-config",  "d.json", "--log-file", "l",          "--log-level", "4",
+        AcceptedForBmc({"--password-file", "-",          "--cacert",    "ca.pem",         "--timeout",
+                        "65535",           "--retries",  "20",          "--wait-ready",   "86400",
+                        "--lang",          "zh-Hant-TW", "--protected", "--legacy-names", "--debug-config",
+                        "d.json",          "--log-file", "l",           "--log-level",    "4",
                         "--system-type",   "1"});
     EXPECT_EQ(options.Bmc.Host, "host");
     EXPECT_EQ(options.User, "u");
@@ -149,6 +151,7 @@ TEST(Options, ValuesReachTheirPlaces)
     EXPECT_EQ(options.CaFile, "ca.pem");
     EXPECT_EQ(options.Timeout, 65535);
     EXPECT_EQ(options.Retries, 20U);
+    EXPECT_EQ(options.WaitReady, 86400U);
     EXPECT_EQ(options.Language, "zh-Hant-TW");
     EXPECT_TRUE(options.Protected && options.LegacyNames);
     EXPECT_EQ(options.DebugConfigFile, "d.json");
@@ -267,6 +270,8 @@ TEST(Options, WrongCommandLinesAreRefusedWithTheirReason)
         {{"show", "--simulate", "--timeout", "1.5"}, "--timeout"},
         {{"show", "--simulate", "--retries", "21"}, "--retries"},
         {{"show", "--simulate", "--retries", "-1"}, "--retries"},
+        {{"show", "--simulate", "--wait-ready", "0"}, "--wait-ready"},
+        {{"show", "--simulate", "--wait-ready", "86401"}, "--wait-ready"},
         {{"show", "--simulate", "--lang", "e n"}, "--lang"},
         {{"show", "--simulate", "--lang", "../en"}, "--lang"},
         {{"show", "--simulate", "--lang", ""}, "--lang"},
