@@ -183,7 +183,7 @@ RedfishConfigResult RedfishClient::Change(const HttpRequest& request, std::strin
     RedfishConfigResult result = ConcludeTask(request, begun, exchange, errors);
     if (result == CodeBroken && LeavesOpen(exchange.Answer.Status))
     {
-        result = {CodeBroken, fmt::format("{}; {}.", WithoutPoint(result.ErrorMsg()), OutcomeUnknown), ""};
+        result = {CodeBroken, fmt::format("{}; {}.", WithoutPoint(result.ErrorMsg()), DeliveryWords::OutcomeUnknown), ""};
     }
     response = std::move(exchange.Answer.Body);
     return result;
