@@ -77,9 +77,13 @@ TEST(CustomDefaultCommand, TheTextContentOfAnAnswerIsTheFile)
     EXPECT_EQ(FileInAnswer(R"({"Name":"x","Content":"a\nb\u00fc"})"), "a\nb\xC3\xBC");
     EXPECT_EQ(FileInAnswer(R"({"Content":""})"), "");
     for (const std::string other :
-         {"", "plain", R"({"Content":7})", R"({"content":"x"})", R"(["Content"])", R"({"Content":"x")", R"("Content")"})
+         {"plain", R"({"Content":7})", R"({"content":"x"})", R"(["Content"])", R"("Content")"})
     {
         EXPECT_EQ(FileInAnswer(other), other);
+    }
+    for (const std::string damaged : {"", " \n", R"({"Content":"x")"})
+    {
+        EXPECT_EQ(FileInAnswer(damaged), std::nullopt) << damaged;
     }
 }
 
@@ -110,6 +114,10 @@ TEST(CustomDefaultCommand, AnExportThatFailsLeavesAnExistingFile)
     EXPECT_EQ(answer.Code, 26);
     EXPECT_EQ(testdata::ReadFile(file), "what was there");
     front.Result = 0;
+    front.Exported = R"({"Content":"half)";
+    EXPECT_EQ(CarryCustomDefault(front, OptionsFor("export", file)).Code, 27);
+    EXPECT_EQ(testdata::ReadFile(file), "what was there");
+    front.Exported = R"({"Content":"whole"})";
     const Answer nowhere = CarryCustomDefault(front, OptionsFor("export", file + "/no"));
     EXPECT_EQ(nowhere.Code, 38);
     EXPECT_EQ(nowhere.Message, "Unable to write the file " + file + "/no: Not a directory");
@@ -148,12 +156,13 @@ TEST(CustomDefaultCommand, AnImportSendsWhatAnExportWrote)
 {
     const testdata::TemporaryFolder folder;
     const std::string file = (folder.Path() / "file").string();
-    for (const std::string answer : {R"({"Content":"{\"Content\":\"inner\"}"})", R"({"Other":1})", "", "text\n"})
+    for (const std::string answer :
+         {R"({"Content":"{\"Content\":\"inner\"}"})", R"({"Other":1})", R"({"Content":""})", "text\n"})
     {
         FileFront front;
         front.Exported = answer;
         EXPECT_EQ(CarryCustomDefault(front, OptionsFor("export", file)).Code, 0);
         EXPECT_EQ(CarryCustomDefault(front, OptionsFor("import", file)).Code, 0);
-        EXPECT_EQ(front.Imported, std::vector{FileInAnswer(answer)});
+        EXPECT_EQ(front.Imported, std::vector{FileInAnswer(answer).value()});
     }
 }
