@@ -195,8 +195,8 @@ TEST(ChangeFault, HowFarAChangeCameIsReadFromItsMessage)
     EXPECT_EQ(told(silent.Info()), Delivery::Sent);
     EXPECT_EQ(told(silent.Info(), "/a b"), Delivery::NotSent);
     const std::pair<int, std::optional<Delivery>> answers[] = {
-        {400, std::nullopt}, {401, Delivery::TurnedAway}, {403, Delivery::TurnedAway},
-        {500, std::nullopt}, {503, std::nullopt},
+        {400, std::nullopt},   {401, Delivery::TurnedAway}, {403, Delivery::TurnedAway},
+        {500, Delivery::Sent}, {503, std::nullopt},
     };
     for (const auto& [status, delivery] : answers)
     {

@@ -48,7 +48,8 @@ Answer ToolRun::Run(const std::vector<std::string>& arguments) const { return Ru
 Answer ToolRun::RunAt(const std::string& url, const std::vector<std::string>& arguments) const
 {
     std::vector<std::string> all = {
-        "--bmc", url, "--user", bmcsim::SimulatorOptions().User, "--password-file", File(PasswordName)};
+        "--bmc",     url, "--user", bmcsim::SimulatorOptions().User, "--password-file", File(PasswordName),
+        "--retries", "0"};
     all.insert(all.end(), arguments.begin(), arguments.end());
     const ParsedCommandLine parsed = ParseCommandLine(all, Commands(), [](const char*) { return nullptr; });
     if (!parsed.Request)
