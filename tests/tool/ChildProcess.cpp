@@ -82,7 +82,8 @@ std::vector<std::string> ChildEnvironment(const std::map<std::string, std::strin
             texts.emplace_back(text);
         }
     }
-    texts.emplace_back("HOME=/nonexistent");
+    // Even root cannot make a folder below a device.
+    texts.emplace_back("HOME=/dev/null");
     for (const auto& [name, value] : variables)
     {
         texts.push_back(name + "=" + value);

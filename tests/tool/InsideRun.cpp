@@ -47,7 +47,7 @@ class ScopedInput
 
 Finished InsideRun::operator()(const std::vector<std::string>& arguments, const std::string& input) const
 {
-    std::vector<std::string> words = {"--bmc", m_Url, "--user", "admin", "--retries", "0"};
+    std::vector<std::string> words = {"--bmc", m_Url, "--user", "admin", "--retries", "0", "--no-cache"};
     words.insert(words.end(), arguments.begin(), arguments.end());
     const ScopedInput standardInput(input);
     // For each run anew, since the tool takes it out of its environment.
