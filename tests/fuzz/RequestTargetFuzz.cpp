@@ -1,5 +1,6 @@
 // Paths and references that a BMC sends: none leads away from the one place where requests
 // go, and none puts a line into a request.
+#include <algorithm>
 #include <memory>
 
 #include <curl/curl.h>
@@ -64,14 +65,20 @@ void CheckSameHost(const Origin& origin, std::string reference)
     {
         return;
     }
-    const std::size_t from = start + 2;
+    // An empty user is none.
+    const std::size_t from = start + 2 + (reference.compare(start + 2, 1, "@") == 0 ? 1 : 0);
     const std::string authority = reference.substr(from, reference.find_first_of("/?#", from) - from);
-    const std::string place = origin.Text();
-    const bool literal = authority.find_first_not_of("0123456789abcdefx.:[]%") == std::string::npos;
-    const std::string usual = origin.PlainHttp ? ":80" : ":443";
-    // The port may be left out, and so may what stands behind its colon.
-    const bool same = authority == place || authority + usual == place || authority + usual.substr(1) == place;
-    FUZZ_REQUIRE(literal || authority.find('%') != std::string::npos || same, reference);
+    const std::size_t colon = authority.rfind(':');
+    const std::string host = authority.substr(0, colon);
+    // No digits are the usual port, and zeros in front of them are nothing.
+    const std::string digits = colon == std::string::npos ? std::string() : authority.substr(colon + 1);
+    const std::string port = digits.substr(std::min(digits.find_first_not_of('0'), digits.size()));
+    // Literals have many forms, and letters can be escaped.
+    const bool plain = authority.find_first_not_of("0123456789abcdefx.:[]") != std::string::npos &&
+                       authority.find('%') == std::string::npos;
+    const std::string usual = origin.PlainHttp ? "80" : "443";
+    FUZZ_REQUIRE(!plain || (host == origin.Host && (port.empty() ? usual : port) == std::to_string(origin.Port)),
+                 reference);
 }
 
 /// What a reference led to is a path of its own. It leads there again, bytes beyond ASCII
