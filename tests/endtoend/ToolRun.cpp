@@ -4,9 +4,9 @@
 #include <stdexcept>
 #include <utility>
 
-#include "Bmc.h"
 #include "Command.h"
 #include "Options.h"
+#include "Program.h"
 #include "SavedSettings.h"
 #include "SharedData.h"
 
@@ -56,11 +56,7 @@ Answer ToolRun::RunAt(const std::string& url, const std::vector<std::string>& ar
     {
         return Failed({StatusUsage, parsed.Text, {}, {}});
     }
-    Bmc bmc(*parsed.Request);
-    std::vector<std::string> notes;
-    std::optional<Failure> failure = bmc.Prepare(notes);
-    failure = failure ? failure : bmc.OpenSession(notes);
-    return failure ? Failed(std::move(*failure)) : parsed.Request->Chosen->Run(*parsed.Request, bmc);
+    return Perform(*parsed.Request, [](const std::string&) {});
 }
 
 Tavrine::SettingStringMap ToolRun::Read(const std::string& name) const
