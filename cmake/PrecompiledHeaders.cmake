@@ -28,9 +28,12 @@ if(TAVRINE_PRECOMPILE)
   endif()
 endif()
 
-# tavrine_precompile(TARGET objects|programs): TARGET reads the set of its kind.
+# tavrine_precompile(TARGET objects|programs|own): TARGET reads the set of its kind, or, where
+# its options make the common one unusable, a set of its own for test programs.
 function(tavrine_precompile target set)
-  if(TAVRINE_PRECOMPILE)
+  if(TAVRINE_PRECOMPILE AND set STREQUAL "own")
+    target_precompile_headers(${target} PRIVATE ${TAVRINE_COMMON_HEADERS} <gtest/gtest.h> <gmock/gmock.h>)
+  elseif(TAVRINE_PRECOMPILE)
     target_precompile_headers(${target} REUSE_FROM tavrine_precompiled_${set})
   endif()
 endfunction()
