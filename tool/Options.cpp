@@ -299,8 +299,8 @@ ParsedCommandLine Refusal(const std::string& text)
     return {std::nullopt, StatusUsage, fmt::format("tavrine: {} {}\n", StatusUsage, EscapeControls(text))};
 }
 
-/// The folder for what can be fetched again, as the XDG base directory specification
-/// has it; empty where there is none.
+/// The folder for what can be fetched again, as the XDG Base Directory rules of freedesktop.org
+/// have it; empty where there is none.
 std::string CacheFolder(const std::string& cacheHome, const std::string& home)
 {
     const bool fromXdg = cacheHome.starts_with('/');
