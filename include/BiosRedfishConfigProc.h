@@ -57,6 +57,9 @@ class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
     void SetDebugConfigFile(const std::string& path) override;
 
   private:
+    friend RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
+                                                  std::unique_ptr<RedfishConfigSettingManager>& manager);
+
     using ProcRead = RedfishConfigResult (BiosBasicSettingProc::*)(SettingValueMap&);
 
     RedfishConfigResult QuerySettingManager(bool includeProtected);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ValueTypes.h"
@@ -61,6 +62,28 @@ struct RedfishConfigSettingInfoStru
     /// as "ReadOnly" or "GrayOut", a bound, a length, a default, a text) to the
     /// condition that does it, such as "BootMode is LegacyBios".
     SettingStringMap ForcedBy;
+};
+
+/// What the attribute registry itself says about one setting in words, no dependency
+/// applied. A text that it lacks is empty.
+struct RedfishConfigSettingTexts
+{
+    std::string DisplayName;
+    std::string HelpText;
+    std::string WarningText;
+    /// Value names and their display names, in the order of the registry.
+    std::vector<std::pair<std::string, std::string>> Values;
+    /// Its whole numbers ("LowerBound", "MaxLength" and so on) in decimal, beyond the range of
+    /// RedfishConfigSettingInfoStru as well.
+    SettingStringMap Numbers;
+};
+
+/// The settings that dependencies connect with one, by the direction, each once and in the
+/// order of the registry; one that goes both ways is in both lists.
+struct RedfishConfigSettingRelations
+{
+    std::vector<std::string> DependsOn;
+    std::vector<std::string> NeededBy;
 };
 
 } // namespace Tavrine

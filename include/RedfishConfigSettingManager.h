@@ -16,6 +16,7 @@ class RedfishConfigSetting;
 namespace Tavrine
 {
 class DependencyEvaluation;
+class SettingModel;
 }
 
 /// The model of all settings of one attribute registry (DSP8010,
@@ -38,6 +39,10 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     RedfishConfigSettingManager& operator=(const RedfishConfigSettingManager&) = delete;
     ~RedfishConfigSettingManager();
 
+    /// Takes over the registry of another manager instead of its own. It is read once for
+    /// both, here where that has not been done yet; the values stay.
+    void TakeRegistryOf(RedfishConfigSettingManager& other);
+
     /// Brings the model up to these current values: values of settings that
     /// `values` names are replaced, the others stay; dependencies follow.
     void UpdateSettingValue(const Tavrine::SettingValueMap& values);
@@ -50,6 +55,16 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     /// and the name that was perhaps meant where one differs in case alone; 27
     /// with the cause. `info` is untouched on failure.
     RedfishConfigResult GetSettingProperties(const std::string name, Tavrine::RedfishConfigSettingInfoStru& info);
+
+    /// The names of all settings, in the order of the registry; none for a text that is no
+    /// registry, and GetError has the code 27 then.
+    std::vector<std::string> GetSettingNames();
+    /// The registry's own words about one setting.
+    /// @return as GetSettingProperties; `texts` is untouched on failure.
+    RedfishConfigResult GetSettingTexts(const std::string& name, Tavrine::RedfishConfigSettingTexts& texts);
+    /// The settings that dependencies connect with one, its menus' included.
+    /// @return as GetSettingProperties; `relations` is untouched on failure.
+    RedfishConfigResult GetSettingRelations(const std::string& name, Tavrine::RedfishConfigSettingRelations& relations);
 
     /// Group (menu) name to the names of its settings, replacing what `groups`
     /// held. Group names are the menus' display names joined by "/", without the
@@ -180,6 +195,7 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     RedfishConfigResult QueryAll(Tavrine::SettingStringMap& texts, TextQuery query);
 
     RedfishConfigResult ReadModel();
+    void TakeModel(const std::shared_ptr<const Tavrine::SettingModel>& model);
     RedfishConfigSetting* MakeSetting(Tavrine::RedfishConfigSettingInfoStru& info);
     void EvaluateDependencies();
     RedfishConfigResult UnknownSetting(const std::string& name) const;

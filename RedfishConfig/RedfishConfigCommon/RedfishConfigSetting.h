@@ -34,6 +34,7 @@ class RedfishConfigSetting
     const Tavrine::Config_Options& Options() const { return m_Options; }
     std::size_t Index() const { return m_Index; }
     const Tavrine::SettingModel& Model() const { return *m_Model; }
+    const std::shared_ptr<const Tavrine::SettingModel>& SharedModel() const { return m_Model; }
     const Tavrine::RegistryAttribute& Attribute() const { return m_Model->Attribute(m_Index); }
 
   private:

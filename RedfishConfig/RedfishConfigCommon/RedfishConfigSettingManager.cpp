@@ -117,7 +117,12 @@ RedfishConfigResult RedfishConfigSettingManager::ReadModel()
     }
     LogNotes(notes);
     m_Schema = std::string(EmptyRegistry); // it may be megabytes, and the model has all of it
-    const auto model = std::make_shared<const Tavrine::SettingModel>(std::move(registry));
+    TakeModel(std::make_shared<const Tavrine::SettingModel>(std::move(registry)));
+    return {0, "", ""};
+}
+
+void RedfishConfigSettingManager::TakeModel(const std::shared_ptr<const Tavrine::SettingModel>& model)
+{
     m_SettingInfos.clear();
     for (std::size_t index = 0; index < model->Registry().Attributes.size(); ++index)
     {
@@ -127,7 +132,6 @@ RedfishConfigResult RedfishConfigSettingManager::ReadModel()
         m_Settings.emplace(*info.AttributeKey, setting);
     }
     EvaluateDependencies();
-    return {0, "", ""};
 }
 
 RedfishConfigSetting* RedfishConfigSettingManager::MakeSetting(RedfishConfigSettingInfoStru& info)
@@ -203,6 +207,18 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std:
         info.ForcedBy = forced->second;
     }
     return result;
+}
+
+void RedfishConfigSettingManager::TakeRegistryOf(RedfishConfigSettingManager& other)
+{
+    other.ReadModel(); // what fails there fails here as well
+    m_Settings.clear();
+    m_Groups.clear();
+    m_Schema = other.m_Schema;
+    if (!other.m_Settings.empty())
+    {
+        TakeModel(other.m_Settings.begin()->second->SharedModel());
+    }
 }
 
 RedfishConfigResult RedfishConfigSettingManager::UnknownSetting(const std::string& name) const

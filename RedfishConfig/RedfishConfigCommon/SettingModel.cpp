@@ -86,42 +86,67 @@ std::size_t SettingModel::SlotOfMenu(std::size_t menu, SettingProperty flag) con
     return FindSlot(m_Registry.Attributes.size() + menu, flag);
 }
 
-std::vector<std::string> SettingModel::RelatedSettings(std::size_t attribute) const
+/// What its dependencies and those of its menus read.
+std::vector<std::size_t> SettingModel::Sources(std::size_t attribute) const
 {
-    std::vector<std::size_t> related;
-    const auto addSources = [&](std::size_t owner)
+    std::vector<std::size_t> sources;
+    const auto add = [&](std::size_t owner)
     {
         for (const std::size_t dependency : m_DependenciesOn[owner])
         {
             for (const DependencyTerm& term : m_Registry.Dependencies[dependency].Terms)
             {
-                related.push_back(term.Attribute);
+                sources.push_back(term.Attribute);
             }
         }
     };
-    addSources(attribute);
+    add(attribute);
     for (std::size_t menu = Attribute(attribute).Menu; menu != NoIndex; menu = m_Registry.Menus[menu].Parent)
     {
-        addSources(m_Registry.Attributes.size() + menu);
+        add(m_Registry.Attributes.size() + menu);
     }
+    return sources;
+}
+
+/// What the dependencies that read it force.
+std::vector<std::size_t> SettingModel::Targets(std::size_t attribute) const
+{
+    std::vector<std::size_t> targets;
     std::vector<std::size_t> menus;
     for (const std::size_t dependency : m_DependenciesFrom[attribute])
     {
-        related.push_back(m_Registry.Dependencies[dependency].Attribute);
+        targets.push_back(m_Registry.Dependencies[dependency].Attribute);
         menus.push_back(m_Registry.Dependencies[dependency].Menu);
     }
-    AddSettingsBelow(std::move(menus), related);
-    SortUnique(related);
+    AddSettingsBelow(std::move(menus), targets);
+    return targets;
+}
 
+std::vector<std::string> SettingModel::NamesOf(std::vector<std::size_t> attributes, std::size_t but) const
+{
+    SortUnique(attributes);
     std::vector<std::string> names;
-    for (const std::size_t other : related)
+    for (const std::size_t attribute : attributes)
     {
-        if (other != attribute && other != NoIndex)
+        if (attribute != but && attribute != NoIndex)
         {
-            names.push_back(*Attribute(other).Info.AttributeKey);
+            names.push_back(*Attribute(attribute).Info.AttributeKey);
         }
     }
     return names;
+}
+
+std::vector<std::string> SettingModel::RelatedSettings(std::size_t attribute) const
+{
+    std::vector<std::size_t> related = Sources(attribute);
+    const std::vector<std::size_t> targets = Targets(attribute);
+    related.insert(related.end(), targets.begin(), targets.end());
+    return NamesOf(std::move(related), attribute);
+}
+
+RedfishConfigSettingRelations SettingModel::Relations(std::size_t attribute) const
+{
+    return {NamesOf(Sources(attribute), attribute), NamesOf(Targets(attribute), attribute)};
 }
 
 void SettingModel::AddSettingsBelow(std::vector<std::size_t> menus, std::vector<std::size_t>& settings) const

@@ -40,6 +40,8 @@ class SettingModel
     /// The other settings that dependencies connect with this one, in either
     /// direction, each once, in the order of the registry.
     std::vector<std::string> RelatedSettings(std::size_t attribute) const;
+    /// The same, by the direction.
+    RedfishConfigSettingRelations Relations(std::size_t attribute) const;
 
     /// The one name that differs from `name` in case alone; nothing for none or
     /// several.
@@ -49,6 +51,9 @@ class SettingModel
     std::size_t FindSlot(std::size_t owner, SettingProperty property) const;
     std::size_t OwnerOf(const RegistryDependency& dependency) const;
     void IndexDependencies();
+    std::vector<std::size_t> Sources(std::size_t attribute) const;
+    std::vector<std::size_t> Targets(std::size_t attribute) const;
+    std::vector<std::string> NamesOf(std::vector<std::size_t> attributes, std::size_t but) const;
     void AddSettingsBelow(std::vector<std::size_t> menus, std::vector<std::size_t>& settings) const;
 
     AttributeRegistry m_Registry;

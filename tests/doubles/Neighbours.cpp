@@ -70,6 +70,12 @@ class RedfishConfigSetting
 
 RedfishConfigSettingManager::~RedfishConfigSettingManager() = default;
 
+void RedfishConfigSettingManager::TakeRegistryOf(RedfishConfigSettingManager& other)
+{
+    TheWorld().ManagerCalls.push_back("TakeRegistryOf");
+    m_Schema = other.m_Schema;
+}
+
 void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
 {
     TheWorld().ManagerCalls.push_back("UpdateSettingValue");

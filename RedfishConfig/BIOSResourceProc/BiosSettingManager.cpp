@@ -1,0 +1,35 @@
+#include "BiosSettingManager.h"
+
+#include <map>
+#include <utility>
+
+#include "Results.h"
+#include "Trace.h"
+
+namespace Tavrine
+{
+
+RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
+                                       std::unique_ptr<RedfishConfigSettingManager>& manager)
+{
+    RedfishConfigResult result = front.QuerySettingManagerWithoutValue();
+    if (result != ResultSuccess)
+    {
+        return result;
+    }
+    SettingValueMap values;
+    result = front.GetCurrentValuesMap(values, true);
+    if (result != ResultSuccess)
+    {
+        TAVRINE_LOG(LogFailure) << "Failed to get current values map though: " << result.ErrorMsg();
+        return result;
+    }
+    // The registry's own value stands where the BMC reports none.
+    std::erase_if(values, [](const auto& entry) { return !entry.second; });
+    auto taken = std::make_unique<RedfishConfigSettingManager>("", values, front.ManagerFlag(), front.m_Options);
+    taken->TakeRegistryOf(*front.m_SettingManager);
+    manager = std::move(taken);
+    return result;
+}
+
+} // namespace Tavrine

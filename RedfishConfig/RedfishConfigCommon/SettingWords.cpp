@@ -1,0 +1,96 @@
+#include "RedfishConfigSettingManager.h"
+
+#include <algorithm>
+#include <array>
+
+#include "RedfishConfigSetting.h"
+
+// What the registry says, whatever the values are.
+
+using Tavrine::RedfishConfigSettingRelations;
+using Tavrine::RedfishConfigSettingTexts;
+using Tavrine::RegistryAttribute;
+using Tavrine::SettingProperty;
+
+namespace
+{
+
+constexpr std::array NumberProperties = {SettingProperty::LowerBound,      SettingProperty::UpperBound,
+                                         SettingProperty::ScalarIncrement, SettingProperty::MinLength,
+                                         SettingProperty::MaxLength,       SettingProperty::DisplayOrder};
+
+std::string TextOf(const RegistryAttribute& attribute, SettingProperty property)
+{
+    const Tavrine::RegistryScalar value = Tavrine::PropertyOfRegistry(attribute, property);
+    return Tavrine::HasValue(value) ? Tavrine::ScalarText(value) : std::string();
+}
+
+} // namespace
+
+std::vector<std::string> RedfishConfigSettingManager::GetSettingNames()
+{
+    m_ErrorList.clear();
+    std::vector<std::string> names;
+    const RedfishConfigResult result = ReadModel();
+    if (result != 0)
+    {
+        m_ErrorList.push_back(result);
+    }
+    else if (!m_Settings.empty())
+    {
+        for (const RegistryAttribute& attribute : m_Settings.begin()->second->Model().Registry().Attributes)
+        {
+            names.push_back(*attribute.Info.AttributeKey);
+        }
+    }
+    return names;
+}
+
+RedfishConfigResult RedfishConfigSettingManager::GetSettingTexts(const std::string& name,
+                                                                 RedfishConfigSettingTexts& texts)
+{
+    const RedfishConfigResult result = ReadModel();
+    if (result != 0)
+    {
+        return result;
+    }
+    const auto found = m_Settings.find(name);
+    if (found == m_Settings.end())
+    {
+        return UnknownSetting(name);
+    }
+    const RegistryAttribute& attribute = found->second->Attribute();
+    texts = {};
+    texts.DisplayName = TextOf(attribute, SettingProperty::DisplayName);
+    texts.HelpText = TextOf(attribute, SettingProperty::HelpText);
+    texts.WarningText = TextOf(attribute, SettingProperty::WarningText);
+    for (const std::string& value : attribute.ValueOrder)
+    {
+        texts.Values.emplace_back(value, attribute.Info.ValueNames.at(value));
+    }
+    for (const SettingProperty number : NumberProperties)
+    {
+        if (std::string text = TextOf(attribute, number); !text.empty())
+        {
+            texts.Numbers.emplace(Tavrine::PropertyWord(number), std::move(text));
+        }
+    }
+    return result;
+}
+
+RedfishConfigResult RedfishConfigSettingManager::GetSettingRelations(const std::string& name,
+                                                                     RedfishConfigSettingRelations& relations)
+{
+    const RedfishConfigResult result = ReadModel();
+    if (result != 0)
+    {
+        return result;
+    }
+    const auto found = m_Settings.find(name);
+    if (found == m_Settings.end())
+    {
+        return UnknownSetting(name);
+    }
+    relations = found->second->Model().Relations(found->second->Index());
+    return result;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <memory>
+
+#include "BiosRedfishConfigProc.h"
+#include "Export.h"
+#include "RedfishConfigResult.h"
+#include "RedfishConfigSettingManager.h"
+
+namespace Tavrine
+{
+
+/// For a program that asks more about settings than the operations of the front object
+/// answer: a manager of its own over the registry that `front` keeps, with the current
+/// values, pending ones before those in force. Protected settings are among them where
+/// `front` reaches them. Registry and values are fetched where `front` has not done so yet.
+/// @return as QuerySettingValidValues of all with Config_Options::OutputFormat 2; `manager` is
+/// untouched on failure.
+TAVRINE_EXPORT RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
+                                                      std::unique_ptr<RedfishConfigSettingManager>& manager);
+
+} // namespace Tavrine

@@ -1,0 +1,68 @@
+// The setting manager that a program takes from a front object.
+#include "BiosSettingManager.h"
+#include "ReadingFixture.h"
+
+using namespace reading;
+using namespace Tavrine;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+namespace
+{
+
+class TakenManager : public FrontClassTest
+{
+  protected:
+    std::unique_ptr<RedfishConfigSettingManager> m_Taken;
+};
+
+TEST_F(TakenManager, ReadsRegistryAndValuesAndSharesTheRegistry)
+{
+    TellStandard(R"({"Boot":"UEFI","Cores":4,"Gone":null})", R"({"Cores":8})");
+    TellSchema();
+    const auto front = MakeBios({.HexValueMode = true});
+    EXPECT_THAT(TakeSettingManager(*front, m_Taken), IsBare(0));
+    EXPECT_THAT(world.Calls,
+                ElementsAre(Get(SystemsUrl), ReadSchema(BiosUrl), Get(SystemsUrl), Get(BiosUrl), Get(SettingsUrl)));
+    EXPECT_THAT(world.ManagerCalls, ElementsAre("TakeRegistryOf"));
+    ASSERT_NE(m_Taken, nullptr);
+    EXPECT_NE(m_Taken.get(), front->m_SettingManager.get());
+    EXPECT_EQ(m_Taken->m_Schema, Schema);
+    EXPECT_THAT(m_Taken->m_Values, ElementsAre(Pair("Boot", OptionalVar("UEFI")), Pair("Cores", OptionalVar(8))));
+    EXPECT_TRUE(m_Taken->m_Options.HexValueMode);
+    EXPECT_THAT(front->m_SettingManager->m_Values, IsEmpty());
+}
+
+TEST_F(TakenManager, HasProtectedValuesWhereTheFrontReachesThem)
+{
+    TellStandard(R"({"Boot":"UEFI"})");
+    TellProtected(R"({"Secret":"s"})");
+    TellSchema();
+    const auto front = MakeUefi();
+    ASSERT_THAT(TakeSettingManager(*front, m_Taken), IsBare(0));
+    EXPECT_THAT(m_Taken->m_Values, ElementsAre(Pair("Boot", OptionalVar("UEFI")), Pair("Secret", OptionalVar("s"))));
+}
+
+TEST_F(TakenManager, IsNotThereWithoutARegistry)
+{
+    TellSystem();
+    world.Fail("SCHEMA", BiosUrl, 26, "no registry");
+    const auto front = MakeBios();
+    EXPECT_THAT(TakeSettingManager(*front, m_Taken), IsResult(26, "no registry", ""));
+    EXPECT_EQ(m_Taken, nullptr);
+    EXPECT_THAT(world.LogsAt(1), testing::Contains("Failed to get schema though: no registry"));
+}
+
+TEST_F(TakenManager, IsNotThereWithoutValues)
+{
+    TellSchema();
+    TellSystem();
+    world.Fail("GET", BiosUrl, 24, "no connection");
+    const auto front = MakeBios();
+    EXPECT_THAT(TakeSettingManager(*front, m_Taken), IsResult(24, "no connection", ""));
+    EXPECT_EQ(m_Taken, nullptr);
+    EXPECT_THAT(world.LogsAt(1), testing::Contains("Failed to get current values map though: no connection"));
+}
+
+} // namespace
