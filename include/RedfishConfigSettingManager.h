@@ -197,20 +197,22 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     RedfishConfigResult ReadModel();
     void TakeModel(const std::shared_ptr<const Tavrine::SettingModel>& model);
     RedfishConfigSetting* MakeSetting(Tavrine::RedfishConfigSettingInfoStru& info);
-    void EvaluateDependencies();
+    /// There is at least one setting.
+    const Tavrine::DependencyEvaluation& Now() const;
+    const Tavrine::SettingStringMap& ForcedOn(const RedfishConfigSetting& setting);
     RedfishConfigResult UnknownSetting(const std::string& name) const;
 
     std::vector<RedfishConfigResult> m_ErrorList;
     std::string m_Schema;
     Tavrine::SettingValueMap m_Values;
-    /// Setting to the properties that dependencies force on it now, each with the
-    /// condition that does it.
+    /// Settings that were asked about to the properties that dependencies force on them now, each
+    /// with the condition that does it.
     std::map<std::string, Tavrine::SettingStringMap> m_ForcedProperties;
     std::map<std::string, std::shared_ptr<RedfishConfigSetting>> m_Settings;
     std::map<std::string, CreateFunction> m_SettingTypeCreators;
     bool m_Flag;
     Tavrine::Config_Options m_Options;
     Tavrine::SettingGroupMap m_Groups;
-    /// In the order of the registry.
+    /// Kept for its place: empty, since records are made when they are asked for.
     std::vector<Tavrine::RedfishConfigSettingInfoStru> m_SettingInfos;
 };

@@ -1,11 +1,12 @@
 #include "AttributeRegistry.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
-#include <boost/json/monotonic_resource.hpp>
-#include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
+
+#include "RegistryStream.h"
 
 namespace Tavrine
 {
@@ -54,38 +55,90 @@ std::size_t DepthOf(std::string_view normalisedPath)
     return normalisedPath.empty() ? 0 : static_cast<std::size_t>(cuts) + 1;
 }
 
-/// Reads one document into one registry; short-lived.
+/// Reads one document into one registry; short-lived. Attributes come one by one, before
+/// or after the menus that they stand in.
 class RegistryReader
 {
   public:
     RegistryReader(AttributeRegistry& registry, RegistryNotes& notes) : m_Registry(registry), m_Notes(notes) {}
 
-    void Read(const json::object& entries, const json::array& attributes)
+    bool Read(std::string_view text, std::string& error)
     {
-        if (const json::array* menus = ArrayOf(entries, "Menus"))
+        RegistryLists lists;
+        error = ReadRegistryText(
+            text, lists,
+            {[this] { BeginAttributes(); }, [this](const json::value& element) { TakeAttribute(element); }});
+        if (!error.empty())
         {
-            ReadMenus(*menus);
+            return false;
         }
-        m_Registry.Attributes.reserve(std::min(attributes.size(), MaxRegistryAttributes));
-        ForEachObject(attributes, "attribute", MaxRegistryAttributes,
-                      [this](const json::object& attribute) { ReadAttribute(attribute); });
-        if (const json::array* dependencies = ArrayOf(entries, "Dependencies"))
-        {
-            ForEachObject(*dependencies, "dependency", MaxRegistryDependencies,
-                          [this](const json::object& dependency) { ReadDependency(dependency); });
-        }
+        ReadMenus(lists.Menus);
+        EndAttributes();
+        ForEachObject(lists.Dependencies, "dependency", MaxRegistryDependencies,
+                      [this](const json::object& dependency) { ReadDependency(dependency); });
+        return true;
     }
 
   private:
+    void BeginAttributes()
+    {
+        m_Registry.Attributes.clear();
+        m_Registry.AttributeIndex.clear();
+        m_AttributeNotes = {};
+        m_AttributeElements = 0;
+    }
+
+    void TakeAttribute(const json::value& element)
+    {
+        const std::size_t position = m_AttributeElements++;
+        if (position >= MaxRegistryAttributes)
+        {
+            return;
+        }
+        if (const json::object* object = element.if_object())
+        {
+            ReadAttribute(*object);
+        }
+        else
+        {
+            m_AttributeNotes.Add(NoObject("attribute", position));
+        }
+    }
+
+    /// Menus are known now.
+    void EndAttributes()
+    {
+        if (m_AttributeElements > MaxRegistryAttributes)
+        {
+            m_AttributeNotes.Add(TooMany("attribute", m_AttributeElements, MaxRegistryAttributes));
+        }
+        m_Notes.Add(m_AttributeNotes);
+        m_Registry.Attributes.shrink_to_fit();
+        for (RegistryAttribute& attribute : m_Registry.Attributes)
+        {
+            FindMenu(attribute);
+        }
+    }
+
+    static std::string NoObject(const char* what, std::size_t position)
+    {
+        return "Registry " + std::string(what) + " " + std::to_string(position) + " is no object, so skipped.";
+    }
+
+    static std::string TooMany(const char* what, std::size_t count, std::size_t most)
+    {
+        return "The registry has " + std::to_string(count) + " elements of the kind " + what + ", so those above " +
+               std::to_string(most) + " are left out.";
+    }
+
     template <class Reader>
-    void ForEachObject(const json::array& list, const char* what, std::size_t most, const Reader& read)
+    void ForEachObject(const std::vector<json::value>& list, const char* what, std::size_t most, const Reader& read)
     {
         for (std::size_t position = 0; position < list.size(); ++position)
         {
             if (position == most)
             {
-                m_Notes.Add("The registry has " + std::to_string(list.size()) + " elements of the kind " + what +
-                            ", so those above " + std::to_string(most) + " are left out.");
+                m_Notes.Add(TooMany(what, list.size(), most));
                 return;
             }
             if (const json::object* element = list[position].if_object())
@@ -94,13 +147,12 @@ class RegistryReader
             }
             else
             {
-                m_Notes.Add("Registry " + std::string(what) + " " + std::to_string(position) +
-                            " is no object, so skipped.");
+                m_Notes.Add(NoObject(what, position));
             }
         }
     }
 
-    void ReadMenus(const json::array& menus)
+    void ReadMenus(const std::vector<json::value>& menus)
     {
         std::vector<RegistryMenu> read;
         ForEachObject(menus, "menu", MaxRegistryMenus,
@@ -181,25 +233,27 @@ class RegistryReader
 
     void ReadAttribute(const json::object& object)
     {
-        const std::optional<std::string> name = TextOf(object, "AttributeName");
+        std::optional<std::string> name = TextOf(object, "AttributeName");
         if (!name)
         {
-            m_Notes.Add("An attribute without a text in \"AttributeName\" is skipped.");
+            m_AttributeNotes.Add("An attribute without a text in \"AttributeName\" is skipped.");
             return;
         }
-        if (!m_Registry.AttributeIndex.try_emplace(*name, m_Registry.Attributes.size()).second)
+        const auto [entry, isNew] =
+            m_Registry.AttributeIndex.try_emplace(std::move(*name), m_Registry.Attributes.size());
+        if (!isNew)
         {
-            m_Notes.Add("Attribute " + Quoted(*name) + " occurs twice, so the later one is skipped.");
+            m_AttributeNotes.Add("Attribute " + Quoted(entry->first) + " occurs twice, so the later one is skipped.");
             return;
         }
         RegistryAttribute& attribute = m_Registry.Attributes.emplace_back();
-        attribute.Info.AttributeKey = name;
-        attribute.Info.SettingType = TextOf(object, "Type");
-        attribute.Info.IsSystemUnique = FlagOf(object, "IsSystemUniqueProperty");
-        attribute.Info.IsProtected = IsProtected(object);
+        attribute.Key = &entry->first;
+        attribute.Type = TextOf(object, "Type");
+        attribute.MenuPath = TextOf(object, "MenuPath");
+        attribute.IsSystemUnique = FlagOf(object, "IsSystemUniqueProperty");
+        attribute.IsProtected = IsProtected(object);
         ReadProperties(object, attribute);
         ReadValueNames(object, attribute);
-        ReadMenuPath(object, attribute);
     }
 
     /// This family's machines mark what only their OEM actions reach.
@@ -212,56 +266,78 @@ class RegistryReader
 
     void ReadProperties(const json::object& object, RegistryAttribute& attribute)
     {
+        std::array<const json::value*, PropertyCount> given{};
+        std::size_t count = 0;
+        for (const auto& member : object)
+        {
+            const std::optional<SettingProperty> property =
+                PropertyFromWord({member.key().data(), member.key().size()});
+            if (property && !member.value().is_null())
+            {
+                given[static_cast<std::size_t>(*property)] = &member.value();
+                count += IsFlag(*property) ? 0U : 1U;
+            }
+        }
+        attribute.Properties.reserve(count);
         for (std::size_t row = 0; row < PropertyCount; ++row)
         {
-            const auto property = static_cast<SettingProperty>(row);
-            const json::value* member = object.if_contains(PropertyWord(property));
-            if (member == nullptr || member->is_null())
+            if (given[row] != nullptr)
             {
-                continue;
+                ReadProperty(*given[row], static_cast<SettingProperty>(row), attribute);
             }
-            const std::optional<RegistryScalar> scalar = ScalarFromJson(*member);
-            const std::optional<RegistryScalar> suited = scalar ? SuitedTo(property, *scalar) : std::nullopt;
-            if (suited)
-            {
-                SetRegistryProperty(attribute, property, *suited);
-            }
-            else
-            {
-                m_Notes.Add("Attribute " + Quoted(*attribute.Info.AttributeKey) + " has a wrong kind of \"" +
-                            PropertyWord(property) + "\", so that is left out.");
-            }
+        }
+    }
+
+    void ReadProperty(const json::value& value, SettingProperty property, RegistryAttribute& attribute)
+    {
+        std::optional<RegistryScalar> suited = ScalarFromJson(value);
+        if (suited)
+        {
+            suited = SuitedTo(property, std::move(*suited));
+        }
+        if (suited)
+        {
+            AddRegistryProperty(attribute, property, std::move(*suited));
+        }
+        else
+        {
+            m_AttributeNotes.Add("Attribute " + Quoted(attribute.Name()) + " has a wrong kind of \"" +
+                                 PropertyWord(property) + "\", so that is left out.");
         }
     }
 
     void ReadValueNames(const json::object& object, RegistryAttribute& attribute)
     {
         const json::array* values = ArrayOf(object, "Value");
-        for (std::size_t position = 0; values != nullptr && position < values->size(); ++position)
+        if (values == nullptr)
         {
-            const json::object* value = (*values)[position].if_object();
-            const std::optional<std::string> name = value != nullptr ? TextOf(*value, "ValueName") : std::nullopt;
-            if (!name)
+            return;
+        }
+        std::unordered_set<std::string_view> seen;
+        attribute.ValueNames.reserve(values->size());
+        for (const json::value& element : *values)
+        {
+            const json::object* value = element.if_object();
+            const json::value* name = value != nullptr ? value->if_contains("ValueName") : nullptr;
+            if (name == nullptr || !name->is_string())
             {
-                m_Notes.Add("Attribute " + Quoted(*attribute.Info.AttributeKey) + " has a value without a name.");
-                continue;
+                m_AttributeNotes.Add("Attribute " + Quoted(attribute.Name()) + " has a value without a name.");
             }
-            const std::string display = TextOf(*value, "ValueDisplayName").value_or(*name);
-            if (attribute.Info.ValueNames.try_emplace(*name, display).second)
+            else if (seen.insert(View(name->get_string())).second)
             {
-                attribute.ValueOrder.push_back(*name);
+                attribute.ValueNames.push_back(
+                    {std::string(View(name->get_string())), TextOf(*value, "ValueDisplayName")});
             }
         }
     }
 
-    void ReadMenuPath(const json::object& object, RegistryAttribute& attribute)
+    void FindMenu(RegistryAttribute& attribute) const
     {
-        attribute.Info.MenuPath = TextOf(object, "MenuPath");
-        if (!attribute.Info.MenuPath)
+        if (!attribute.MenuPath)
         {
             return;
         }
-        const std::string path = NormalisedMenuPath(*attribute.Info.MenuPath);
+        const std::string path = NormalisedMenuPath(*attribute.MenuPath);
         if (DepthOf(path) <= MaxMenuDepth)
         {
             attribute.Menu = NearestMenu(path);
@@ -373,6 +449,9 @@ class RegistryReader
 
     AttributeRegistry& m_Registry;
     RegistryNotes& m_Notes;
+    /// They follow those on the menus.
+    RegistryNotes m_AttributeNotes;
+    std::size_t m_AttributeElements = 0;
     std::unordered_map<std::string, std::size_t> m_MenuByPath;
     std::unordered_map<std::string, std::size_t> m_MenuByName;
 };
@@ -389,6 +468,38 @@ void RegistryNotes::Add(std::string line)
     {
         ++More;
     }
+}
+
+void RegistryNotes::Add(const RegistryNotes& others)
+{
+    for (const std::string& line : others.Lines)
+    {
+        Add(line);
+    }
+    More += others.More;
+}
+
+RedfishConfigSettingInfoStru InfoOf(const RegistryAttribute& attribute)
+{
+    RedfishConfigSettingInfoStru info;
+    info.AttributeKey = attribute.Name();
+    info.SettingType = attribute.Type;
+    info.MenuPath = attribute.MenuPath;
+    info.IsSystemUnique = attribute.IsSystemUnique;
+    info.IsProtected = attribute.IsProtected;
+    for (const SettingProperty flag : FlagProperties)
+    {
+        SetProperty(info, flag, attribute.Flags.test(static_cast<std::size_t>(flag)));
+    }
+    for (const auto& [property, value] : attribute.Properties)
+    {
+        SetProperty(info, property, value);
+    }
+    for (const RegistryValueName& value : attribute.ValueNames)
+    {
+        info.ValueNames.emplace(value.Name, value.Shown());
+    }
+    return info;
 }
 
 std::string NormalisedMenuPath(std::string_view path)
@@ -409,36 +520,7 @@ std::string NormalisedMenuPath(std::string_view path)
 
 bool ReadAttributeRegistry(std::string_view text, AttributeRegistry& registry, RegistryNotes& notes, std::string& error)
 {
-    if (text.size() > MaxRegistryBytes)
-    {
-        error = "it is larger than " + std::to_string(MaxRegistryBytes) + " bytes.";
-        return false;
-    }
-    json::monotonic_resource memory;
-    json::parse_options options;
-    options.max_depth = MaxRegistryDepth;
-    json::error_code failure;
-    const json::value document = json::parse(json::string_view(text.data(), text.size()), failure, &memory, options);
-    if (failure)
-    {
-        error = failure == json::error::too_deep
-                    ? "it is nested deeper than " + std::to_string(MaxRegistryDepth) + " levels."
-                    : "it is no JSON: " + failure.message() + ".";
-        return false;
-    }
-    const json::object* root = document.if_object();
-    const json::object* entries = root != nullptr ? ObjectOf(*root, "RegistryEntries") : nullptr;
-    const json::array* attributes = entries != nullptr ? ArrayOf(*entries, "Attributes") : nullptr;
-    error = root == nullptr         ? "it is no JSON object."
-            : entries == nullptr    ? "it has no object \"RegistryEntries\"."
-            : attributes == nullptr ? "its \"RegistryEntries\" have no array \"Attributes\"."
-                                    : "";
-    if (!error.empty())
-    {
-        return false;
-    }
-    RegistryReader(registry, notes).Read(*entries, *attributes);
-    return true;
+    return RegistryReader(registry, notes).Read(text, error);
 }
 
 } // namespace Tavrine

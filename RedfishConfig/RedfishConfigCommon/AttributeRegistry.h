@@ -1,14 +1,16 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
-#include "ExactInteger.h"
 #include "RedfishConfigSettingInfo.h"
 #include "RegistryScalar.h"
 #include "SettingProperty.h"
@@ -18,30 +20,41 @@ namespace Tavrine
 
 constexpr std::size_t NoIndex = static_cast<std::size_t>(-1);
 
-/// One attribute as the registry writes it, no dependency applied.
+/// One of the values that an enumeration takes.
+struct RegistryValueName
+{
+    std::string Name;
+    std::optional<std::string> DisplayName;
+
+    const std::string& Shown() const { return DisplayName ? *DisplayName : Name; }
+};
+
+/// One attribute as the registry writes it, no dependency applied. Registries have
+/// thousands of them, so that only what is given takes room.
 struct RegistryAttribute
 {
-    /// "AttributeKey" is always filled.
-    RedfishConfigSettingInfoStru Info;
+    const std::string& Name() const { return *Key; }
 
-    /// The numbers of Info, not narrowed.
-    std::optional<ExactInteger> LowerBound;
-    std::optional<ExactInteger> UpperBound;
-    std::optional<ExactInteger> ScalarIncrement;
-    std::optional<ExactInteger> MinLength;
-    std::optional<ExactInteger> MaxLength;
-    std::optional<ExactInteger> DisplayOrder;
-    RegistryScalar DefaultValue;
-    RegistryScalar CurrentValue;
-
-    /// Value names in the order of the registry.
-    std::vector<std::string> ValueOrder;
-
+    /// The key of this attribute in AttributeRegistry::AttributeIndex.
+    const std::string* Key = nullptr;
+    std::optional<std::string> Type;
+    std::optional<std::string> MenuPath;
+    /// Those that are given and no flags, in the order of SettingProperty; see PropertyOfRegistry.
+    std::vector<std::pair<SettingProperty, RegistryScalar>> Properties;
+    /// In the order of the registry, each name once.
+    std::vector<RegistryValueName> ValueNames;
     /// The nearest menu that holds the setting, and whether it is the very one
     /// that the attribute's "MenuPath" names.
     std::size_t Menu = NoIndex;
     bool MenuIsKnown = false;
+
+    bool IsSystemUnique = false;
+    bool IsProtected = false;
+    std::bitset<FlagProperties.size()> Flags;
 };
+
+/// The public record of an attribute, numbers narrowed.
+RedfishConfigSettingInfoStru InfoOf(const RegistryAttribute& attribute);
 
 struct RegistryMenu
 {
@@ -93,6 +106,11 @@ struct RegistryDependency
 /// are unique: the first of several attributes or menus of one name or path wins.
 struct AttributeRegistry
 {
+    AttributeRegistry() = default;
+    /// Attributes point to keys of the index, which a copy would leave behind.
+    AttributeRegistry(AttributeRegistry&&) = default;
+    AttributeRegistry& operator=(AttributeRegistry&&) = default;
+
     std::vector<RegistryAttribute> Attributes;
     /// Parents stand before their children.
     std::vector<RegistryMenu> Menus;
@@ -108,6 +126,7 @@ struct RegistryNotes
     std::size_t More = 0;
 
     void Add(std::string line);
+    void Add(const RegistryNotes& others);
 };
 
 /// More than these are left out, with a note.
@@ -121,7 +140,8 @@ constexpr std::size_t MaxRegistryBytes = std::size_t{128} << 20;
 
 /// Reads a registry. Attributes without a name and dependencies that cannot be
 /// understood are left out with a note; they never fail the whole.
-/// @param error  the cause when the text is no registry.
+/// @param error  the cause when the text is no registry; `registry` and `notes` are of no
+///               meaning then.
 bool ReadAttributeRegistry(std::string_view text, AttributeRegistry& registry, RegistryNotes& notes,
                            std::string& error);
 

@@ -55,22 +55,23 @@ const OptionalVar* FindValue(const SettingValueMap& values, const std::string& n
 
 } // namespace
 
-DependencyEvaluation::DependencyEvaluation(const SettingModel& model, const SettingValueMap& values,
-                                           const SettingValueMap& changes)
-    : m_Model(model), m_Values(model.Registry().Attributes.size()), m_Winners(model.Slots().size(), NoIndex),
+DependencyEvaluation::DependencyEvaluation(const SettingModel& model, const SettingValueMap& values)
+    : m_Model(&model), m_Values(model.Registry().Attributes.size()), m_Winners(model.Slots().size(), NoIndex),
       m_MenuFlags(model.Registry().Menus.size())
+{
+    ResolveValues(values, {});
+    SpreadMenuFlags();
+    RunRounds(nullptr);
+}
+
+DependencyEvaluation::DependencyEvaluation(const DependencyEvaluation& before, const SettingValueMap& values,
+                                           const SettingValueMap& changes)
+    : m_Model(before.m_Model), m_Values(before.m_Values.size()), m_Winners(before.m_Winners.size(), NoIndex),
+      m_MenuFlags(before.m_MenuFlags.size())
 {
     ResolveValues(values, changes);
     SpreadMenuFlags();
-    if (changes.empty())
-    {
-        RunRounds(nullptr);
-    }
-    else
-    {
-        const DependencyEvaluation before(model, values);
-        RunRounds(&before);
-    }
+    RunRounds(changes.empty() ? nullptr : &before);
 }
 
 void DependencyEvaluation::ResolveValues(const SettingValueMap& values, const SettingValueMap& changes)
@@ -83,15 +84,15 @@ void DependencyEvaluation::ResolveValues(const SettingValueMap& values, const Se
             return;
         }
         resolved[attribute] = true;
-        const RegistryAttribute& registered = m_Model.Attribute(attribute);
-        const OptionalVar* changed = FindValue(changes, *registered.Info.AttributeKey);
-        const OptionalVar* reported = FindValue(values, *registered.Info.AttributeKey);
+        const RegistryAttribute& registered = m_Model->Attribute(attribute);
+        const OptionalVar* changed = FindValue(changes, registered.Name());
+        const OptionalVar* reported = FindValue(values, registered.Name());
         m_Values[attribute] = {changed != nullptr    ? ScalarFromValue(*changed)
                                : reported != nullptr ? ScalarFromValue(*reported)
-                                                     : registered.CurrentValue,
+                                                     : PropertyOfRegistry(registered, SettingProperty::CurrentValue),
                                changed != nullptr};
     };
-    for (const RegistryDependency& dependency : m_Model.Registry().Dependencies)
+    for (const RegistryDependency& dependency : m_Model->Registry().Dependencies)
     {
         resolve(dependency.Attribute);
         for (const DependencyTerm& term : dependency.Terms)
@@ -113,11 +114,11 @@ void DependencyEvaluation::RunRounds(const DependencyEvaluation* before)
 /// @return whether anything moved.
 bool DependencyEvaluation::RunRound(const DependencyEvaluation* before)
 {
-    const std::vector<RegistryDependency>& dependencies = m_Model.Registry().Dependencies;
+    const std::vector<RegistryDependency>& dependencies = m_Model->Registry().Dependencies;
     std::vector<std::size_t> winners(m_Winners.size(), NoIndex);
     for (std::size_t index = 0; index < dependencies.size(); ++index)
     {
-        std::size_t& winner = winners[m_Model.SlotOfDependency(index)];
+        std::size_t& winner = winners[m_Model->SlotOfDependency(index)];
         if (MayForceValue(dependencies[index], before) && Holds(dependencies[index]) && Beats(index, winner))
         {
             winner = index;
@@ -136,7 +137,7 @@ void DependencyEvaluation::KeepFormerValues(std::vector<std::size_t>& winners) c
 {
     for (std::size_t slot = 0; slot < winners.size(); ++slot)
     {
-        if (winners[slot] == NoIndex && m_Model.Slots()[slot].Property == SettingProperty::CurrentValue)
+        if (winners[slot] == NoIndex && m_Model->Slots()[slot].Property == SettingProperty::CurrentValue)
         {
             winners[slot] = m_Winners[slot];
         }
@@ -201,8 +202,8 @@ bool DependencyEvaluation::Beats(std::size_t dependency, std::size_t former) con
     {
         return true;
     }
-    const RegistryDependency& challenger = m_Model.Registry().Dependencies[dependency];
-    const RegistryDependency& holder = m_Model.Registry().Dependencies[former];
+    const RegistryDependency& challenger = m_Model->Registry().Dependencies[dependency];
+    const RegistryDependency& holder = m_Model->Registry().Dependencies[former];
     if (IsFlag(challenger.Property))
     {
         return challenger.Value == RegistryScalar(true) && holder.Value == RegistryScalar(false);
@@ -212,7 +213,7 @@ bool DependencyEvaluation::Beats(std::size_t dependency, std::size_t former) con
 
 const RegistryDependency* DependencyEvaluation::WinnerOf(std::size_t slot) const
 {
-    return slot == NoIndex || m_Winners[slot] == NoIndex ? nullptr : &m_Model.Registry().Dependencies[m_Winners[slot]];
+    return slot == NoIndex || m_Winners[slot] == NoIndex ? nullptr : &m_Model->Registry().Dependencies[m_Winners[slot]];
 }
 
 DependencyEvaluation::MenuFlag DependencyEvaluation::OwnFlag(std::size_t slot, bool ofRegistry) const
@@ -224,13 +225,13 @@ DependencyEvaluation::MenuFlag DependencyEvaluation::OwnFlag(std::size_t slot, b
 
 void DependencyEvaluation::SpreadMenuFlags()
 {
-    const std::vector<RegistryMenu>& menus = m_Model.Registry().Menus;
+    const std::vector<RegistryMenu>& menus = m_Model->Registry().Menus;
     for (std::size_t menu = 0; menu < menus.size(); ++menu)
     {
         for (const SettingProperty flag : FlagProperties)
         {
             const auto at = static_cast<std::size_t>(flag);
-            MenuFlag own = OwnFlag(m_Model.SlotOfMenu(menu, flag), menus[menu].Flags[at]);
+            MenuFlag own = OwnFlag(m_Model->SlotOfMenu(menu, flag), menus[menu].Flags[at]);
             if (!own.On && menus[menu].Parent != NoIndex)
             {
                 own = m_MenuFlags[menus[menu].Parent][at];
@@ -242,9 +243,9 @@ void DependencyEvaluation::SpreadMenuFlags()
 
 DependencyEvaluation::MenuFlag DependencyEvaluation::FlagWithCause(std::size_t attribute, SettingProperty flag) const
 {
-    const RegistryAttribute& registered = m_Model.Attribute(attribute);
+    const RegistryAttribute& registered = m_Model->Attribute(attribute);
     const bool ofRegistry = PropertyOfRegistry(registered, flag) == RegistryScalar(true);
-    const MenuFlag own = OwnFlag(m_Model.SlotOfAttribute(attribute, flag), ofRegistry);
+    const MenuFlag own = OwnFlag(m_Model->SlotOfAttribute(attribute, flag), ofRegistry);
     return own.On || registered.Menu == NoIndex ? own : m_MenuFlags[registered.Menu][static_cast<std::size_t>(flag)];
 }
 
@@ -259,22 +260,22 @@ RegistryScalar DependencyEvaluation::Now(std::size_t attribute, SettingProperty 
     {
         return Flag(attribute, property);
     }
-    if (const RegistryDependency* winner = WinnerOf(m_Model.SlotOfAttribute(attribute, property)))
+    if (const RegistryDependency* winner = WinnerOf(m_Model->SlotOfAttribute(attribute, property)))
     {
         return winner->Value;
     }
     return property == SettingProperty::CurrentValue ? m_Values[attribute].Value
-                                                     : PropertyOfRegistry(m_Model.Attribute(attribute), property);
+                                                     : PropertyOfRegistry(m_Model->Attribute(attribute), property);
 }
 
 const RegistryDependency* DependencyEvaluation::Cause(std::size_t attribute, SettingProperty property) const
 {
     if (!IsFlag(property))
     {
-        return WinnerOf(m_Model.SlotOfAttribute(attribute, property));
+        return WinnerOf(m_Model->SlotOfAttribute(attribute, property));
     }
     const MenuFlag flag = FlagWithCause(attribute, property);
-    return flag.On && flag.Cause != NoIndex ? &m_Model.Registry().Dependencies[flag.Cause] : nullptr;
+    return flag.On && flag.Cause != NoIndex ? &m_Model->Registry().Dependencies[flag.Cause] : nullptr;
 }
 
 std::string ConditionText(const RegistryDependency& dependency)

@@ -35,10 +35,14 @@ class DependencyEvaluation
   public:
     static constexpr unsigned MaxRounds = 16;
 
-    /// Works all out at once. The model must outlive this object, the maps need
+    /// Works all out at once. The model must outlive this object, the map need
     /// not.
-    DependencyEvaluation(const SettingModel& model, const SettingValueMap& values,
-                         const SettingValueMap& changes = SettingValueMap());
+    DependencyEvaluation(const SettingModel& model, const SettingValueMap& values);
+    /// @param before  what stands by `values` alone; it need not outlive this object.
+    DependencyEvaluation(const DependencyEvaluation& before, const SettingValueMap& values,
+                         const SettingValueMap& changes);
+
+    const SettingModel& Model() const { return *m_Model; }
 
     /// Flags count as set, too, where a menu around the setting has them. The
     /// current value of a setting that no dependency names is not known here.
@@ -82,7 +86,7 @@ class DependencyEvaluation
     MenuFlag OwnFlag(std::size_t slot, bool ofRegistry) const;
     MenuFlag FlagWithCause(std::size_t attribute, SettingProperty flag) const;
 
-    const SettingModel& m_Model;
+    const SettingModel* m_Model;
     std::vector<KnownValue> m_Values;
     /// By slot: the dependency that holds and wins, or NoIndex.
     std::vector<std::size_t> m_Winners;

@@ -57,7 +57,7 @@ NumberForm FormOf(const RedfishConfigSetting& setting, const SettingValueMap& va
     {
         return NumberForm::Decimal;
     }
-    const auto current = values.find(*setting.Attribute().Info.AttributeKey);
+    const auto current = values.find(setting.Attribute().Name());
     const bool converted =
         current != values.end() && current->second && std::holds_alternative<std::int64_t>(*current->second);
     return converted ? NumberForm::DecimalFromHex : NumberForm::Hexadecimal;
@@ -66,7 +66,7 @@ NumberForm FormOf(const RedfishConfigSetting& setting, const SettingValueMap& va
 RedfishConfigResult RefusedValue(const WantedValue& wanted, const ValueRules& rules, const std::string& reason)
 {
     const RegistryAttribute& attribute = *rules.Attribute;
-    const std::string& name = *attribute.Info.AttributeKey;
+    const std::string& name = attribute.Name();
     std::string message = "The new value is invalid: the setting " + name + " takes ";
     message += (CodePoints(wanted.Text) ? AcceptedWords(rules, wanted.Form) : "text in UTF-8") + reason + ".";
     const std::string meant = rules.Kind == SettingKind::Enumerate ? NameMeant(attribute, wanted.Text) : "";
@@ -103,7 +103,7 @@ WantedValue ReadWanted(const RedfishConfigSetting& setting, const std::string& t
 RedfishConfigResult JudgeWanted(const WantedValue& wanted, const DependencyEvaluation& evaluation, std::string& context)
 {
     const RedfishConfigSetting& setting = *wanted.Setting;
-    const std::string& name = *setting.Attribute().Info.AttributeKey;
+    const std::string& name = setting.Attribute().Name();
     const std::string locked = LockedWords(evaluation, setting.Index());
     if (!locked.empty())
     {
@@ -124,7 +124,7 @@ RedfishConfigResult JudgeWanted(const WantedValue& wanted, const DependencyEvalu
         Log(4, __FILE__, __LINE__).Stream()
             << "Value expression of setting " << name << " is left to the BMC, since " << trouble;
     }
-    if (wanted.Kind == SettingKind::Enumerate && setting.Attribute().ValueOrder.empty())
+    if (wanted.Kind == SettingKind::Enumerate && setting.Attribute().ValueNames.empty())
     {
         Log(4, __FILE__, __LINE__).Stream()
             << "Setting " << name << " has no value names, so the BMC judges its value.";
@@ -133,31 +133,36 @@ RedfishConfigResult JudgeWanted(const WantedValue& wanted, const DependencyEvalu
     return {0, "", ""};
 }
 
-JointEvaluation::JointEvaluation(const SettingModel& model, const SettingValueMap& values,
+JointEvaluation::JointEvaluation(const DependencyEvaluation& now, const SettingValueMap& values,
                                  const std::vector<WantedValue>& wanted)
-    : m_Model(model), m_Values(values), m_Now(model, values), m_EvaluationsLeft(OwnEvaluations(model.Registry()))
+    : m_Model(now.Model()), m_Values(values), m_Now(now), m_EvaluationsLeft(OwnEvaluations(m_Model.Registry()))
 {
     for (const WantedValue& one : wanted)
     {
         if (HasValue(one.Value))
         {
-            m_Changes[*one.Setting->Attribute().Info.AttributeKey] = ValueFromScalar(one.Value);
+            m_Changes[one.Setting->Attribute().Name()] = ValueFromScalar(one.Value);
         }
     }
     FindSelfReaders();
-    m_Joint = std::make_unique<DependencyEvaluation>(m_Model, m_Values, m_Changes);
+    m_Joint = WithChanges();
     const std::size_t all = m_Changes.size();
     for (const WantedValue& one : wanted)
     {
         if (m_SelfReaders.count(one.Setting->Index()) == 0 && !LockedWords(*m_Joint, one.Setting->Index()).empty())
         {
-            m_Changes.erase(*one.Setting->Attribute().Info.AttributeKey);
+            m_Changes.erase(one.Setting->Attribute().Name());
         }
     }
     if (m_Changes.size() != all)
     {
-        m_Joint = std::make_unique<DependencyEvaluation>(m_Model, m_Values, m_Changes);
+        m_Joint = WithChanges();
     }
+}
+
+std::unique_ptr<DependencyEvaluation> JointEvaluation::WithChanges() const
+{
+    return std::make_unique<DependencyEvaluation>(m_Now, m_Values, m_Changes);
 }
 
 void JointEvaluation::FindSelfReaders()
@@ -183,7 +188,7 @@ void JointEvaluation::FindSelfReaders()
 
 const DependencyEvaluation& JointEvaluation::For(const WantedValue& wanted)
 {
-    const auto own = m_Changes.find(*wanted.Setting->Attribute().Info.AttributeKey);
+    const auto own = m_Changes.find(wanted.Setting->Attribute().Name());
     if (own != m_Changes.end() && m_Changes.size() == 1)
     {
         return m_Now;
@@ -198,7 +203,7 @@ const DependencyEvaluation& JointEvaluation::For(const WantedValue& wanted)
     }
     --m_EvaluationsLeft;
     auto kept = m_Changes.extract(own);
-    m_WithoutOne = std::make_unique<DependencyEvaluation>(m_Model, m_Values, m_Changes);
+    m_WithoutOne = WithChanges();
     m_Changes.insert(std::move(kept));
     return *m_WithoutOne;
 }

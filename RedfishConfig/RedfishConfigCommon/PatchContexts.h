@@ -49,18 +49,20 @@ std::string LockedWords(const DependencyEvaluation& evaluation, std::size_t attr
 class JointEvaluation
 {
   public:
-    /// The model must outlive this object.
-    JointEvaluation(const SettingModel& model, const SettingValueMap& values, const std::vector<WantedValue>& wanted);
+    /// @param now  what stands by `values` alone. All three must outlive this object.
+    JointEvaluation(const DependencyEvaluation& now, const SettingValueMap& values,
+                    const std::vector<WantedValue>& wanted);
 
     const DependencyEvaluation& For(const WantedValue& wanted);
 
   private:
     void FindSelfReaders();
+    std::unique_ptr<DependencyEvaluation> WithChanges() const;
 
     const SettingModel& m_Model;
     const SettingValueMap& m_Values;
     SettingValueMap m_Changes;
-    DependencyEvaluation m_Now;
+    const DependencyEvaluation& m_Now;
     std::unique_ptr<DependencyEvaluation> m_Joint;
     std::unique_ptr<DependencyEvaluation> m_WithoutOne;
     /// Attributes that some dependency both reads and forces.

@@ -7,7 +7,7 @@ RedfishConfigSetting::RedfishConfigSetting(SettingKind kind, const Tavrine::Conf
 {
 }
 
-void RedfishConfigSetting::Attach(std::shared_ptr<const Tavrine::SettingModel> model, std::size_t index)
+void RedfishConfigSetting::Attach(std::shared_ptr<Tavrine::EvaluatedModel> model, std::size_t index)
 {
     m_Model = std::move(model);
     m_Index = index;

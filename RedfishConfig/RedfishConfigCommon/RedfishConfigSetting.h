@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "ConfigOptions.h"
-#include "SettingModel.h"
+#include "EvaluatedModel.h"
 
 /// What a setting's type lets it hold.
 enum class SettingKind
@@ -27,19 +27,19 @@ class RedfishConfigSetting
   public:
     RedfishConfigSetting(SettingKind kind, const Tavrine::Config_Options& options);
 
-    /// Called once, before anything else.
-    void Attach(std::shared_ptr<const Tavrine::SettingModel> model, std::size_t index);
+    /// Called once, before anything else. All settings of a manager have the same model.
+    void Attach(std::shared_ptr<Tavrine::EvaluatedModel> model, std::size_t index);
 
     SettingKind Kind() const { return m_Kind; }
     const Tavrine::Config_Options& Options() const { return m_Options; }
     std::size_t Index() const { return m_Index; }
-    const Tavrine::SettingModel& Model() const { return *m_Model; }
-    const std::shared_ptr<const Tavrine::SettingModel>& SharedModel() const { return m_Model; }
-    const Tavrine::RegistryAttribute& Attribute() const { return m_Model->Attribute(m_Index); }
+    Tavrine::EvaluatedModel& Evaluated() const { return *m_Model; }
+    const Tavrine::SettingModel& Model() const { return *m_Model->Model(); }
+    const Tavrine::RegistryAttribute& Attribute() const { return Model().Attribute(m_Index); }
 
   private:
     SettingKind m_Kind;
     Tavrine::Config_Options m_Options;
-    std::shared_ptr<const Tavrine::SettingModel> m_Model;
+    std::shared_ptr<Tavrine::EvaluatedModel> m_Model;
     std::size_t m_Index = Tavrine::NoIndex;
 };

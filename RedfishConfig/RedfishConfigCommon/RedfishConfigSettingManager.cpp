@@ -35,28 +35,26 @@ void LogNotes(const Tavrine::RegistryNotes& notes)
     }
 }
 
-/// The properties that dependencies shape, flags first.
-void ApplyDependencies(const Tavrine::SettingModel& model, const Tavrine::DependencyEvaluation& evaluation,
-                       std::vector<RedfishConfigSettingInfoStru>& infos)
+/// The properties that dependencies shape. The current value is not among them: it is what the
+/// BMC reports.
+void ApplyDependencies(const RedfishConfigSetting& setting, const Tavrine::DependencyEvaluation& evaluation,
+                       RedfishConfigSettingInfoStru& info)
 {
-    for (std::size_t index = 0; index < infos.size(); ++index)
+    for (std::size_t row = 0; row < Tavrine::PropertyCount; ++row)
     {
-        for (const Tavrine::SettingProperty flag : Tavrine::FlagProperties)
+        const auto property = static_cast<Tavrine::SettingProperty>(row);
+        const bool shaped = Tavrine::IsFlag(property) ||
+                            (property != Tavrine::SettingProperty::CurrentValue &&
+                             setting.Model().SlotOfAttribute(setting.Index(), property) != Tavrine::NoIndex);
+        if (shaped)
         {
-            Tavrine::SetProperty(infos[index], flag, evaluation.Flag(index, flag));
-        }
-    }
-    for (const Tavrine::DependencySlot& slot : model.Slots())
-    {
-        if (!Tavrine::IsFlag(slot.Property) && slot.Property != Tavrine::SettingProperty::CurrentValue)
-        {
-            Tavrine::SetProperty(infos[slot.Attribute], slot.Property, evaluation.Now(slot.Attribute, slot.Property));
+            Tavrine::SetProperty(info, property, evaluation.Now(setting.Index(), property));
         }
     }
 }
 
 /// What dependencies force on one setting, each with its condition.
-Tavrine::SettingStringMap ForcedOn(std::size_t index, const Tavrine::DependencyEvaluation& evaluation)
+Tavrine::SettingStringMap ForcedProperties(std::size_t index, const Tavrine::DependencyEvaluation& evaluation)
 {
     Tavrine::SettingStringMap forced;
     for (std::size_t row = 0; row < Tavrine::PropertyCount; ++row)
@@ -116,22 +114,24 @@ RedfishConfigResult RedfishConfigSettingManager::ReadModel()
         return {CodeUnreadable, "The attribute registry cannot be read: " + error, ""};
     }
     LogNotes(notes);
-    m_Schema = std::string(EmptyRegistry); // it may be megabytes, and the model has all of it
+    std::string(EmptyRegistry).swap(m_Schema); // it may be megabytes, and the model has all of it
     TakeModel(std::make_shared<const Tavrine::SettingModel>(std::move(registry)));
     return {0, "", ""};
 }
 
 void RedfishConfigSettingManager::TakeModel(const std::shared_ptr<const Tavrine::SettingModel>& model)
 {
-    m_SettingInfos.clear();
+    const auto evaluated = std::make_shared<Tavrine::EvaluatedModel>(model);
+    RedfishConfigSettingInfoStru info;
     for (std::size_t index = 0; index < model->Registry().Attributes.size(); ++index)
     {
-        RedfishConfigSettingInfoStru& info = m_SettingInfos.emplace_back(model->Attribute(index).Info);
+        const Tavrine::RegistryAttribute& attribute = model->Attribute(index);
+        info.AttributeKey = attribute.Name();
+        info.SettingType = attribute.Type;
         const auto setting = std::shared_ptr<RedfishConfigSetting>(MakeSetting(info));
-        setting->Attach(model, index);
-        m_Settings.emplace(*info.AttributeKey, setting);
+        setting->Attach(evaluated, index);
+        m_Settings.emplace(attribute.Name(), setting);
     }
-    EvaluateDependencies();
 }
 
 RedfishConfigSetting* RedfishConfigSettingManager::MakeSetting(RedfishConfigSettingInfoStru& info)
@@ -142,33 +142,12 @@ RedfishConfigSetting* RedfishConfigSettingManager::MakeSetting(RedfishConfigSett
         return (this->*creator->second)(info, m_Options);
     }
     Log(4, __FILE__, __LINE__).Stream() << "Setting " << *info.AttributeKey << " has no known type.";
-    info.SettingType.reset();
     return new RedfishConfigSetting(SettingKind::Unknown, m_Options);
 }
 
-void RedfishConfigSettingManager::EvaluateDependencies()
+const Tavrine::DependencyEvaluation& RedfishConfigSettingManager::Now() const
 {
-    m_ForcedProperties.clear();
-    if (m_Settings.empty())
-    {
-        return;
-    }
-    const Tavrine::SettingModel& model = m_Settings.begin()->second->Model();
-    const Tavrine::DependencyEvaluation evaluation(model, m_Values);
-    if (!evaluation.Settled())
-    {
-        Log(4, __FILE__, __LINE__).Stream()
-            << "Dependencies of the attribute registry did not settle after " << evaluation.Rounds() << " rounds.";
-    }
-    ApplyDependencies(model, evaluation, m_SettingInfos);
-    for (std::size_t index = 0; index < m_SettingInfos.size(); ++index)
-    {
-        Tavrine::SettingStringMap forced = ForcedOn(index, evaluation);
-        if (!forced.empty())
-        {
-            m_ForcedProperties.emplace(*m_SettingInfos[index].AttributeKey, std::move(forced));
-        }
-    }
+    return m_Settings.begin()->second->Evaluated().Now(m_Values);
 }
 
 void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
@@ -176,7 +155,11 @@ void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValue
     // Before the first operation there is no model yet; it starts with these values.
     if (MergeValues(values, m_Values))
     {
-        EvaluateDependencies();
+        m_ForcedProperties.clear();
+        if (!m_Settings.empty())
+        {
+            m_Settings.begin()->second->Evaluated().ValuesMoved();
+        }
     }
 }
 
@@ -194,19 +177,30 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std:
         return UnknownSetting(name);
     }
     const RedfishConfigSetting& setting = *found->second;
-    info = m_SettingInfos[setting.Index()];
+    info = InfoOf(setting.Attribute());
+    if (setting.Kind() == SettingKind::Unknown)
+    {
+        info.SettingType.reset();
+    }
+    ApplyDependencies(setting, Now(), info);
     const auto value = m_Values.find(name);
     if (value != m_Values.end())
     {
         info.CurrentValue = value->second;
     }
     info.DependencyNames = setting.Model().RelatedSettings(setting.Index());
-    const auto forced = m_ForcedProperties.find(name);
-    if (forced != m_ForcedProperties.end())
-    {
-        info.ForcedBy = forced->second;
-    }
+    info.ForcedBy = ForcedOn(setting);
     return result;
+}
+
+const Tavrine::SettingStringMap& RedfishConfigSettingManager::ForcedOn(const RedfishConfigSetting& setting)
+{
+    const auto [entry, isNew] = m_ForcedProperties.try_emplace(setting.Attribute().Name());
+    if (isNew)
+    {
+        entry->second = ForcedProperties(setting.Index(), Now());
+    }
+    return entry->second;
 }
 
 void RedfishConfigSettingManager::TakeRegistryOf(RedfishConfigSettingManager& other)
@@ -214,10 +208,11 @@ void RedfishConfigSettingManager::TakeRegistryOf(RedfishConfigSettingManager& ot
     other.ReadModel(); // what fails there fails here as well
     m_Settings.clear();
     m_Groups.clear();
+    m_ForcedProperties.clear();
     m_Schema = other.m_Schema;
     if (!other.m_Settings.empty())
     {
-        TakeModel(other.m_Settings.begin()->second->SharedModel());
+        TakeModel(other.m_Settings.begin()->second->Evaluated().Model());
     }
 }
 

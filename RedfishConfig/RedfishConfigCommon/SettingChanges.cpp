@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <map>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -62,14 +61,14 @@ std::string DefaultAsDecimal(const RedfishConfigSetting& setting, const std::str
 }
 
 /// Why a setting is left out of an operation on many; nullptr when it is not.
-const char* ReasonToLeaveOut(const RedfishConfigSetting& setting, filterAction action,
-                             const std::optional<DependencyEvaluation>& now)
+const char* ReasonToLeaveOut(const RedfishConfigSetting& setting, filterAction action, const DependencyEvaluation* now)
 {
-    if (action == Tavrine::FilterRestoreOtherSystem && setting.Attribute().Info.IsSystemUnique)
+    if (action == Tavrine::FilterRestoreOtherSystem && setting.Attribute().IsSystemUnique)
     {
         return "it is unique to its system";
     }
-    const bool noDefault = now && !Tavrine::HasValue(now->Now(setting.Index(), Tavrine::SettingProperty::DefaultValue));
+    const bool noDefault =
+        now != nullptr && !Tavrine::HasValue(now->Now(setting.Index(), Tavrine::SettingProperty::DefaultValue));
     return noDefault ? "it has no default value" : nullptr;
 }
 
@@ -87,10 +86,10 @@ void JudgeAll(const std::vector<WantedValue>& wanted, const SettingValueMap& val
     {
         return;
     }
-    Tavrine::JointEvaluation joint(wanted.front().Setting->Model(), values, wanted);
+    Tavrine::JointEvaluation joint(wanted.front().Setting->Evaluated().Now(values), values, wanted);
     for (const WantedValue& one : wanted)
     {
-        const std::string& name = *one.Setting->Attribute().Info.AttributeKey;
+        const std::string& name = one.Setting->Attribute().Name();
         const DependencyEvaluation& evaluation = joint.For(one);
         const std::string locked = IsDefaultAction(action) ? LockedWords(evaluation, one.Setting->Index()) : "";
         if (!locked.empty())
@@ -151,7 +150,7 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const std::
     else
     {
         const RedfishConfigSetting& setting = *found->second;
-        const DependencyEvaluation now(setting.Model(), m_Values);
+        const DependencyEvaluation& now = Now();
         const bool noDefault = IsDefaultAction(action) &&
                                !Tavrine::HasValue(now.Now(setting.Index(), Tavrine::SettingProperty::DefaultValue));
         result = noDefault ? NoDefault(name) : JudgeWanted(ReadWanted(setting, value, m_Values, action), now, context);
@@ -178,11 +177,7 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const Setti
         contexts.clear();
         return result;
     }
-    std::optional<DependencyEvaluation> now;
-    if (IsDefaultAction(action) && !m_Settings.empty())
-    {
-        now.emplace(m_Settings.begin()->second->Model(), m_Values);
-    }
+    const DependencyEvaluation* now = IsDefaultAction(action) && !m_Settings.empty() ? &Now() : nullptr;
     Failures failures;
     std::vector<WantedValue> wanted;
     for (const auto& [name, text] : values)
@@ -199,7 +194,8 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const Setti
             LogLeftOut(name, reason);
             continue;
         }
-        wanted.push_back(ReadWanted(setting, now ? DefaultAsDecimal(setting, text, *now) : text, m_Values, action));
+        wanted.push_back(
+            ReadWanted(setting, now != nullptr ? DefaultAsDecimal(setting, text, *now) : text, m_Values, action));
     }
     JudgeAll(wanted, m_Values, action, passed, failures);
     contexts = std::move(passed);

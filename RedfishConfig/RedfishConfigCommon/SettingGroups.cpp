@@ -35,7 +35,7 @@ std::vector<std::string> MenuGroupNames(const AttributeRegistry& registry)
 
 std::string GroupOfUnknownMenu(const RegistryAttribute& attribute)
 {
-    std::string path = attribute.Info.MenuPath.value_or("");
+    std::string path = attribute.MenuPath.value_or("");
     if (NormalisedMenuPath(path).empty())
     {
         return "Other";
@@ -58,7 +58,7 @@ SettingGroupMap GroupSettings(const AttributeRegistry& registry)
         const std::string group = registry.Menus.empty()  ? "BIOS"
                                   : attribute.MenuIsKnown ? menuNames[attribute.Menu]
                                                           : GroupOfUnknownMenu(attribute);
-        groups[group].push_back(*attribute.Info.AttributeKey);
+        groups[group].push_back(attribute.Name());
     }
     return groups;
 }

@@ -130,7 +130,7 @@ std::vector<std::string> SettingModel::NamesOf(std::vector<std::size_t> attribut
     {
         if (attribute != but && attribute != NoIndex)
         {
-            names.push_back(*Attribute(attribute).Info.AttributeKey);
+            names.push_back(Attribute(attribute).Name());
         }
     }
     return names;
@@ -174,10 +174,9 @@ const std::vector<std::size_t>& SettingModel::ByLoweredName() const
                    {
                        m_ByLoweredName.resize(m_Registry.Attributes.size());
                        std::iota(m_ByLoweredName.begin(), m_ByLoweredName.end(), std::size_t{0});
-                       std::sort(
-                           m_ByLoweredName.begin(), m_ByLoweredName.end(),
-                           [this, less = CaseInsensitiveComparator()](std::size_t left, std::size_t right)
-                           { return less(*Attribute(left).Info.AttributeKey, *Attribute(right).Info.AttributeKey); });
+                       std::sort(m_ByLoweredName.begin(), m_ByLoweredName.end(),
+                                 [this, less = CaseInsensitiveComparator()](std::size_t left, std::size_t right)
+                                 { return less(Attribute(left).Name(), Attribute(right).Name()); });
                    });
     return m_ByLoweredName;
 }
@@ -186,7 +185,7 @@ std::optional<std::string> SettingModel::NameDifferingInCase(const std::string& 
 {
     const CaseInsensitiveComparator less;
     const std::vector<std::size_t>& sorted = ByLoweredName();
-    const auto nameOf = [this](std::size_t index) -> const std::string& { return *Attribute(index).Info.AttributeKey; };
+    const auto nameOf = [this](std::size_t index) -> const std::string& { return Attribute(index).Name(); };
     const auto first =
         std::lower_bound(sorted.begin(), sorted.end(), name,
                          [&](std::size_t index, const std::string& wanted) { return less(nameOf(index), wanted); });

@@ -1,6 +1,8 @@
 #include "SettingProperty.h"
 
+#include <algorithm>
 #include <string>
+#include <utility>
 #include <variant>
 
 #include "AttributeRegistry.h"
@@ -13,24 +15,16 @@ namespace
 
 using Info = RedfishConfigSettingInfoStru;
 
-struct NumberMembers
-{
-    std::optional<std::int64_t> Info::*Narrow;
-    std::optional<ExactInteger> RegistryAttribute::*Exact;
-};
+using Number = std::optional<std::int64_t> Info::*;
+using Text = std::optional<std::string> Info::*;
+using Value = OptionalVar Info::*;
 
-struct ValueMembers
-{
-    OptionalVar Info::*Public;
-    RegistryScalar RegistryAttribute::*Exact;
-};
-
-using PropertyMembers = std::variant<bool Info::*, NumberMembers, std::optional<std::string> Info::*, ValueMembers>;
+using PropertyMember = std::variant<bool Info::*, Number, Text, Value>;
 
 struct PropertyRow
 {
     const char* Word;
-    PropertyMembers Members;
+    PropertyMember Member;
 };
 
 /// In the order of SettingProperty.
@@ -40,18 +34,18 @@ const std::array<PropertyRow, PropertyCount> PropertyTable = {{
     {"GrayOut", &Info::GrayOut},
     {"Hidden", &Info::Hidden},
     {"Immutable", &Info::Immutable},
-    {"LowerBound", NumberMembers{&Info::LowerBound, &RegistryAttribute::LowerBound}},
-    {"UpperBound", NumberMembers{&Info::UpperBound, &RegistryAttribute::UpperBound}},
-    {"ScalarIncrement", NumberMembers{&Info::ScalarIncrement, &RegistryAttribute::ScalarIncrement}},
-    {"MinLength", NumberMembers{&Info::MinLength, &RegistryAttribute::MinLength}},
-    {"MaxLength", NumberMembers{&Info::MaxLength, &RegistryAttribute::MaxLength}},
-    {"DisplayOrder", NumberMembers{&Info::DisplayOrder, &RegistryAttribute::DisplayOrder}},
+    {"LowerBound", &Info::LowerBound},
+    {"UpperBound", &Info::UpperBound},
+    {"ScalarIncrement", &Info::ScalarIncrement},
+    {"MinLength", &Info::MinLength},
+    {"MaxLength", &Info::MaxLength},
+    {"DisplayOrder", &Info::DisplayOrder},
     {"DisplayName", &Info::DisplayName},
     {"HelpText", &Info::HelpText},
     {"WarningText", &Info::WarningText},
     {"ValueExpression", &Info::ValueExpression},
-    {"DefaultValue", ValueMembers{&Info::DefaultValue, &RegistryAttribute::DefaultValue}},
-    {"CurrentValue", ValueMembers{&Info::CurrentValue, &RegistryAttribute::CurrentValue}},
+    {"DefaultValue", &Info::DefaultValue},
+    {"CurrentValue", &Info::CurrentValue},
 }};
 
 const PropertyRow& RowOf(SettingProperty property) { return PropertyTable[static_cast<std::size_t>(property)]; }
@@ -80,46 +74,50 @@ const char* PropertyWord(SettingProperty property) { return RowOf(property).Word
 
 bool IsFlag(SettingProperty property) { return static_cast<std::size_t>(property) < FlagProperties.size(); }
 
-std::optional<RegistryScalar> SuitedTo(SettingProperty property, const RegistryScalar& value)
+std::optional<RegistryScalar> SuitedTo(SettingProperty property, RegistryScalar value)
 {
     const auto wrap = [](const auto& suited)
     { return suited ? std::optional<RegistryScalar>(*suited) : std::optional<RegistryScalar>(); };
     const Overloaded cases{
         [&](bool Info::*) { return wrap(ScalarAsFlag(value)); },
-        [&](const NumberMembers&)
-        { return HasValue(value) ? wrap(ScalarAsInteger(value)) : std::optional<RegistryScalar>(value); },
-        [&](std::optional<std::string> Info::*)
+        [&](Number) { return HasValue(value) ? wrap(ScalarAsInteger(value)) : std::optional<RegistryScalar>(value); },
+        [&](Text)
         {
-            return !HasValue(value) || std::holds_alternative<std::string>(value) ? std::optional<RegistryScalar>(value)
-                                                                                  : std::nullopt;
+            return !HasValue(value) || std::holds_alternative<std::string>(value)
+                       ? std::optional<RegistryScalar>(std::move(value))
+                       : std::nullopt;
         },
-        [&](const ValueMembers&) { return std::optional<RegistryScalar>(value); },
+        [&](Value) { return std::optional<RegistryScalar>(std::move(value)); },
     };
-    return std::visit(cases, RowOf(property).Members);
+    return std::visit(cases, RowOf(property).Member);
+}
+
+const RegistryScalar* GivenProperty(const RegistryAttribute& attribute, SettingProperty property)
+{
+    const auto found = std::find_if(attribute.Properties.begin(), attribute.Properties.end(),
+                                    [property](const auto& given) { return given.first == property; });
+    return found != attribute.Properties.end() ? &found->second : nullptr;
 }
 
 RegistryScalar PropertyOfRegistry(const RegistryAttribute& attribute, SettingProperty property)
 {
-    const auto wrap = [](const auto& held) { return held ? RegistryScalar(*held) : RegistryScalar(); };
-    const Overloaded cases{
-        [&](bool Info::*flag) { return RegistryScalar(attribute.Info.*flag); },
-        [&](const NumberMembers& number) { return wrap(attribute.*number.Exact); },
-        [&](std::optional<std::string> Info::*text) { return wrap(attribute.Info.*text); },
-        [&](const ValueMembers& value) { return attribute.*value.Exact; },
-    };
-    return std::visit(cases, RowOf(property).Members);
+    if (IsFlag(property))
+    {
+        return attribute.Flags.test(static_cast<std::size_t>(property));
+    }
+    const RegistryScalar* given = GivenProperty(attribute, property);
+    return given != nullptr ? *given : RegistryScalar();
 }
 
-void SetRegistryProperty(RegistryAttribute& attribute, SettingProperty property, const RegistryScalar& value)
+void AddRegistryProperty(RegistryAttribute& attribute, SettingProperty property, RegistryScalar value)
 {
-    SetProperty(attribute.Info, property, value);
-    if (const auto* number = std::get_if<NumberMembers>(&RowOf(property).Members))
+    if (IsFlag(property))
     {
-        attribute.*number->Exact = ScalarAsInteger(value);
+        attribute.Flags.set(static_cast<std::size_t>(property), value == RegistryScalar(true));
     }
-    else if (const auto* members = std::get_if<ValueMembers>(&RowOf(property).Members))
+    else if (HasValue(value))
     {
-        attribute.*members->Exact = value;
+        attribute.Properties.emplace_back(property, std::move(value));
     }
 }
 
@@ -127,19 +125,19 @@ void SetProperty(RedfishConfigSettingInfoStru& info, SettingProperty property, c
 {
     const Overloaded cases{
         [&](bool Info::*flag) { info.*flag = ScalarAsFlag(value).value_or(false); },
-        [&](const NumberMembers& number)
+        [&](Number number)
         {
             const std::optional<ExactInteger> exact = ScalarAsInteger(value);
-            info.*number.Narrow = exact ? std::optional<std::int64_t>(Narrowed(*exact)) : std::nullopt;
+            info.*number = exact ? std::optional<std::int64_t>(Narrowed(*exact)) : std::nullopt;
         },
-        [&](std::optional<std::string> Info::*text)
+        [&](Text text)
         {
             const auto* words = std::get_if<std::string>(&value);
             info.*text = words != nullptr ? std::optional<std::string>(*words) : std::nullopt;
         },
-        [&](const ValueMembers& members) { info.*members.Public = ValueFromScalar(value); },
+        [&](Value member) { info.*member = ValueFromScalar(value); },
     };
-    std::visit(cases, RowOf(property).Members);
+    std::visit(cases, RowOf(property).Member);
 }
 
 } // namespace Tavrine

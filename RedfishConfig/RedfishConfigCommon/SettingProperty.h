@@ -47,13 +47,16 @@ bool IsFlag(SettingProperty property);
 
 /// The value as the property's kind takes it (the text "true" for a flag, "8" for
 /// a bound); nothing for a value that cannot be one.
-std::optional<RegistryScalar> SuitedTo(SettingProperty property, const RegistryScalar& value);
+std::optional<RegistryScalar> SuitedTo(SettingProperty property, RegistryScalar value);
 
-/// What the registry itself says, no dependency applied.
+/// What the registry itself says, no dependency applied; null where it is silent, false
+/// for a flag.
 RegistryScalar PropertyOfRegistry(const RegistryAttribute& attribute, SettingProperty property);
+/// The same without a copy for a property that is no flag; nullptr where it is silent.
+const RegistryScalar* GivenProperty(const RegistryAttribute& attribute, SettingProperty property);
 
-/// Writes a value that SuitedTo accepted into what the registry says.
-void SetRegistryProperty(RegistryAttribute& attribute, SettingProperty property, const RegistryScalar& value);
+/// Enters a value that SuitedTo accepted into what the registry says; once a property.
+void AddRegistryProperty(RegistryAttribute& attribute, SettingProperty property, RegistryScalar value);
 
 /// Writes a value that SuitedTo accepted into the public record; null empties.
 void SetProperty(RedfishConfigSettingInfoStru& info, SettingProperty property, const RegistryScalar& value);

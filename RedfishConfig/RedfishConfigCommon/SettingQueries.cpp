@@ -86,7 +86,7 @@ RedfishConfigResult RedfishConfigSettingManager::DefaultText(const RedfishConfig
     const Tavrine::RegistryScalar value = now.Now(setting.Index(), SettingProperty::DefaultValue);
     if (!Tavrine::HasValue(value))
     {
-        const std::string& name = *setting.Attribute().Info.AttributeKey;
+        const std::string& name = setting.Attribute().Name();
         return {CodeNoDefault, "The setting " + name + " has no default value.", name};
     }
     text = Tavrine::ScalarText(value);
@@ -100,7 +100,7 @@ RedfishConfigResult RedfishConfigSettingManager::ValidValuesText(const RedfishCo
     const std::string line = ValidValuesLine(RulesOf(setting, KindOfValues(setting, m_Values), now));
     if (line.empty())
     {
-        const std::string& name = *setting.Attribute().Info.AttributeKey;
+        const std::string& name = setting.Attribute().Name();
         return {CodeIncomplete, "The registry gives no value names for the setting " + name + ".", name};
     }
     text = line;
@@ -120,7 +120,7 @@ RedfishConfigResult RedfishConfigSettingManager::DescriptionText(const RedfishCo
     const std::string display = textOf(SettingProperty::DisplayName);
     const std::string help = textOf(SettingProperty::HelpText);
     const std::string warning = textOf(SettingProperty::WarningText);
-    text = display.empty() ? *setting.Attribute().Info.AttributeKey : display;
+    text = display.empty() ? setting.Attribute().Name() : display;
     text += help.empty() ? "" : "\n" + help;
     text += warning.empty() ? "" : "\nWarning: " + warning;
     return {0, "", ""};
@@ -138,7 +138,7 @@ RedfishConfigResult RedfishConfigSettingManager::QueryOne(const std::string& nam
     {
         return UnknownSetting(name);
     }
-    return (this->*query)(*found->second, DependencyEvaluation(found->second->Model(), m_Values), text);
+    return (this->*query)(*found->second, Now(), text);
 }
 
 RedfishConfigResult RedfishConfigSettingManager::QueryAll(SettingStringMap& texts, TextQuery query)
@@ -150,7 +150,7 @@ RedfishConfigResult RedfishConfigSettingManager::QueryAll(SettingStringMap& text
     {
         return result;
     }
-    const DependencyEvaluation now(m_Settings.begin()->second->Model(), m_Values);
+    const DependencyEvaluation& now = Now();
     for (const auto& [name, setting] : m_Settings)
     {
         std::string text;
@@ -217,13 +217,14 @@ RedfishConfigResult RedfishConfigSettingManager::FetchSaveSettingValues(SettingS
         return result;
     }
     const Tavrine::SettingModel& model = m_Settings.begin()->second->Model();
-    const DependencyEvaluation now(model, m_Values);
-    const LastingLocks locks(model, now);
+    const LastingLocks locks(model, Now());
     for (const auto& [name, setting] : m_Settings)
     {
         const auto reported = m_Values.find(name);
-        const Tavrine::OptionalVar& value =
-            reported != m_Values.end() ? reported->second : setting->Attribute().Info.CurrentValue;
+        const Tavrine::OptionalVar value =
+            reported != m_Values.end()
+                ? reported->second
+                : ValueFromScalar(PropertyOfRegistry(setting->Attribute(), SettingProperty::CurrentValue));
         std::string text;
         if (setting->Kind() != SettingKind::Password && !locks.Lock(setting->Index()) &&
             Tavrine::GetOptionalVarAsString(value, text))

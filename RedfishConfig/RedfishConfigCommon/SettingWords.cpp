@@ -40,7 +40,7 @@ std::vector<std::string> RedfishConfigSettingManager::GetSettingNames()
     {
         for (const RegistryAttribute& attribute : m_Settings.begin()->second->Model().Registry().Attributes)
         {
-            names.push_back(*attribute.Info.AttributeKey);
+            names.push_back(attribute.Name());
         }
     }
     return names;
@@ -64,9 +64,9 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingTexts(const std::stri
     texts.DisplayName = TextOf(attribute, SettingProperty::DisplayName);
     texts.HelpText = TextOf(attribute, SettingProperty::HelpText);
     texts.WarningText = TextOf(attribute, SettingProperty::WarningText);
-    for (const std::string& value : attribute.ValueOrder)
+    for (const Tavrine::RegistryValueName& value : attribute.ValueNames)
     {
-        texts.Values.emplace_back(value, attribute.Info.ValueNames.at(value));
+        texts.Values.emplace_back(value.Name, value.DisplayName.value_or(std::string()));
     }
     for (const SettingProperty number : NumberProperties)
     {

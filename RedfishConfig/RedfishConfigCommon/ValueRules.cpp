@@ -93,12 +93,13 @@ SettingKind KindOfValues(const RedfishConfigSetting& setting, const SettingValue
         return setting.Kind();
     }
     const RegistryAttribute& attribute = setting.Attribute();
-    if (!attribute.ValueOrder.empty())
+    if (!attribute.ValueNames.empty())
     {
         return SettingKind::Enumerate;
     }
-    const auto found = values.find(*attribute.Info.AttributeKey);
-    const RegistryScalar current = found != values.end() ? ScalarFromValue(found->second) : attribute.CurrentValue;
+    const auto found = values.find(attribute.Name());
+    const RegistryScalar current = found != values.end() ? ScalarFromValue(found->second)
+                                                         : PropertyOfRegistry(attribute, SettingProperty::CurrentValue);
     return std::holds_alternative<ExactInteger>(current) ? SettingKind::Numeric
            : std::holds_alternative<bool>(current)       ? SettingKind::Boolean
                                                          : SettingKind::Text;
@@ -141,7 +142,9 @@ RegistryScalar ReadValue(SettingKind kind, const RegistryAttribute& attribute, c
         return flag ? RegistryScalar(*flag) : RegistryScalar();
     }
     case SettingKind::Enumerate:
-        if (!attribute.ValueOrder.empty() && attribute.Info.ValueNames.count(text) == 0)
+        if (!attribute.ValueNames.empty() &&
+            std::none_of(attribute.ValueNames.begin(), attribute.ValueNames.end(),
+                         [&](const RegistryValueName& value) { return value.Name == text; }))
         {
             return {};
         }
@@ -167,15 +170,15 @@ std::string NameMeant(const RegistryAttribute& attribute, const std::string& tex
 {
     const std::string lowered = AsciiLowered(text);
     std::string meant;
-    for (const std::string& name : attribute.ValueOrder)
+    for (const RegistryValueName& value : attribute.ValueNames)
     {
-        if (AsciiLowered(name) == lowered || AsciiLowered(attribute.Info.ValueNames.at(name)) == lowered)
+        if (AsciiLowered(value.Name) == lowered || AsciiLowered(value.Shown()) == lowered)
         {
             if (!meant.empty())
             {
                 return "";
             }
-            meant = name;
+            meant = value.Name;
         }
     }
     return meant;

@@ -39,11 +39,10 @@ std::string ItemWord(const std::string& word)
 std::string NamesLine(const RegistryAttribute& attribute)
 {
     std::string line;
-    for (const std::string& name : attribute.ValueOrder)
+    for (const RegistryValueName& value : attribute.ValueNames)
     {
-        const std::string& display = attribute.Info.ValueNames.at(name);
-        line += (line.empty() ? "" : "; ") + ItemWord(name);
-        line += display == name ? "" : " [" + ItemWord(display) + "]";
+        line += (line.empty() ? "" : "; ") + ItemWord(value.Name);
+        line += value.Shown() == value.Name ? "" : " [" + ItemWord(value.Shown()) + "]";
     }
     return line;
 }
@@ -77,7 +76,7 @@ std::string NamesWords(const RegistryAttribute& attribute)
 {
     std::string words;
     std::size_t listed = 0;
-    for (const std::string& name : attribute.ValueOrder)
+    for (const auto& [name, display] : attribute.ValueNames)
     {
         if (listed < MaxNamesListed && name.size() <= MaxQuotedBytes && MayBeQuoted(attribute, name))
         {
@@ -85,7 +84,7 @@ std::string NamesWords(const RegistryAttribute& attribute)
             ++listed;
         }
     }
-    const std::size_t more = attribute.ValueOrder.size() - listed;
+    const std::size_t more = attribute.ValueNames.size() - listed;
     if (listed == 0)
     {
         return "one of its " + std::to_string(more) + " value names";
@@ -149,7 +148,7 @@ std::string TextWords(const ValueRules& rules)
 
 bool MayBeQuoted(const RegistryAttribute& attribute, const std::string& text)
 {
-    return text.find(*attribute.Info.AttributeKey) == std::string::npos;
+    return text.find(attribute.Name()) == std::string::npos;
 }
 
 std::string ValidValuesLine(const ValueRules& rules)

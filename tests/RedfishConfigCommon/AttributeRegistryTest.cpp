@@ -1,6 +1,8 @@
 #include "AttributeRegistry.h"
 
+#include <algorithm>
 #include <limits>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -43,7 +45,7 @@ TEST(AttributeRegistry, ReadsEveryPropertyOfAnAttribute)
     ASSERT_TRUE(outcome.Succeeded) << outcome.Error;
     ASSERT_EQ(outcome.Registry.Attributes.size(), 1U);
     const RegistryAttribute& attribute = outcome.Registry.Attributes.front();
-    const RedfishConfigSettingInfoStru& info = attribute.Info;
+    const RedfishConfigSettingInfoStru info = InfoOf(attribute);
     EXPECT_EQ(info.AttributeKey, "Cores");
     EXPECT_EQ(info.SettingType, "Integer");
     EXPECT_EQ(info.DisplayName, "Core count");
@@ -55,14 +57,19 @@ TEST(AttributeRegistry, ReadsEveryPropertyOfAnAttribute)
     EXPECT_TRUE(info.IsSystemUnique && info.IsProtected);
     EXPECT_EQ(info.LowerBound, -4);
     EXPECT_EQ(info.UpperBound, std::numeric_limits<std::int64_t>::max());
-    EXPECT_EQ(attribute.UpperBound, ExactFromUnsigned(std::numeric_limits<std::uint64_t>::max()));
+    EXPECT_EQ(PropertyOfRegistry(attribute, SettingProperty::UpperBound),
+              RegistryScalar(ExactFromUnsigned(std::numeric_limits<std::uint64_t>::max())));
     EXPECT_EQ(info.ScalarIncrement, 0);
     EXPECT_EQ(info.MinLength, 1);
     EXPECT_EQ(info.MaxLength, 2);
     EXPECT_EQ(info.DisplayOrder, 3);
     EXPECT_EQ(info.DefaultValue, OptionalVar(std::int64_t{8}));
     EXPECT_EQ(info.CurrentValue, OptionalVar(std::string("x")));
-    EXPECT_THAT(attribute.ValueOrder, ElementsAre("Z", "A"));
+    ASSERT_EQ(attribute.ValueNames.size(), 2U);
+    EXPECT_EQ(attribute.ValueNames[0].Name, "Z");
+    EXPECT_EQ(attribute.ValueNames[0].DisplayName, "Zed");
+    EXPECT_EQ(attribute.ValueNames[1].Name, "A");
+    EXPECT_EQ(attribute.ValueNames[1].DisplayName, std::nullopt);
     EXPECT_EQ(info.ValueNames, (SettingStringMap{{"A", "A"}, {"Z", "Zed"}}));
 }
 
@@ -70,7 +77,7 @@ TEST(AttributeRegistry, MissingMembersStayEmpty)
 {
     const ReadOutcome outcome = Read(Registry(R"({"AttributeName":"Bare"})"));
     ASSERT_EQ(outcome.Registry.Attributes.size(), 1U);
-    const RedfishConfigSettingInfoStru& info = outcome.Registry.Attributes.front().Info;
+    const RedfishConfigSettingInfoStru info = InfoOf(outcome.Registry.Attributes.front());
     EXPECT_FALSE(info.ReadOnly || info.WriteOnly || info.IsProtected || info.Hidden || info.GrayOut || info.Immutable ||
                  info.IsSystemUnique);
     EXPECT_FALSE(info.LowerBound || info.UpperBound || info.ScalarIncrement || info.MinLength || info.MaxLength ||
@@ -99,9 +106,8 @@ TEST(AttributeRegistry, WrongKindsAreLeftOutWithANote)
         const ReadOutcome outcome = Read(Registry(Attribute("Odd", members + ",\"Value\":" + wrong)));
         ASSERT_TRUE(outcome.Succeeded) << wrong;
         ASSERT_EQ(outcome.Registry.Attributes.size(), 1U) << wrong;
-        EXPECT_FALSE(outcome.Registry.Attributes.front().Info.LowerBound) << wrong;
-        EXPECT_FALSE(outcome.Registry.Attributes.front().Info.DefaultValue) << wrong;
-        EXPECT_FALSE(outcome.Registry.Attributes.front().Info.ReadOnly) << wrong;
+        EXPECT_TRUE(outcome.Registry.Attributes.front().Properties.empty()) << wrong;
+        EXPECT_TRUE(outcome.Registry.Attributes.front().Flags.none()) << wrong;
         EXPECT_THAT(outcome.Notes.Lines, testing::Contains(AllOf(HasSubstr("Odd"), HasSubstr("LowerBound")))) << wrong;
     }
 }
@@ -111,7 +117,7 @@ TEST(AttributeRegistry, ElementsWithoutATextNameAreSkippedWithANote)
     const ReadOutcome outcome =
         Read(Registry(R"(7,null,"x",[],{},{"AttributeName":5},{"AttributeName":null},)" + Attribute("Good")));
     ASSERT_EQ(outcome.Registry.Attributes.size(), 1U);
-    EXPECT_EQ(outcome.Registry.Attributes.front().Info.AttributeKey, "Good");
+    EXPECT_EQ(outcome.Registry.Attributes.front().Name(), "Good");
     EXPECT_EQ(outcome.Notes.Lines.size(), 7U);
 }
 
@@ -120,8 +126,69 @@ TEST(AttributeRegistry, FirstOfTwoAttributesOfOneNameWins)
     const ReadOutcome outcome = Read(Registry(Attribute("A", R"(,"HelpText":"first")") + "," + Attribute("a") + "," +
                                               Attribute("A", R"(,"HelpText":"second")")));
     ASSERT_EQ(outcome.Registry.Attributes.size(), 2U);
-    EXPECT_EQ(outcome.Registry.Attributes.front().Info.HelpText, "first");
+    EXPECT_EQ(InfoOf(outcome.Registry.Attributes.front()).HelpText, "first");
     EXPECT_THAT(outcome.Notes.Lines, ElementsAre(HasSubstr("\"A\" occurs twice")));
+}
+
+TEST(AttributeRegistry, ListsMayStandInAnyOrderAndAmongOtherMembers)
+{
+    const std::string menus = R"("Menus":[)" + Menu("M", "./M", "Em") + "]";
+    const std::string attributes =
+        R"("Attributes":[)" + Attribute("A", R"(,"MenuPath":"./M")") + "," + Attribute("B") + "]";
+    const std::string dependencies =
+        R"("Dependencies":[)" + Dependency(Term("A", "EQU", "1"), "B", "ReadOnly", "true") + "]";
+    const std::string other =
+        R"("Attributes2":[{"AttributeName":"No"}],"More":{"Attributes":[{"AttributeName":"No"}]})";
+    std::vector<std::string> parts = {menus, attributes, dependencies, other};
+    std::sort(parts.begin(), parts.end());
+    do
+    {
+        const std::string text = R"({"Attributes":[{"AttributeName":"No"}],"Other":[[{"RegistryEntries":{}}],7],)"
+                                 R"("RegistryEntries":{)" +
+                                 parts[0] + "," + parts[1] + "," + parts[2] + "," + parts[3] + R"(},"Id":"x"})";
+        const ReadOutcome outcome = Read(text);
+        ASSERT_TRUE(outcome.Succeeded) << outcome.Error << " " << text;
+        ASSERT_EQ(outcome.Registry.Attributes.size(), 2U) << text;
+        EXPECT_EQ(outcome.Registry.Attributes[0].Name(), "A") << text;
+        EXPECT_EQ(outcome.Registry.Attributes[0].Menu, 0U) << text;
+        EXPECT_TRUE(outcome.Registry.Attributes[0].MenuIsKnown) << text;
+        EXPECT_EQ(outcome.Registry.Attributes[1].Name(), "B") << text;
+        EXPECT_EQ(outcome.Registry.Dependencies.size(), 1U) << text;
+        EXPECT_TRUE(outcome.Notes.Lines.empty()) << text;
+    } while (std::next_permutation(parts.begin(), parts.end()));
+}
+
+TEST(AttributeRegistry, OfMembersOfOneNameTheLastCounts)
+{
+    const std::string first = R"("Attributes":[)" + Attribute("A") + R"(,7],"Menus":[5],"Dependencies":[6])";
+    const std::string second = R"("Attributes":[)" + Attribute("B") + R"(],"Menus":[],"Dependencies":[])";
+    for (const std::string& text : {R"({"RegistryEntries":{)" + first + "," + second + "}}",
+                                    R"({"RegistryEntries":{)" + first + R"(},"RegistryEntries":{)" + second + "}}"})
+    {
+        const ReadOutcome outcome = Read(text);
+        ASSERT_TRUE(outcome.Succeeded) << text;
+        ASSERT_EQ(outcome.Registry.Attributes.size(), 1U) << text;
+        EXPECT_EQ(outcome.Registry.Attributes.front().Name(), "B") << text;
+        EXPECT_EQ(outcome.Registry.AttributeIndex.size(), 1U) << text;
+        EXPECT_TRUE(outcome.Notes.Lines.empty()) << text;
+    }
+    for (const char* last : {"null", "[]", "\"x\"", "7", "{}"})
+    {
+        EXPECT_EQ(Read(R"({"RegistryEntries":{)" + first + R"(},"RegistryEntries":)" + last + "}").Error,
+                  std::string(last) == "{}" ? "its \"RegistryEntries\" have no array \"Attributes\"."
+                                            : "it has no object \"RegistryEntries\".")
+            << last;
+        EXPECT_EQ(Read(R"({"RegistryEntries":{)" + first + R"(,"Attributes":)" + last + "}}").Succeeded,
+                  std::string(last) == "[]")
+            << last;
+    }
+}
+
+TEST(AttributeRegistry, NotesOnMenusStandBeforeThoseOnAttributesAndDependencies)
+{
+    const ReadOutcome outcome = Read(R"({"RegistryEntries":{"Dependencies":[1],"Attributes":[2],"Menus":[3]}})");
+    EXPECT_THAT(outcome.Notes.Lines,
+                ElementsAre(HasSubstr("menu 0"), HasSubstr("attribute 0"), HasSubstr("dependency 0")));
 }
 
 TEST(AttributeRegistry, ProtectedMarkerMustBeTrueInItsPlace)
@@ -134,7 +201,7 @@ TEST(AttributeRegistry, ProtectedMarkerMustBeTrueInItsPlace)
     };
     for (const auto& [member, isProtected] : rows)
     {
-        EXPECT_EQ(Read(Registry(Attribute("A", member))).Registry.Attributes.front().Info.IsProtected, isProtected)
+        EXPECT_EQ(Read(Registry(Attribute("A", member))).Registry.Attributes.front().IsProtected, isProtected)
             << member;
     }
 }

@@ -21,10 +21,10 @@ RedfishConfigSettingManager Manager(const std::string& schema, const SettingValu
 
 int CodeOf(const RedfishConfigResult& result) { return result.ErrorCode(); }
 
-const std::string Mode = Typed(
-    "Mode", "Enumeration",
-    R"(,"DisplayName":"Boot Mode","HelpText":"How to start.","WarningText":"Think twice.","MenuPath":"./Boot",)"
-    R"("Value":[{"ValueName":"Uefi","ValueDisplayName":"UEFI Mode"},{"ValueName":"Legacy","ValueDisplayName":"Old"}])");
+const std::string Mode =
+    Typed("Mode", "Enumeration",
+          R"(,"DisplayName":"Boot Mode","HelpText":"How to start.","WarningText":"Think twice.","MenuPath":"./Boot",)"
+          R"("Value":[{"ValueName":"Uefi","ValueDisplayName":"UEFI Mode"},{"ValueName":"Legacy"}])");
 const std::string Big = Typed("Big", "Integer", R"(,"LowerBound":-5,"UpperBound":18446744073709551615)");
 
 } // namespace
@@ -59,7 +59,7 @@ TEST(SettingWords, TextsAreThoseOfTheRegistry)
     EXPECT_EQ(texts.DisplayName, "Boot Mode");
     EXPECT_EQ(texts.HelpText, "How to start.");
     EXPECT_EQ(texts.WarningText, "Think twice.");
-    EXPECT_THAT(texts.Values, ElementsAre(Pair("Uefi", "UEFI Mode"), Pair("Legacy", "Old")));
+    EXPECT_THAT(texts.Values, ElementsAre(Pair("Uefi", "UEFI Mode"), Pair("Legacy", "")));
     EXPECT_THAT(texts.Numbers, IsEmpty());
     ASSERT_EQ(CodeOf(manager.GetSettingTexts("Big", texts)), 0);
     EXPECT_EQ(texts.DisplayName, "");

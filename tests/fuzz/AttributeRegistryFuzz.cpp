@@ -201,8 +201,9 @@ void CheckRounds(std::string_view text, const SettingValueMap& values, const Set
         FUZZ_REQUIRE(parent == NoIndex || parent < menu, text);
     }
     const SettingModel model(std::move(registry));
-    const DependencyEvaluation first(model, values, changes);
-    const DependencyEvaluation second(model, values, changes);
+    const DependencyEvaluation before(model, values);
+    const DependencyEvaluation first(before, values, changes);
+    const DependencyEvaluation second(before, values, changes);
     FUZZ_REQUIRE(first.Rounds() <= DependencyEvaluation::MaxRounds, text);
     FUZZ_REQUIRE(first.Settled() || first.Rounds() == DependencyEvaluation::MaxRounds, text);
     FUZZ_REQUIRE(first.TermsRead() <= terms * first.Rounds(), text);

@@ -1,0 +1,318 @@
+#include "RegistryStream.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include <boost/json/basic_parser_impl.hpp>
+#include <boost/json/value_stack.hpp>
+
+#include "AttributeRegistry.h"
+
+namespace Tavrine
+{
+
+namespace
+{
+
+namespace json = boost::json;
+
+/// The lists of a registry; a member of another name is nobody's.
+enum class List
+{
+    Attributes,
+    Menus,
+    Dependencies,
+    None,
+};
+constexpr std::array<std::string_view, 3> ListNames = {"Attributes", "Menus", "Dependencies"};
+constexpr std::string_view EntriesName = "RegistryEntries";
+
+/// Memory that one attribute seldom needs more than.
+constexpr std::size_t ElementBytes = 16384;
+
+List ListOf(std::string_view name)
+{
+    for (std::size_t row = 0; row < ListNames.size(); ++row)
+    {
+        if (name == ListNames[row])
+        {
+            return static_cast<List>(row);
+        }
+    }
+    return List::None;
+}
+
+/// Takes the events of the parser. Containers are counted by their depth: 1 is the root,
+/// 2 the entries, 3 a list, and what begins in a list is one of its elements.
+class RegistryHandler
+{
+  public:
+    static constexpr std::size_t max_object_size = json::object::max_size();
+    static constexpr std::size_t max_array_size = json::array::max_size();
+    static constexpr std::size_t max_key_size = json::string::max_size();
+    static constexpr std::size_t max_string_size = json::string::max_size();
+
+    RegistryHandler(RegistryLists& lists, const AttributeActions& attributes)
+        : m_Lists(lists), m_Attributes(attributes), m_Element(m_Buffer.data(), m_Buffer.size())
+    {
+    }
+    RegistryHandler(const RegistryHandler&) = delete;
+    RegistryHandler& operator=(const RegistryHandler&) = delete;
+
+    bool RootIsObject() const { return m_RootIsObject; }
+    bool HasEntries() const { return m_HasEntries; }
+    bool HasAttributes() const { return m_HasAttributes; }
+
+    // The names and results are those that boost::json::basic_parser asks for.
+    bool on_document_begin(json::error_code&) { return true; }
+    bool on_document_end(json::error_code&) { return true; }
+
+    bool on_object_begin(json::error_code&)
+    {
+        BeginValue();
+        m_RootIsObject = m_RootIsObject || m_Depth == 0;
+        if (m_Depth == 1 && m_InEntriesMember)
+        {
+            m_HasEntries = m_InEntries = true;
+        }
+        ++m_Depth;
+        return true;
+    }
+    bool on_object_end(std::size_t members, json::error_code&)
+    {
+        if (Building())
+        {
+            m_Stack.push_object(members);
+        }
+        --m_Depth;
+        m_InEntries = m_InEntries && m_Depth > 1;
+        EndElement();
+        return true;
+    }
+
+    bool on_array_begin(json::error_code&)
+    {
+        BeginValue();
+        if (m_InEntries && m_Depth == 2)
+        {
+            m_Open = m_Member;
+            m_HasAttributes = m_HasAttributes || m_Open == List::Attributes;
+        }
+        ++m_Depth;
+        return true;
+    }
+    bool on_array_end(std::size_t elements, json::error_code&)
+    {
+        if (Building())
+        {
+            m_Stack.push_array(elements);
+        }
+        --m_Depth;
+        EndElement();
+        if (m_Depth == 2)
+        {
+            m_Open = List::None;
+        }
+        return true;
+    }
+
+    bool on_key_part(json::string_view part, std::size_t, json::error_code&)
+    {
+        if (Building())
+        {
+            m_Stack.push_chars(part);
+        }
+        else if (m_Depth <= 2)
+        {
+            m_Key.append(part.data(), part.size());
+        }
+        return true;
+    }
+    bool on_key(json::string_view part, std::size_t, json::error_code&)
+    {
+        if (Building())
+        {
+            m_Stack.push_key(part);
+            return true;
+        }
+        m_Key.append(part.data(), part.size());
+        if (m_Depth == 1)
+        {
+            m_InEntriesMember = m_Key == EntriesName;
+        }
+        else if (m_Depth == 2)
+        {
+            m_Member = m_InEntries ? ListOf(m_Key) : List::None;
+        }
+        m_Key.clear();
+        return true;
+    }
+
+    bool on_string_part(json::string_view part, std::size_t, json::error_code&)
+    {
+        if (Building())
+        {
+            m_Stack.push_chars(part);
+        }
+        return true;
+    }
+    bool on_string(json::string_view part, std::size_t, json::error_code&)
+    {
+        return Scalar([&] { m_Stack.push_string(part); });
+    }
+    bool on_number_part(json::string_view, json::error_code&) { return true; }
+    bool on_int64(std::int64_t number, json::string_view, json::error_code&)
+    {
+        return Scalar([&] { m_Stack.push_int64(number); });
+    }
+    bool on_uint64(std::uint64_t number, json::string_view, json::error_code&)
+    {
+        return Scalar([&] { m_Stack.push_uint64(number); });
+    }
+    bool on_double(double number, json::string_view, json::error_code&)
+    {
+        return Scalar([&] { m_Stack.push_double(number); });
+    }
+    bool on_bool(bool flag, json::error_code&)
+    {
+        return Scalar([&] { m_Stack.push_bool(flag); });
+    }
+    bool on_null(json::error_code&)
+    {
+        return Scalar([&] { m_Stack.push_null(); });
+    }
+    bool on_comment_part(json::string_view, json::error_code&) { return true; }
+    bool on_comment(json::string_view, json::error_code&) { return true; }
+
+  private:
+    /// Within an element of a list.
+    bool Building() const { return m_Open != List::None && m_Depth >= 4; }
+
+    /// A member that comes a second time makes the first one void, whatever its kind.
+    void BeginValue()
+    {
+        if (m_Depth == 1 && m_InEntriesMember)
+        {
+            m_HasEntries = false;
+            Forget(List::Attributes);
+            Forget(List::Menus);
+            Forget(List::Dependencies);
+        }
+        else if (m_Depth == 2 && m_InEntries)
+        {
+            Forget(m_Member);
+        }
+        else if (m_Open != List::None && m_Depth == 3)
+        {
+            m_Element.release();
+            m_Stack.reset(m_Open == List::Attributes ? &m_Element : &m_Lists.Memory);
+        }
+    }
+
+    void EndElement()
+    {
+        if (m_Open != List::None && m_Depth == 3)
+        {
+            Deliver(m_Stack.release());
+        }
+    }
+
+    template <class Push> bool Scalar(const Push& push)
+    {
+        if (Building())
+        {
+            push();
+        }
+        else if (m_Open != List::None)
+        {
+            Deliver(nullptr); // no element of any list is a scalar, so its kind is enough
+        }
+        else
+        {
+            BeginValue();
+        }
+        return true;
+    }
+
+    void Deliver(json::value element)
+    {
+        if (m_Open == List::Attributes)
+        {
+            m_Attributes.Take(element);
+        }
+        else
+        {
+            Kept(m_Open).push_back(std::move(element));
+        }
+    }
+
+    void Forget(List list)
+    {
+        if (list == List::Attributes)
+        {
+            m_HasAttributes = false;
+            m_Attributes.Begin();
+        }
+        else if (list != List::None)
+        {
+            Kept(list).clear();
+        }
+    }
+
+    std::vector<json::value>& Kept(List list) { return list == List::Menus ? m_Lists.Menus : m_Lists.Dependencies; }
+
+    RegistryLists& m_Lists;
+    const AttributeActions& m_Attributes;
+    std::array<unsigned char, ElementBytes> m_Buffer;
+    json::monotonic_resource m_Element;
+    json::value_stack m_Stack;
+    std::string m_Key;
+    std::size_t m_Depth = 0;
+    List m_Member = List::None;
+    /// The list whose elements are being read.
+    List m_Open = List::None;
+    bool m_RootIsObject = false;
+    bool m_HasEntries = false;
+    bool m_HasAttributes = false;
+    bool m_InEntriesMember = false;
+    bool m_InEntries = false;
+};
+
+std::string FaultOf(const json::error_code& failure)
+{
+    return failure == json::error::too_deep
+               ? "it is nested deeper than " + std::to_string(MaxRegistryDepth) + " levels."
+               : "it is no JSON: " + failure.message() + ".";
+}
+
+} // namespace
+
+std::string ReadRegistryText(std::string_view text, RegistryLists& lists, const AttributeActions& attributes)
+{
+    if (text.size() > MaxRegistryBytes)
+    {
+        return "it is larger than " + std::to_string(MaxRegistryBytes) + " bytes.";
+    }
+    json::parse_options options;
+    options.max_depth = MaxRegistryDepth;
+    json::basic_parser<RegistryHandler> parser(options, lists, attributes);
+    json::error_code failure;
+    const std::size_t read = parser.write_some(false, text.data(), text.size(), failure);
+    if (!failure && read < text.size())
+    {
+        failure = json::make_error_code(json::error::extra_data);
+    }
+    if (failure)
+    {
+        return FaultOf(failure);
+    }
+    const RegistryHandler& handler = parser.handler();
+    return !handler.RootIsObject()    ? "it is no JSON object."
+           : !handler.HasEntries()    ? "it has no object \"RegistryEntries\"."
+           : !handler.HasAttributes() ? "its \"RegistryEntries\" have no array \"Attributes\"."
+                                      : "";
+}
+
+} // namespace Tavrine

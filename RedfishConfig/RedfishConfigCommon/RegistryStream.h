@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <boost/json/monotonic_resource.hpp>
+#include <boost/json/value.hpp>
+
+namespace Tavrine
+{
+
+/// What a registry's text holds besides its attributes, which are handed over one by
+/// one and are never in memory together.
+struct RegistryLists
+{
+    RegistryLists() = default;
+    RegistryLists(const RegistryLists&) = delete;
+    RegistryLists& operator=(const RegistryLists&) = delete;
+
+    /// Of the two below; given back at one stroke.
+    boost::json::monotonic_resource Memory;
+    std::vector<boost::json::value> Menus;
+    std::vector<boost::json::value> Dependencies;
+};
+
+struct AttributeActions
+{
+    /// The list begins; what was handed over before does not count.
+    std::function<void()> Begin;
+    /// An element of any kind; it is gone when this returns.
+    std::function<void(const boost::json::value& element)> Take;
+};
+
+/// Reads a registry's text. Of several members of one name the last one counts, as usual
+/// for JSON.
+/// @return the cause where it is no registry; empty for success.
+std::string ReadRegistryText(std::string_view text, RegistryLists& lists, const AttributeActions& attributes);
+
+} // namespace Tavrine
