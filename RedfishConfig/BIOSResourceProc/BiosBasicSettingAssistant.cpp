@@ -11,34 +11,43 @@ namespace Tavrine
 
 SettingValueMap BiosBasicSettingAssistant::MergeCurrentValues()
 {
-    for (const auto& [name, effective] : m_EffectiveValues)
+    // Effective and pending values stand in one order, so that no name is searched for.
+    const auto less = m_EffectiveValues.key_comp();
+    auto pending = m_PendingValues.begin();
+    for (const auto& effective : m_EffectiveValues)
     {
-        const auto pending = m_PendingValues.find(name);
-        if (pending != m_PendingValues.end())
+        while (pending != m_PendingValues.end() && less(pending->first, effective.first))
         {
-            m_CurrentValues[pending->first] = pending->second;
+            ++pending;
         }
-        else
-        {
-            m_CurrentValues[name] = effective;
-        }
+        const bool waits = pending != m_PendingValues.end() && !less(effective.first, pending->first);
+        const auto& [name, value] = waits ? *pending : effective;
+        m_CurrentValues.insert_or_assign(m_CurrentValues.end(), name, value);
     }
     return m_CurrentValues;
 }
 
+RedfishConfigResult BiosBasicSettingAssistant::NeedEffectiveValues()
+{
+    if (!m_EffectiveValues.empty())
+    {
+        return BareResult(ResultSuccess);
+    }
+    RedfishConfigResult result = QueryEffectiveValue(m_EffectiveValues);
+    if (result != ResultSuccess)
+    {
+        TAVRINE_LOG(LogDetail) << "Failed to query effective value map with ret=" << result.ErrorCode();
+    }
+    return result;
+}
+
 RedfishConfigResult BiosBasicSettingAssistant::GetEffectiveValueMap(SettingValueMap& values)
 {
-    RedfishConfigResult result = BareResult(ResultSuccess);
-    if (m_EffectiveValues.empty())
+    RedfishConfigResult result = NeedEffectiveValues();
+    if (result == ResultSuccess)
     {
-        result = QueryEffectiveValue(m_EffectiveValues);
-        if (result != ResultSuccess)
-        {
-            TAVRINE_LOG(LogDetail) << "Failed to query effective value map with ret=" << result.ErrorCode();
-            return result;
-        }
+        values = m_EffectiveValues;
     }
-    values = m_EffectiveValues;
     return result;
 }
 

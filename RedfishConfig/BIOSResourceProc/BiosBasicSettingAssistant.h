@@ -34,7 +34,9 @@ class BiosBasicSettingAssistant
     virtual RedfishConfigResult QueryPendingValue(SettingValueMap& values) = 0;
     virtual RedfishConfigResult QueryValueURLResponse() = 0;
 
-    /// The effective values, read if none are cached. `values` is replaced on success.
+    /// Sees to it that m_EffectiveValues are there: they are read if none are cached.
+    RedfishConfigResult NeedEffectiveValues();
+    /// A copy of them. `values` is replaced on success.
     RedfishConfigResult GetEffectiveValueMap(SettingValueMap& values);
     /// Rebuilds the current values and gives a copy.
     SettingValueMap MergeCurrentValues();

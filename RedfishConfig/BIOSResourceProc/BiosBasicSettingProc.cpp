@@ -19,6 +19,15 @@ namespace
 constexpr int TextOutput = 0;
 constexpr int JsonOutput = 1;
 
+RedfishConfigResult LogFailedRead(RedfishConfigResult result)
+{
+    if (result != ResultSuccess)
+    {
+        TAVRINE_LOG(LogFailure) << "Failed in get current value map though: " << result.ErrorMsg();
+    }
+    return result;
+}
+
 } // namespace
 
 void BiosBasicSettingProc::TakeAssistant(std::shared_ptr<BiosBasicSettingAssistant> assistant,
@@ -44,12 +53,12 @@ bool BiosBasicSettingProc::HasAssistant() const
 
 RedfishConfigResult BiosBasicSettingProc::ReadThroughAssistant(ReadValues read, SettingValueMap& values)
 {
-    RedfishConfigResult result = (m_Assistant.get()->*read)(values);
-    if (result != ResultSuccess)
-    {
-        TAVRINE_LOG(LogFailure) << "Failed in get current value map though: " << result.ErrorMsg();
-    }
-    return result;
+    return LogFailedRead((m_Assistant.get()->*read)(values));
+}
+
+RedfishConfigResult BiosBasicSettingProc::NeedEffectiveValues()
+{
+    return LogFailedRead(m_Assistant->NeedEffectiveValues());
 }
 
 bool BiosBasicSettingProc::ShowsHex(const OptionalVar& value) const
@@ -71,12 +80,12 @@ RedfishConfigResult BiosBasicSettingProc::QueryGroupSettingValues(SettingStringM
     {
         return BareResult(ResultInternalError);
     }
-    SettingValueMap effective;
-    RedfishConfigResult result = ReadThroughAssistant(&BiosBasicSettingAssistant::GetEffectiveValueMap, effective);
+    RedfishConfigResult result = NeedEffectiveValues();
     if (result != ResultSuccess)
     {
         return result;
     }
+    const SettingValueMap& effective = m_Assistant->m_EffectiveValues;
     if (m_Options.OutputFormat == TextOutput)
     {
         for (const auto& [name, value] : effective)
@@ -92,7 +101,7 @@ RedfishConfigResult BiosBasicSettingProc::QueryGroupSettingValues(SettingStringM
     }
     else if (m_Options.OutputFormat == JsonOutput)
     {
-        values[m_SecondPrefix] = BuildValuesJson(std::move(effective));
+        values[m_SecondPrefix] = BuildValuesJson(effective);
     }
     return result;
 }
@@ -105,12 +114,12 @@ RedfishConfigResult BiosBasicSettingProc::QuerySettingValue(const std::string& s
     {
         return BareResult(ResultInternalError);
     }
-    SettingValueMap effective;
-    RedfishConfigResult result = ReadThroughAssistant(&BiosBasicSettingAssistant::GetEffectiveValueMap, effective);
+    RedfishConfigResult result = NeedEffectiveValues();
     if (result != ResultSuccess)
     {
         return result;
     }
+    const SettingValueMap& effective = m_Assistant->m_EffectiveValues;
 
     const auto entry = effective.find(setting);
     if (entry == effective.end())
@@ -146,12 +155,12 @@ RedfishConfigResult BiosBasicSettingProc::PatchSettingNewValueWithOutCheck(const
     {
         return BareResult(ResultInternalError);
     }
-    SettingValueMap effective;
-    RedfishConfigResult result = ReadThroughAssistant(&BiosBasicSettingAssistant::GetEffectiveValueMap, effective);
+    RedfishConfigResult result = NeedEffectiveValues();
     if (result != ResultSuccess)
     {
         return result;
     }
+    const SettingValueMap& effective = m_Assistant->m_EffectiveValues;
     const auto entry = effective.find(setting);
     if (entry == effective.end())
     {

@@ -61,6 +61,7 @@ class BiosBasicSettingProc
 
     bool HasAssistant() const;
     RedfishConfigResult ReadThroughAssistant(ReadValues read, SettingValueMap& values);
+    RedfishConfigResult NeedEffectiveValues();
     bool ShowsHex(const OptionalVar& value) const;
     std::string FullName(const std::string& setting) const;
     RedfishConfigResult UnknownSetting(const std::string& setting) const;

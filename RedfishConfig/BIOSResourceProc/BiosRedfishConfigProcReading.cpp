@@ -109,7 +109,7 @@ RedfishConfigResult BiosRedfishConfigProc::QueryGroupSettingValues(SettingString
         // A proc that fails gives no values; the others still do.
         if (resource != ProtectedSettings && proc->QueryGroupSettingValues(found) == ResultSuccess)
         {
-            values.insert(found.begin(), found.end());
+            values.merge(found);
         }
     }
     if (values.empty())
@@ -143,7 +143,7 @@ RedfishConfigResult BiosRedfishConfigProc::CollectValues(ProcRead read, SettingV
             TAVRINE_LOG(LogFailure) << "Failed in get current value map though: " << result.ErrorMsg();
             return result;
         }
-        values.insert(found.begin(), found.end());
+        values.merge(found);
     }
     return BareResult(values.empty() ? ResultQueryFailed : ResultSuccess);
 }

@@ -62,7 +62,8 @@ RedfishConfigResult ReadSettingValues(std::string_view response, SettingValueMap
         OptionalVar value;
         if (ReadValue(attribute.value(), value))
         {
-            read[String(attribute.key())] = std::move(value);
+            // Most BMCs list them in order, and then the place is known.
+            read.insert_or_assign(read.end(), String(attribute.key()), std::move(value));
         }
         else
         {
