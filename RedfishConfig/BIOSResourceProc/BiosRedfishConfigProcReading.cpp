@@ -13,6 +13,24 @@
 namespace Tavrine
 {
 
+namespace
+{
+
+/// What `values` has already stays.
+template <class Map> void MoveInto(Map& values, Map& found)
+{
+    if (values.empty())
+    {
+        values.swap(found); // no name is searched for
+    }
+    else
+    {
+        values.merge(found);
+    }
+}
+
+} // namespace
+
 RedfishConfigResult BiosRedfishConfigProc::QuerySettingValue(const std::string& setting, SettingStringMap& values)
 {
     TAVRINE_LOG(LogOperation) << "Enter BiosRedfishConfigProc::QuerySettingValue(), try to get the current value of "
@@ -109,7 +127,7 @@ RedfishConfigResult BiosRedfishConfigProc::QueryGroupSettingValues(SettingString
         // A proc that fails gives no values; the others still do.
         if (resource != ProtectedSettings && proc->QueryGroupSettingValues(found) == ResultSuccess)
         {
-            values.merge(found);
+            MoveInto(values, found);
         }
     }
     if (values.empty())
@@ -143,7 +161,7 @@ RedfishConfigResult BiosRedfishConfigProc::CollectValues(ProcRead read, SettingV
             TAVRINE_LOG(LogFailure) << "Failed in get current value map though: " << result.ErrorMsg();
             return result;
         }
-        values.merge(found);
+        MoveInto(values, found);
     }
     return BareResult(values.empty() ? ResultQueryFailed : ResultSuccess);
 }

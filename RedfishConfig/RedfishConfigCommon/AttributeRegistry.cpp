@@ -18,6 +18,8 @@ namespace json = boost::json;
 
 constexpr std::size_t MaxNoteLines = 50;
 constexpr std::size_t MaxNameInNote = 200;
+/// Texts included, real ones have more.
+constexpr std::size_t LeastAttributeBytes = 400;
 
 std::string_view View(const json::string& text) { return {text.data(), text.size()}; }
 
@@ -64,6 +66,8 @@ class RegistryReader
 
     bool Read(std::string_view text, std::string& error)
     {
+        // Growing would move thousands of attributes time and again; what is not needed stays untouched.
+        m_Expected = std::min(text.size() / LeastAttributeBytes, MaxRegistryAttributes);
         RegistryLists lists;
         error = ReadRegistryText(
             text, lists,
@@ -84,6 +88,8 @@ class RegistryReader
     {
         m_Registry.Attributes.clear();
         m_Registry.AttributeIndex.clear();
+        m_Registry.Attributes.reserve(m_Expected);
+        m_Registry.AttributeIndex.reserve(m_Expected);
         m_AttributeNotes = {};
         m_AttributeElements = 0;
     }
@@ -113,7 +119,6 @@ class RegistryReader
             m_AttributeNotes.Add(TooMany("attribute", m_AttributeElements, MaxRegistryAttributes));
         }
         m_Notes.Add(m_AttributeNotes);
-        m_Registry.Attributes.shrink_to_fit();
         for (RegistryAttribute& attribute : m_Registry.Attributes)
         {
             FindMenu(attribute);
@@ -452,6 +457,7 @@ class RegistryReader
     /// They follow those on the menus.
     RegistryNotes m_AttributeNotes;
     std::size_t m_AttributeElements = 0;
+    std::size_t m_Expected = 0;
     std::unordered_map<std::string, std::size_t> m_MenuByPath;
     std::unordered_map<std::string, std::size_t> m_MenuByName;
 };
