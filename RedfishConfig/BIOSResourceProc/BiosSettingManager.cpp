@@ -12,12 +12,20 @@ namespace Tavrine
 RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
                                        std::unique_ptr<RedfishConfigSettingManager>& manager)
 {
-    RedfishConfigResult result = front.QuerySettingManagerWithoutValue();
+    // As with the registry's text: ordinary values, the registry, protected values.
+    SettingValueMap values;
+    RedfishConfigResult result = front.GetCurrentValuesMap(values, false);
+    if (result != ResultSuccess)
+    {
+        TAVRINE_LOG(LogFailure) << "Failed to get current value map though: " << result.ErrorMsg();
+        return result;
+    }
+    result = front.QuerySettingManagerWithoutValue();
     if (result != ResultSuccess)
     {
         return result;
     }
-    SettingValueMap values;
+    values.clear();
     result = front.GetCurrentValuesMap(values, true);
     if (result != ResultSuccess)
     {

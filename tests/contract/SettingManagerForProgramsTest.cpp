@@ -24,7 +24,7 @@ TEST_F(TakenManager, ReadsRegistryAndValuesAndSharesTheRegistry)
     const auto front = MakeBios({.HexValueMode = true});
     EXPECT_THAT(TakeSettingManager(*front, m_Taken), IsBare(0));
     EXPECT_THAT(world.Calls,
-                ElementsAre(Get(SystemsUrl), ReadSchema(BiosUrl), Get(SystemsUrl), Get(BiosUrl), Get(SettingsUrl)));
+                ElementsAre(Get(SystemsUrl), Get(BiosUrl), Get(SettingsUrl), Get(SystemsUrl), ReadSchema(BiosUrl)));
     EXPECT_THAT(world.ManagerCalls, ElementsAre("TakeRegistryOf"));
     ASSERT_NE(m_Taken, nullptr);
     EXPECT_NE(m_Taken.get(), front->m_SettingManager.get());
@@ -42,11 +42,16 @@ TEST_F(TakenManager, HasProtectedValuesWhereTheFrontReachesThem)
     const auto front = MakeUefi();
     ASSERT_THAT(TakeSettingManager(*front, m_Taken), IsBare(0));
     EXPECT_THAT(m_Taken->m_Values, ElementsAre(Pair("Boot", OptionalVar("UEFI")), Pair("Secret", OptionalVar("s"))));
+    std::vector<std::string> requests = world.Requests();
+    std::erase(requests, "GET " + std::string(SystemsUrl));
+    EXPECT_THAT(requests, ElementsAre("GET " + std::string(BiosUrl), "GET " + std::string(SettingsUrl),
+                                      "SCHEMA " + std::string(BiosUrl), "POST " + std::string(ProtectedUrl),
+                                      "POST " + std::string(ProtectedUrl)));
 }
 
 TEST_F(TakenManager, IsNotThereWithoutARegistry)
 {
-    TellSystem();
+    TellStandard(R"({"Boot":"UEFI"})");
     world.Fail("SCHEMA", BiosUrl, 26, "no registry");
     const auto front = MakeBios();
     EXPECT_THAT(TakeSettingManager(*front, m_Taken), IsResult(26, "no registry", ""));
@@ -62,7 +67,20 @@ TEST_F(TakenManager, IsNotThereWithoutValues)
     const auto front = MakeBios();
     EXPECT_THAT(TakeSettingManager(*front, m_Taken), IsResult(24, "no connection", ""));
     EXPECT_EQ(m_Taken, nullptr);
-    EXPECT_THAT(world.LogsAt(1), testing::Contains("Failed to get current values map though: no connection"));
+    EXPECT_THAT(world.LogsAt(1), testing::Contains("Failed to get current value map though: no connection"));
+    EXPECT_EQ(front->m_SettingManager, nullptr);
+}
+
+TEST_F(TakenManager, IsNotThereWithoutProtectedValues)
+{
+    TellSchema();
+    TellStandard(R"({"Boot":"UEFI"})");
+    world.Fail("POST", ProtectedUrl, 26, "no such action");
+    const auto front = MakeUefi();
+    EXPECT_THAT(TakeSettingManager(*front, m_Taken), IsResult(26, "no such action", ""));
+    EXPECT_EQ(m_Taken, nullptr);
+    EXPECT_THAT(world.LogsAt(1), testing::Contains("Failed to get current values map though: no such action"));
+    EXPECT_NE(front->m_SettingManager, nullptr);
 }
 
 } // namespace
