@@ -1,9 +1,14 @@
 #include "RedfishConfigSettingManager.h"
 
+#include <algorithm>
+#include <set>
+
+#include <boost/json/parse.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "RegistryTexts.h"
+#include "SharedData.h"
 
 using namespace Tavrine;
 using namespace registrytext;
@@ -20,6 +25,73 @@ RedfishConfigSettingManager Manager(const std::string& schema, const SettingValu
 }
 
 int CodeOf(const RedfishConfigResult& result) { return result.ErrorCode(); }
+
+std::string Member(const boost::json::value& object, const char* name)
+{
+    const boost::json::value* member = object.as_object().if_contains(name);
+    return member != nullptr && member->is_string() ? std::string(member->get_string()) : std::string();
+}
+
+/// Holds each attribute of a registry's document against what the manager says of it.
+/// @return the number of texts.
+std::size_t ExpectTexts(RedfishConfigSettingManager& manager, const boost::json::array& attributes)
+{
+    std::size_t count = 0;
+    for (const boost::json::value& attribute : attributes)
+    {
+        const std::string name = Member(attribute, "AttributeName");
+        RedfishConfigSettingTexts texts;
+        EXPECT_EQ(CodeOf(manager.GetSettingTexts(name, texts)), 0) << name;
+        EXPECT_EQ(texts.DisplayName, Member(attribute, "DisplayName")) << name;
+        EXPECT_EQ(texts.HelpText, Member(attribute, "HelpText")) << name;
+        EXPECT_EQ(texts.WarningText, Member(attribute, "WarningText")) << name;
+        std::vector<std::string> values;
+        if (const boost::json::value* list = attribute.as_object().if_contains("Value"); list && list->is_array())
+        {
+            for (const boost::json::value& value : list->get_array())
+            {
+                values.push_back(Member(value, "ValueName"));
+            }
+        }
+        std::vector<std::string> told;
+        for (const auto& value : texts.Values)
+        {
+            told.push_back(value.first);
+        }
+        EXPECT_EQ(told, values) << name;
+        count += values.size() + (texts.HelpText.empty() ? 0U : 1U);
+    }
+    return count;
+}
+
+/// Both ends of each dependency on another attribute name each other.
+/// @return the number of those ends.
+std::size_t ExpectEnds(RedfishConfigSettingManager& manager, const boost::json::value& dependency,
+                       const std::vector<std::string>& names)
+{
+    std::size_t count = 0;
+    const boost::json::value& map = dependency.at("Dependency");
+    const std::string target = Member(map, "MapToAttribute");
+    RedfishConfigSettingRelations ofTarget;
+    if (CodeOf(manager.GetSettingRelations(target, ofTarget)) != 0)
+    {
+        return 0; // a menu
+    }
+    for (const boost::json::value& term : map.at("MapFrom").as_array())
+    {
+        const std::string source = Member(term, "MapFromAttribute");
+        RedfishConfigSettingRelations ofSource;
+        if (source == target || std::find(names.begin(), names.end(), source) == names.end())
+        {
+            continue;
+        }
+        EXPECT_EQ(CodeOf(manager.GetSettingRelations(source, ofSource)), 0) << source;
+        EXPECT_THAT(ofTarget.DependsOn, testing::Contains(source)) << target;
+        EXPECT_THAT(ofSource.NeededBy, testing::Contains(target)) << source;
+        ++count;
+    }
+    return count;
+}
 
 const std::string Mode =
     Typed("Mode", "Enumeration",
@@ -136,4 +208,80 @@ TEST(SettingWords, WhatIsNoRegistryIsTakenOverAsWell)
     RedfishConfigSettingManager empty = Manager(Registry(""));
     second.TakeRegistryOf(empty);
     EXPECT_EQ(CodeOf(second.GetSettingProperties("Mode", info)), 20);
+}
+
+TEST(SettingWords, OddPartsHaveNoWords)
+{
+    RedfishConfigSettingManager manager = Manager(R"({"RegistryEntries":{"Attributes":[1,{},{"AttributeName":5},
+        {"AttributeName":"A","DisplayName":7,"Value":[1,{"ValueName":2}],"MenuPath":3},{"AttributeName":"A"}],
+        "Menus":[null,{"MenuName":"M"}],"Dependencies":[{},{"Dependency":[]},{"Dependency":{"MapFrom":{}}}]}})");
+    EXPECT_THAT(manager.GetSettingNames(), ElementsAre("A"));
+    RedfishConfigSettingTexts texts;
+    ASSERT_EQ(CodeOf(manager.GetSettingTexts("A", texts)), 0);
+    EXPECT_EQ(texts.DisplayName, "");
+    EXPECT_THAT(texts.Values, IsEmpty());
+    RedfishConfigSettingRelations relations;
+    ASSERT_EQ(CodeOf(manager.GetSettingRelations("A", relations)), 0);
+    EXPECT_THAT(relations.DependsOn, IsEmpty());
+    EXPECT_THAT(relations.NeededBy, IsEmpty());
+}
+
+TEST(SettingWords, RegistriesOfRealMachinesAreToldInTheirOwnWords)
+{
+    if (testdata::Machines().empty())
+    {
+        GTEST_SKIP() << "no machines in " << testdata::SharedData();
+    }
+    std::size_t texts = 0;
+    std::size_t ends = 0;
+    for (const auto& machine : testdata::Machines())
+    {
+        SCOPED_TRACE(machine.string());
+        const std::string text = testdata::ReadFile(machine / "registry.en.json");
+        const boost::json::value document = boost::json::parse(text);
+        const boost::json::object& entries = document.at("RegistryEntries").as_object();
+        RedfishConfigSettingManager manager = Manager(text);
+        std::vector<std::string> names;
+        for (const boost::json::value& attribute : entries.at("Attributes").as_array())
+        {
+            names.push_back(Member(attribute, "AttributeName"));
+        }
+        EXPECT_EQ(manager.GetSettingNames(), names);
+        texts += ExpectTexts(manager, entries.at("Attributes").as_array());
+        if (const boost::json::value* dependencies = entries.if_contains("Dependencies"))
+        {
+            for (const boost::json::value& dependency : dependencies->as_array())
+            {
+                ends += ExpectEnds(manager, dependency, names);
+            }
+        }
+    }
+    EXPECT_GT(texts, 1000U);
+    EXPECT_GT(ends, 500U);
+}
+
+TEST(SettingWords, EveryRelatedSettingOfRealMachinesHasADirection)
+{
+    if (testdata::Machines().empty())
+    {
+        GTEST_SKIP() << "no machines in " << testdata::SharedData();
+    }
+    std::size_t count = 0;
+    for (const auto& machine : testdata::Machines())
+    {
+        SCOPED_TRACE(machine.string());
+        RedfishConfigSettingManager manager = Manager(testdata::ReadFile(machine / "registry.en.json"));
+        for (const std::string& name : manager.GetSettingNames())
+        {
+            RedfishConfigSettingInfoStru info;
+            RedfishConfigSettingRelations relations;
+            ASSERT_EQ(CodeOf(manager.GetSettingProperties(name, info)), 0) << name;
+            ASSERT_EQ(CodeOf(manager.GetSettingRelations(name, relations)), 0) << name;
+            std::set<std::string> found(relations.DependsOn.begin(), relations.DependsOn.end());
+            found.insert(relations.NeededBy.begin(), relations.NeededBy.end());
+            EXPECT_EQ(found, std::set<std::string>(info.DependencyNames.begin(), info.DependencyNames.end())) << name;
+            count += found.size();
+        }
+    }
+    EXPECT_GT(count, 500U);
 }
