@@ -17,8 +17,8 @@
 #include "MissingActions.h"
 #include "Options.h"
 #include "RedfishConfigSettingManager.h"
-#include "RegistryText.h"
 #include "SettingDescription.h"
+#include "SettingManager.h"
 #include "SettingSelection.h"
 
 namespace Tavrine::Tool
@@ -29,7 +29,6 @@ namespace
 constexpr int CodeNothingPending = 2;
 constexpr int CodeNoValue = 8;
 constexpr int CodeNotFound = 20;
-constexpr int CodeUnreadable = 27;
 
 /// Where values of a setting are to be asked for.
 enum class Reach
@@ -54,18 +53,12 @@ class Describer
     /// Reads the registry. @return false when there is none; the failure is told.
     bool Prepare()
     {
-        std::string text;
-        RedfishConfigResult result = ReadRegistryText(m_Sources.Standard, text);
-        if (IsSuccess(result.ErrorCode()) && !m_Registry.Read(text))
-        {
-            result = RedfishConfigResult(CodeUnreadable, "The attribute registry cannot be read.", "");
-        }
+        const RedfishConfigResult result = m_Sources.Manager(m_Sources.Standard, m_Manager);
         if (!IsSuccess(result.ErrorCode()))
         {
             AddFailure(m_Answer, m_Causes.Explain(result));
             return false;
         }
-        m_Manager = std::make_unique<RedfishConfigSettingManager>(text, false, m_Sources.Standard.m_Options);
         SettingGroupMap groups;
         m_Manager->GetGroupList(groups);
         for (const auto& [group, names] : groups)
@@ -111,11 +104,11 @@ class Describer
             }
             const NamePattern pattern(name, m_Prefixes);
             const std::size_t before = chosen.size();
-            for (const RegistrySetting& setting : m_Registry.Settings())
+            for (const std::string& setting : m_Manager->GetSettingNames())
             {
-                if (pattern.Matches(setting.Name) && !IsConcealed(setting.Name))
+                if (!setting.empty() && pattern.Matches(setting) && !IsConcealed(setting))
                 {
-                    chosen.push_back(setting.Name);
+                    chosen.push_back(setting);
                 }
             }
             if (chosen.size() == before)
@@ -203,7 +196,7 @@ class Describer
 
     void AddTexts(const std::string& bare, SettingDescription& description)
     {
-        description.Registry = m_Registry.Find(bare);
+        m_Manager->GetSettingTexts(bare, description.Texts.emplace());
         description.Group = m_GroupOf[bare];
         description.Default = TextOf(bare, m_Defaults, &RedfishConfigSettingManager::QuerySettingDefaultValue,
                                      &RedfishConfigSettingManager::QueryGroupSettingDefaultValues);
@@ -211,7 +204,8 @@ class Describer
         description.ValidValues = TextOf(bare, m_ValidValues, &RedfishConfigSettingManager::QuerySettingValidValues,
                                          &RedfishConfigSettingManager::QueryGroupSettingValidValues)
                                       .value_or("");
-        const SettingRelations relations = m_Registry.Sort(bare, description.Info.DependencyNames);
+        RedfishConfigSettingRelations relations;
+        m_Manager->GetSettingRelations(bare, relations);
         const auto shown = [&](const std::vector<std::string>& names, std::vector<std::string>& shownNames)
         {
             for (const std::string& other : names)
@@ -324,7 +318,6 @@ class Describer
     Prefixes m_Prefixes;
     std::vector<std::string> m_Keywords;
     CauseLog m_Causes;
-    RegistryDocument m_Registry;
     std::unique_ptr<RedfishConfigSettingManager> m_Manager;
     std::map<std::string, std::string> m_GroupOf;
     std::unique_ptr<RedfishConfigProc> m_ProtectedFront;
@@ -363,7 +356,7 @@ Answer DescribeSettings(const DescribeSources& sources, const Options& options, 
 Answer RunDescribe(const Options& options, Bmc& bmc)
 {
     const std::unique_ptr<RedfishConfigProc> standard = bmc.StandardFront(0);
-    return DescribeSettings({*standard, [&] { return bmc.Front(0); }}, options, TerminalWidth());
+    return DescribeSettings({*standard, ReadSettingManager, [&] { return bmc.Front(0); }}, options, TerminalWidth());
 }
 
 } // namespace Tavrine::Tool

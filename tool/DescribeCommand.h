@@ -7,6 +7,7 @@
 
 #include "Answer.h"
 #include "RedfishConfigProc.h"
+#include "SettingManager.h"
 
 namespace Tavrine::Tool
 {
@@ -22,6 +23,7 @@ struct DescribeSources
 {
     /// Gives ordinary settings alone.
     RedfishConfigProc& Standard;
+    ManagerReader Manager;
     /// Gives one that was not used yet and may ask for protected settings.
     std::function<std::unique_ptr<RedfishConfigProc>()> FreshFront;
 };

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -9,18 +10,17 @@
 
 #include <CLI/CLI.hpp>
 #include <boost/json/array.hpp>
-#include <boost/json/serialize.hpp>
 
 #include "Bmc.h"
 #include "CauseLog.h"
 #include "DisplayWidth.h"
 #include "JsonOutput.h"
 #include "Options.h"
-#include "RegistryDocument.h"
-#include "RegistryText.h"
+#include "SettingManager.h"
 #include "SettingSelection.h"
 #include "TextOutput.h"
 #include "TextSearch.h"
+#include "ValueConversions.h"
 
 namespace json = boost::json;
 
@@ -30,7 +30,6 @@ namespace
 {
 
 constexpr int CodeNotFound = 20;
-constexpr int CodeUnreadable = 27;
 
 /// Where a word can be, in the order in which it is told, with the text there.
 using SearchedTexts = std::vector<std::pair<const char*, std::string>>;
@@ -41,30 +40,21 @@ struct Found
     std::vector<std::string> Places;
 };
 
-std::string CurrentText(const json::object& members)
+SearchedTexts TextsOf(const RedfishConfigSettingInfoStru& info, const RedfishConfigSettingTexts& words)
 {
-    const json::value* value = members.if_contains("CurrentValue");
-    if (value == nullptr || value->is_null())
+    SearchedTexts texts = {{"name", *info.AttributeKey},
+                           {"display name", words.DisplayName},
+                           {"help", words.HelpText},
+                           {"warning", words.WarningText}};
+    for (const auto& [name, displayName] : words.Values)
     {
-        return {};
+        texts.emplace_back("values", name);
+        texts.emplace_back("values", displayName);
     }
-    const json::string* text = value->if_string();
-    return text != nullptr ? std::string(*text) : json::serialize(*value);
-}
-
-SearchedTexts TextsOf(const RegistrySetting& setting)
-{
-    SearchedTexts texts = {{"name", setting.Name},
-                           {"display name", setting.DisplayName},
-                           {"help", setting.HelpText},
-                           {"warning", setting.WarningText}};
-    for (const std::string& text : setting.ValueTexts)
+    std::string current;
+    if (info.SettingType != "Password" && GetOptionalVarAsString(info.CurrentValue, current))
     {
-        texts.emplace_back("values", text);
-    }
-    if (setting.Type != "Password")
-    {
-        texts.emplace_back("values", CurrentText(*setting.Members));
+        texts.emplace_back("values", current);
     }
     return texts;
 }
@@ -101,19 +91,14 @@ std::vector<std::string> PlacesOf(const SearchedTexts& texts, const std::vector<
 }
 
 /// All settings, those included that have a value and are in no registry.
-RedfishConfigResult Search(RedfishConfigProc& front, const std::vector<TextSearch>& words,
-                           std::map<std::string, Found>& found)
+RedfishConfigResult Search(RedfishConfigProc& front, const ManagerReader& readManager,
+                           const std::vector<TextSearch>& words, std::map<std::string, Found>& found)
 {
-    std::string text;
-    RedfishConfigResult result = ReadRegistryText(front, text);
+    std::unique_ptr<RedfishConfigSettingManager> manager;
+    RedfishConfigResult result = readManager(front, manager);
     if (!IsSuccess(result.ErrorCode()))
     {
         return result;
-    }
-    RegistryDocument registry;
-    if (!registry.Read(text))
-    {
-        return {CodeUnreadable, "The attribute registry cannot be read.", ""};
     }
     const Prefixes prefixes = ShownPrefixes(front);
     const std::vector<std::string> keywords = HiddenKeywords();
@@ -129,16 +114,26 @@ RedfishConfigResult Search(RedfishConfigProc& front, const std::vector<TextSearc
             found[shownName] = {displayName, std::move(places)};
         }
     };
-    for (const RegistrySetting& setting : registry.Settings())
+    std::set<std::string> registered;
+    for (const std::string& name : manager->GetSettingNames())
     {
-        judge(setting.Name, setting.DisplayName, TextsOf(setting));
+        if (name.empty())
+        {
+            continue;
+        }
+        RedfishConfigSettingInfoStru info;
+        RedfishConfigSettingTexts texts;
+        manager->GetSettingProperties(name, info);
+        manager->GetSettingTexts(name, texts);
+        judge(name, texts.DisplayName, TextsOf(info, texts));
+        registered.insert(name);
     }
     SettingStringMap values;
     result = front.QueryGroupSettingValues(values);
     for (const auto& [key, value] : values)
     {
         const std::string bare = BareGroupKey(key, prefixes);
-        if (registry.Find(bare) == nullptr)
+        if (!registered.contains(bare))
         {
             judge(bare, {}, {{"name", bare}, {"values", value}});
         }
@@ -176,7 +171,8 @@ std::string FoundTable(const std::map<std::string, Found>& found, std::optional<
 
 } // namespace
 
-Answer FindSettings(RedfishConfigProc& front, const Options& options, std::optional<std::size_t> columns)
+Answer FindSettings(RedfishConfigProc& front, const ManagerReader& readManager, const Options& options,
+                    std::optional<std::size_t> columns)
 {
     Answer answer;
     CauseLog causes;
@@ -186,7 +182,7 @@ Answer FindSettings(RedfishConfigProc& front, const Options& options, std::optio
         words.emplace_back(word, options.Regex);
     }
     std::map<std::string, Found> found;
-    const RedfishConfigResult result = Search(front, words, found);
+    const RedfishConfigResult result = Search(front, readManager, words, found);
     if (!IsSuccess(result.ErrorCode()))
     {
         AddFailure(answer, causes.Explain(result));
@@ -230,7 +226,7 @@ void AddFindOptions(CLI::App& command, Options& options)
 
 Answer RunFind(const Options& options, Bmc& bmc)
 {
-    return FindSettings(*bmc.StandardFront(0), options, TerminalWidth());
+    return FindSettings(*bmc.StandardFront(0), ReadSettingManager, options, TerminalWidth());
 }
 
 } // namespace Tavrine::Tool

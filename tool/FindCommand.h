@@ -6,6 +6,7 @@
 
 #include "Answer.h"
 #include "RedfishConfigProc.h"
+#include "SettingManager.h"
 
 namespace CLI
 {
@@ -33,6 +34,7 @@ Answer RunFind(const Options& options, Bmc& bmc);
 /// @param front  one that gives ordinary settings alone.
 /// @param columns  width of the table; nothing: a line a setting, its name, display name
 ///                 and where the words were, with tabs between.
-Answer FindSettings(RedfishConfigProc& front, const Options& options, std::optional<std::size_t> columns);
+Answer FindSettings(RedfishConfigProc& front, const ManagerReader& readManager, const Options& options,
+                    std::optional<std::size_t> columns);
 
 } // namespace Tavrine::Tool

@@ -18,8 +18,7 @@
 #include "NamePatterns.h"
 #include "Options.h"
 #include "PendingValues.h"
-#include "RedfishConfigSettingManager.h"
-#include "RegistryText.h"
+#include "SettingManager.h"
 #include "SettingNames.h"
 #include "SettingPairs.h"
 #include "SettingSelection.h"
@@ -106,21 +105,21 @@ void PutOutcome(const std::string& shown, const std::string& word, const Options
 /// be written.
 RedfishConfigResult AllDefaults(RedfishConfigProc& front, std::vector<ExpectedValue>& expected)
 {
-    std::string registry;
-    RedfishConfigResult result = ReadRegistryText(front, registry);
+    front.m_Options.HexValueMode = false; // what is expected are decimal texts
+    std::unique_ptr<RedfishConfigSettingManager> manager;
+    RedfishConfigResult result = ReadSettingManager(front, manager);
     if (!IsSuccess(result.ErrorCode()))
     {
         return result;
     }
-    RedfishConfigSettingManager manager(registry, false, Config_Options());
     SettingStringMap defaults;
-    manager.QueryGroupSettingDefaultValues(defaults); // some have none, which is no matter here
+    manager->QueryGroupSettingDefaultValues(defaults); // some have none, which is no matter here
     SettingStringMap contexts;
-    manager.PreparePatchContext(defaults, contexts, FilterDefaultAll);
+    manager->PreparePatchContext(defaults, contexts, FilterDefaultAll);
     for (const auto& entry : contexts)
     {
         RedfishConfigSettingInfoStru info;
-        if (manager.GetSettingProperties(entry.first, info) == CodeSucceed && info.CurrentValue)
+        if (manager->GetSettingProperties(entry.first, info) == CodeSucceed && info.CurrentValue)
         {
             expected.push_back({entry.first, defaults[entry.first]});
         }

@@ -15,7 +15,7 @@
 #include "MissingActions.h"
 #include "Options.h"
 #include "PendingValues.h"
-#include "RegistryText.h"
+#include "SettingManager.h"
 #include "SettingNames.h"
 #include "SettingPairs.h"
 #include "SettingSelection.h"
@@ -263,11 +263,10 @@ class Restorer
     std::optional<Failure> Judge(RestorePlan& plan)
     {
         const std::unique_ptr<RedfishConfigProc> front = m_Bmc.StandardFront(0);
-        std::string registry;
-        RedfishConfigResult result = ReadRegistryText(*front, registry);
+        std::unique_ptr<RedfishConfigSettingManager> manager;
+        RedfishConfigResult result = ReadSettingManager(*front, manager);
         if (IsSuccess(result.ErrorCode()))
         {
-            RedfishConfigSettingManager manager(registry, false, Config_Options());
             const auto isReported = [&](const std::string& name)
             {
                 SettingStringMap value;
@@ -275,7 +274,7 @@ class Restorer
                 return IsSuccess(read.ErrorCode()) || read == CodeNoValue;
             };
             result =
-                JudgeRestore(manager, m_Options.SameSystem, m_Options.SystemType == SystemTypeUefi, isReported, plan);
+                JudgeRestore(*manager, m_Options.SameSystem, m_Options.SystemType == SystemTypeUefi, isReported, plan);
         }
         return IsSuccess(result.ErrorCode()) ? std::nullopt : std::optional(m_Causes.Explain(result));
     }

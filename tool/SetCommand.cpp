@@ -85,11 +85,11 @@ void AddSetOptions(CLI::App& command, Options& options)
         "Further options: tavrine --help");
 }
 
-Answer ChangeSettings(RedfishConfigProc& front, const Options& options, const std::vector<SettingPair>& pairs,
-                      const FrontMaker& freshFront, WaitingChanges& waiting)
+Answer ChangeSettings(RedfishConfigProc& front, const ManagerReader& readManager, const Options& options,
+                      const std::vector<SettingPair>& pairs, const FrontMaker& freshFront, WaitingChanges& waiting)
 {
     CauseLog causes;
-    SetPlan plan = MakeSetPlan(front, options, pairs, causes);
+    SetPlan plan = MakeSetPlan(front, readManager, options, pairs, causes);
     if (plan.Stop)
     {
         Abandon(plan, SetOutcome::NotSent, plan.Stop->Code, "not sent");
@@ -124,7 +124,7 @@ Answer RunSet(const Options& options, Bmc& bmc)
     }
     WaitingChanges waiting;
     Answer answer = ChangeSettings(
-        *bmc.Front(TypedOutput), options, pairs, [&] { return bmc.Front(TextOutput); }, waiting);
+        *bmc.Front(TypedOutput), ReadSettingManager, options, pairs, [&] { return bmc.Front(TextOutput); }, waiting);
     if (options.Reboot && StopSignal() == 0)
     {
         Reboot(waiting, options, bmc, answer);

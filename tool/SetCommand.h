@@ -6,6 +6,7 @@
 #include "Answer.h"
 #include "RedfishConfigProc.h"
 #include "SetSend.h"
+#include "SettingManager.h"
 #include "SettingPairs.h"
 #include "Verify.h"
 
@@ -47,7 +48,7 @@ struct WaitingChanges
 ///                    what the BMC shows after a change.
 /// @param waiting  receives what a reboot is to bring into force: what was changed, and
 ///                 what was pending already.
-Answer ChangeSettings(RedfishConfigProc& front, const Options& options, const std::vector<SettingPair>& pairs,
-                      const FrontMaker& freshFront, WaitingChanges& waiting);
+Answer ChangeSettings(RedfishConfigProc& front, const ManagerReader& readManager, const Options& options,
+                      const std::vector<SettingPair>& pairs, const FrontMaker& freshFront, WaitingChanges& waiting);
 
 } // namespace Tavrine::Tool

@@ -12,7 +12,6 @@
 #include "JsonOutput.h"
 #include "MissingActions.h"
 #include "Options.h"
-#include "RedfishConfigSettingManager.h"
 #include "ValueConversions.h"
 
 namespace json = boost::json;
@@ -22,13 +21,10 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int RegistryOutput = 2;
 constexpr int CodeNoValue = 8;
 constexpr int CodeInvalidValue = 10;
 constexpr int CodeNotFound = 20;
 constexpr int CodeHidden = 34;
-
-using Manager = RedfishConfigSettingManager;
 
 Config_Options LibraryOptions(const Options& options)
 {
@@ -37,27 +33,6 @@ Config_Options LibraryOptions(const Options& options)
     library.allowProtectedSettings = options.Protected;
     library.LegacyNameMode = options.LegacyNames;
     return library;
-}
-
-/// The attribute registry with the current values written into it. Asked first, since
-/// then the library looks at both kinds of settings, and keeps what it has read.
-RedfishConfigResult ReadRegistry(RedfishConfigProc& front, std::string& registry)
-{
-    const int outputFormat = std::exchange(front.m_Options.OutputFormat, RegistryOutput);
-    SettingStringMap answer;
-    RedfishConfigResult result = front.QuerySettingValidValues(answer, "");
-    front.m_Options.OutputFormat = outputFormat;
-    if (!IsSuccess(result.ErrorCode()))
-    {
-        return result;
-    }
-    const auto entry = answer.find(front.GetSecondPrefix());
-    if (entry == answer.end())
-    {
-        return {CodeQuery, "The attribute registry is empty.", ""};
-    }
-    registry = std::move(entry->second);
-    return {CodeSucceed, "", ""};
 }
 
 /// A refusal that speaks of a setting, with the name as the caller is shown it.
@@ -83,8 +58,8 @@ void Refuse(SetSetting& setting, RedfishConfigResult result) { Refuse(setting, R
 class Planner
 {
   public:
-    Planner(RedfishConfigProc& front, const Options& options, CauseLog& causes)
-        : m_Front(front), m_Options(options), m_Causes(causes)
+    Planner(RedfishConfigProc& front, const ManagerReader& readManager, const Options& options, CauseLog& causes)
+        : m_Front(front), m_ReadManager(readManager), m_Options(options), m_Causes(causes)
     {
     }
 
@@ -132,13 +107,13 @@ class Planner
         return false;
     }
 
+    /// Asked first, since then the library looks at both kinds of settings, and keeps what it
+    /// has read.
     bool TakeRegistry()
     {
-        std::string registry;
-        const RedfishConfigResult result = ReadRegistry(m_Front, registry);
+        const RedfishConfigResult result = m_ReadManager(m_Front, m_Manager);
         if (IsSuccess(result.ErrorCode()))
         {
-            m_Manager = std::make_unique<Manager>(registry, false, LibraryOptions(m_Options));
             return true;
         }
         // Without the check a BMC that serves no protected settings is good enough.
@@ -416,11 +391,12 @@ class Planner
     }
 
     RedfishConfigProc& m_Front;
+    const ManagerReader& m_ReadManager;
     const Options& m_Options;
     CauseLog& m_Causes;
     SetPlan m_Plan;
     /// Null where the BMC keeps its registry and values to itself.
-    std::unique_ptr<Manager> m_Manager;
+    std::unique_ptr<RedfishConfigSettingManager> m_Manager;
     /// By index: the BMC names the setting among its values.
     std::vector<bool> m_Reported;
     std::vector<std::string> m_QueuedNames;
@@ -429,10 +405,10 @@ class Planner
 
 } // namespace
 
-SetPlan MakeSetPlan(RedfishConfigProc& front, const Options& options, const std::vector<SettingPair>& pairs,
-                    CauseLog& causes)
+SetPlan MakeSetPlan(RedfishConfigProc& front, const ManagerReader& readManager, const Options& options,
+                    const std::vector<SettingPair>& pairs, CauseLog& causes)
 {
-    return Planner(front, options, causes).Make(pairs);
+    return Planner(front, readManager, options, causes).Make(pairs);
 }
 
 void Abandon(SetPlan& plan, SetOutcome outcome, int code, const std::string& reason)

@@ -10,6 +10,7 @@
 #include "Answer.h"
 #include "CauseLog.h"
 #include "RedfishConfigProc.h"
+#include "SettingManager.h"
 #include "SettingPairs.h"
 
 namespace Tavrine::Tool
@@ -77,9 +78,10 @@ struct SetPlan
 /// the attribute registry, the current values and the other changes of the call. The
 /// order of the requests follows the library's own rules: related settings never share
 /// one, nor do protected and ordinary settings, so that each answer is about one
-/// request. A front object whose Config_Options::OutputFormat is 1 is expected.
-SetPlan MakeSetPlan(RedfishConfigProc& front, const Options& options, const std::vector<SettingPair>& pairs,
-                    CauseLog& causes);
+/// request. A front object whose Config_Options::OutputFormat is 1, and the others as
+/// `options` ask for, is expected.
+SetPlan MakeSetPlan(RedfishConfigProc& front, const ManagerReader& readManager, const Options& options,
+                    const std::vector<SettingPair>& pairs, CauseLog& causes);
 
 /// The settings of the plan that are still Planned get this outcome and reason; a
 /// reason's message begins behind the setting's name.

@@ -9,6 +9,7 @@
 #include <variant>
 
 #include <boost/json/array.hpp>
+#include <boost/json/parse.hpp>
 
 #include "DisplayWidth.h"
 #include "JsonOutput.h"
@@ -187,26 +188,26 @@ json::array NamesArray(const std::vector<std::string>& names)
     return array;
 }
 
-json::array ValuesArray(const RegistrySetting& setting)
+json::array ValuesArray(const RedfishConfigSettingTexts& texts)
 {
     json::array array;
-    for (std::size_t index = 0; index + 1 < setting.ValueTexts.size(); index += 2)
+    for (const auto& [name, displayName] : texts.Values)
     {
         json::object value;
-        value["name"] = ValidUtf8(setting.ValueTexts[index]);
-        value["displayName"] = ValidUtf8(setting.ValueTexts[index + 1]);
+        value["name"] = ValidUtf8(name);
+        value["displayName"] = ValidUtf8(displayName);
         array.push_back(std::move(value));
     }
     return array;
 }
 
 /// A number that was narrowed to the ends of 64 bits is told as the registry has it.
-json::value ExactNumber(std::int64_t number, const RegistrySetting& setting, const char* property)
+json::value ExactNumber(std::int64_t number, const RedfishConfigSettingTexts& texts, const char* property)
 {
     const bool atEnd =
         number == std::numeric_limits<std::int64_t>::min() || number == std::numeric_limits<std::int64_t>::max();
-    const json::value* member = setting.Members->if_contains(property);
-    return atEnd && member != nullptr && member->is_number() ? *member : json::value(number);
+    const auto exact = texts.Numbers.find(property);
+    return atEnd && exact != texts.Numbers.end() ? json::parse(exact->second) : json::value(number);
 }
 
 void AddLimits(json::object& object, const SettingDescription& description)
@@ -226,16 +227,16 @@ void AddLimits(json::object& object, const SettingDescription& description)
     {
         if (const std::optional<std::int64_t>& number = description.Info.*limit.Number)
         {
-            object[limit.Member] = ExactNumber(*number, *description.Registry, limit.Property);
+            object[limit.Member] = ExactNumber(*number, *description.Texts, limit.Property);
         }
     }
     if (description.Info.ValueExpression)
     {
         object["valueExpression"] = ValidUtf8(*description.Info.ValueExpression);
     }
-    if (!description.Registry->ValueTexts.empty())
+    if (!description.Texts->Values.empty())
     {
-        object["values"] = ValuesArray(*description.Registry);
+        object["values"] = ValuesArray(*description.Texts);
     }
 }
 
@@ -276,7 +277,7 @@ std::string DescriptionText(const SettingDescription& description, std::optional
 {
     Screen screen(columns);
     screen.Title(description.ShownName);
-    if (description.Registry == nullptr)
+    if (!description.Texts)
     {
         screen.Field("Value", ValueLines(description.InForce));
         screen.Field("Pending value", ValueLines(description.Pending));
@@ -309,8 +310,8 @@ json::object DescriptionObject(const SettingDescription& description, bool hexad
     json::object object;
     object["value"] = typed(description.InForce, hexadecimal);
     object["pending"] = typed(description.Pending, false);
-    object["registered"] = description.Registry != nullptr;
-    if (description.Registry == nullptr)
+    object["registered"] = description.Texts.has_value();
+    if (!description.Texts)
     {
         return object;
     }

@@ -9,7 +9,6 @@
 #include <boost/json/value.hpp>
 
 #include "RedfishConfigSettingInfo.h"
-#include "RegistryDocument.h"
 
 namespace Tavrine::Tool
 {
@@ -27,17 +26,17 @@ struct ReadValue
 struct SettingDescription
 {
     std::string ShownName;
-    /// The registry's view, dependencies applied. Of no meaning where Registry is null.
+    /// The registry's view, dependencies applied. Of no meaning without Texts.
     RedfishConfigSettingInfoStru Info;
-    /// Null for a setting that has a value and is in no registry.
-    const RegistrySetting* Registry = nullptr;
+    /// Nothing for a setting that has a value and is in no registry.
+    std::optional<RedfishConfigSettingTexts> Texts;
     std::string Group;
     ReadValue InForce;
     ReadValue Pending;
     std::optional<std::string> Default;
     std::string ValidValues;
     /// Shown names.
-    SettingRelations Relations;
+    RedfishConfigSettingRelations Relations;
 };
 
 /// The description as lines, long texts wrapped to `columns` where it is given.

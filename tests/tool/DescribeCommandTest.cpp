@@ -12,6 +12,7 @@
 #include "KnowingFront.h"
 #include "Options.h"
 #include "SmallRegistry.h"
+#include "TextManager.h"
 
 using namespace Tavrine;
 using namespace Tavrine::Tool;
@@ -46,7 +47,8 @@ Answer Describe(KnowingFront& front, Options options, const Words& names,
                 std::optional<std::size_t> columns = std::nullopt)
 {
     options.Names = names;
-    return DescribeSettings({front, [&] { return std::make_unique<KnowingFront>(front); }}, options, columns);
+    return DescribeSettings({front, tooltest::ReadTextManager, [&] { return std::make_unique<KnowingFront>(front); }},
+                            options, columns);
 }
 
 Options JsonOptions()

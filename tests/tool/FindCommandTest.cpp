@@ -8,11 +8,13 @@
 #include "KnowingFront.h"
 #include "Options.h"
 #include "SmallRegistry.h"
+#include "TextManager.h"
 
 using namespace Tavrine;
 using namespace Tavrine::Tool;
 using tooltest::Configured;
 using tooltest::KnowingFront;
+using tooltest::ReadTextManager;
 
 namespace
 {
@@ -32,7 +34,7 @@ Answer Find(KnowingFront front, const Words& words, bool regex = false, std::opt
     Options options;
     options.Names = words;
     options.Regex = regex;
-    return FindSettings(front, options, columns);
+    return FindSettings(front, ReadTextManager, options, columns);
 }
 
 } // namespace
@@ -86,7 +88,7 @@ TEST(FindCommand, JsonTellsThePlaces)
     Options options;
     options.Names = {"mode"};
     options.Json = true;
-    EXPECT_EQ(boost::json::serialize(FindSettings(front, options, {}).Data),
+    EXPECT_EQ(boost::json::serialize(FindSettings(front, ReadTextManager, options, {}).Data),
               R"({"Two.Mode":{"displayName":"Boot Mode","places":["name","display name","values"]}})");
 }
 

@@ -7,6 +7,7 @@
 #include "ConfigFile.h"
 #include "Options.h"
 #include "SetFront.h"
+#include "TextManager.h"
 
 using namespace Tavrine;
 using namespace Tavrine::Tool;
@@ -57,8 +58,9 @@ class SetCommand : public ::testing::Test
         EXPECT_EQ(PairsFault(Given), "");
         std::vector<SettingPair> pairs;
         EXPECT_FALSE(ReadPairs(Given, -1, pairs));
+        Front.m_Options.HexValueMode = Given.Hex;
         return ChangeSettings(
-            Front, Given, pairs,
+            Front, tooltest::ReadTextManager, Given, pairs,
             [this]
             {
                 ++ReadBacks;

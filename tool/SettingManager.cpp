@@ -1,0 +1,39 @@
+#include "SettingManager.h"
+
+#include <string>
+#include <utility>
+
+#include "Answer.h"
+#include "BiosRedfishConfigProc.h"
+#include "BiosSettingManager.h"
+#include "RegistryText.h"
+
+namespace Tavrine::Tool
+{
+
+RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
+{
+    auto* const own = dynamic_cast<BiosRedfishConfigProc*>(&front);
+    if (own == nullptr)
+    {
+        return {CodeInternal, "The front object is none of the library's, so that it shares no registry.", ""};
+    }
+    std::unique_ptr<RedfishConfigSettingManager> taken;
+    RedfishConfigResult result = TakeSettingManager(*own, taken);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        return result;
+    }
+    taken->GetSettingNames();
+    if (const std::vector<RedfishConfigResult> errors = taken->GetError(); !errors.empty())
+    {
+        // What is wrong with a registry is told in the words of `schema`.
+        std::string text;
+        result = ReadRegistryText(front, text);
+        return IsSuccess(result.ErrorCode()) ? errors.front() : result;
+    }
+    manager = std::move(taken);
+    return result;
+}
+
+} // namespace Tavrine::Tool
