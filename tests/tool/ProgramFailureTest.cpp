@@ -167,6 +167,27 @@ TEST(ProgramFailure, ARegistryThatCannotBeFoundStopsSingleReadsAlone)
     EXPECT_NE(groups.Output.find("\"groups\":{}"), std::string::npos) << groups.Output;
 }
 
+TEST(ProgramFailure, ARegistryThatCannotBeReadIsToldInOneWay)
+{
+    const FakeBmc bmc(
+        {{"/redfish/v1/Systems", Systems},
+         {"/redfish/v1/Systems/1/Bios", R"({"AttributeRegistry":"Odd.v1","Attributes":{"A":"1"}})"},
+         {"/redfish/v1/Registries", R"({"Members":[{"@odata.id":"/redfish/v1/Registries/Odd.v1"}]})"},
+         {"/redfish/v1/Registries/Odd.v1", R"({"Id":"Odd.v1","Location":[{"Language":"en","Uri":"/odd.json"}]})"},
+         {"/odd.json", R"({"Id":"Odd.v1","Language":"en","RegistryEntries":[]})"}});
+    for (const std::vector<std::string>& command : {std::vector<std::string>{"schema"},
+                                                    {"find", "A"},
+                                                    {"describe", "A"},
+                                                    {"set", "A=2"},
+                                                    {"set", "A=2", "--no-check"}})
+    {
+        const Finished told = RunToEnd(bmc.Tool(command));
+        EXPECT_EQ(told.Status, 27) << command[0];
+        EXPECT_NE(told.Errors.find("tavrine: 27 Fail to parse the HTTP response."), std::string::npos) << told.Errors;
+        EXPECT_NE(told.Errors.find("Cannot find RegistryEntries node in schema."), std::string::npos) << told.Errors;
+    }
+}
+
 TEST(ProgramFailure, FilesThatCannotBeReadAreNamedBeforeAnythingIsSent)
 {
     const DeadPort port;
