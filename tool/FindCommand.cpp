@@ -40,15 +40,14 @@ struct Found
     std::vector<std::string> Places;
 };
 
-SearchedTexts TextsOf(const RedfishConfigSettingInfoStru& info, const RedfishConfigSettingTexts& words)
+SearchedTexts TextsOf(const std::string& name, const RedfishConfigSettingInfoStru& info,
+                      const RedfishConfigSettingTexts& words)
 {
-    SearchedTexts texts = {{"name", *info.AttributeKey},
-                           {"display name", words.DisplayName},
-                           {"help", words.HelpText},
-                           {"warning", words.WarningText}};
-    for (const auto& [name, displayName] : words.Values)
+    SearchedTexts texts = {
+        {"name", name}, {"display name", words.DisplayName}, {"help", words.HelpText}, {"warning", words.WarningText}};
+    for (const auto& [value, displayName] : words.Values)
     {
-        texts.emplace_back("values", name);
+        texts.emplace_back("values", value);
         texts.emplace_back("values", displayName);
     }
     std::string current;
@@ -125,7 +124,7 @@ RedfishConfigResult Search(RedfishConfigProc& front, const ManagerReader& readMa
         RedfishConfigSettingTexts texts;
         manager->GetSettingProperties(name, info);
         manager->GetSettingTexts(name, texts);
-        judge(name, texts.DisplayName, TextsOf(info, texts));
+        judge(name, texts.DisplayName, TextsOf(name, info, texts));
         registered.insert(name);
     }
     SettingStringMap values;

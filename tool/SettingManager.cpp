@@ -2,6 +2,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Answer.h"
 #include "BiosRedfishConfigProc.h"
