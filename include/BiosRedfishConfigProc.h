@@ -59,6 +59,7 @@ class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
   private:
     friend RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
                                                   std::unique_ptr<RedfishConfigSettingManager>& manager);
+    friend void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& manager);
 
     using ProcRead = RedfishConfigResult (BiosBasicSettingProc::*)(SettingValueMap&);
 

@@ -19,4 +19,9 @@ namespace Tavrine
 TAVRINE_EXPORT RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
                                                       std::unique_ptr<RedfishConfigSettingManager>& manager);
 
+/// Spares a new front object of the same BMC the registry: it takes over the one that
+/// `manager` has, which is read where that has not been done yet. Operations that hand out
+/// the registry itself still fetch it.
+TAVRINE_EXPORT void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& manager);
+
 } // namespace Tavrine

@@ -17,7 +17,7 @@ namespace Tavrine
 {
 class DependencyEvaluation;
 class SettingModel;
-}
+} // namespace Tavrine
 
 /// The model of all settings of one attribute registry (DSP8010,
 /// AttributeRegistry schema): what a setting is, what values it may take, how a

@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 #include "BiosRedfishConfigProc.h"
+#include "BiosSettingManager.h"
 #include "Options.h"
 #include "Password.h"
 #include "StandardStreams.h"
@@ -217,7 +218,25 @@ std::unique_ptr<RedfishConfigProc> Bmc::MakeFront(int outputFormat, std::int32_t
     {
         front->SetDebugConfigFile(m_Options.DebugConfigFile);
     }
+    if (m_Registry)
+    {
+        GiveRegistry(*front, *m_Registry);
+    }
     return front;
+}
+
+ManagerReader Bmc::SettingManagers()
+{
+    return [this](RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
+    {
+        RedfishConfigResult result = ReadSettingManager(front, manager);
+        if (IsSuccess(result.ErrorCode()) && !m_Registry)
+        {
+            m_Registry = std::make_unique<RedfishConfigSettingManager>("", false, Config_Options());
+            m_Registry->TakeRegistryOf(*manager);
+        }
+        return result;
+    };
 }
 
 std::string Bmc::Name() const { return m_Simulator ? "the simulated BMC" : HostAndPort(m_Options.Bmc); }

@@ -10,6 +10,7 @@
 #include "BmcConnection.h"
 #include "BmcSimulator.h"
 #include "RedfishConfigProc.h"
+#include "SettingManager.h"
 
 namespace Tavrine::Tool
 {
@@ -49,6 +50,10 @@ class Bmc
     /// shows names as Front does.
     std::unique_ptr<RedfishConfigProc> StandardFront(int outputFormat) const;
 
+    /// Reads setting managers, and spares the front objects that are made after it the registry
+    /// that it has read. The reader must not outlive this object.
+    ManagerReader SettingManagers();
+
     /// For single requests; there after Prepare.
     TavrineConnection::BmcConnection& Connection() const { return *m_Connection; }
 
@@ -65,6 +70,8 @@ class Bmc
     /// Stands until the connection is gone.
     std::unique_ptr<bmcsim::BmcSimulator> m_Simulator;
     std::unique_ptr<TavrineConnection::BmcConnection> m_Connection;
+    /// Without values; null until a registry was read.
+    std::unique_ptr<RedfishConfigSettingManager> m_Registry;
 };
 
 } // namespace Tavrine::Tool

@@ -356,7 +356,7 @@ Answer DescribeSettings(const DescribeSources& sources, const Options& options, 
 Answer RunDescribe(const Options& options, Bmc& bmc)
 {
     const std::unique_ptr<RedfishConfigProc> standard = bmc.StandardFront(0);
-    return DescribeSettings({*standard, ReadSettingManager, [&] { return bmc.Front(0); }}, options, TerminalWidth());
+    return DescribeSettings({*standard, bmc.SettingManagers(), [&] { return bmc.Front(0); }}, options, TerminalWidth());
 }
 
 } // namespace Tavrine::Tool

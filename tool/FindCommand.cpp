@@ -225,7 +225,7 @@ void AddFindOptions(CLI::App& command, Options& options)
 
 Answer RunFind(const Options& options, Bmc& bmc)
 {
-    return FindSettings(*bmc.StandardFront(0), ReadSettingManager, options, TerminalWidth());
+    return FindSettings(*bmc.StandardFront(0), bmc.SettingManagers(), options, TerminalWidth());
 }
 
 } // namespace Tavrine::Tool

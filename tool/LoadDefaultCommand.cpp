@@ -103,11 +103,12 @@ void PutOutcome(const std::string& shown, const std::string& word, const Options
 
 /// The defaults that a load of all of them brings, of the settings that have values and can
 /// be written.
-RedfishConfigResult AllDefaults(RedfishConfigProc& front, std::vector<ExpectedValue>& expected)
+RedfishConfigResult AllDefaults(RedfishConfigProc& front, const ManagerReader& readManager,
+                                std::vector<ExpectedValue>& expected)
 {
     front.m_Options.HexValueMode = false; // what is expected are decimal texts
     std::unique_ptr<RedfishConfigSettingManager> manager;
-    RedfishConfigResult result = ReadSettingManager(front, manager);
+    RedfishConfigResult result = readManager(front, manager);
     if (!IsSuccess(result.ErrorCode()))
     {
         return result;
@@ -138,7 +139,7 @@ Answer RunWhole(const Options& options, Bmc& bmc)
     }
     if (options.Wait)
     {
-        const RedfishConfigResult result = AllDefaults(*bmc.StandardFront(0), expected);
+        const RedfishConfigResult result = AllDefaults(*bmc.StandardFront(0), bmc.SettingManagers(), expected);
         if (!IsSuccess(result.ErrorCode()))
         {
             AddFailure(answer, FailureOf(result));

@@ -264,7 +264,7 @@ class Restorer
     {
         const std::unique_ptr<RedfishConfigProc> front = m_Bmc.StandardFront(0);
         std::unique_ptr<RedfishConfigSettingManager> manager;
-        RedfishConfigResult result = ReadSettingManager(*front, manager);
+        RedfishConfigResult result = m_Bmc.SettingManagers()(*front, manager);
         if (IsSuccess(result.ErrorCode()))
         {
             const auto isReported = [&](const std::string& name)

@@ -124,7 +124,7 @@ Answer RunSet(const Options& options, Bmc& bmc)
     }
     WaitingChanges waiting;
     Answer answer = ChangeSettings(
-        *bmc.Front(TypedOutput), ReadSettingManager, options, pairs, [&] { return bmc.Front(TextOutput); }, waiting);
+        *bmc.Front(TypedOutput), bmc.SettingManagers(), options, pairs, [&] { return bmc.Front(TextOutput); }, waiting);
     if (options.Reboot && StopSignal() == 0)
     {
         Reboot(waiting, options, bmc, answer);

@@ -16,11 +16,13 @@ SettingValueMap BiosBasicSettingAssistant::MergeCurrentValues()
     auto pending = m_PendingValues.begin();
     for (const auto& effective : m_EffectiveValues)
     {
-        while (pending != m_PendingValues.end() && less(pending->first, effective.first))
+        while (pending != m_PendingValues.end() && pending->first != effective.first &&
+               less(pending->first, effective.first))
         {
             ++pending;
         }
-        const bool waits = pending != m_PendingValues.end() && !less(effective.first, pending->first);
+        const bool waits = pending != m_PendingValues.end() &&
+                           (pending->first == effective.first || !less(effective.first, pending->first));
         const auto& [name, value] = waits ? *pending : effective;
         m_CurrentValues.insert_or_assign(m_CurrentValues.end(), name, value);
     }

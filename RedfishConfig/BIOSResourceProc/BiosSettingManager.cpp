@@ -3,6 +3,9 @@
 #include <map>
 #include <utility>
 
+#include "BiosBasicSettingProc.h"
+#include "BiosRedfishProcCreator.h"
+#include "ResourceNames.h"
 #include "Results.h"
 #include "Trace.h"
 
@@ -25,12 +28,17 @@ RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
     {
         return result;
     }
-    values.clear();
-    result = front.GetCurrentValuesMap(values, true);
-    if (result != ResultSuccess)
+    ProcMap procs;
+    front.m_ProcCreator->CreateAllProcs(procs);
+    if (procs.contains(ProtectedSettings))
     {
-        TAVRINE_LOG(LogFailure) << "Failed to get current values map though: " << result.ErrorMsg();
-        return result;
+        values.clear();
+        result = front.GetCurrentValuesMap(values, true);
+        if (result != ResultSuccess)
+        {
+            TAVRINE_LOG(LogFailure) << "Failed to get current values map though: " << result.ErrorMsg();
+            return result;
+        }
     }
     // The registry's own value stands where the BMC reports none.
     std::erase_if(values, [](const auto& entry) { return !entry.second; });
@@ -38,6 +46,12 @@ RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
     taken->TakeRegistryOf(*front.m_SettingManager);
     manager = std::move(taken);
     return result;
+}
+
+void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& manager)
+{
+    front.m_SettingManager = std::make_shared<RedfishConfigSettingManager>("", front.ManagerFlag(), front.m_Options);
+    front.m_SettingManager->TakeRegistryOf(manager);
 }
 
 } // namespace Tavrine

@@ -56,40 +56,58 @@ const OptionalVar* FindValue(const SettingValueMap& values, const std::string& n
 } // namespace
 
 DependencyEvaluation::DependencyEvaluation(const SettingModel& model, const SettingValueMap& values)
-    : m_Model(&model), m_Values(model.Registry().Attributes.size()), m_Winners(model.Slots().size(), NoIndex),
-      m_MenuFlags(model.Registry().Menus.size())
+    : m_Model(&model), m_Values(model.Registry().Attributes.size()), m_Named(m_Values.size())
 {
     ResolveValues(values, {});
-    SpreadMenuFlags();
     RunRounds(nullptr);
 }
 
 DependencyEvaluation::DependencyEvaluation(const DependencyEvaluation& before, const SettingValueMap& values,
                                            const SettingValueMap& changes)
-    : m_Model(before.m_Model), m_Values(before.m_Values.size()), m_Winners(before.m_Winners.size(), NoIndex),
-      m_MenuFlags(before.m_MenuFlags.size())
+    : m_Model(before.m_Model), m_Values(before.m_Values.size()), m_Named(m_Values.size())
 {
     ResolveValues(values, changes);
-    SpreadMenuFlags();
     RunRounds(changes.empty() ? nullptr : &before);
+}
+
+void DependencyEvaluation::MoveValues(const std::vector<std::string>& names, const SettingValueMap& values)
+{
+    bool moved = false;
+    for (const std::string& name : names)
+    {
+        for (const std::size_t attribute : m_Model->AttributesNamed(name))
+        {
+            if (m_Named[attribute])
+            {
+                m_Values[attribute].Value = ReportedValue(attribute, values);
+                moved = true;
+            }
+        }
+    }
+    if (moved)
+    {
+        RunRounds(nullptr);
+    }
+}
+
+RegistryScalar DependencyEvaluation::ReportedValue(std::size_t attribute, const SettingValueMap& values) const
+{
+    const OptionalVar* reported = FindValue(values, m_Model->Attribute(attribute).Name());
+    return reported != nullptr ? ScalarFromValue(*reported)
+                               : PropertyOfRegistry(m_Model->Attribute(attribute), SettingProperty::CurrentValue);
 }
 
 void DependencyEvaluation::ResolveValues(const SettingValueMap& values, const SettingValueMap& changes)
 {
-    std::vector<bool> resolved(m_Values.size());
     const auto resolve = [&](std::size_t attribute)
     {
-        if (attribute == NoIndex || resolved[attribute])
+        if (attribute == NoIndex || m_Named[attribute])
         {
             return;
         }
-        resolved[attribute] = true;
-        const RegistryAttribute& registered = m_Model->Attribute(attribute);
-        const OptionalVar* changed = FindValue(changes, registered.Name());
-        const OptionalVar* reported = FindValue(values, registered.Name());
-        m_Values[attribute] = {changed != nullptr    ? ScalarFromValue(*changed)
-                               : reported != nullptr ? ScalarFromValue(*reported)
-                                                     : PropertyOfRegistry(registered, SettingProperty::CurrentValue),
+        m_Named[attribute] = true;
+        const OptionalVar* changed = FindValue(changes, m_Model->Attribute(attribute).Name());
+        m_Values[attribute] = {changed != nullptr ? ScalarFromValue(*changed) : ReportedValue(attribute, values),
                                changed != nullptr};
     };
     for (const RegistryDependency& dependency : m_Model->Registry().Dependencies)
@@ -104,6 +122,12 @@ void DependencyEvaluation::ResolveValues(const SettingValueMap& values, const Se
 
 void DependencyEvaluation::RunRounds(const DependencyEvaluation* before)
 {
+    m_Winners.assign(m_Model->Slots().size(), NoIndex);
+    m_MenuFlags.assign(m_Model->Registry().Menus.size(), MenuFlags());
+    m_Settled = false;
+    m_Rounds = 0;
+    m_TermsRead = 0;
+    SpreadMenuFlags();
     while (!m_Settled && m_Rounds < MaxRounds)
     {
         m_Settled = !RunRound(before);

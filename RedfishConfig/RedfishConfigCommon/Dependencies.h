@@ -44,6 +44,11 @@ class DependencyEvaluation
 
     const SettingModel& Model() const { return *m_Model; }
 
+    /// Works all out anew after some values have moved; only for one made without changes.
+    /// @param names  the values that are other than before, in any case.
+    /// @param values  all of them.
+    void MoveValues(const std::vector<std::string>& names, const SettingValueMap& values);
+
     /// Flags count as set, too, where a menu around the setting has them. The
     /// current value of a setting that no dependency names is not known here.
     RegistryScalar Now(std::size_t attribute, SettingProperty property) const;
@@ -74,6 +79,7 @@ class DependencyEvaluation
     using MenuFlags = std::array<MenuFlag, FlagProperties.size()>;
 
     void ResolveValues(const SettingValueMap& values, const SettingValueMap& changes);
+    RegistryScalar ReportedValue(std::size_t attribute, const SettingValueMap& values) const;
     void RunRounds(const DependencyEvaluation* before);
     bool RunRound(const DependencyEvaluation* before);
     void KeepFormerValues(std::vector<std::size_t>& winners) const;
@@ -88,6 +94,8 @@ class DependencyEvaluation
 
     const SettingModel* m_Model;
     std::vector<KnownValue> m_Values;
+    /// By attribute: some dependency names it.
+    std::vector<bool> m_Named;
     /// By slot: the dependency that holds and wins, or NoIndex.
     std::vector<std::size_t> m_Winners;
     /// By menu, those of the menus around it included.

@@ -2,6 +2,8 @@
 
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "Dependencies.h"
 #include "SettingModel.h"
@@ -22,11 +24,14 @@ class EvaluatedModel
 
     /// @param values  those of the manager, the same until ValuesMoved is called.
     const DependencyEvaluation& Now(const SettingValueMap& values);
-    void ValuesMoved() { m_Now.reset(); }
+    /// @param names  the values that are other than before.
+    void ValuesMoved(std::vector<std::string> names);
 
   private:
     std::shared_ptr<const SettingModel> m_Model;
     std::optional<DependencyEvaluation> m_Now;
+    /// Moved since m_Now was worked out.
+    std::vector<std::string> m_Moved;
 };
 
 } // namespace Tavrine

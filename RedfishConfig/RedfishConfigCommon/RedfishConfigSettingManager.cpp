@@ -70,27 +70,27 @@ Tavrine::SettingStringMap ForcedProperties(std::size_t index, const Tavrine::Dep
 }
 
 /// Lays values over others; both maps are in one order, so they are walked side by side.
-/// @return whether anything differs from before.
-bool MergeValues(const Tavrine::SettingValueMap& values, Tavrine::SettingValueMap& into)
+/// @return the names of those that are other than before.
+std::vector<std::string> MergeValues(const Tavrine::SettingValueMap& values, Tavrine::SettingValueMap& into)
 {
     const auto less = into.key_comp();
-    bool moved = false;
+    std::vector<std::string> moved;
     auto place = into.begin();
     for (const auto& [name, value] : values)
     {
-        while (place != into.end() && less(place->first, name))
+        while (place != into.end() && place->first != name && less(place->first, name))
         {
             ++place;
         }
-        if (place == into.end() || less(name, place->first))
+        if (place == into.end() || (place->first != name && less(name, place->first)))
         {
             into.emplace_hint(place, name, value);
-            moved = true;
+            moved.push_back(name);
         }
         else if (place->second != value)
         {
             place->second = value;
-            moved = true;
+            moved.push_back(name);
         }
     }
     return moved;
@@ -153,12 +153,13 @@ const Tavrine::DependencyEvaluation& RedfishConfigSettingManager::Now() const
 void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
 {
     // Before the first operation there is no model yet; it starts with these values.
-    if (MergeValues(values, m_Values))
+    std::vector<std::string> moved = MergeValues(values, m_Values);
+    if (!moved.empty())
     {
         m_ForcedProperties.clear();
         if (!m_Settings.empty())
         {
-            m_Settings.begin()->second->Evaluated().ValuesMoved();
+            m_Settings.begin()->second->Evaluated().ValuesMoved(std::move(moved));
         }
     }
 }

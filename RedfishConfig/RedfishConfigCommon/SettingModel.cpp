@@ -181,20 +181,22 @@ const std::vector<std::size_t>& SettingModel::ByLoweredName() const
     return m_ByLoweredName;
 }
 
-std::optional<std::string> SettingModel::NameDifferingInCase(const std::string& name) const
+std::vector<std::size_t> SettingModel::AttributesNamed(const std::string& name) const
 {
     const CaseInsensitiveComparator less;
     const std::vector<std::size_t>& sorted = ByLoweredName();
-    const auto nameOf = [this](std::size_t index) -> const std::string& { return Attribute(index).Name(); };
-    const auto first =
-        std::lower_bound(sorted.begin(), sorted.end(), name,
-                         [&](std::size_t index, const std::string& wanted) { return less(nameOf(index), wanted); });
-    const auto differs = [&](auto position) { return position == sorted.end() || less(name, nameOf(*position)); };
-    if (differs(first) || !differs(std::next(first)))
-    {
-        return std::nullopt;
-    }
-    return nameOf(*first);
+    const auto first = std::lower_bound(sorted.begin(), sorted.end(), name,
+                                        [&](std::size_t index, const std::string& wanted)
+                                        { return less(Attribute(index).Name(), wanted); });
+    const auto last =
+        std::find_if(first, sorted.end(), [&](std::size_t index) { return less(name, Attribute(index).Name()); });
+    return {first, last};
+}
+
+std::optional<std::string> SettingModel::NameDifferingInCase(const std::string& name) const
+{
+    const std::vector<std::size_t> named = AttributesNamed(name);
+    return named.size() == 1 ? std::optional(Attribute(named.front()).Name()) : std::nullopt;
 }
 
 } // namespace Tavrine

@@ -46,6 +46,8 @@ class SettingModel
     /// The one name that differs from `name` in case alone; nothing for none or
     /// several.
     std::optional<std::string> NameDifferingInCase(const std::string& name) const;
+    /// The attributes of this name, whatever its case.
+    std::vector<std::size_t> AttributesNamed(const std::string& name) const;
 
   private:
     std::size_t FindSlot(std::size_t owner, SettingProperty property) const;

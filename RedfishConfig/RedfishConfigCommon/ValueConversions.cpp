@@ -1,7 +1,9 @@
 #include "ValueConversions.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <locale>
 #include <optional>
 #include <string_view>
@@ -43,6 +45,20 @@ char LoweredAscii(char letter)
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
+/// How many bytes are equal at the front, counted in whole blocks: names of one
+/// machine begin alike.
+std::size_t CommonBlocks(std::string_view left, std::string_view right)
+{
+    constexpr std::size_t block = sizeof(std::uint64_t);
+    const std::size_t most = std::min(left.size(), right.size());
+    std::size_t common = 0;
+    while (common + block <= most && std::memcmp(left.data() + common, right.data() + common, block) == 0)
+    {
+        common += block;
+    }
+    return common;
+}
+
 bool IsWord(std::string_view text, std::string_view lowered)
 {
     return std::equal(text.begin(), text.end(), lowered.begin(), lowered.end(),
@@ -69,7 +85,9 @@ std::optional<SettingVariant> ParseAs(const SettingVariant& kind, const std::str
 bool CaseInsensitiveComparator::operator()(const std::string& left, const std::string& right) const
 {
     // What is equal is equal lowered, so the locale is asked only from the first difference on.
-    const auto [first, second] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    const std::size_t common = CommonBlocks(left, right);
+    const auto [first, second] = std::mismatch(left.begin() + static_cast<std::ptrdiff_t>(common), left.end(),
+                                               right.begin() + static_cast<std::ptrdiff_t>(common), right.end());
     if (first == left.end() || second == right.end())
     {
         return first == left.end() && second != right.end();

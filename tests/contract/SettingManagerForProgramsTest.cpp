@@ -83,4 +83,22 @@ TEST_F(TakenManager, IsNotThereWithoutProtectedValues)
     EXPECT_NE(front->m_SettingManager, nullptr);
 }
 
+TEST_F(TakenManager, SparesAnotherFrontTheRegistry)
+{
+    TellStandard(R"({"Boot":"UEFI"})");
+    TellSchema();
+    const auto first = MakeBios();
+    ASSERT_THAT(TakeSettingManager(*first, m_Taken), IsBare(0));
+    world.Calls.clear();
+    const auto second = MakeBios({.HexValueMode = true});
+    GiveRegistry(*second, *m_Taken);
+    EXPECT_THAT(second->QuerySettingManagerWithoutValue(), IsBare(0));
+    EXPECT_THAT(world.Calls, IsEmpty());
+    ASSERT_NE(second->m_SettingManager, nullptr);
+    EXPECT_EQ(second->m_SettingManager->m_Schema, Schema);
+    EXPECT_THAT(second->m_SettingManager->m_Values, IsEmpty());
+    EXPECT_TRUE(second->m_SettingManager->m_Options.HexValueMode);
+    EXPECT_EQ(second->m_Schema, "");
+}
+
 } // namespace
