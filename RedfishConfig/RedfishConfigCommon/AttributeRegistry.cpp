@@ -78,7 +78,7 @@ class RegistryReader
         }
         ReadMenus(lists.Menus);
         EndAttributes();
-        ForEachObject(lists.Dependencies, "dependency", MaxRegistryDependencies,
+        ForEachObject(lists.Dependencies, "dependency",
                       [this](const json::object& dependency) { ReadDependency(dependency); });
         return true;
     }
@@ -136,17 +136,11 @@ class RegistryReader
                std::to_string(most) + " are left out.";
     }
 
-    template <class Reader>
-    void ForEachObject(const std::vector<json::value>& list, const char* what, std::size_t most, const Reader& read)
+    template <class Reader> void ForEachObject(const RegistryLists::List& list, const char* what, const Reader& read)
     {
-        for (std::size_t position = 0; position < list.size(); ++position)
+        for (std::size_t position = 0; position < list.Kept.size(); ++position)
         {
-            if (position == most)
-            {
-                m_Notes.Add(TooMany(what, list.size(), most));
-                return;
-            }
-            if (const json::object* element = list[position].if_object())
+            if (const json::object* element = list.Kept[position].if_object())
             {
                 read(*element);
             }
@@ -155,12 +149,16 @@ class RegistryReader
                 m_Notes.Add(NoObject(what, position));
             }
         }
+        if (list.Count > list.Most)
+        {
+            m_Notes.Add(TooMany(what, list.Count, list.Most));
+        }
     }
 
-    void ReadMenus(const std::vector<json::value>& menus)
+    void ReadMenus(const RegistryLists::List& menus)
     {
         std::vector<RegistryMenu> read;
-        ForEachObject(menus, "menu", MaxRegistryMenus,
+        ForEachObject(menus, "menu",
                       [this, &read](const json::object& object)
                       {
                           if (std::optional<RegistryMenu> menu = ReadMenu(object))

@@ -8,8 +8,6 @@
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/value_stack.hpp>
 
-#include "AttributeRegistry.h"
-
 namespace Tavrine
 {
 
@@ -32,7 +30,7 @@ constexpr std::string_view EntriesName = "RegistryEntries";
 /// Memory that one attribute seldom needs more than.
 constexpr std::size_t ElementBytes = 16384;
 
-List ListOf(std::string_view name)
+List ListNamed(std::string_view name)
 {
     for (std::size_t row = 0; row < ListNames.size(); ++row)
     {
@@ -144,7 +142,7 @@ class RegistryHandler
         }
         else if (m_Depth == 2)
         {
-            m_Member = m_InEntries ? ListOf(m_Key) : List::None;
+            m_Member = m_InEntries ? ListNamed(m_Key) : List::None;
         }
         m_Key.clear();
         return true;
@@ -207,7 +205,7 @@ class RegistryHandler
         else if (m_Open != List::None && m_Depth == 3)
         {
             m_Element.release();
-            m_Stack.reset(m_Open == List::Attributes ? &m_Element : &m_Lists.Memory);
+            m_Stack.reset(IsKept() ? &m_Lists.Memory : &m_Element);
         }
     }
 
@@ -241,12 +239,17 @@ class RegistryHandler
         if (m_Open == List::Attributes)
         {
             m_Attributes.Take(element);
+            return;
         }
-        else
+        RegistryLists::List& list = ListOf(m_Open);
+        if (++list.Count <= list.Most)
         {
-            Kept(m_Open).push_back(std::move(element));
+            list.Kept.push_back(std::move(element));
         }
     }
+
+    /// Whether the element that begins outlives its end.
+    bool IsKept() { return m_Open != List::Attributes && ListOf(m_Open).Count < ListOf(m_Open).Most; }
 
     void Forget(List list)
     {
@@ -257,11 +260,11 @@ class RegistryHandler
         }
         else if (list != List::None)
         {
-            Kept(list).clear();
+            ListOf(list) = {ListOf(list).Most};
         }
     }
 
-    std::vector<json::value>& Kept(List list) { return list == List::Menus ? m_Lists.Menus : m_Lists.Dependencies; }
+    RegistryLists::List& ListOf(List list) { return list == List::Menus ? m_Lists.Menus : m_Lists.Dependencies; }
 
     RegistryLists& m_Lists;
     const AttributeActions& m_Attributes;

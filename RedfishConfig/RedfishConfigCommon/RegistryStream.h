@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -7,6 +8,8 @@
 
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/value.hpp>
+
+#include "AttributeRegistry.h"
 
 namespace Tavrine
 {
@@ -19,10 +22,18 @@ struct RegistryLists
     RegistryLists(const RegistryLists&) = delete;
     RegistryLists& operator=(const RegistryLists&) = delete;
 
-    /// Of the two below; given back at one stroke.
+    struct List
+    {
+        std::size_t Most;
+        /// Of all elements; the first `Most` of them are kept.
+        std::size_t Count = 0;
+        std::vector<boost::json::value> Kept = {};
+    };
+
+    /// Of the elements that are kept; given back at one stroke.
     boost::json::monotonic_resource Memory;
-    std::vector<boost::json::value> Menus;
-    std::vector<boost::json::value> Dependencies;
+    List Menus = {MaxRegistryMenus};
+    List Dependencies = {MaxRegistryDependencies};
 };
 
 struct AttributeActions
