@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include <boost/algorithm/string/classification.hpp>
-#include <boost/algorithm/string/predicate.hpp>
 #include <boost/algorithm/string/split.hpp>
 
 #include "GlobalConfig.h"
@@ -18,13 +17,22 @@ namespace
 constexpr const char* HiddenKeywordsItem = "HIDDEN_CONFIG_KEYWORDS_LIST";
 constexpr std::string_view TakenOutOfKeywords = " \t\n\v\f\r\"";
 
+/// By ASCII alone, whatever the locale.
+bool SameLetter(char one, char other)
+{
+    const auto lowered = [](char letter)
+    { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter; };
+    return lowered(one) == lowered(other);
+}
+
 } // namespace
 
 std::string BareName(const std::string& name, const Prefixes& prefixes)
 {
     for (const std::string& prefix : {prefixes.First, prefixes.Second})
     {
-        if (boost::algorithm::istarts_with(name, prefix + ".", std::locale::classic()))
+        if (name.size() > prefix.size() && name[prefix.size()] == '.' &&
+            std::equal(prefix.begin(), prefix.end(), name.begin(), SameLetter))
         {
             return name.substr(prefix.size() + 1);
         }

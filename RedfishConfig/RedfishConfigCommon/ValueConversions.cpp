@@ -45,16 +45,27 @@ char LoweredAscii(char letter)
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-/// How many bytes are equal at the front, counted in whole blocks: names of one
-/// machine begin alike.
-std::size_t CommonBlocks(std::string_view left, std::string_view right)
+/// The number of bytes that are equal at the front. By blocks, since names of one machine
+/// begin alike and there are thousands of them in each map.
+std::size_t CommonBytes(std::string_view left, std::string_view right)
 {
-    constexpr std::size_t block = sizeof(std::uint64_t);
+    using Block = std::uint64_t;
     const std::size_t most = std::min(left.size(), right.size());
     std::size_t common = 0;
-    while (common + block <= most && std::memcmp(left.data() + common, right.data() + common, block) == 0)
+    for (; common + sizeof(Block) <= most; common += sizeof(Block))
     {
-        common += block;
+        Block one = 0;
+        Block other = 0;
+        std::memcpy(&one, left.data() + common, sizeof(Block));
+        std::memcpy(&other, right.data() + common, sizeof(Block));
+        if (one != other)
+        {
+            break;
+        }
+    }
+    while (common < most && left[common] == right[common])
+    {
+        ++common;
     }
     return common;
 }
@@ -85,17 +96,16 @@ std::optional<SettingVariant> ParseAs(const SettingVariant& kind, const std::str
 bool CaseInsensitiveComparator::operator()(const std::string& left, const std::string& right) const
 {
     // What is equal is equal lowered, so the locale is asked only from the first difference on.
-    const std::size_t common = CommonBlocks(left, right);
-    const auto [first, second] = std::mismatch(left.begin() + static_cast<std::ptrdiff_t>(common), left.end(),
-                                               right.begin() + static_cast<std::ptrdiff_t>(common), right.end());
-    if (first == left.end() || second == right.end())
+    const std::size_t common = CommonBytes(left, right);
+    if (common == left.size() || common == right.size())
     {
-        return first == left.end() && second != right.end();
+        return left.size() < right.size();
     }
-    const auto precedes = [&, from = first, other = second](const auto& lower)
+    const auto precedes = [&](const auto& lower)
     {
         return std::lexicographical_compare(
-            from, left.end(), other, right.end(),
+            left.begin() + static_cast<std::ptrdiff_t>(common), left.end(),
+            right.begin() + static_cast<std::ptrdiff_t>(common), right.end(),
             [&lower](char one, char two)
             { return static_cast<unsigned char>(lower(one)) < static_cast<unsigned char>(lower(two)); });
     };
