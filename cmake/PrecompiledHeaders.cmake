@@ -8,6 +8,10 @@ set(TAVRINE_COMMON_HEADERS
   <set> <sstream> <string> <string_view> <thread> <utility> <vector> <boost/json.hpp> <fmt/format.h>)
 
 if(TAVRINE_PRECOMPILE)
+  # What was parsed fills the compiler's heap from the start; by its own measure it would tidy up all the time.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options("SHELL:--param ggc-min-heapsize=524288")
+  endif()
   # Who reads them must have the same macros and the same kind of warnings as the parse had.
   foreach(library Boost::json Boost::container fmt::fmt)
     get_target_property(definitions ${library} INTERFACE_COMPILE_DEFINITIONS)

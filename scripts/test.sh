@@ -20,6 +20,15 @@ stage()
 # Many tests wait for a while more than they compute: twice as many at once as there are cores.
 run_tests() { (cd "$root" && ctest --preset "$1" -j "$((2 * jobs))" --no-tests=error --timeout 300 </dev/null); }
 
+# The tests that failed as ctest names them, and the cases of those that are suites.
+failures()
+{
+    {
+        sed -n '/The following tests FAILED/,$ s/^[[:space:]]*[0-9]* - //p' "$1"
+        sed -nE 's/^\[  FAILED  \] ([^ ,]+\.[^ ,]+).*/\1/p' "$1" | sort -u
+    } | paste -sd, -
+}
+
 sanitized()
 {
     local preset=$1
@@ -27,7 +36,7 @@ sanitized()
     stage "build of $preset" build_preset "$preset" || return 0
     local log=$root/build/$preset/test.log
     if ! stage "tests of $preset" quietly "$log" run_tests "$preset"; then
-        failed+=("$(sed -n '/The following tests FAILED/,$ s/^[[:space:]]*[0-9]* - //p' "$log" | paste -sd, -)")
+        failed+=("$(failures "$log")")
         return 0
     fi
     grep -E 'tests passed' "$log"
