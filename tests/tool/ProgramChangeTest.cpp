@@ -334,13 +334,17 @@ TEST_P(FailingBmcText, TellsTrulyAtEachRequest)
         ASSERT_LT(number, 60);
         const InsideBmc bmc(Machine.Path());
         hit.clear();
-        const FaultyProxy proxy(bmc.Port(),
-                                [&](int request, const std::string& line)
-                                {
-                                    hit = request == number ? line : hit;
-                                    return request == number ? fault.Kind : Fault::None;
-                                });
-        const Finished set = InsideRun(proxy.Url())({"set", "Timeout=20"});
+        Finished set;
+        {
+            // Its thread writes what was hit, and has ended afterwards.
+            const FaultyProxy proxy(bmc.Port(),
+                                    [&](int request, const std::string& line)
+                                    {
+                                        hit = request == number ? line : hit;
+                                        return request == number ? fault.Kind : Fault::None;
+                                    });
+            set = InsideRun(proxy.Url())({"set", "Timeout=20"});
+        }
         SCOPED_TRACE(hit + "\n" + set.Output + set.Errors);
         const bool changed = PendingOf(bmc).contains("Timeout");
         const bool claims = set.Output.starts_with("BIOS.Timeout: changed, takes effect after a reboot\n");
