@@ -5,12 +5,14 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <boost/json/array.hpp>
 #include <boost/json/serialize.hpp>
 
@@ -203,30 +205,55 @@ void Measure(const Plan& plan, const std::string& output)
             }
         }
     }
-    MachineRun(plan, {MostAttributes, true, 0, WriteWordyMachine(plan.Folder + "/wordy")}).Measure(rows);
+    const auto has = [](const auto& list, auto value)
+    { return std::find(list.begin(), list.end(), value) != list.end(); };
+    if (has(plan.Attributes, MostAttributes) && has(plan.Latencies, 0U) && has(plan.Schemes, true))
+    {
+        MachineRun(plan, {MostAttributes, true, 0, WriteWordyMachine(plan.Folder + "/wordy")}).Measure(rows);
+    }
     Show("\n" + Targets(rows, version));
     std::ofstream(output, std::ios::binary) << JsonOf(rows, version);
 }
 
 } // namespace
 
-/// bench_program TAVRINE SIMULATOR FOLDER OUTPUT [--quick]
 int main(int argc, char** argv)
 try
 {
-    if (argc < 5 || argc > 6 || (argc == 6 && std::string(argv[5]) != "--quick"))
+    Plan plan;
+    std::string output;
+    std::vector<std::string> schemes;
+    bool quick = false;
+    CLI::App app("Measures tavrine against the simulated BMC, beside curl sending the same requests.");
+    app.add_option("TAVRINE", plan.Tool, "The tool")->required();
+    app.add_option("SIMULATOR", plan.Simulator, "The simulated BMC")->required();
+    app.add_option("FOLDER", plan.Folder, "Folder for what is needed on the way")->required();
+    app.add_option("OUTPUT", output, "File that gets the figures as JSON")->required();
+    app.add_flag("--quick", quick, "200 and 5,000 settings, 0 and 50 ms, https");
+    app.add_option("--settings", plan.Attributes, "Machines of so many settings only");
+    app.add_option("--latency", plan.Latencies, "Pauses of so many milliseconds only");
+    app.add_option("--scheme", schemes, "http or https only")->check(CLI::IsMember({"http", "https"}));
+    try
     {
-        std::fputs("usage: bench_program TAVRINE SIMULATOR FOLDER OUTPUT [--quick]\n", stderr);
-        return 64;
+        app.parse(argc, argv);
     }
-    Plan plan{argv[1], argv[2], argv[3]};
-    if (argc == 6)
+    catch (const CLI::ParseError& fault)
+    {
+        return app.exit(fault) == 0 ? 0 : 64;
+    }
+    if (quick)
     {
         plan.Attributes = {200, 5000};
         plan.Latencies = {0, 50};
         plan.Schemes = {true};
     }
-    Measure(plan, argv[4]);
+    if (!schemes.empty())
+    {
+        plan.Schemes.clear();
+        std::transform(schemes.begin(), schemes.end(), std::back_inserter(plan.Schemes),
+                       [](const std::string& scheme) { return scheme == "https"; });
+    }
+    Measure(plan, output);
     return 0;
 }
 catch (const std::exception& failure)

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds the release and measures it: bench.sh [--quick] [program|inprocess]
-#   program    tavrine against the simulated BMC, beside curl sending the same requests
+# Installs what is missing, builds the release and measures it:
+#   bench.sh [--quick] [program|inprocess] [--settings N] [--latency MS] [--scheme http|https]
+#   program    tavrine against the simulated BMC, beside curl sending the same requests; the last three options
+#              choose machines among those that are measured
 #   inprocess  what the library computes, with its order of growth
 # One table of each on standard output; the same as JSON in build/bench/*.json. Figures of
 # one run may be held against each other, not against those of another machine or hour.
@@ -10,13 +12,20 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 folder=$root/build/bench
 quick=()
+machines=()
 parts=(program inprocess)
-for word in "$@"; do
-    case $word in
+while [ $# -gt 0 ]; do
+    case $1 in
         --quick) quick=(--quick) ;;
-        program | inprocess) parts=("$word") ;;
-        *) say "unknown word $word: bench.sh [--quick] [program|inprocess]"; exit 64 ;;
+        program | inprocess) parts=("$1") ;;
+        --settings | --latency | --scheme)
+            [ $# -gt 1 ] || { say "$1 needs a value"; exit 64; }
+            machines+=("$1" "$2")
+            shift
+            ;;
+        *) say "unknown word $1: bench.sh [--quick] [program|inprocess] [--settings N] [--latency MS] [--scheme http|https]"; exit 64 ;;
     esac
+    shift
 done
 
 measure_program()
@@ -26,7 +35,7 @@ measure_program()
     # shellcheck disable=SC2064 # the name is known now and not at the end
     trap "rm -rf '$scratch'" EXIT
     "$folder/bin/bench_program" "$folder/bin/tavrine" "$folder/bin/tavrine-bmcsim" "$scratch" "$folder/program.json" \
-        "${quick[@]}"
+        "${quick[@]}" "${machines[@]}"
 }
 
 measure_inprocess()

@@ -150,7 +150,13 @@ std::string ChildProcess::ReadOutputLine()
     return line;
 }
 
-void ChildProcess::Signal(int signal) const { kill(m_Id, signal); }
+void ChildProcess::Signal(int signal) const
+{
+    if (const pid_t id = m_Id; id > 0) // anything else would mean many processes
+    {
+        kill(id, signal);
+    }
+}
 
 void ChildProcess::ReadFrom(int& descriptor, std::string& text, std::size_t atMost)
 {

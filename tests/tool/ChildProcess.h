@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <string>
 #include <sys/types.h>
@@ -45,6 +46,7 @@ class ChildProcess
     pid_t Id() const { return m_Id; }
     /// One line of standard output without its end; empty when there is no more.
     std::string ReadOutputLine();
+    /// From any thread, also while another waits; nothing once the child was waited for.
     void Signal(int signal) const;
     /// Takes in what the child writes until it ends. One that does not end within a
     /// minute is killed.
@@ -54,7 +56,7 @@ class ChildProcess
     void ReadFrom(int& descriptor, std::string& text, std::size_t atMost);
 
     Launch m_Launch;
-    pid_t m_Id = -1;
+    std::atomic<pid_t> m_Id = -1;
     int m_Output = -1;
     int m_Errors = -1;
     Finished m_Finished;
