@@ -69,6 +69,13 @@ bool IsRedirect(int status)
     return std::find(statuses.begin(), statuses.end(), status) != statuses.end();
 }
 
+/// Whether an action only reads, as those of protected settings and of files do.
+bool OnlyReads(std::string_view path)
+{
+    constexpr std::array<std::string_view, 2> actions = {".GetProtectedAttributes", ".DSReadFile"};
+    return std::any_of(actions.begin(), actions.end(), [&](std::string_view action) { return path.ends_with(action); });
+}
+
 bool IsUsableToken(const std::string& token)
 {
     const auto visible = [](char c) { return c > 0x20 && c < 0x7f; };
@@ -255,9 +262,13 @@ std::string RedfishClient::RequestFault(const HttpRequest& request) const
     return {};
 }
 
+/// An action that is done twice may restart a system twice, or use a password up: it goes out
+/// once, even where the BMC says that it turned it away.
 Exchange RedfishClient::Send(const HttpRequest& request)
 {
-    return Persist(request.Verb == HttpVerb::Get ? Repeat::Safe : Repeat::Never,
+    const bool once = request.Verb == HttpVerb::Post && !OnlyReads(request.Path);
+    const Repeat change = once ? Repeat::Never : Repeat::TurnedAway;
+    return Persist(request.Verb == HttpVerb::Get ? Repeat::Safe : change,
                    [&]
                    {
                        const std::lock_guard lock(m_Mutex);
@@ -274,13 +285,13 @@ Exchange RedfishClient::Persist(Repeat repeat, const std::function<Exchange()>& 
         Exchange exchange = once();
         if (!exchange.Fault)
         {
-            if (!WaitOut(exchange, refusals++))
+            if (repeat == Repeat::Never || !WaitOut(exchange, refusals++))
             {
                 return exchange;
             }
             continue;
         }
-        const bool again = (exchange.Fault->NotConnected && repeat != Repeat::Never) ||
+        const bool again = (exchange.Fault->NotConnected && repeat >= Repeat::Unsent) ||
                            (exchange.Fault->Broken && repeat == Repeat::Safe);
         if (!again || failures >= m_Retries || !PauseBeforeRetry(failures++))
         {
@@ -289,8 +300,7 @@ Exchange RedfishClient::Persist(Repeat repeat, const std::function<Exchange()>& 
     }
 }
 
-/// Waits where the BMC turned a request away for now, which it then has not done, so that
-/// a change may go out again, too.
+/// Waits where the BMC turned a request away for now, which it then should not have done.
 /// @return whether it is to be sent again.
 bool RedfishClient::WaitOut(const Exchange& exchange, std::uint32_t turn)
 {

@@ -75,10 +75,13 @@ class RedfishClient
         std::string Path;
     };
 
-    /// What may be sent again after a failure without an answer.
+    /// What may be sent again; each includes the one before.
     enum class Repeat
     {
         Never,
+        /// What the BMC turned away for now, where a second time would do no harm, should
+        /// it have been carried out all the same.
+        TurnedAway,
         /// What surely was not sent.
         Unsent,
         /// What does no harm when it is done twice.

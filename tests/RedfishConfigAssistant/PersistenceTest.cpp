@@ -78,6 +78,15 @@ class BusyServer
     }
     ConnectionInfo Info() const { return m_Server.Info(); }
     std::size_t Asked() const { return m_Server.Requests().size(); }
+    std::vector<std::string> Bodies() const
+    {
+        std::vector<std::string> bodies;
+        for (const auto& request : m_Server.Requests())
+        {
+            bodies.push_back(request.Body);
+        }
+        return bodies;
+    }
 
   private:
     std::atomic<int> m_Left;
@@ -219,6 +228,46 @@ TEST(Persistence, ARefusedChangeAndALoginGoOutAgainWhenTheBmcIsReady)
     BmcConnection session(info, Patient(60, waits));
     EXPECT_THAT(session.OpenSession(), HasCode(0));
     EXPECT_EQ(waits.size(), 3U);
+}
+
+TEST(Persistence, AChangeThatGoesOutAgainIsTheSame)
+{
+    const BusyServer server(2);
+    Waits waits;
+    const BmcConnection connection(server.Info(), Patient(60, waits));
+    std::vector<RedfishConfigResult> errors;
+    const std::string body = R"({"Attributes":{"A":1}})";
+    EXPECT_THAT(BMCBaseAssistant(connection.Info(), Kind).PatchData("/x", body, errors, true, {}), HasCode(0));
+    EXPECT_EQ(server.Bodies(), std::vector<std::string>(3, body));
+}
+
+TEST(Persistence, AnActionGoesOutOnceUnlessItOnlyReads)
+{
+    const struct
+    {
+        const char* Path;
+        std::size_t Asked;
+    } rows[] = {
+        {"/redfish/v1/Systems/1/Actions/ComputerSystem.Reset", 1},
+        {"/redfish/v1/Systems/1/Bios/Actions/Bios.ResetBios", 1},
+        {"/redfish/v1/Systems/1/Bios/Actions/Bios.ChangePassword", 1},
+        {"/redfish/v1/Systems/1/Bios/Actions/Oem/ZorvanBios.SetProtectedAttributes", 1},
+        {"/redfish/v1/Systems/1/Actions/Oem/ZorvanComputerSystem.DSWriteFile", 1},
+        {"/GetProtectedAttributes/x", 1},
+        {"/redfish/v1/Systems/1/Bios/Actions/Oem/ZorvanBios.GetProtectedAttributes", 2},
+        {"/redfish/v1/Systems/1/Actions/Oem/ZorvanComputerSystem.DSReadFile", 2},
+    };
+    for (const auto& row : rows)
+    {
+        const BusyServer server(1);
+        Waits waits;
+        BmcConnection connection(server.Info(), Patient(60, waits));
+        std::string response;
+        const RedfishConfigResult result = connection.Post(row.Path, "{}", response, 60);
+        EXPECT_EQ(server.Asked(), row.Asked) << row.Path;
+        EXPECT_EQ(waits.size(), row.Asked - 1) << row.Path;
+        EXPECT_THAT(result, HasCode(row.Asked == 1 ? 33 : 0)) << row.Path;
+    }
 }
 
 TEST(Persistence, PatienceIsForAllRequestsTogether)
