@@ -33,6 +33,9 @@ struct ConnectionProfile
     /// use asks the BMC whether the copy still holds. Empty: nothing is kept on disk.
     /// A folder that cannot be used is no failure; the log says so.
     std::string RegistryFolder = {};
+    /// Seconds that no request takes longer, whatever time-out of its own it has (actions of
+    /// the library have one of 60 s); 0 for no such limit.
+    std::uint16_t LongestRequest = 0;
     /// Seconds that may be spent, over all requests, waiting for a BMC that is not ready
     /// (code 33) and sending again what it turned away; 0 for none. It waits as long as
     /// the BMC asks (Retry-After), and not at all where that is longer than what is left.

@@ -139,6 +139,7 @@ std::optional<Failure> Bmc::MakeConnection()
     profile.PinnedSha256 = m_Simulator ? m_Simulator->Fingerprint() : m_Options.Pin;
     profile.Language = m_Options.Language;
     profile.RegistryFolder = m_Options.CacheDir.empty() ? "" : std::filesystem::absolute(m_Options.CacheDir).string();
+    profile.LongestRequest = m_Options.Timeout.value_or(0);
     profile.BusyPatience = m_Options.WaitReady;
     profile.OnBusy = [name = Name()](std::chrono::milliseconds pause)
     { WriteError(fmt::format("tavrine: {} is busy, trying again in {} s …\n", name, (pause.count() + 999) / 1000)); };

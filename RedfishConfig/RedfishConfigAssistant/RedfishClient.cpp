@@ -109,9 +109,9 @@ std::string TextAfterChange(const TransportFault& fault)
 
 RedfishClient::RedfishClient(const ConnectionInfo& info, const ConnectionProfile& profile)
     : m_User(info.User), m_Password(info.Password), m_Language(profile.Language), m_Registries(info, profile),
-      m_RequestTimeout(AtLeastOne(info.RequestTimeout)), m_Retries(info.Retries), m_RetryPause(info.RetryPause),
-      m_OnBusy(profile.OnBusy), m_Patience(std::int64_t{profile.BusyPatience} * 1000),
-      m_Closed(SetupFault(info, profile)),
+      m_RequestTimeout(AtLeastOne(info.RequestTimeout)), m_LongestRequest(profile.LongestRequest),
+      m_Retries(info.Retries), m_RetryPause(info.RetryPause), m_OnBusy(profile.OnBusy),
+      m_Patience(std::int64_t{profile.BusyPatience} * 1000), m_Closed(SetupFault(info, profile)),
       m_Connection({HasFlag(info, TavrineConnection::FlagPlainHttp), info.Host, info.Port}, MakeRules(info, profile),
                    {AtLeastOne(info.ConnectTimeout), m_RequestTimeout, info.MaxResponseBytes})
 {
@@ -538,7 +538,8 @@ RedfishConfigResult RedfishClient::CloseSession()
 
 std::chrono::seconds RedfishClient::TimeoutOf(int seconds) const
 {
-    return seconds > 0 ? std::chrono::seconds(seconds) : m_RequestTimeout;
+    const std::chrono::seconds wanted = seconds > 0 ? std::chrono::seconds(seconds) : m_RequestTimeout;
+    return m_LongestRequest > std::chrono::seconds(0) ? std::min(wanted, m_LongestRequest) : wanted;
 }
 
 TavrineConnection::Traffic RedfishClient::Counters() const

@@ -62,7 +62,8 @@ class RedfishClient
     const std::string& Language() const { return m_Language; }
     const RegistryCache& Registries() const { return m_Registries; }
     std::chrono::seconds RequestTimeout() const { return m_RequestTimeout; }
-    /// `seconds`, or the time-out of the connection where that is 0 or less.
+    /// `seconds`, or the time-out of the connection where that is 0 or less; no more than the longest
+    /// that the connection allows.
     std::chrono::seconds TimeoutOf(int seconds) const;
     /// Seconds that the last answer with code 33 asked to wait; 0 for none.
     std::uint32_t RetryAfter() const { return m_RetryAfter; }
@@ -112,6 +113,7 @@ class RedfishClient
     std::string m_Language;
     RegistryCache m_Registries;
     std::chrono::seconds m_RequestTimeout;
+    std::chrono::seconds m_LongestRequest;
     std::uint32_t m_Retries;
     std::uint32_t m_RetryPause;
     std::function<void(std::chrono::milliseconds)> m_OnBusy;

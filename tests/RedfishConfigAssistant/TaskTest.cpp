@@ -411,6 +411,19 @@ TEST(Task, TheTimeOutOfAPostIsItsOwn)
     EXPECT_THAT(client.PostData("/action", "{}", response, false, 1), Fails(24, "after 1 s"));
 }
 
+TEST(Task, AConnectionCanLimitTheTimeOutsOfItsRequests)
+{
+    Script script({{"/action", {Accepted()}}, {Monitor, {{202}}}});
+    const TestServer server(script.Handler());
+    TavrineConnection::ConnectionProfile profile;
+    profile.LongestRequest = 1;
+    TavrineConnection::BmcConnection connection(server.Info(), profile);
+    BMCBaseAssistant client(connection.Info(), Kind);
+    std::string response;
+    EXPECT_THAT(client.PostData("/action", "{}", response, false, 60), Fails(24, "after 1 s"));
+    EXPECT_THAT(connection.Post("/action", "{}", response, 0), Fails(24, "after 1 s"));
+}
+
 TEST(Task, LostConnectionsAreMadeAnewThriceAtTheMost)
 {
     // Each connection takes one request; the looks up to `lost` get no answer.
