@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 
 #include "Bmc.h"
+#include "CauseLog.h"
 #include "JsonOutput.h"
 #include "Options.h"
 #include "SettingNames.h"
@@ -98,6 +99,7 @@ std::string TextOf(const json::value& value)
 std::optional<Failure> ReadValues(const RebootMeans& means, const std::vector<ExpectedValue>& expected,
                                   SettingStringMap& values)
 {
+    CauseLog causes;
     const std::unique_ptr<RedfishConfigProc> front = means.FreshFront();
     const Prefixes prefixes = ShownPrefixes(*front);
     TypedSettings group;
@@ -110,7 +112,7 @@ std::optional<Failure> ReadValues(const RebootMeans& means, const std::vector<Ex
     const RedfishConfigResult result = front->QueryGroupSettingValues(given);
     if (!IsSuccess(result.ErrorCode()))
     {
-        return FailureOf(result);
+        return causes.Explain(result);
     }
     if (!read(given))
     {
@@ -229,7 +231,7 @@ void TellVerification(const Verification& found, const std::vector<ExpectedValue
     {
         answer.More["verified"] = std::move(data);
     }
-    else
+    else if (!found.Lost)
     {
         answer.Text += fmt::format("{} of {} new values are in force\n", good, expected.size());
     }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "FakeFront.h"
+#include "Log.h"
 #include "Options.h"
 #include "PowerCommands.h"
 
@@ -30,6 +31,8 @@ struct FakeMachine
     /// What the system answers so long after its reset; empty: no answer.
     std::function<std::string(milliseconds)> System = [](milliseconds) { return Plain("On"); };
     std::function<std::string(milliseconds)> Values = [](milliseconds) { return R"({"A":"new"})"; };
+    /// What a read of them comes to, with a line in the log that tells the cause of a failure.
+    RedfishConfigResult ValuesResult{0, "", ""};
     std::string Before = "";
     std::string After = R"("Time":"2026-01-01T00:00:00Z",)";
     std::string Messages = "[]";
@@ -74,7 +77,16 @@ struct FakeMachine
 class ValuesFront : public FakeFront
 {
   public:
-    explicit ValuesFront(const std::string& values) { Group = {{0, "", ""}, {{"BIOS", values}}}; }
+    ValuesFront(const RedfishConfigResult& result, const std::string& values) { Group = {result, {{"BIOS", values}}}; }
+
+    RedfishConfigResult QueryGroupSettingValues(SettingStringMap& values) override
+    {
+        if (Group.first != 0)
+        {
+            Tavrine::Log(1, __FILE__, __LINE__).Stream() << "failed though: no way to it";
+        }
+        return FakeFront::QueryGroupSettingValues(values);
+    }
 };
 
 RebootMeans MeansOf(FakeMachine& machine)
@@ -87,7 +99,7 @@ RebootMeans MeansOf(FakeMachine& machine)
                  machine.ResetAt = machine.Clock;
                  return RedfishConfigResult(0, "", "");
              }},
-            [&] { return std::make_unique<ValuesFront>(machine.Values(machine.Since())); },
+            [&] { return std::make_unique<ValuesFront>(machine.ValuesResult, machine.Values(machine.Since())); },
             [&] { return machine.Clock; },
             [&](milliseconds time)
             {
@@ -191,6 +203,19 @@ TEST(Verify, AValueThatIsNotInForceIsAFailureWithTheBmcsOwnWords)
     EXPECT_EQ(answer.Errors[0].Message, "BIOS.A: the new value is not in force after the reboot; it is old");
     EXPECT_EQ(answer.Errors[0].Cause, "Not today.");
     EXPECT_EQ(answer.Text, "0 of 1 new values are in force\n");
+}
+
+TEST(Verify, NoNumberIsToldOfValuesThatCannotBeRead)
+{
+    FakeMachine machine;
+    machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
+    machine.ValuesResult = {26, "", ""};
+    const Answer answer = Verified(machine);
+    EXPECT_EQ(answer.Code, 26);
+    EXPECT_EQ(answer.Text, "");
+    ASSERT_EQ(answer.Errors.size(), 1U);
+    EXPECT_EQ(answer.Errors[0].Message, "Whether the new values are in force is not known: Fail to query the setting.");
+    EXPECT_EQ(answer.Errors[0].Cause, "no way to it");
 }
 
 TEST(Verify, ValuesThatLagBehindAreLookedAtAgain)
