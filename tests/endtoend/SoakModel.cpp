@@ -150,40 +150,35 @@ std::string TextOf(const json::value& value)
     return text != nullptr ? std::string(*text) : json::serialize(value);
 }
 
-void Model::Take(const Queue& queue)
-{
-    for (const auto& [name, value] : queue)
-    {
-        Pending[name] = value;
-    }
-}
-
 void Model::ResetBios()
 {
     DefaultsDue = true;
     Pending.clear();
+    ProtectedPending.clear();
 }
 
-bool Model::Restart(const std::vector<Setting>& settings)
+bool Model::Restart(const std::vector<Setting>& settings, const std::vector<Setting>& guarded)
 {
     const json::value* wish = Pending.if_contains(DefaultsWish);
     const bool load = DefaultsDue || (wish != nullptr && *wish == "Enabled");
-    if (load)
+    const auto start = [load](const std::vector<Setting>& known, json::object& inForce, json::object& pending)
     {
-        for (const Setting& setting : settings)
+        for (std::size_t index = 0; load && index < known.size(); ++index)
         {
-            InForce[setting.Name] = setting.Default;
+            inForce[known[index].Name] = known[index].Default;
         }
-    }
-    for (const auto& [name, value] : Pending)
-    {
-        InForce[name] = value;
-    }
+        for (const auto& [name, value] : pending)
+        {
+            inForce[name] = value;
+        }
+        pending.clear();
+    };
+    start(settings, InForce, Pending);
+    start(guarded, ProtectedInForce, ProtectedPending);
     if (load)
     {
         InForce[DefaultsWish] = "Disabled";
     }
-    Pending.clear();
     DefaultsDue = false;
     return load;
 }

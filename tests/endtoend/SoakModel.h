@@ -37,17 +37,26 @@ struct Model
 {
     boost::json::object InForce;
     boost::json::object Pending;
+    /// Those that only the actions for protected settings reach.
+    boost::json::object ProtectedInForce;
+    boost::json::object ProtectedPending;
     bool DefaultsDue = false;
     std::optional<std::string> File;
 
-    /// A queue reached the BMC.
-    void Take(const Queue& queue);
     /// The reset action of the Bios resource.
     void ResetBios();
     /// A start of the system. @return whether defaults were loaded.
-    bool Restart(const std::vector<Setting>& settings);
+    bool Restart(const std::vector<Setting>& settings, const std::vector<Setting>& guarded);
     /// What differs from what is in force, name to both texts.
     std::map<std::string, std::pair<std::string, std::string>> Waiting() const;
+};
+
+/// Where changes of a kind of settings go, and what tells that they were sent.
+struct Place
+{
+    const char* Request;
+    boost::json::object Model::*InForce;
+    boost::json::object Model::*Pending;
 };
 
 /// The names under which two objects differ, with both values; for messages.

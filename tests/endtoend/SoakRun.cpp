@@ -28,8 +28,27 @@ namespace
 constexpr std::size_t TraceLength = 30;
 /// One operation of so many is to be harmed on its way, half of them at the first request.
 constexpr std::size_t HarmedOf = 3;
-constexpr Fault Harms[] = {Fault::Busy, Fault::CutBefore, Fault::CutAfter, Fault::CutWithin};
-constexpr const char* HarmNames[] = {"nothing", "busy", "cut before", "cut after", "cut within", "dead", "dead"};
+constexpr Harm Harms[] = {
+    {.Name = "busy on the way", .OnTheWay = Fault::Busy},
+    {.Name = "cut before", .OnTheWay = Fault::CutBefore},
+    {.Name = "cut after", .OnTheWay = Fault::CutAfter, .Done = true},
+    {.Name = "cut within", .OnTheWay = Fault::CutWithin, .Done = true},
+    {.Name = "busy", .Effect = "busy 0"},
+    {.Name = "busy, but done", .Effect = "done busy 0", .Done = true},
+    {.Name = "failed", .Effect = "status 500"},
+    {.Name = "failed, but done", .Effect = "done status 500", .Done = true},
+    {.Name = "not found", .Effect = "status 404"},
+    {.Name = "not allowed", .Effect = "status 403"},
+    {.Name = "closed", .Effect = "undone close-before"},
+    {.Name = "closed, but done", .Effect = "close-before", .Done = true},
+    {.Name = "truncated", .Effect = "truncated", .Done = true},
+    {.Name = "no HTTP", .Effect = "garbage", .Done = true},
+    {.Name = "no JSON", .Effect = "garbage-json", .Done = true},
+    {.Name = "another type", .Effect = "content-type", .Done = true},
+    {.Name = "too large a head", .Effect = "huge-head", .Done = true},
+};
+
+} // namespace
 
 json::object Resource(TavrineConnection::BmcConnection& clean, const std::string& url)
 {
@@ -39,7 +58,13 @@ json::object Resource(TavrineConnection::BmcConnection& clean, const std::string
     return json::parse(response).as_object();
 }
 
-} // namespace
+json::object Protected(TavrineConnection::BmcConnection& clean, const char* body)
+{
+    std::string response;
+    const RedfishConfigResult result = clean.Post(GetProtectedUrl, body, response, 60);
+    EXPECT_TRUE(result == 0) << GetProtectedUrl;
+    return json::parse(response).at("Attributes").as_object();
+}
 
 Holding HoldingNow()
 {
@@ -58,7 +83,7 @@ Holding HoldingNow()
 bool Outcome::Harmed() const
 {
     return std::any_of(Exchanges.begin(), Exchanges.end(),
-                       [](const Exchange& exchange) { return exchange.Fault != Fault::None; });
+                       [](const Exchange& exchange) { return exchange.What != nullptr; });
 }
 
 int Outcome::Sent(const std::string& start) const
@@ -74,7 +99,7 @@ int Outcome::Arrived(const std::string& start) const
                                           { return exchange.Line.starts_with(start) && exchange.Arrived(); }));
 }
 
-Run::Run(std::uint64_t seed) : m_Random(seed), m_Bmc({"--http"})
+Run::Run(std::uint64_t seed) : m_Random(seed)
 {
     TavrineConnection::ConnectionInfo info;
     info.Host = "127.0.0.1";
@@ -84,7 +109,10 @@ Run::Run(std::uint64_t seed) : m_Random(seed), m_Bmc({"--http"})
     info.Flags = TavrineConnection::FlagPlainHttp;
     m_Clean = std::make_unique<TavrineConnection::BmcConnection>(info, TavrineConnection::ConnectionProfile());
     m_Model.InForce = Resource(*m_Clean, BiosUrl).at("Attributes").as_object();
-    m_Settings = FreeSettings(json::parse(testdata::ReadFile(MACHINE_FOLDER "/registry.en.json")), m_Model.InForce);
+    m_Model.ProtectedInForce = Protected(*m_Clean, "{}");
+    const json::value registry = json::parse(testdata::ReadFile(MACHINE_FOLDER "/registry.en.json"));
+    m_Settings = FreeSettings(registry, m_Model.InForce);
+    m_Guarded = FreeSettings(registry, m_Model.ProtectedInForce);
     Renew();
 }
 
@@ -140,6 +168,10 @@ void Run::Compare()
     Expect(inForce.empty(), "values in force:" + inForce);
     const std::string pending = Differences(m_Model.Pending, settings.at("Attributes").as_object());
     Expect(pending.empty(), "pending values:" + pending);
+    const std::string guarded = Differences(m_Model.ProtectedInForce, Protected(*m_Clean, "{}"));
+    Expect(guarded.empty(), "protected values in force:" + guarded);
+    const std::string waiting = Differences(m_Model.ProtectedPending, Protected(*m_Clean, R"({"Pending":true})"));
+    Expect(waiting.empty(), "pending protected values:" + waiting);
     const json::value* due = bios.if_contains("ResetBiosToDefaultsPending");
     Expect((due != nullptr && *due == true) == m_Model.DefaultsDue, "defaults due");
     std::string response;
@@ -158,29 +190,42 @@ std::unique_ptr<Run::Proc> Run::FreshObject(std::int32_t outputFormat, bool allo
 
 Outcome Run::Perform(const std::string& what, const std::function<RedfishConfigResult()>& operation)
 {
-    const bool harm = Chance(HarmedOf);
-    m_Wire->Begin(harm ? Harms[Pick(std::size(Harms))] : Fault::None,
-                  harm ? static_cast<int>(1 + Pick(2) * Pick(4)) : 0);
+    const Harm* harm = Chance(HarmedOf) ? &Harms[Pick(std::size(Harms))] : nullptr;
+    const int at = harm != nullptr ? static_cast<int>(1 + Pick(2) * Pick(4)) : 0;
+    const bool byBmc = harm != nullptr && harm->Effect != nullptr;
+    if (byBmc)
+    {
+        m_Bmc.SetFaultRule("* * #" + std::to_string(at) + " " + harm->Effect);
+    }
+    m_Wire->Begin(harm, at);
     Outcome outcome;
     outcome.Result = operation();
     outcome.Exchanges = m_Wire->End();
+    if (byBmc)
+    {
+        m_Bmc.SetFaultRule("");
+    }
     m_Harmed += outcome.Harmed() ? 1 : 0;
     std::string line = std::to_string(m_Done) + " " + what + " -> " + std::to_string(outcome.Result.ErrorCode());
     for (const Exchange& exchange : outcome.Exchanges)
     {
-        line += "\n      " + exchange.Line + (exchange.Fault == Fault::None ? "" : ": ") +
-                (exchange.Fault == Fault::None ? "" : HarmNames[static_cast<int>(exchange.Fault)]);
+        line += "\n      " + exchange.Line + (exchange.What == nullptr ? "" : std::string(": ") + exchange.What->Name);
     }
     Note(std::move(line));
-    // A change that may have arrived is not sent again.
+    CheckRepetition(outcome);
+    return outcome;
+}
+
+/// A change that may have arrived is not sent again.
+void Run::CheckRepetition(const Outcome& outcome)
+{
     for (std::size_t index = 0; index + 1 < outcome.Exchanges.size(); ++index)
     {
         const Exchange& exchange = outcome.Exchanges[index];
-        Expect(exchange.Fault == Fault::None || !exchange.Arrived() || exchange.Line.starts_with("GET ") ||
-                   outcome.Exchanges[index + 1].Line != exchange.Line,
+        const bool reads = exchange.Line.starts_with("GET ") || exchange.Line.ends_with(GetProtectedUrl);
+        Expect(exchange.What == nullptr || reads || outcome.Exchanges[index + 1].Line != exchange.Line,
                "sent twice: " + exchange.Line);
     }
-    return outcome;
 }
 
 void Run::Note(std::string line)
@@ -215,15 +260,15 @@ void Run::ExpectCode(const Outcome& outcome, std::initializer_list<int> codes, c
 }
 
 /// Whatever came of it, nothing waits any more once a change was sent.
-void Run::Flushed(const Outcome& outcome, Queue& queue)
+void Run::Flushed(const Outcome& outcome, Queue& queue, const Place& place)
 {
-    const int sent = outcome.Sent("PATCH ");
-    const int arrived = outcome.Arrived("PATCH ");
+    const int sent = outcome.Sent(place.Request);
+    const int arrived = outcome.Arrived(place.Request);
     Expect(!outcome.Succeeded() || arrived > 0 || queue.empty(), "success is claimed of what was not sent");
     Expect(outcome.Succeeded() || outcome.Harmed(), "a change that nobody harmed failed: " + outcome.Told());
-    if (arrived > 0)
+    for (const auto& [name, value] : arrived > 0 ? queue : Queue())
     {
-        m_Model.Take(queue);
+        (m_Model.*place.Pending)[name] = value;
     }
     if (sent > 0)
     {
@@ -231,9 +276,10 @@ void Run::Flushed(const Outcome& outcome, Queue& queue)
     }
 }
 
-void Run::Staged(const Outcome& outcome, Queue& queue, const std::string& name, const json::value& value, bool batch)
+void Run::Staged(const Outcome& outcome, Queue& queue, const std::string& name, const json::value& value, bool batch,
+                 const Place& place)
 {
-    const bool sent = outcome.Sent("PATCH ") > 0;
+    const bool sent = outcome.Sent(place.Request) > 0;
     if (batch)
     {
         Expect(!sent, "a change that was to wait was sent");
@@ -246,7 +292,7 @@ void Run::Staged(const Outcome& outcome, Queue& queue, const std::string& name, 
     else if (sent)
     {
         queue[name] = value;
-        Flushed(outcome, queue);
+        Flushed(outcome, queue, place);
     }
     else
     {

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "../tool/RunningBmc.h"
 #include "BiosRedfishConfigProc.h"
 #include "BmcConnection.h"
+#include "SoakBmc.h"
 #include "SoakModel.h"
 #include "SoakWire.h"
 #include "TemporaryFolder.h"
@@ -70,6 +70,7 @@ class Run
 
     std::size_t Pick(std::size_t count) { return static_cast<std::size_t>(m_Random() % count); }
     bool Chance(std::size_t of) { return Pick(of) == 0; }
+    const Setting& AnyGuarded() { return m_Guarded[Pick(m_Guarded.size())]; }
     const Setting& AnySetting() { return m_Settings[Pick(m_Settings.size())]; }
     const boost::json::value& AnyValue(const Setting& setting) { return setting.Values[Pick(setting.Values.size())]; }
     Proc& AnyCopy() { return *m_Copies[Pick(m_Copies.size())]; }
@@ -77,15 +78,18 @@ class Run
 
     void Renew();
     Outcome Perform(const std::string& what, const std::function<RedfishConfigResult()>& operation);
+    /// Whether a setting has this value already, or will have it after a restart.
+    bool IsInPlace(const Setting& setting, const boost::json::value& value, const Place& place) const;
+    void CheckRepetition(const Outcome& outcome);
     /// Keeps a line for the message of a fault.
     void Note(std::string line);
     void Expect(bool good, const std::string& what);
     void ExpectCode(const Outcome& outcome, std::initializer_list<int> codes, const std::string& what);
 
     // What a change does to the model.
-    void Flushed(const Outcome& outcome, Queue& queue);
+    void Flushed(const Outcome& outcome, Queue& queue, const Place& place);
     void Staged(const Outcome& outcome, Queue& queue, const std::string& name, const boost::json::value& value,
-                bool batch);
+                bool batch, const Place& place);
 
     // Kinds of operations.
     void Change(bool checked, bool batch);
@@ -106,6 +110,9 @@ class Run
     void LookAtOne();
     void LookAtPending();
     void LookAtProtected();
+    void ChangeProtected();
+    void QueueProtected();
+    void ChangeProtectedWithoutLeave();
     void LookThroughAFile();
     void WriteFile();
     void ReadFile();
@@ -115,12 +122,13 @@ class Run
     void NamesAndTheRest();
 
     std::mt19937_64 m_Random;
-    tooltest::RunningBmc m_Bmc;
+    SoakBmc m_Bmc;
     /// Nothing on this way is harmed.
     std::unique_ptr<TavrineConnection::BmcConnection> m_Clean;
     std::unique_ptr<Wire> m_Wire;
     std::unique_ptr<TavrineConnection::BmcConnection> m_Connection;
     std::vector<Setting> m_Settings;
+    std::vector<Setting> m_Guarded;
     Model m_Model;
     /// One object and its copies: they share what they fetched and what waits.
     std::vector<std::unique_ptr<Proc>> m_Copies;

@@ -25,10 +25,10 @@ TavrineConnection::ConnectionInfo Wire::Info() const
     return info;
 }
 
-void Wire::Begin(Fault fault, int at)
+void Wire::Begin(const Harm* harm, int at)
 {
     const std::lock_guard lock(m_Mutex);
-    m_Fault = fault;
+    m_Harm = harm;
     m_At = at;
     m_Exchanges.clear();
 }
@@ -36,16 +36,16 @@ void Wire::Begin(Fault fault, int at)
 std::vector<Exchange> Wire::End()
 {
     const std::lock_guard lock(m_Mutex);
-    m_At = 0;
+    m_Harm = nullptr;
     return std::exchange(m_Exchanges, {});
 }
 
 Fault Wire::Judge(const std::string& line)
 {
     const std::lock_guard lock(m_Mutex);
-    const bool hit = static_cast<int>(m_Exchanges.size()) + 1 == m_At;
-    m_Exchanges.push_back({line, hit ? m_Fault : Fault::None});
-    return m_Exchanges.back().Fault;
+    const bool hit = m_Harm != nullptr && static_cast<int>(m_Exchanges.size()) + 1 == m_At;
+    m_Exchanges.push_back({line, hit ? m_Harm : nullptr});
+    return hit ? m_Harm->OnTheWay : Fault::None;
 }
 
 } // namespace soak

@@ -11,14 +11,25 @@
 namespace soak
 {
 
+/// What goes wrong with one request: on the way to the BMC, or in the BMC itself.
+struct Harm
+{
+    const char* Name;
+    tooltest::Fault OnTheWay = tooltest::Fault::None;
+    /// Effect of a rule of the simulated BMC.
+    const char* Effect = nullptr;
+    /// The BMC carries the request out all the same.
+    bool Done = false;
+};
+
 /// One request of an operation, and what was done with it.
 struct Exchange
 {
     std::string Line;
-    tooltest::Fault Fault = tooltest::Fault::None;
+    const Harm* What = nullptr;
 
-    /// The BMC got it, whatever came back.
-    bool Arrived() const { return Fault != tooltest::Fault::Busy && Fault != tooltest::Fault::CutBefore; }
+    /// The BMC carried it out, whatever came back.
+    bool Arrived() const { return What == nullptr || What->Done; }
 };
 
 /// The way from the library to the BMC: it tells what went over it, and does harm to order.
@@ -30,8 +41,9 @@ class Wire
     Wire& operator=(const Wire&) = delete;
 
     TavrineConnection::ConnectionInfo Info() const;
-    /// @param at  the request of the coming operation that the fault hits, from 1; 0 for none.
-    void Begin(tooltest::Fault fault, int at);
+    /// @param harm  null for none.
+    /// @param at  the request of the coming operation that it hits, from 1.
+    void Begin(const Harm* harm, int at);
     /// The requests since Begin.
     std::vector<Exchange> End();
 
@@ -39,7 +51,7 @@ class Wire
     tooltest::Fault Judge(const std::string& line);
 
     std::mutex m_Mutex;
-    tooltest::Fault m_Fault = tooltest::Fault::None;
+    const Harm* m_Harm = nullptr;
     int m_At = 0;
     std::vector<Exchange> m_Exchanges;
     /// Last: it stops before what it judges by goes.
