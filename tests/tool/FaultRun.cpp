@@ -113,7 +113,9 @@ FaultOutcome RunWithFaults(const FaultRun& run)
     FaultOutcome outcome;
     const std::string place = "127.0.0.1:" + std::to_string(bmc->Port());
     const auto neutral = [&](std::string text) { return Neutral(std::move(text), folder.Path().string(), place); };
+    const auto begun = std::chrono::steady_clock::now();
     outcome.Tool = RunToEnd(ToolLaunch(run, *bmc, folder.Path().string(), log));
+    outcome.Took = std::chrono::steady_clock::now() - begun;
     outcome.Tool.Output = neutral(outcome.Tool.Output);
     outcome.Tool.Errors = neutral(outcome.Tool.Errors);
     outcome.Log = neutral(testdata::ReadFile(log));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <string>
 #include <vector>
@@ -29,6 +30,7 @@ inline constexpr const char* OldOutput = "what stood here before\n";
 struct FaultOutcome
 {
     Finished Tool;
+    std::chrono::steady_clock::duration Took{};
     /// What the tool logged at the finest level.
     std::string Log;
     std::vector<bmcsim::AccessRecord> Requests;
