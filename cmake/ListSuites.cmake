@@ -9,7 +9,7 @@ set(script "")
 foreach(suite IN LISTS suites)
   string(REGEX REPLACE "^\n|\\.$" "" suite "${suite}")
   string(APPEND script "add_test([==[${suite}]==] [==[${PROGRAM}]==] [==[--gtest_filter=${suite}.*]==])\n"
-    "set_tests_properties([==[${suite}]==] PROPERTIES ENVIRONMENT RC_PARAMS=seed=1)\n")
+    "set_tests_properties([==[${suite}]==] PROPERTIES ENVIRONMENT [==[${RANDOM}]==])\n")
 endforeach()
 if(NOT suites)
   message(FATAL_ERROR "${PROGRAM} has no tests")

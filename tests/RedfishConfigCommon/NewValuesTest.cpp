@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "Logging.h"
+#include "ManySettings.h"
 #include "RegistryTexts.h"
 
 using namespace Tavrine;
@@ -270,7 +271,7 @@ TEST(ErrorList, StartsEmptyAtEachChange)
 /// Quadratic work would take hours here.
 TEST(NewValues, HundredThousandAreJudgedInOneCall)
 {
-    constexpr int count = 100'000;
+    constexpr int count = AHundredThousand;
     std::string attributes;
     std::string dependencies;
     SettingStringMap values;

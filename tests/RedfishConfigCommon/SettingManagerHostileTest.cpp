@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include "ManySettings.h"
 #include "RegistryTexts.h"
 
 using namespace Tavrine;
@@ -126,7 +127,7 @@ TEST(HostileRegistry, DeepNestingIsRefused)
 
 TEST(HostileRegistry, HundredThousandSettingsUnderOneMenuAreServed)
 {
-    constexpr int count = 100'000;
+    constexpr int count = AHundredThousand;
     std::string attributes = Attribute("A0", R"(,"MenuPath":"./")");
     for (int index = 1; index < count; ++index)
     {
