@@ -98,10 +98,10 @@ const FaultRow Faults[] = {
 };
 
 // Every fault meets every request. A program under a sanitizer takes many times longer to
-// start; there each fault meets every fourth request (every sixteenth where threads are watched, of which the program
-// has few), and each request every fourth fault, which are others under the one sanitizer than under the other.
+// start; there each fault meets every eighth request (every sixteenth where threads are watched, of which the program
+// has few), and not the same ones under the one sanitizer as under the other.
 #if defined(__SANITIZE_ADDRESS__)
-constexpr std::size_t Stride = 4;
+constexpr std::size_t Stride = 8;
 constexpr std::size_t Share = 0;
 #elif defined(__SANITIZE_THREAD__)
 constexpr std::size_t Stride = 16;
