@@ -1,11 +1,18 @@
 #!/usr/bin/env bash
-# Installs what is missing, then builds and runs every test: under the address,
-# undefined-behaviour and thread sanitizers, and last in the ordinary debug build,
-# so that the summary of that run stands at the end. Ends with 1 when anything failed.
+# Installs what is missing, then builds and runs every test: under the address and
+# undefined-behaviour sanitizers, under the thread sanitizer those that have threads
+# (test.sh --all: every one, which takes some ten minutes more), and last in the ordinary
+# debug build, so that the summary of that run stands at the end. Ends with 1 when anything failed.
 set -uo pipefail
 # shellcheck source=scripts/common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
+threads=tsan-threads
+case ${1-} in
+    "") ;;
+    --all) threads=tsan ;;
+    *) say "unknown word $1: test.sh [--all]"; exit 64 ;;
+esac
 failed=()
 
 stage()
@@ -44,7 +51,7 @@ sanitized()
 
 "$root/scripts/install-deps.sh" test || exit 1
 sanitized asan
-sanitized tsan
+sanitized "$threads"
 say "building and testing dev"
 stage "build of dev" build_preset dev && stage "tests of dev" run_tests dev
 if [ "${#failed[@]}" -ne 0 ]; then

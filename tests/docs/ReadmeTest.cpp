@@ -101,7 +101,8 @@ TEST(Readme, TellsOfEveryOptionAndOfNoOther)
         EXPECT_TRUE(told.contains(option)) << option << " is missing";
     }
     // Those of the simulated BMC as a program and of cmake.
-    const std::set<std::string> others = {"--password", "--fault", "--preset", "--build", "--install", "--prefix"};
+    const std::set<std::string> others = {"--all",   "--password", "--fault", "--preset",
+                                          "--build", "--install",  "--prefix"};
     for (const std::string& option : told)
     {
         EXPECT_TRUE(known.contains(option) || others.contains(option)) << option << " is no option";
