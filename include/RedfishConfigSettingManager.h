@@ -201,6 +201,8 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     const Tavrine::DependencyEvaluation& Now() const;
     const Tavrine::SettingStringMap& ForcedOn(const RedfishConfigSetting& setting);
     RedfishConfigResult UnknownSetting(const std::string& name) const;
+    /// @return as GetSettingProperties; `setting` is untouched on failure.
+    RedfishConfigResult FindSetting(const std::string& name, const RedfishConfigSetting*& setting);
 
     std::vector<RedfishConfigResult> m_ErrorList;
     std::string m_Schema;

@@ -164,10 +164,10 @@ void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValue
     }
 }
 
-RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std::string name,
-                                                                      RedfishConfigSettingInfoStru& info)
+RedfishConfigResult RedfishConfigSettingManager::FindSetting(const std::string& name,
+                                                             const RedfishConfigSetting*& setting)
 {
-    RedfishConfigResult result = ReadModel();
+    const RedfishConfigResult result = ReadModel();
     if (result != 0)
     {
         return result;
@@ -177,7 +177,20 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std:
     {
         return UnknownSetting(name);
     }
-    const RedfishConfigSetting& setting = *found->second;
+    setting = found->second.get();
+    return result;
+}
+
+RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std::string name,
+                                                                      RedfishConfigSettingInfoStru& info)
+{
+    const RedfishConfigSetting* known = nullptr;
+    const RedfishConfigResult result = FindSetting(name, known);
+    if (result != 0)
+    {
+        return result;
+    }
+    const RedfishConfigSetting& setting = *known;
     info = InfoOf(setting.Attribute());
     if (setting.Kind() == SettingKind::Unknown)
     {

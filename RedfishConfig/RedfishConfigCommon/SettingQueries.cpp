@@ -128,17 +128,9 @@ RedfishConfigResult RedfishConfigSettingManager::DescriptionText(const RedfishCo
 
 RedfishConfigResult RedfishConfigSettingManager::QueryOne(const std::string& name, std::string& text, TextQuery query)
 {
-    const RedfishConfigResult result = ReadModel();
-    if (result != 0)
-    {
-        return result;
-    }
-    const auto found = m_Settings.find(name);
-    if (found == m_Settings.end())
-    {
-        return UnknownSetting(name);
-    }
-    return (this->*query)(*found->second, Now(), text);
+    const RedfishConfigSetting* setting = nullptr;
+    const RedfishConfigResult result = FindSetting(name, setting);
+    return result == 0 ? (this->*query)(*setting, Now(), text) : result;
 }
 
 RedfishConfigResult RedfishConfigSettingManager::QueryAll(SettingStringMap& texts, TextQuery query)

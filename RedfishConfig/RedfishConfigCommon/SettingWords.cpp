@@ -49,17 +49,13 @@ std::vector<std::string> RedfishConfigSettingManager::GetSettingNames()
 RedfishConfigResult RedfishConfigSettingManager::GetSettingTexts(const std::string& name,
                                                                  RedfishConfigSettingTexts& texts)
 {
-    const RedfishConfigResult result = ReadModel();
+    const RedfishConfigSetting* setting = nullptr;
+    const RedfishConfigResult result = FindSetting(name, setting);
     if (result != 0)
     {
         return result;
     }
-    const auto found = m_Settings.find(name);
-    if (found == m_Settings.end())
-    {
-        return UnknownSetting(name);
-    }
-    const RegistryAttribute& attribute = found->second->Attribute();
+    const RegistryAttribute& attribute = setting->Attribute();
     texts = {};
     texts.DisplayName = TextOf(attribute, SettingProperty::DisplayName);
     texts.HelpText = TextOf(attribute, SettingProperty::HelpText);
@@ -81,16 +77,11 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingTexts(const std::stri
 RedfishConfigResult RedfishConfigSettingManager::GetSettingRelations(const std::string& name,
                                                                      RedfishConfigSettingRelations& relations)
 {
-    const RedfishConfigResult result = ReadModel();
-    if (result != 0)
+    const RedfishConfigSetting* setting = nullptr;
+    const RedfishConfigResult result = FindSetting(name, setting);
+    if (result == 0)
     {
-        return result;
+        relations = setting->Model().Relations(setting->Index());
     }
-    const auto found = m_Settings.find(name);
-    if (found == m_Settings.end())
-    {
-        return UnknownSetting(name);
-    }
-    relations = found->second->Model().Relations(found->second->Index());
     return result;
 }
