@@ -67,7 +67,9 @@ class RegistryReader
     bool Read(std::string_view text, std::string& error)
     {
         // Growing would move thousands of attributes time and again; what is not needed stays untouched.
-        m_Expected = std::min(text.size() / LeastAttributeBytes, MaxRegistryAttributes);
+        const std::size_t expected = std::min(text.size() / LeastAttributeBytes, MaxRegistryAttributes);
+        m_Registry.Attributes.reserve(expected);
+        m_Registry.AttributeIndex.reserve(expected);
         RegistryLists lists;
         error = ReadRegistryText(
             text, lists,
@@ -86,10 +88,12 @@ class RegistryReader
   private:
     void BeginAttributes()
     {
-        m_Registry.Attributes.clear();
-        m_Registry.AttributeIndex.clear();
-        m_Registry.Attributes.reserve(m_Expected);
-        m_Registry.AttributeIndex.reserve(m_Expected);
+        // A list may begin millions of times, and to clear an index takes as long as it has ever been large.
+        if (!m_Registry.Attributes.empty())
+        {
+            m_Registry.Attributes.clear();
+            m_Registry.AttributeIndex = {};
+        }
         m_AttributeNotes = {};
         m_AttributeElements = 0;
     }
@@ -455,7 +459,6 @@ class RegistryReader
     /// They follow those on the menus.
     RegistryNotes m_AttributeNotes;
     std::size_t m_AttributeElements = 0;
-    std::size_t m_Expected = 0;
     std::unordered_map<std::string, std::size_t> m_MenuByPath;
     std::unordered_map<std::string, std::size_t> m_MenuByName;
 };

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include <boost/json/basic_parser_impl.hpp>
@@ -52,8 +53,7 @@ class RegistryHandler
     static constexpr std::size_t max_key_size = json::string::max_size();
     static constexpr std::size_t max_string_size = json::string::max_size();
 
-    RegistryHandler(RegistryLists& lists, const AttributeActions& attributes)
-        : m_Lists(lists), m_Attributes(attributes), m_Element(m_Buffer.data(), m_Buffer.size())
+    RegistryHandler(RegistryLists& lists, const AttributeActions& attributes) : m_Lists(lists), m_Attributes(attributes)
     {
     }
     RegistryHandler(const RegistryHandler&) = delete;
@@ -204,8 +204,9 @@ class RegistryHandler
         }
         else if (m_Open != List::None && m_Depth == 3)
         {
-            m_Element.release();
-            m_Stack.reset(IsKept() ? &m_Lists.Memory : &m_Element);
+            // Made anew: one that is released keeps the size that its blocks have grown to, and doubles it.
+            m_Element.emplace(m_Buffer.data(), m_Buffer.size());
+            m_Stack.reset(IsKept() ? &m_Lists.Memory : &*m_Element);
         }
     }
 
@@ -269,7 +270,7 @@ class RegistryHandler
     RegistryLists& m_Lists;
     const AttributeActions& m_Attributes;
     std::array<unsigned char, ElementBytes> m_Buffer;
-    json::monotonic_resource m_Element;
+    std::optional<json::monotonic_resource> m_Element;
     json::value_stack m_Stack;
     std::string m_Key;
     std::size_t m_Depth = 0;

@@ -112,6 +112,29 @@ TEST(AttributeRegistry, WrongKindsAreLeftOutWithANote)
     }
 }
 
+TEST(AttributeRegistry, ManyLongAttributesCostNoMoreThanTheirLength)
+{
+    constexpr int values = 400;
+    std::string names;
+    for (int value = 0; value < values; ++value)
+    {
+        names += std::string(value == 0 ? "" : ",") + R"({"ValueName":"Value)" + std::to_string(value) + "\"}";
+    }
+    std::string attributes;
+    for (int attribute = 0; attribute < 100; ++attribute)
+    {
+        attributes += (attribute == 0 ? "" : ",") +
+                      Typed("A" + std::to_string(attribute), "Enumeration", R"(,"Value":[)" + names + "]");
+    }
+    const ReadOutcome outcome = Read(Registry(attributes));
+    ASSERT_TRUE(outcome.Succeeded) << outcome.Error;
+    ASSERT_EQ(outcome.Registry.Attributes.size(), 100U);
+    for (const RegistryAttribute& attribute : outcome.Registry.Attributes)
+    {
+        EXPECT_EQ(attribute.ValueNames.size(), static_cast<std::size_t>(values)) << attribute.Name();
+    }
+}
+
 TEST(AttributeRegistry, ElementsWithoutATextNameAreSkippedWithANote)
 {
     const ReadOutcome outcome =
