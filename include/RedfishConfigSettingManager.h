@@ -136,8 +136,9 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     /// into its limits.
     ///
     /// In hexadecimal mode the text of a setting whose current value is a number has
-    /// been turned into decimal before; where the model knows no such value it is
-    /// taken as hexadecimal here. Defaults are always decimal.
+    /// been turned into decimal before; where the last UpdateSettingValue had no such
+    /// value, or the model knows none, it is taken as hexadecimal here. Defaults are always
+    /// decimal.
     ///
     /// Refusals name the setting once and say what it takes, never the value.
     /// @param action  FilterChange and the two restores take any writable setting; the
@@ -215,6 +216,7 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     bool m_Flag;
     Tavrine::Config_Options m_Options;
     Tavrine::SettingGroupMap m_Groups;
-    /// Kept for its place: empty, since records are made when they are asked for.
+    /// In hexadecimal mode the settings, by AttributeKey alone and in the order of m_Values, that the
+    /// last UpdateSettingValue did not name: the caller does not know their values.
     std::vector<Tavrine::RedfishConfigSettingInfoStru> m_SettingInfos;
 };

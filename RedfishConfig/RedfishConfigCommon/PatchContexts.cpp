@@ -51,15 +51,26 @@ std::string Because(const DependencyEvaluation& evaluation, std::size_t attribut
     return cause != nullptr ? " because " + ConditionText(*cause) : "";
 }
 
-NumberForm FormOf(const RedfishConfigSetting& setting, const SettingValueMap& values, filterAction action)
+bool CallerSaw(const std::string& name, const std::vector<RedfishConfigSettingInfoStru>& unseen)
+{
+    const CaseInsensitiveComparator less;
+    const auto place = std::lower_bound(unseen.begin(), unseen.end(), name,
+                                        [&](const RedfishConfigSettingInfoStru& info, const std::string& wanted)
+                                        { return less(*info.AttributeKey, wanted); });
+    return place == unseen.end() || less(name, *place->AttributeKey);
+}
+
+/// @param unseen  settings of `values` whose value the caller did not have, in the order of their names.
+NumberForm FormOf(const RedfishConfigSetting& setting, const SettingValueMap& values,
+                  const std::vector<RedfishConfigSettingInfoStru>& unseen, filterAction action)
 {
     if (!setting.Options().HexValueMode || action == FilterDefaultOne || action == FilterDefaultAll)
     {
         return NumberForm::Decimal;
     }
     const auto current = values.find(setting.Attribute().Name());
-    const bool converted =
-        current != values.end() && current->second && std::holds_alternative<std::int64_t>(*current->second);
+    const bool converted = current != values.end() && current->second &&
+                           std::holds_alternative<std::int64_t>(*current->second) && CallerSaw(current->first, unseen);
     return converted ? NumberForm::DecimalFromHex : NumberForm::Hexadecimal;
 }
 
@@ -93,9 +104,9 @@ std::string LockedWords(const DependencyEvaluation& evaluation, std::size_t attr
 }
 
 WantedValue ReadWanted(const RedfishConfigSetting& setting, const std::string& text, const SettingValueMap& values,
-                       filterAction action)
+                       const std::vector<RedfishConfigSettingInfoStru>& unseen, filterAction action)
 {
-    WantedValue wanted{&setting, text, KindOfValues(setting, values), FormOf(setting, values, action), {}};
+    WantedValue wanted{&setting, text, KindOfValues(setting, values), FormOf(setting, values, unseen, action), {}};
     wanted.Value = ReadValue(wanted.Kind, setting.Attribute(), text, wanted.Form);
     return wanted;
 }

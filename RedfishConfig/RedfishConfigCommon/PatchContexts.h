@@ -11,6 +11,7 @@
 #include "Dependencies.h"
 #include "RedfishConfigResult.h"
 #include "RedfishConfigSetting.h"
+#include "RedfishConfigSettingInfo.h"
 #include "RegistryScalar.h"
 #include "ValueRules.h"
 #include "ValueTypes.h"
@@ -29,9 +30,12 @@ struct WantedValue
     RegistryScalar Value;
 };
 
-/// Reads the text of a new value. `values` are the current ones.
+/// Reads the text of a new value.
+/// @param values  the current ones.
+/// @param unseen  those of them, in order, that the caller does not have, so that it has not turned a
+///                hexadecimal number into decimal.
 WantedValue ReadWanted(const RedfishConfigSetting& setting, const std::string& text, const SettingValueMap& values,
-                       filterAction action);
+                       const std::vector<RedfishConfigSettingInfoStru>& unseen, filterAction action);
 
 /// Judges one wanted value by an evaluation that does not know it.
 /// @return 0 with the JSON text, 10 or 18.
@@ -49,7 +53,7 @@ std::string LockedWords(const DependencyEvaluation& evaluation, std::size_t attr
 class JointEvaluation
 {
   public:
-    /// @param now  what stands by `values` alone. All three must outlive this object.
+    /// @param now  what stands by `values` alone. Both must outlive this object.
     JointEvaluation(const DependencyEvaluation& now, const SettingValueMap& values,
                     const std::vector<WantedValue>& wanted);
 

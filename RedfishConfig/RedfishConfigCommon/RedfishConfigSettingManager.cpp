@@ -96,6 +96,26 @@ std::vector<std::string> MergeValues(const Tavrine::SettingValueMap& values, Tav
     return moved;
 }
 
+/// The settings of `all` that `values` does not name, in order and by their names alone. `all` has all
+/// of `values`.
+std::vector<RedfishConfigSettingInfoStru> LeftOut(const Tavrine::SettingValueMap& values,
+                                                  const Tavrine::SettingValueMap& all)
+{
+    std::vector<RedfishConfigSettingInfoStru> leftOut;
+    if (values.size() == all.size())
+    {
+        return leftOut;
+    }
+    for (const auto& [name, value] : all)
+    {
+        if (!values.contains(name))
+        {
+            leftOut.emplace_back().AttributeKey = name;
+        }
+    }
+    return leftOut;
+}
+
 } // namespace
 
 RedfishConfigSettingManager::~RedfishConfigSettingManager() = default;
@@ -154,6 +174,10 @@ void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValue
 {
     // Before the first operation there is no model yet; it starts with these values.
     std::vector<std::string> moved = MergeValues(values, m_Values);
+    if (m_Options.HexValueMode)
+    {
+        m_SettingInfos = LeftOut(values, m_Values);
+    }
     if (!moved.empty())
     {
         m_ForcedProperties.clear();
@@ -219,6 +243,10 @@ const Tavrine::SettingStringMap& RedfishConfigSettingManager::ForcedOn(const Red
 
 void RedfishConfigSettingManager::TakeRegistryOf(RedfishConfigSettingManager& other)
 {
+    if (&other == this)
+    {
+        return;
+    }
     other.ReadModel(); // what fails there fails here as well
     m_Settings.clear();
     m_Groups.clear();

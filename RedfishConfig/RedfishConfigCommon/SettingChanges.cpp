@@ -153,7 +153,8 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const std::
         const DependencyEvaluation& now = Now();
         const bool noDefault = IsDefaultAction(action) &&
                                !Tavrine::HasValue(now.Now(setting.Index(), Tavrine::SettingProperty::DefaultValue));
-        result = noDefault ? NoDefault(name) : JudgeWanted(ReadWanted(setting, value, m_Values, action), now, context);
+        result = noDefault ? NoDefault(name)
+                           : JudgeWanted(ReadWanted(setting, value, m_Values, m_SettingInfos, action), now, context);
     }
     if (result != 0)
     {
@@ -194,8 +195,8 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const Setti
             LogLeftOut(name, reason);
             continue;
         }
-        wanted.push_back(
-            ReadWanted(setting, now != nullptr ? DefaultAsDecimal(setting, text, *now) : text, m_Values, action));
+        wanted.push_back(ReadWanted(setting, now != nullptr ? DefaultAsDecimal(setting, text, *now) : text, m_Values,
+                                    m_SettingInfos, action));
     }
     JudgeAll(wanted, m_Values, action, passed, failures);
     contexts = std::move(passed);

@@ -269,6 +269,22 @@ TEST(NewIntegerValue, HexadecimalTextOfASettingWithoutANumberIsReadHere)
     EXPECT_EQ(ChangeProbe("String", "", "0x10", Hex()), (Answer{0, R"("0x10")"})) << "numbers alone are hexadecimal";
 }
 
+TEST(NewIntegerValue, HexadecimalTextOfAValueThatTheCallerDidNotHaveIsReadHere)
+{
+    const std::string registry = Registry(Typed("Here", "Integer") + "," + Typed("Held", "Integer"));
+    const SettingValueMap all = {{"Held", std::int64_t{4}}, {"Here", std::int64_t{5}}};
+    RedfishConfigSettingManager manager(registry, all, false, Hex());
+    EXPECT_EQ(Change(manager, "Held", "10"), (Answer{0, "10"})) << "decimal by then";
+    manager.UpdateSettingValue({{"here", std::int64_t{5}}});
+    EXPECT_EQ(Change(manager, "Held", "10"), (Answer{0, "16"}));
+    EXPECT_EQ(Change(manager, "Here", "10"), (Answer{0, "10"}));
+    SettingStringMap contexts;
+    EXPECT_EQ(manager.PreparePatchContext({{"Held", "0x10"}, {"Here", "10"}}, contexts, FilterRestoreSameSystem), 0);
+    EXPECT_THAT(contexts, ElementsAre(std::pair("Held", "16"), std::pair("Here", "10")));
+    manager.UpdateSettingValue(all);
+    EXPECT_EQ(Change(manager, "Held", "10"), (Answer{0, "10"}));
+}
+
 TEST(NewTextValue, KeepsLengthsInCodePoints)
 {
     const struct
