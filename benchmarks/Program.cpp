@@ -243,8 +243,9 @@ try
     }
     if (quick)
     {
-        plan.Attributes = {200, 5000};
-        plan.Latencies = {0, 50};
+        // What is asked for by name holds over it.
+        plan.Attributes = app.count("--settings") == 0 ? std::vector<int>{200, 5000} : plan.Attributes;
+        plan.Latencies = app.count("--latency") == 0 ? std::vector<int>{0, 50} : plan.Latencies;
         plan.Schemes = {true};
     }
     if (!schemes.empty())

@@ -14,14 +14,17 @@ namespace Tavrine
 /// answer: a manager of its own over the registry that `front` keeps, with the current
 /// values, pending ones before those in force. Protected settings are among them where
 /// `front` reaches them. Registry and values are fetched where `front` has not done so yet.
-/// @return as QuerySettingValidValues of all with Config_Options::OutputFormat 2; `manager` is
-/// untouched on failure.
+/// @return as QuerySettingValidValues of all with Config_Options::OutputFormat 2, but for a text
+/// that is no registry: that shows at the manager's first operation (GetSettingNames, for one).
+/// `manager` is untouched on failure.
 TAVRINE_EXPORT RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
                                                       std::unique_ptr<RedfishConfigSettingManager>& manager);
 
 /// Spares a new front object of the same BMC the registry: it takes over the one that
-/// `manager` has, which is read where that has not been done yet. Operations that hand out
-/// the registry itself still fetch it.
+/// `manager` has, which is read where that has not been done yet. Operations that make a
+/// manager with values (QuerySaveSettingValues, and QuerySettingDefaultValues,
+/// QuerySettingDescriptions and QuerySettingValidValues) or hand out the registry still fetch
+/// it.
 TAVRINE_EXPORT void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& manager);
 
 } // namespace Tavrine

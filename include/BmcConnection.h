@@ -39,7 +39,8 @@ struct ConnectionProfile
     /// Seconds that may be spent, over all requests, waiting for a BMC that is not ready
     /// (code 33) and sending again what it turned away; 0 for none. It waits as long as
     /// the BMC asks (Retry-After), and not at all where that is longer than what is left.
-    /// A POST that may do more than read is not sent again: a restart done twice does harm.
+    /// A POST that may do more than read is not sent again, a login aside: a restart done twice
+    /// does harm.
     std::uint32_t BusyPatience = 0;
     /// Called before each such wait with its length, from the thread of the request; may be
     /// empty.

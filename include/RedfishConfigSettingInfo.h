@@ -65,14 +65,18 @@ struct RedfishConfigSettingInfoStru
 };
 
 /// What the attribute registry itself says about one setting in words, no dependency
-/// applied. A text that it lacks is empty.
+/// applied, and its current value. A text that is lacking is empty.
 struct RedfishConfigSettingTexts
 {
+    /// "Type", whatever the word.
+    std::string Type;
     std::string DisplayName;
     std::string HelpText;
     std::string WarningText;
     /// Value names and their display names, in the order of the registry.
     std::vector<std::pair<std::string, std::string>> Values;
+    /// The value that the setting manager was given, else the registry's, as text.
+    std::string CurrentValue;
     /// Its whole numbers ("LowerBound", "MaxLength" and so on) in decimal, beyond the range of
     /// RedfishConfigSettingInfoStru as well.
     SettingStringMap Numbers;

@@ -2,7 +2,7 @@
 # Installs what is missing, builds the release and measures it:
 #   bench.sh [--quick] [program|inprocess] [--settings N] [--latency MS] [--scheme http|https]
 #   program    tavrine against the simulated BMC, beside curl sending the same requests; the last three options
-#              choose machines among those that are measured
+#              choose the machines
 #   inprocess  what the library computes, with its order of growth
 # One table of each on standard output; the same as JSON in build/bench/*.json. Figures of
 # one run may be held against each other, not against those of another machine or hour.

@@ -162,24 +162,12 @@ class Describer
     }
 
     using OneText = RedfishConfigResult (RedfishConfigSettingManager::*)(std::string, std::string&);
-    using AllTexts = RedfishConfigResult (RedfishConfigSettingManager::*)(SettingStringMap&);
 
-    /// A text of the model, where it has one. Each question weighs all dependencies, so that
-    /// many settings are asked about at once.
-    std::optional<std::string> TextOf(const std::string& bare, std::optional<SettingStringMap>& kept, OneText one,
-                                      AllTexts all)
+    /// A text of the model, where it has one.
+    std::optional<std::string> TextOf(const std::string& bare, OneText one)
     {
-        if (!m_Many)
-        {
-            std::string text;
-            return IsSuccess((m_Manager.get()->*one)(bare, text).ErrorCode()) ? std::optional(text) : std::nullopt;
-        }
-        if (!kept)
-        {
-            (m_Manager.get()->*all)(kept.emplace()); // what it lacks is told setting by setting
-        }
-        const auto text = kept->find(bare);
-        return text != kept->end() ? std::optional(text->second) : std::nullopt;
+        std::string text;
+        return IsSuccess((m_Manager.get()->*one)(bare, text).ErrorCode()) ? std::optional(text) : std::nullopt;
     }
 
     /// All ordinary values in force, under the second prefix; empty where they cannot be read.
@@ -198,12 +186,9 @@ class Describer
     {
         m_Manager->GetSettingTexts(bare, description.Texts.emplace());
         description.Group = m_GroupOf[bare];
-        description.Default = TextOf(bare, m_Defaults, &RedfishConfigSettingManager::QuerySettingDefaultValue,
-                                     &RedfishConfigSettingManager::QueryGroupSettingDefaultValues);
+        description.Default = TextOf(bare, &RedfishConfigSettingManager::QuerySettingDefaultValue);
         // Stays empty where there are none.
-        description.ValidValues = TextOf(bare, m_ValidValues, &RedfishConfigSettingManager::QuerySettingValidValues,
-                                         &RedfishConfigSettingManager::QueryGroupSettingValidValues)
-                                      .value_or("");
+        description.ValidValues = TextOf(bare, &RedfishConfigSettingManager::QuerySettingValidValues).value_or("");
         RedfishConfigSettingRelations relations;
         m_Manager->GetSettingRelations(bare, relations);
         const auto shown = [&](const std::vector<std::string>& names, std::vector<std::string>& shownNames)
@@ -245,7 +230,7 @@ class Describer
 
     void ReadInForce(RedfishConfigProc& front, const std::string& bare, SettingDescription& description)
     {
-        // Asking about one setting goes through the values of all.
+        // One question about all of them is cheaper than one about each.
         if (m_Many && &front == &m_Sources.Standard && !IsConcealed(bare) && !Reported().empty())
         {
             if (const auto value = Reported().find(m_Prefixes.Second + "." + bare); value != Reported().end())
@@ -322,8 +307,6 @@ class Describer
     std::map<std::string, std::string> m_GroupOf;
     std::unique_ptr<RedfishConfigProc> m_ProtectedFront;
     bool m_Many = false;
-    std::optional<SettingStringMap> m_Defaults;
-    std::optional<SettingStringMap> m_ValidValues;
     std::optional<ValuesByName> m_Reported;
     std::optional<RedfishConfigResult> m_AllPending;
     SettingCompareMap m_Compared;

@@ -40,8 +40,7 @@ struct Found
     std::vector<std::string> Places;
 };
 
-SearchedTexts TextsOf(const std::string& name, const RedfishConfigSettingInfoStru& info,
-                      const RedfishConfigSettingTexts& words)
+SearchedTexts TextsOf(const std::string& name, const RedfishConfigSettingTexts& words)
 {
     SearchedTexts texts = {
         {"name", name}, {"display name", words.DisplayName}, {"help", words.HelpText}, {"warning", words.WarningText}};
@@ -50,10 +49,9 @@ SearchedTexts TextsOf(const std::string& name, const RedfishConfigSettingInfoStr
         texts.emplace_back("values", value);
         texts.emplace_back("values", displayName);
     }
-    std::string current;
-    if (info.SettingType != "Password" && GetOptionalVarAsString(info.CurrentValue, current))
+    if (words.Type != "Password")
     {
-        texts.emplace_back("values", current);
+        texts.emplace_back("values", words.CurrentValue);
     }
     return texts;
 }
@@ -120,11 +118,9 @@ RedfishConfigResult Search(RedfishConfigProc& front, const ManagerReader& readMa
         {
             continue;
         }
-        RedfishConfigSettingInfoStru info;
         RedfishConfigSettingTexts texts;
-        manager->GetSettingProperties(name, info);
         manager->GetSettingTexts(name, texts);
-        judge(name, texts.DisplayName, TextsOf(name, info, texts));
+        judge(name, texts.DisplayName, TextsOf(name, texts));
         registered.insert(name);
     }
     SettingStringMap values;

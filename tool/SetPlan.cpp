@@ -26,15 +26,6 @@ constexpr int CodeInvalidValue = 10;
 constexpr int CodeNotFound = 20;
 constexpr int CodeHidden = 34;
 
-Config_Options LibraryOptions(const Options& options)
-{
-    Config_Options library;
-    library.HexValueMode = options.Hex;
-    library.allowProtectedSettings = options.Protected;
-    library.LegacyNameMode = options.LegacyNames;
-    return library;
-}
-
 /// A refusal that speaks of a setting, with the name as the caller is shown it.
 Failure Refusal(RedfishConfigResult result, const SetSetting& setting)
 {
@@ -71,7 +62,7 @@ class Planner
             setting.Name = setting.Key = pair.Name;
             setting.ShownName = m_Front.m_Prefix + "." + pair.Name;
             setting.Value = pair.Value;
-            BIOSCompatibleModule(LibraryOptions(m_Options)).ConvertNameFromOldToNew(pair.Name, setting.Key);
+            BIOSCompatibleModule(m_Front.m_Options).ConvertNameFromOldToNew(pair.Name, setting.Key);
         }
         if (!RefuseSameSettings() && TakeRegistry() && ReadSettings())
         {

@@ -202,12 +202,14 @@ json::array ValuesArray(const RedfishConfigSettingTexts& texts)
 }
 
 /// A number that was narrowed to the ends of 64 bits is told as the registry has it.
-json::value ExactNumber(std::int64_t number, const RedfishConfigSettingTexts& texts, const char* property)
+json::value ExactNumber(std::int64_t number, const SettingDescription& description, const char* property)
 {
     const bool atEnd =
         number == std::numeric_limits<std::int64_t>::min() || number == std::numeric_limits<std::int64_t>::max();
-    const auto exact = texts.Numbers.find(property);
-    return atEnd && exact != texts.Numbers.end() ? json::parse(exact->second) : json::value(number);
+    const auto& numbers = description.Texts->Numbers;
+    const auto exact = numbers.find(property);
+    return atEnd && exact != numbers.end() && !description.Info.ForcedBy.contains(property) ? json::parse(exact->second)
+                                                                                            : json::value(number);
 }
 
 void AddLimits(json::object& object, const SettingDescription& description)
@@ -227,7 +229,7 @@ void AddLimits(json::object& object, const SettingDescription& description)
     {
         if (const std::optional<std::int64_t>& number = description.Info.*limit.Number)
         {
-            object[limit.Member] = ExactNumber(*number, *description.Texts, limit.Property);
+            object[limit.Member] = ExactNumber(*number, description, limit.Property);
         }
     }
     if (description.Info.ValueExpression)

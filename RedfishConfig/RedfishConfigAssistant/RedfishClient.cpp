@@ -109,7 +109,7 @@ std::string TextAfterChange(const TransportFault& fault)
 
 RedfishClient::RedfishClient(const ConnectionInfo& info, const ConnectionProfile& profile)
     : m_User(info.User), m_Password(info.Password), m_Language(profile.Language), m_Registries(info, profile),
-      m_RequestTimeout(AtLeastOne(info.RequestTimeout)), m_LongestRequest(profile.LongestRequest),
+      m_LongestRequest(profile.LongestRequest), m_RequestTimeout(TimeoutOf(std::max<int>(info.RequestTimeout, 1))),
       m_Retries(info.Retries), m_RetryPause(info.RetryPause), m_OnBusy(profile.OnBusy),
       m_Patience(std::int64_t{profile.BusyPatience} * 1000), m_Closed(SetupFault(info, profile)),
       m_Connection({HasFlag(info, TavrineConnection::FlagPlainHttp), info.Host, info.Port}, MakeRules(info, profile),
@@ -190,7 +190,8 @@ RedfishConfigResult RedfishClient::Change(const HttpRequest& request, std::strin
     RedfishConfigResult result = ConcludeTask(request, begun, exchange, errors);
     if (result == CodeBroken && LeavesOpen(exchange.Answer.Status))
     {
-        result = {CodeBroken, fmt::format("{}; {}.", WithoutPoint(result.ErrorMsg()), DeliveryWords::OutcomeUnknown), ""};
+        result = {CodeBroken, fmt::format("{}; {}.", WithoutPoint(result.ErrorMsg()), DeliveryWords::OutcomeUnknown),
+                  ""};
     }
     response = std::move(exchange.Answer.Body);
     return result;

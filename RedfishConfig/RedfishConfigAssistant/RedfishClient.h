@@ -112,8 +112,8 @@ class RedfishClient
     SecretText m_Password;
     std::string m_Language;
     RegistryCache m_Registries;
-    std::chrono::seconds m_RequestTimeout;
     std::chrono::seconds m_LongestRequest;
+    std::chrono::seconds m_RequestTimeout;
     std::uint32_t m_Retries;
     std::uint32_t m_RetryPause;
     std::function<void(std::chrono::milliseconds)> m_OnBusy;

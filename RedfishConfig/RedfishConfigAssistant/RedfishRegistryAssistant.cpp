@@ -91,6 +91,7 @@ RedfishConfigResult RedfishRegistryAssistant::UpdateSettingValueCache(const std:
 
 RedfishConfigResult RedfishRegistryAssistant::FlushChanges(const std::string target)
 {
+    m_Errors.clear();
     if (m_SetContexts.empty())
     {
         return {0, "", ""};
@@ -109,7 +110,6 @@ RedfishConfigResult RedfishRegistryAssistant::FlushChanges(const std::string tar
     {
         return {26, "The resource " + m_ValueURL + " names no settings object.", ""};
     }
-    m_Errors.clear();
     RedfishConfigResult result = m_BMCClient->PatchData(path, PatchBody(m_SetContexts), m_Errors, true, {});
     m_SetContexts.clear();
     return result;

@@ -52,8 +52,6 @@ std::optional<RegistryScalar> SuitedTo(SettingProperty property, RegistryScalar 
 /// What the registry itself says, no dependency applied; null where it is silent, false
 /// for a flag.
 RegistryScalar PropertyOfRegistry(const RegistryAttribute& attribute, SettingProperty property);
-/// The same without a copy for a property that is no flag; nullptr where it is silent.
-const RegistryScalar* GivenProperty(const RegistryAttribute& attribute, SettingProperty property);
 
 /// Enters a value that SuitedTo accepted into what the registry says; once a property.
 void AddRegistryProperty(RegistryAttribute& attribute, SettingProperty property, RegistryScalar value);

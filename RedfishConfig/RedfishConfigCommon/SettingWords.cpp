@@ -4,6 +4,7 @@
 #include <array>
 
 #include "RedfishConfigSetting.h"
+#include "ValueConversions.h"
 
 // What the registry says, whatever the values are.
 
@@ -57,12 +58,22 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingTexts(const std::stri
     }
     const RegistryAttribute& attribute = setting->Attribute();
     texts = {};
+    texts.Type = attribute.Type.value_or(std::string());
     texts.DisplayName = TextOf(attribute, SettingProperty::DisplayName);
     texts.HelpText = TextOf(attribute, SettingProperty::HelpText);
     texts.WarningText = TextOf(attribute, SettingProperty::WarningText);
     for (const Tavrine::RegistryValueName& value : attribute.ValueNames)
     {
         texts.Values.emplace_back(value.Name, value.DisplayName.value_or(std::string()));
+    }
+    const auto value = m_Values.find(name);
+    if (value == m_Values.end())
+    {
+        texts.CurrentValue = TextOf(attribute, SettingProperty::CurrentValue);
+    }
+    else
+    {
+        Tavrine::GetOptionalVarAsString(value->second, texts.CurrentValue);
     }
     for (const SettingProperty number : NumberProperties)
     {

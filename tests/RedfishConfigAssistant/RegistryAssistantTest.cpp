@@ -158,4 +158,6 @@ TEST(RegistryAssistant, FlushTakesATargetAndKeepsWhatWasRefused)
     ASSERT_EQ(assistant.GetError().size(), 1U);
     EXPECT_EQ(assistant.GetError()[0].ErrorSetting(), "A");
     EXPECT_THAT(assistant.GetError()[0], HasCode(9));
+    EXPECT_THAT(assistant.FlushChanges("/target"), HasCode(0));
+    EXPECT_TRUE(assistant.GetError().empty()) << "those of the last flush, which had nothing to send";
 }

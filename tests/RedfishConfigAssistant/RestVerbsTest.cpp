@@ -136,6 +136,19 @@ TEST(RestVerbs, FailedPostHandsTheAnswerOver)
     EXPECT_THAT(client.PostData("/x", "{}", response, errors, false, 60), Fails(18, "Go away."));
 }
 
+TEST(RestVerbs, APostWithoutAnAnswerHandsNothingOver)
+{
+    const RawServer server([](int socket, unsigned int) { ReadRequest(socket); });
+    BMCBaseAssistant client(server.Info(), Kind);
+    std::string response = "old";
+    EXPECT_THAT(client.PostData("/x", "{}", response, false, 60), HasCode(24));
+    EXPECT_EQ(response, "");
+    std::vector<RedfishConfigResult> errors;
+    response = "old";
+    EXPECT_THAT(client.PostData("/x", "{}", response, errors, false, 60), HasCode(24));
+    EXPECT_EQ(response, "");
+}
+
 TEST(RestVerbs, PatchFillsTheListOfErrors)
 {
     const TestServer server(Body(
@@ -230,6 +243,13 @@ TEST(RestVerbs, UnusablePathsAreNotSent)
         EXPECT_THAT(client.GetData(path, response), Fails(26, "was not sent")) << path;
         EXPECT_EQ(response, "old");
         EXPECT_THAT(client.PatchData(path, "{}", errors, true, {}), Fails(18, "was not sent")) << path;
+        // What a POST hands over is its answer, and there is none.
+        std::string answer = "old";
+        EXPECT_THAT(client.PostData(path, "{}", answer, false, 60), Fails(28, "was not sent")) << path;
+        EXPECT_EQ(answer, "");
+        answer = "old";
+        EXPECT_THAT(client.PostData(path, "{}", answer, errors, false, 60), Fails(18, "was not sent")) << path;
+        EXPECT_EQ(answer, "");
     }
     EXPECT_TRUE(server.Calls().empty());
 }

@@ -424,6 +424,22 @@ TEST(Task, AConnectionCanLimitTheTimeOutsOfItsRequests)
     EXPECT_THAT(connection.Post("/action", "{}", response, 0), Fails(24, "after 1 s"));
 }
 
+TEST(Task, AConnectionCanLimitTheTimeOutsOfAllVerbs)
+{
+    const RawServer server([](int socket, unsigned int) { WaitForPeerToLeave(socket); });
+    TavrineConnection::ConnectionProfile profile;
+    profile.LongestRequest = 1;
+    TavrineConnection::ConnectionInfo info = server.Info();
+    info.RequestTimeout = 3600;
+    info.Retries = 0;
+    TavrineConnection::BmcConnection connection(info, profile);
+    BMCBaseAssistant client(connection.Info(), Kind);
+    std::string response;
+    std::vector<RedfishConfigResult> errors;
+    EXPECT_THAT(client.GetData("/x", response), Fails(24, "time-out"));
+    EXPECT_THAT(client.PatchData("/x", "{}", errors, true, {}), Fails(24, "time-out"));
+}
+
 TEST(Task, LostConnectionsAreMadeAnewThriceAtTheMost)
 {
     // Each connection takes one request; the looks up to `lost` get no answer.

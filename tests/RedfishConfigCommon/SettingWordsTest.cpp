@@ -131,19 +131,45 @@ TEST(SettingWords, TextsAreThoseOfTheRegistry)
     EXPECT_EQ(texts.DisplayName, "Boot Mode");
     EXPECT_EQ(texts.HelpText, "How to start.");
     EXPECT_EQ(texts.WarningText, "Think twice.");
+    EXPECT_EQ(texts.Type, "Enumeration");
+    EXPECT_EQ(texts.CurrentValue, "");
     EXPECT_THAT(texts.Values, ElementsAre(Pair("Uefi", "UEFI Mode"), Pair("Legacy", "")));
     EXPECT_THAT(texts.Numbers, IsEmpty());
     ASSERT_EQ(CodeOf(manager.GetSettingTexts("Big", texts)), 0);
+    EXPECT_EQ(texts.Type, "Integer");
+    EXPECT_EQ(texts.CurrentValue, "1");
     EXPECT_EQ(texts.DisplayName, "");
     EXPECT_THAT(texts.Values, IsEmpty());
     EXPECT_THAT(texts.Numbers, ElementsAre(Pair("LowerBound", "-5"), Pair("UpperBound", "18446744073709551615")));
 }
 
+TEST(SettingWords, TheCurrentValueIsTheGivenOneElseThatOfTheRegistry)
+{
+    const std::string held = R"(,"CurrentValue":18446744073709551615)";
+    RedfishConfigSettingManager manager =
+        Manager(Registry(Typed("Given", "Integer", held) + "," + Typed("Null", "Integer", held) + "," +
+                         Typed("Held", "Integer", held)),
+                {{"given", std::int64_t{-3}}, {"Null", std::nullopt}});
+    const std::vector<std::pair<const char*, const char*>> rows = {
+        {"Given", "-3"}, {"Null", ""}, {"Held", "18446744073709551615"}};
+    for (const auto& [name, value] : rows)
+    {
+        RedfishConfigSettingTexts texts;
+        ASSERT_EQ(CodeOf(manager.GetSettingTexts(name, texts)), 0);
+        EXPECT_EQ(texts.CurrentValue, value) << name;
+    }
+}
+
 TEST(SettingWords, UnknownNamesLeaveTheAnswerAlone)
 {
     RedfishConfigSettingManager manager = Manager(Registry(Mode));
-    RedfishConfigSettingTexts texts{
-        .DisplayName = "kept", .HelpText = "", .WarningText = "", .Values = {}, .Numbers = {}};
+    RedfishConfigSettingTexts texts{.Type = "",
+                                    .DisplayName = "kept",
+                                    .HelpText = "",
+                                    .WarningText = "",
+                                    .Values = {},
+                                    .CurrentValue = "",
+                                    .Numbers = {}};
     RedfishConfigResult result = manager.GetSettingTexts("mode", texts);
     EXPECT_EQ(result.ErrorCode(), 20);
     EXPECT_EQ(result.ErrorMsg(), "Unable to find the setting mode. Did you mean Mode?");
@@ -186,6 +212,7 @@ TEST(SettingWords, ARegistryIsTakenOverWithoutTheValues)
     RedfishConfigSettingManager first = Manager(Registry(Mode + "," + Big), {{"Mode", "Legacy"}});
     RedfishConfigSettingManager second = Manager("", {{"Big", std::int64_t{7}}});
     second.TakeRegistryOf(first);
+    second.TakeRegistryOf(second); // it has it
     EXPECT_THAT(second.GetSettingNames(), ElementsAre("Mode", "Big"));
     RedfishConfigSettingInfoStru info;
     ASSERT_EQ(CodeOf(second.GetSettingProperties("Big", info)), 0);

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <limits>
 #include <locale>
+#include <memory>
+#include <numeric>
 #include <string>
 #include <utility>
 #include <vector>
@@ -71,6 +73,58 @@ TEST(CaseInsensitiveComparator, FollowsTheGlobalLocale)
     std::locale::global(former);
     EXPECT_FALSE(less("xA", "xa"));
     EXPECT_TRUE(less("x1", "x2"));
+}
+
+namespace
+{
+
+/// Names as registries have them: long common beginnings, differences in case, bytes beyond ASCII.
+rc::Gen<std::string> Name()
+{
+    const std::vector<std::string> parts = {"SettingOfTheProcessor",
+                                            "settingoftheprocessor",
+                                            "Q00066_",
+                                            "Setting0",
+                                            "12345678",
+                                            "a",
+                                            "A",
+                                            "_",
+                                            "Z",
+                                            "\xc3\xa4",
+                                            "\x80",
+                                            "\xff",
+                                            std::string(1, '\0')};
+    const auto join = [](const std::vector<std::string>& chosen)
+    { return std::accumulate(chosen.begin(), chosen.end(), std::string()); };
+    return rc::gen::map(rc::gen::container<std::vector<std::string>>(rc::gen::elementOf(parts)), join);
+}
+
+std::string LoweredCopy(std::string text)
+{
+    const std::locale locale;
+    std::use_facet<std::ctype<char>>(locale).tolower(text.data(), text.data() + text.size());
+    return text;
+}
+
+void ExpectOrderOfLoweredCopies()
+{
+    const std::string first = *Name();
+    const std::string second = *Name();
+    const CaseInsensitiveComparator less;
+    // std::string compares bytes without a sign, the shorter first on a tie.
+    RC_ASSERT(less(first, second) == (LoweredCopy(first) < LoweredCopy(second)));
+    RC_ASSERT(!less(first, first));
+}
+
+} // namespace
+
+RC_GTEST_PROP(CaseInsensitiveComparator, ComparesLoweredCopies, ()) { ExpectOrderOfLoweredCopies(); }
+
+RC_GTEST_PROP(CaseInsensitiveComparator, ComparesCopiesLoweredByAnOddLocale, ())
+{
+    const std::locale former = std::locale::global(std::locale(std::locale::classic(), new OddLetters));
+    const std::shared_ptr<void> back(nullptr, [&](void*) { std::locale::global(former); });
+    ExpectOrderOfLoweredCopies();
 }
 
 TEST(CaseInsensitiveComparator, MapKeepsTheCaseOfTheFirstInsertion)

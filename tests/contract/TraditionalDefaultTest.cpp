@@ -194,11 +194,12 @@ TEST_F(TraditionalDefault, UnreadableDefaultsEndItUnderTheFullName)
         SCOPED_TRACE(code);
         doubles::ResetWorld();
         StartManaged();
+        m_Front->SetPrefix("Node", "Group");
         TellDefaults({{"Cores", "12"}}, {code, "Boot, Boot and BootMode, not boot", "Boot"});
         m_Front->m_ErrorList = {{18, "kept", "BIOS.Old"}};
-        const std::string message = "BIOS.Boot, BIOS.Boot and BIOS.BootMode, not boot";
+        const std::string message = "Node.Boot, Node.Boot and Node.BootMode, not boot";
         EXPECT_THAT(Call("Boot"), IsResult(code, message, "Boot"));
-        EXPECT_THAT(world.Logs, ElementsAre(NoDefaults("BIOS", message)));
+        EXPECT_THAT(world.Logs, ElementsAre(NoDefaults("Node", message)));
         EXPECT_THAT(world.ManagerCalls,
                     ElementsAre("read standard", "UpdateSettingValue", "QueryGroupSettingDefaultValues"));
         EXPECT_THAT(m_Front->m_ErrorList, ElementsAre(IsResult(18, "kept", "BIOS.Old")));
@@ -262,6 +263,7 @@ TEST_F(TraditionalDefault, RefusedContextsAreTheOneNewEntryOfTheErrorList)
 TEST_F(TraditionalDefault, SettingThatCannotBeDescribedDoesNotStopTheOthers)
 {
     StartManaged();
+    m_Front->SetPrefix("Node", "Group");
     TellThree();
     world.Settings.erase("BootMode");
     WatchErrors();
@@ -271,7 +273,7 @@ TEST_F(TraditionalDefault, SettingThatCannotBeDescribedDoesNotStopTheOthers)
     EXPECT_EQ(world.ManagerCalls[world.ManagerCalls.size() - 2], "flush standard {Cores=12,Wake=false}");
     ASSERT_EQ(m_SeenErrors.size(), 2U);
     EXPECT_THAT(m_SeenErrors[0], ElementsAre(IsResult(18, "early", "BIOS.Old"),
-                                             IsResult(20, "Unable to find the setting BootMode", "BIOS.BootMode")));
+                                             IsResult(20, "Unable to find the setting BootMode", "Node.BootMode")));
     // The flush starts with an empty list.
     EXPECT_THAT(m_Front->m_ErrorList, IsEmpty());
     // It took no part in the batch.
@@ -282,11 +284,12 @@ TEST_F(TraditionalDefault, SettingWithoutAProcDoesNotStopTheOthers)
 {
     StartUefi();
     MakeManager();
+    m_Front->SetPrefix("Node", "Group");
     TellDefaults({{"Cores", "12"}, {"Lock", "On"}, {"Wake", "false"}});
     TellContexts({{"Cores", "12"}, {"Lock", R"("On")"}, {"Wake", "false"}});
     WatchErrors();
     EXPECT_THAT(Call(), IsBare(0));
-    EXPECT_THAT(world.Logs, ElementsAre(NotFound("UEFI.Lock"), staging::Protected, NoProc, FlushEnter, FlushExit));
+    EXPECT_THAT(world.Logs, ElementsAre(NotFound("Node.Lock"), staging::Protected, NoProc, FlushEnter, FlushExit));
     EXPECT_THAT(world.ManagerCalls,
                 ElementsAre("read standard", "UpdateSettingValue", "QueryGroupSettingDefaultValues",
                             R"(PreparePatchContext {Cores=12,Lock=On,Wake=false} 18)", "GetSettingProperties Cores",
@@ -296,7 +299,7 @@ TEST_F(TraditionalDefault, SettingWithoutAProcDoesNotStopTheOthers)
     ASSERT_EQ(m_SeenErrors.size(), 2U);
     EXPECT_THAT(m_SeenErrors[0], IsEmpty());
     EXPECT_THAT(m_SeenErrors[1],
-                ElementsAre(IsResult(34, "The operation on setting Lock fails since it is hidden.", "UEFI.Lock")));
+                ElementsAre(IsResult(34, "The operation on setting Lock fails since it is hidden.", "Node.Lock")));
     // It had joined the batch before.
     EXPECT_THAT(m_Front->m_PendingNames, ElementsAre("Cores", "Lock", "Wake"));
 }

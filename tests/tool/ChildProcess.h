@@ -46,7 +46,8 @@ class ChildProcess
     pid_t Id() const { return m_Id; }
     /// One line of standard output without its end; empty when there is no more.
     std::string ReadOutputLine();
-    /// From any thread, also while another waits; nothing once the child was waited for.
+    /// From any thread, also while another waits, as long as the child cannot end by itself
+    /// meanwhile: its number may be another's then. Nothing once it was waited for.
     void Signal(int signal) const;
     /// Takes in what the child writes until it ends. One that does not end within a
     /// minute is killed.

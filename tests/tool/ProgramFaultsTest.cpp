@@ -97,9 +97,9 @@ const FaultRow Faults[] = {
     {"slow 40", At::All, {24}, "time-out", "", false, false, true},
 };
 
-// Every fault meets every request. A program under a sanitizer takes many times longer to
-// start; there each fault meets every eighth request (every sixteenth where threads are watched, of which the program
-// has few), and not the same ones under the one sanitizer as under the other.
+// Every fault meets every request, those of a wait for a restart in one of the commands that have it. A program under a
+// sanitizer takes many times longer to start; there each fault meets every eighth request (every sixteenth where
+// threads are watched, of which the program has few), and not the same ones under the one sanitizer as under the other.
 #if defined(__SANITIZE_ADDRESS__)
 constexpr std::size_t Stride = 8;
 constexpr std::size_t Share = 0;
@@ -177,13 +177,33 @@ struct Job
     bool Json = false;
 };
 
+/// The commands that wait for a restart.
+std::size_t Sharers()
+{
+    return static_cast<std::size_t>(std::count_if(std::begin(Commands), std::end(Commands),
+                                                  [](const CommandRow& row) { return row.First == From::Restart; }));
+}
+
+/// The place of one of them among them.
+std::size_t OrdinalOf(const CommandRow& command)
+{
+    const auto* const end =
+        std::find_if(std::begin(Commands), std::end(Commands),
+                     [&](const CommandRow& row) { return std::string_view(row.Name) == command.Name; });
+    return static_cast<std::size_t>(
+        std::count_if(std::begin(Commands), end, [](const CommandRow& row) { return row.First == From::Restart; }));
+}
+
 /// What is tried of a command that makes these requests.
 std::vector<Job> JobsOf(const CommandRow& command, const Requests& requests)
 {
     std::vector<Job> jobs;
-    // What a restart is waited out with, three commands share.
-    const std::size_t stride = command.First == From::Restart ? 3 * Stride : Stride;
-    for (std::size_t index = FirstRequest(command, requests); index < requests.size(); ++index)
+    // What a restart is waited out with, the commands that do so share.
+    const bool shares = command.First == From::Restart;
+    const std::size_t stride = shares ? Sharers() * Stride : Stride;
+    const std::size_t first = FirstRequest(command, requests);
+    const std::size_t start = shares ? first - OrdinalOf(command) : 0;
+    for (std::size_t index = first; index < requests.size(); ++index)
     {
         for (std::size_t row = 0; row < std::size(Faults); ++row)
         {
@@ -193,7 +213,7 @@ std::vector<Job> JobsOf(const CommandRow& command, const Requests& requests)
                 continue;
             }
             Job job{&fault, RuleFor(fault, requests, index), requests[index].Method + " " + requests[index].Path};
-            if ((index + row) % stride == Share)
+            if ((index - start + row) % stride == Share)
             {
                 jobs.push_back(job);
             }

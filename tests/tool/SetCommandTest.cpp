@@ -59,6 +59,7 @@ class SetCommand : public ::testing::Test
         std::vector<SettingPair> pairs;
         EXPECT_FALSE(ReadPairs(Given, -1, pairs));
         Front.m_Options.HexValueMode = Given.Hex;
+        Front.m_Options.LegacyNameMode = Given.LegacyNames;
         return ChangeSettings(
             Front, tooltest::ReadTextManager, Given, pairs,
             [this]
