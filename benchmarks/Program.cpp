@@ -244,8 +244,8 @@ try
     if (quick)
     {
         // What is asked for by name holds over it.
-        plan.Attributes = app.count("--settings") == 0 ? std::vector<int>{200, 5000} : plan.Attributes;
-        plan.Latencies = app.count("--latency") == 0 ? std::vector<int>{0, 50} : plan.Latencies;
+        plan.Attributes = app.count("--settings") == 0 ? std::vector<unsigned int>{200, 5000} : plan.Attributes;
+        plan.Latencies = app.count("--latency") == 0 ? std::vector<unsigned int>{0, 50} : plan.Latencies;
         plan.Schemes = {true};
     }
     if (!schemes.empty())

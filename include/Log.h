@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <sstream>
 
 #include "Export.h"
@@ -12,7 +13,8 @@ namespace Tavrine
 /// interface's operations, 4 detail. Where records go is told by Logging.
 ///
 /// A record whose level no sink takes when it is made is never written: its
-/// stream takes insertions and formats nothing, which keeps it cheap.
+/// stream, one for all such records of a thread, takes insertions and formats nothing,
+/// which keeps it cheap.
 ///
 /// A record belongs to the thread that made it; writing records from many
 /// threads at once is safe.
@@ -31,7 +33,8 @@ class TAVRINE_EXPORT Log
     unsigned int m_Level;
     const char* m_SourcePath;
     int m_SourceLine;
-    std::ostringstream m_Stream;
+    /// Empty for a record that nobody wants.
+    std::optional<std::ostringstream> m_Stream;
 };
 
 } // namespace Tavrine

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
@@ -16,6 +17,7 @@ class RedfishConfigSetting;
 namespace Tavrine
 {
 class DependencyEvaluation;
+class EvaluatedModel;
 class SettingModel;
 } // namespace Tavrine
 
@@ -197,7 +199,12 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
 
     RedfishConfigResult ReadModel();
     void TakeModel(const std::shared_ptr<const Tavrine::SettingModel>& model);
-    RedfishConfigSetting* MakeSetting(Tavrine::RedfishConfigSettingInfoStru& info);
+    std::shared_ptr<RedfishConfigSetting> MakeSetting(const std::shared_ptr<Tavrine::EvaluatedModel>& model,
+                                                      std::size_t index);
+    /// The registry has been read and has settings.
+    const Tavrine::SettingModel& Model() const;
+    /// nullptr for an unknown name. Once the registry has been read.
+    const RedfishConfigSetting* SettingNamed(const std::string& name);
     /// There is at least one setting.
     const Tavrine::DependencyEvaluation& Now() const;
     const Tavrine::SettingStringMap& ForcedOn(const RedfishConfigSetting& setting);
@@ -211,6 +218,8 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     /// Settings that were asked about to the properties that dependencies force on them now, each
     /// with the condition that does it.
     std::map<std::string, Tavrine::SettingStringMap> m_ForcedProperties;
+    /// Made when they are asked for by name; the first one of the registry as soon as that is read, for
+    /// the model that all of them share.
     std::map<std::string, std::shared_ptr<RedfishConfigSetting>> m_Settings;
     std::map<std::string, CreateFunction> m_SettingTypeCreators;
     bool m_Flag;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Answer.h"
+#include "OrderedLookup.h"
 #include "SettingNames.h"
 
 namespace Tavrine::Tool
@@ -22,10 +23,13 @@ RedfishConfigResult Good() { return {CodeSucceed, "", ""}; }
 
 void Add(const Prefixes& prefixes, const SettingCompareMap& compared, PendingValues& values)
 {
+    OrderedLookup effective(values.Effective);
     for (const auto& [name, texts] : compared)
     {
-        values.Effective[BareName(name, prefixes)] = texts.first;
-        values.Pending[BareName(name, prefixes)] = texts.second;
+        const std::string bare = BareName(name, prefixes);
+        const auto known = effective.Find(bare);
+        values.Effective.insert_or_assign(known, bare, texts.first);
+        values.Pending.insert_or_assign(values.Pending.end(), bare, texts.second);
     }
 }
 
@@ -48,7 +52,8 @@ RedfishConfigResult ReadPendingValues(RedfishConfigProc& front, PendingValues& v
     }
     for (const auto& [name, text] : effective)
     {
-        values.Effective[BareName(name, prefixes)] = text;
+        // In order, in most cases.
+        values.Effective.insert_or_assign(values.Effective.end(), BareName(name, prefixes), text);
     }
     Add(prefixes, compared, values);
     return Good();

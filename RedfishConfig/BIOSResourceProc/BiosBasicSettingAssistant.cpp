@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "OrderedLookup.h"
 #include "Results.h"
 #include "Trace.h"
 #include "ValueConversions.h"
@@ -23,7 +24,7 @@ SettingValueMap BiosBasicSettingAssistant::MergeCurrentValues()
         }
         const bool waits = pending != m_PendingValues.end() &&
                            (pending->first == effective.first || !less(effective.first, pending->first));
-        const auto& [name, value] = waits ? *pending : effective;
+        const auto& [name, value] = waits ? *pending++ : effective;
         m_CurrentValues.insert_or_assign(m_CurrentValues.end(), name, value);
     }
     return m_CurrentValues;
@@ -135,6 +136,7 @@ RedfishConfigResult BiosBasicSettingAssistant::GetComparePendingValueMap(Setting
 
 void BiosBasicSettingAssistant::CompareAll(SettingCompareMap& compare) const
 {
+    OrderedLookup lookup(m_EffectiveValues);
     for (const auto& [name, pending] : m_PendingValues)
     {
         std::string pendingText;
@@ -145,7 +147,7 @@ void BiosBasicSettingAssistant::CompareAll(SettingCompareMap& compare) const
         }
         TAVRINE_LOG(LogDetail) << "Start to find the effective value for setting " << name
                                << " with pendingvalue=" << pendingText;
-        const auto effective = m_EffectiveValues.find(name);
+        const auto effective = lookup.Find(name);
         std::string effectiveText;
         if (effective == m_EffectiveValues.end() || !GetOptionalVarAsString(effective->second, effectiveText))
         {

@@ -1,6 +1,7 @@
 // Whether a wanted value is in place already.
 #include "BiosRedfishConfigProc.h"
 
+#include "OrderedLookup.h"
 #include "Results.h"
 #include "Trace.h"
 #include "ValueConversions.h"
@@ -71,10 +72,11 @@ RedfishConfigResult BiosRedfishConfigProc::FilterSettingValueNotChange(const Set
                                                                        SettingStringMap& unchanged,
                                                                        SettingStringMap& notFound)
 {
+    OrderedLookup lookup(current);
     for (auto wanted = newValues.begin(); wanted != newValues.end();)
     {
         const std::string fullName = m_Prefix + "." + wanted->first;
-        const auto entry = current.find(wanted->first);
+        const auto entry = lookup.Find(wanted->first);
         if (entry == current.end())
         {
             TAVRINE_LOG(LogFailure) << "Not find setting " << fullName << " in value list.";

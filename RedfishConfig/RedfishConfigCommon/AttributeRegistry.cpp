@@ -15,6 +15,7 @@ namespace
 {
 
 namespace json = boost::json;
+using Field = AttributeDraft::Field;
 
 constexpr std::size_t MaxNoteLines = 50;
 constexpr std::size_t MaxNameInNote = 200;
@@ -73,7 +74,7 @@ class RegistryReader
         RegistryLists lists;
         error = ReadRegistryText(
             text, lists,
-            {[this] { BeginAttributes(); }, [this](const json::value& element) { TakeAttribute(element); }});
+            {[this] { BeginAttributes(); }, [this](AttributeDraft* attribute) { TakeAttribute(attribute); }});
         if (!error.empty())
         {
             return false;
@@ -98,16 +99,16 @@ class RegistryReader
         m_AttributeElements = 0;
     }
 
-    void TakeAttribute(const json::value& element)
+    void TakeAttribute(AttributeDraft* attribute)
     {
         const std::size_t position = m_AttributeElements++;
         if (position >= MaxRegistryAttributes)
         {
             return;
         }
-        if (const json::object* object = element.if_object())
+        if (attribute != nullptr)
         {
-            ReadAttribute(*object);
+            ReadAttribute(*attribute);
         }
         else
         {
@@ -238,9 +239,9 @@ class RegistryReader
         }
     }
 
-    void ReadAttribute(const json::object& object)
+    void ReadAttribute(AttributeDraft& draft)
     {
-        std::optional<std::string> name = TextOf(object, "AttributeName");
+        std::optional<std::string> name = draft.TextOf(Field::Name);
         if (!name)
         {
             m_AttributeNotes.Add("An attribute without a text in \"AttributeName\" is skipped.");
@@ -255,49 +256,40 @@ class RegistryReader
         }
         RegistryAttribute& attribute = m_Registry.Attributes.emplace_back();
         attribute.Key = &entry->first;
-        attribute.Type = TextOf(object, "Type");
-        attribute.MenuPath = TextOf(object, "MenuPath");
-        attribute.IsSystemUnique = FlagOf(object, "IsSystemUniqueProperty");
-        attribute.IsProtected = IsProtected(object);
-        ReadProperties(object, attribute);
-        ReadValueNames(object, attribute);
+        attribute.Type = draft.TextOf(Field::Type);
+        attribute.MenuPath = draft.TextOf(Field::MenuPath);
+        attribute.IsSystemUnique = draft.FlagOf(Field::SystemUnique);
+        attribute.IsProtected = draft.IsProtected();
+        ReadProperties(draft, attribute);
+        ReadValueNames(draft, attribute);
     }
 
-    /// This family's machines mark what only their OEM actions reach.
-    static bool IsProtected(const json::object& attribute)
+    void ReadProperties(const AttributeDraft& draft, RegistryAttribute& attribute)
     {
-        const json::object* oem = ObjectOf(attribute, "Oem");
-        const json::object* zorvan = oem != nullptr ? ObjectOf(*oem, "Zorvan") : nullptr;
-        return zorvan != nullptr && FlagOf(*zorvan, "Protected");
-    }
-
-    void ReadProperties(const json::object& object, RegistryAttribute& attribute)
-    {
-        std::array<const json::value*, PropertyCount> given{};
-        std::size_t count = 0;
-        for (const auto& member : object)
+        const auto isGiven = [&](std::size_t row)
         {
-            const std::optional<SettingProperty> property =
-                PropertyFromWord({member.key().data(), member.key().size()});
-            if (property && !member.value().is_null())
-            {
-                given[static_cast<std::size_t>(*property)] = &member.value();
-                count += IsFlag(*property) ? 0U : 1U;
-            }
+            const AttributeDraft::Member& member = draft.Of(static_cast<SettingProperty>(row));
+            return member.Given && !std::holds_alternative<std::nullptr_t>(member.Content);
+        };
+        std::size_t count = 0;
+        for (std::size_t row = FlagProperties.size(); row < PropertyCount; ++row)
+        {
+            count += isGiven(row) ? 1U : 0U;
         }
         attribute.Properties.reserve(count);
         for (std::size_t row = 0; row < PropertyCount; ++row)
         {
-            if (given[row] != nullptr)
+            if (isGiven(row))
             {
-                ReadProperty(*given[row], static_cast<SettingProperty>(row), attribute);
+                const auto property = static_cast<SettingProperty>(row);
+                ReadProperty(draft.Of(property).Content, property, attribute);
             }
         }
     }
 
-    void ReadProperty(const json::value& value, SettingProperty property, RegistryAttribute& attribute)
+    void ReadProperty(const AttributeDraft::Value& value, SettingProperty property, RegistryAttribute& attribute)
     {
-        std::optional<RegistryScalar> suited = ScalarFromJson(value);
+        std::optional<RegistryScalar> suited = ScalarOf(value);
         if (suited)
         {
             suited = SuitedTo(property, std::move(*suited));
@@ -313,27 +305,22 @@ class RegistryReader
         }
     }
 
-    void ReadValueNames(const json::object& object, RegistryAttribute& attribute)
+    void ReadValueNames(AttributeDraft& draft, RegistryAttribute& attribute)
     {
-        const json::array* values = ArrayOf(object, "Value");
-        if (values == nullptr)
-        {
-            return;
-        }
         std::unordered_set<std::string_view> seen;
-        attribute.ValueNames.reserve(values->size());
-        for (const json::value& element : *values)
+        // Names are looked at where they end up, which room for all of them keeps in place.
+        attribute.ValueNames.reserve(draft.ValueNames().size());
+        for (AttributeDraft::ValueName& value : draft.ValueNames())
         {
-            const json::object* value = element.if_object();
-            const json::value* name = value != nullptr ? value->if_contains("ValueName") : nullptr;
-            if (name == nullptr || !name->is_string())
+            if (!value.Name)
             {
                 m_AttributeNotes.Add("Attribute " + Quoted(attribute.Name()) + " has a value without a name.");
+                continue;
             }
-            else if (seen.insert(View(name->get_string())).second)
+            attribute.ValueNames.push_back({std::move(*value.Name), std::move(value.DisplayName)});
+            if (!seen.insert(attribute.ValueNames.back().Name).second)
             {
-                attribute.ValueNames.push_back(
-                    {std::string(View(name->get_string())), TextOf(*value, "ValueDisplayName")});
+                attribute.ValueNames.pop_back();
             }
         }
     }

@@ -152,7 +152,8 @@ JointEvaluation::JointEvaluation(const DependencyEvaluation& now, const SettingV
     {
         if (HasValue(one.Value))
         {
-            m_Changes[one.Setting->Attribute().Name()] = ValueFromScalar(one.Value);
+            // In order, in most cases.
+            m_Changes.insert_or_assign(m_Changes.end(), one.Setting->Attribute().Name(), ValueFromScalar(one.Value));
         }
     }
     FindSelfReaders();
@@ -199,12 +200,17 @@ void JointEvaluation::FindSelfReaders()
 
 const DependencyEvaluation& JointEvaluation::For(const WantedValue& wanted)
 {
+    const bool readsItself = m_SelfReaders.count(wanted.Setting->Index()) != 0;
+    if (!readsItself && m_Changes.size() != 1)
+    {
+        return *m_Joint;
+    }
     const auto own = m_Changes.find(wanted.Setting->Attribute().Name());
     if (own != m_Changes.end() && m_Changes.size() == 1)
     {
         return m_Now;
     }
-    if (own == m_Changes.end() || m_SelfReaders.count(wanted.Setting->Index()) == 0)
+    if (own == m_Changes.end() || !readsItself)
     {
         return *m_Joint;
     }

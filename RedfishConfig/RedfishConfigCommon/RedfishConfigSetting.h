@@ -33,7 +33,7 @@ class RedfishConfigSetting
     SettingKind Kind() const { return m_Kind; }
     const Tavrine::Config_Options& Options() const { return m_Options; }
     std::size_t Index() const { return m_Index; }
-    Tavrine::EvaluatedModel& Evaluated() const { return *m_Model; }
+    const std::shared_ptr<Tavrine::EvaluatedModel>& Evaluated() const { return m_Model; }
     const Tavrine::SettingModel& Model() const { return *m_Model->Model(); }
     const Tavrine::RegistryAttribute& Attribute() const { return Model().Attribute(m_Index); }
 

@@ -87,10 +87,14 @@ std::vector<std::string> MergeValues(const Tavrine::SettingValueMap& values, Tav
             into.emplace_hint(place, name, value);
             moved.push_back(name);
         }
-        else if (place->second != value)
+        else
         {
-            place->second = value;
-            moved.push_back(name);
+            if (place->second != value)
+            {
+                place->second = value;
+                moved.push_back(name);
+            }
+            ++place; // the next name is at this one, in most cases
         }
     }
     return moved;
@@ -141,33 +145,58 @@ RedfishConfigResult RedfishConfigSettingManager::ReadModel()
 
 void RedfishConfigSettingManager::TakeModel(const std::shared_ptr<const Tavrine::SettingModel>& model)
 {
-    const auto evaluated = std::make_shared<Tavrine::EvaluatedModel>(model);
-    RedfishConfigSettingInfoStru info;
-    for (std::size_t index = 0; index < model->Registry().Attributes.size(); ++index)
+    for (const Tavrine::RegistryAttribute& attribute : model->Registry().Attributes)
     {
-        const Tavrine::RegistryAttribute& attribute = model->Attribute(index);
-        info.AttributeKey = attribute.Name();
-        info.SettingType = attribute.Type;
-        const auto setting = std::shared_ptr<RedfishConfigSetting>(MakeSetting(info));
-        setting->Attach(evaluated, index);
-        m_Settings.emplace(attribute.Name(), setting);
+        if (!attribute.Type || !m_SettingTypeCreators.contains(*attribute.Type))
+        {
+            Log(4, __FILE__, __LINE__).Stream() << "Setting " << attribute.Name() << " has no known type.";
+        }
+    }
+    if (!model->Registry().Attributes.empty())
+    {
+        m_Settings.emplace(model->Attribute(0).Name(),
+                           MakeSetting(std::make_shared<Tavrine::EvaluatedModel>(model), 0));
     }
 }
 
-RedfishConfigSetting* RedfishConfigSettingManager::MakeSetting(RedfishConfigSettingInfoStru& info)
+std::shared_ptr<RedfishConfigSetting>
+RedfishConfigSettingManager::MakeSetting(const std::shared_ptr<Tavrine::EvaluatedModel>& model, std::size_t index)
 {
+    const Tavrine::RegistryAttribute& attribute = model->Model()->Attribute(index);
+    RedfishConfigSettingInfoStru info;
+    info.AttributeKey = attribute.Name();
+    info.SettingType = attribute.Type;
     const auto creator = m_SettingTypeCreators.find(info.SettingType.value_or(""));
-    if (creator != m_SettingTypeCreators.end())
+    std::shared_ptr<RedfishConfigSetting> setting(creator != m_SettingTypeCreators.end()
+                                                      ? (this->*creator->second)(info, m_Options)
+                                                      : new RedfishConfigSetting(SettingKind::Unknown, m_Options));
+    setting->Attach(model, index);
+    return setting;
+}
+
+const Tavrine::SettingModel& RedfishConfigSettingManager::Model() const { return m_Settings.begin()->second->Model(); }
+
+const RedfishConfigSetting* RedfishConfigSettingManager::SettingNamed(const std::string& name)
+{
+    const auto made = m_Settings.lower_bound(name);
+    if (m_Settings.empty() || (made != m_Settings.end() && made->first == name))
     {
-        return (this->*creator->second)(info, m_Options);
+        return m_Settings.empty() ? nullptr : made->second.get();
     }
-    Log(4, __FILE__, __LINE__).Stream() << "Setting " << *info.AttributeKey << " has no known type.";
-    return new RedfishConfigSetting(SettingKind::Unknown, m_Options);
+    const auto& index = Model().Registry().AttributeIndex;
+    const auto found = index.find(name);
+    if (found == index.end())
+    {
+        return nullptr;
+    }
+    const std::shared_ptr<RedfishConfigSetting> setting =
+        MakeSetting(m_Settings.begin()->second->Evaluated(), found->second);
+    return m_Settings.emplace_hint(made, name, setting)->second.get();
 }
 
 const Tavrine::DependencyEvaluation& RedfishConfigSettingManager::Now() const
 {
-    return m_Settings.begin()->second->Evaluated().Now(m_Values);
+    return m_Settings.begin()->second->Evaluated()->Now(m_Values);
 }
 
 void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
@@ -183,7 +212,7 @@ void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValue
         m_ForcedProperties.clear();
         if (!m_Settings.empty())
         {
-            m_Settings.begin()->second->Evaluated().ValuesMoved(std::move(moved));
+            m_Settings.begin()->second->Evaluated()->ValuesMoved(std::move(moved));
         }
     }
 }
@@ -196,12 +225,12 @@ RedfishConfigResult RedfishConfigSettingManager::FindSetting(const std::string& 
     {
         return result;
     }
-    const auto found = m_Settings.find(name);
-    if (found == m_Settings.end())
+    const RedfishConfigSetting* const found = SettingNamed(name);
+    if (found == nullptr)
     {
         return UnknownSetting(name);
     }
-    setting = found->second.get();
+    setting = found;
     return result;
 }
 
@@ -254,15 +283,14 @@ void RedfishConfigSettingManager::TakeRegistryOf(RedfishConfigSettingManager& ot
     m_Schema = other.m_Schema;
     if (!other.m_Settings.empty())
     {
-        TakeModel(other.m_Settings.begin()->second->Evaluated().Model());
+        TakeModel(other.m_Settings.begin()->second->Evaluated()->Model());
     }
 }
 
 RedfishConfigResult RedfishConfigSettingManager::UnknownSetting(const std::string& name) const
 {
     std::string message = "Unable to find the setting " + name;
-    const std::optional<std::string> other =
-        m_Settings.empty() ? std::nullopt : m_Settings.begin()->second->Model().NameDifferingInCase(name);
+    const std::optional<std::string> other = m_Settings.empty() ? std::nullopt : Model().NameDifferingInCase(name);
     if (other)
     {
         message += ". Did you mean " + *other + "?";
@@ -282,7 +310,7 @@ void RedfishConfigSettingManager::GetGroupList(Tavrine::SettingGroupMap& groups)
     }
     if (m_Groups.empty() && !m_Settings.empty())
     {
-        m_Groups = Tavrine::GroupSettings(m_Settings.begin()->second->Model().Registry());
+        m_Groups = Tavrine::GroupSettings(Model().Registry());
     }
     groups = m_Groups;
 }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -16,6 +17,7 @@ namespace
 {
 
 namespace json = boost::json;
+using Container = AttributeDraft::Container;
 
 /// The lists of a registry; a member of another name is nobody's.
 enum class List
@@ -27,9 +29,6 @@ enum class List
 };
 constexpr std::array<std::string_view, 3> ListNames = {"Attributes", "Menus", "Dependencies"};
 constexpr std::string_view EntriesName = "RegistryEntries";
-
-/// Memory that one attribute seldom needs more than.
-constexpr std::size_t ElementBytes = 16384;
 
 List ListNamed(std::string_view name)
 {
@@ -53,7 +52,8 @@ class RegistryHandler
     static constexpr std::size_t max_key_size = json::string::max_size();
     static constexpr std::size_t max_string_size = json::string::max_size();
 
-    RegistryHandler(RegistryLists& lists, const AttributeActions& attributes) : m_Lists(lists), m_Attributes(attributes)
+    RegistryHandler(std::string_view text, RegistryLists& lists, const AttributeActions& attributes)
+        : m_Whole(text), m_Lists(lists), m_Attributes(attributes)
     {
     }
     RegistryHandler(const RegistryHandler&) = delete;
@@ -69,7 +69,7 @@ class RegistryHandler
 
     bool on_object_begin(json::error_code&)
     {
-        BeginValue();
+        BeginValue(true);
         m_RootIsObject = m_RootIsObject || m_Depth == 0;
         if (m_Depth == 1 && m_InEntriesMember)
         {
@@ -80,7 +80,7 @@ class RegistryHandler
     }
     bool on_object_end(std::size_t members, json::error_code&)
     {
-        if (Building())
+        if (Building() && !OfAttribute())
         {
             m_Stack.push_object(members);
         }
@@ -92,7 +92,7 @@ class RegistryHandler
 
     bool on_array_begin(json::error_code&)
     {
-        BeginValue();
+        BeginValue(false);
         if (m_InEntries && m_Depth == 2)
         {
             m_Open = m_Member;
@@ -103,7 +103,7 @@ class RegistryHandler
     }
     bool on_array_end(std::size_t elements, json::error_code&)
     {
-        if (Building())
+        if (Building() && !OfAttribute())
         {
             m_Stack.push_array(elements);
         }
@@ -118,18 +118,24 @@ class RegistryHandler
 
     bool on_key_part(json::string_view part, std::size_t, json::error_code&)
     {
-        if (Building())
-        {
-            m_Stack.push_chars(part);
-        }
-        else if (m_Depth <= 2)
+        if (OfAttribute() || m_Depth <= 2)
         {
             m_Key.append(part.data(), part.size());
+        }
+        else if (Building())
+        {
+            m_Stack.push_chars(part);
         }
         return true;
     }
     bool on_key(json::string_view part, std::size_t, json::error_code&)
     {
+        if (OfAttribute())
+        {
+            m_Draft.Key(WholeOf(m_Key, part), m_Depth - ListDepth);
+            m_Key.clear();
+            return true;
+        }
         if (Building())
         {
             m_Stack.push_key(part);
@@ -150,7 +156,11 @@ class RegistryHandler
 
     bool on_string_part(json::string_view part, std::size_t, json::error_code&)
     {
-        if (Building())
+        if (OfAttribute())
+        {
+            m_Text.append(part.data(), part.size());
+        }
+        else if (Building())
         {
             m_Stack.push_chars(part);
         }
@@ -158,38 +168,81 @@ class RegistryHandler
     }
     bool on_string(json::string_view part, std::size_t, json::error_code&)
     {
-        return Scalar([&] { m_Stack.push_string(part); });
+        if (OfAttribute())
+        {
+            const std::string_view text = WholeOf(m_Text, part);
+            m_Draft.Put(text, m_Depth - ListDepth, IsOfWhole(text));
+            m_Text.clear();
+            return true;
+        }
+        return Scalar([&] { m_Stack.push_string(part); }, nullptr);
     }
     bool on_number_part(json::string_view, json::error_code&) { return true; }
     bool on_int64(std::int64_t number, json::string_view, json::error_code&)
     {
-        return Scalar([&] { m_Stack.push_int64(number); });
+        return Scalar([&] { m_Stack.push_int64(number); }, number);
     }
     bool on_uint64(std::uint64_t number, json::string_view, json::error_code&)
     {
-        return Scalar([&] { m_Stack.push_uint64(number); });
+        return Scalar([&] { m_Stack.push_uint64(number); }, number);
     }
     bool on_double(double number, json::string_view, json::error_code&)
     {
-        return Scalar([&] { m_Stack.push_double(number); });
+        return Scalar([&] { m_Stack.push_double(number); }, number);
     }
     bool on_bool(bool flag, json::error_code&)
     {
-        return Scalar([&] { m_Stack.push_bool(flag); });
+        return Scalar([&] { m_Stack.push_bool(flag); }, flag);
     }
     bool on_null(json::error_code&)
     {
-        return Scalar([&] { m_Stack.push_null(); });
+        return Scalar([&] { m_Stack.push_null(); }, nullptr);
     }
     bool on_comment_part(json::string_view, json::error_code&) { return true; }
     bool on_comment(json::string_view, json::error_code&) { return true; }
 
   private:
+    static constexpr std::size_t ListDepth = 3;
+
     /// Within an element of a list.
-    bool Building() const { return m_Open != List::None && m_Depth >= 4; }
+    bool Building() const { return m_Open != List::None && m_Depth > ListDepth; }
+    bool OfAttribute() const { return m_Open == List::Attributes && m_Depth > ListDepth; }
+
+    /// The end of a text with what came before it.
+    static std::string_view WholeOf(std::string& begun, json::string_view end)
+    {
+        if (begun.empty())
+        {
+            return {end.data(), end.size()};
+        }
+        return begun.append(end.data(), end.size());
+    }
+    bool IsOfWhole(std::string_view text) const
+    {
+        const std::less_equal<> before;
+        return before(m_Whole.data(), text.data()) &&
+               before(text.data() + text.size(), m_Whole.data() + m_Whole.size());
+    }
+
+    /// An object or an array.
+    void BeginValue(bool isObject)
+    {
+        if (OfAttribute())
+        {
+            m_Draft.Put(isObject ? Container::Object : Container::Array, m_Depth - ListDepth);
+        }
+        else if (m_Open != List::None && m_Depth == ListDepth)
+        {
+            BeginElement(isObject);
+        }
+        else
+        {
+            BeginMember();
+        }
+    }
 
     /// A member that comes a second time makes the first one void, whatever its kind.
-    void BeginValue()
+    void BeginMember()
     {
         if (m_Depth == 1 && m_InEntriesMember)
         {
@@ -202,27 +255,47 @@ class RegistryHandler
         {
             Forget(m_Member);
         }
-        else if (m_Open != List::None && m_Depth == 3)
+    }
+
+    void BeginElement(bool isObject)
+    {
+        m_ElementIsObject = isObject;
+        if (m_Open == List::Attributes)
+        {
+            m_Draft.Begin();
+        }
+        else
         {
             // Made anew: one that is released keeps the size that its blocks have grown to, and doubles it.
-            m_Element.emplace(m_Buffer.data(), m_Buffer.size());
-            m_Stack.reset(IsKept() ? &m_Lists.Memory : &*m_Element);
+            m_Stack.reset(IsKept() ? &m_Lists.Memory : &m_Dropped.emplace());
         }
     }
 
     void EndElement()
     {
-        if (m_Open != List::None && m_Depth == 3)
+        if (m_Open == List::Attributes && m_Depth == ListDepth)
+        {
+            m_Attributes.Take(m_ElementIsObject ? &m_Draft : nullptr);
+        }
+        else if (m_Open != List::None && m_Depth == ListDepth)
         {
             Deliver(m_Stack.release());
         }
     }
 
-    template <class Push> bool Scalar(const Push& push)
+    template <class Push> bool Scalar(const Push& push, const AttributeDraft::Value& scalar)
     {
-        if (Building())
+        if (OfAttribute())
+        {
+            m_Draft.Put(scalar, m_Depth - ListDepth);
+        }
+        else if (Building())
         {
             push();
+        }
+        else if (m_Open == List::Attributes)
+        {
+            m_Attributes.Take(nullptr);
         }
         else if (m_Open != List::None)
         {
@@ -230,18 +303,13 @@ class RegistryHandler
         }
         else
         {
-            BeginValue();
+            BeginMember();
         }
         return true;
     }
 
     void Deliver(json::value element)
     {
-        if (m_Open == List::Attributes)
-        {
-            m_Attributes.Take(element);
-            return;
-        }
         RegistryLists::List& list = ListOf(m_Open);
         if (++list.Count <= list.Most)
         {
@@ -250,7 +318,7 @@ class RegistryHandler
     }
 
     /// Whether the element that begins outlives its end.
-    bool IsKept() { return m_Open != List::Attributes && ListOf(m_Open).Count < ListOf(m_Open).Most; }
+    bool IsKept() { return ListOf(m_Open).Count < ListOf(m_Open).Most; }
 
     void Forget(List list)
     {
@@ -267,16 +335,21 @@ class RegistryHandler
 
     RegistryLists::List& ListOf(List list) { return list == List::Menus ? m_Lists.Menus : m_Lists.Dependencies; }
 
+    std::string_view m_Whole;
     RegistryLists& m_Lists;
     const AttributeActions& m_Attributes;
-    std::array<unsigned char, ElementBytes> m_Buffer;
-    std::optional<json::monotonic_resource> m_Element;
+    AttributeDraft m_Draft;
+    /// Of an element of another list that is above the cap.
+    std::optional<json::monotonic_resource> m_Dropped;
     json::value_stack m_Stack;
+    /// The beginnings of a key and of a text that come in parts.
     std::string m_Key;
+    std::string m_Text;
     std::size_t m_Depth = 0;
     List m_Member = List::None;
     /// The list whose elements are being read.
     List m_Open = List::None;
+    bool m_ElementIsObject = false;
     bool m_RootIsObject = false;
     bool m_HasEntries = false;
     bool m_HasAttributes = false;
@@ -301,7 +374,7 @@ std::string ReadRegistryText(std::string_view text, RegistryLists& lists, const 
     }
     json::parse_options options;
     options.max_depth = MaxRegistryDepth;
-    json::basic_parser<RegistryHandler> parser(options, lists, attributes);
+    json::basic_parser<RegistryHandler> parser(options, text, lists, attributes);
     json::error_code failure;
     const std::size_t read = parser.write_some(false, text.data(), text.size(), failure);
     if (!failure && read < text.size())

@@ -9,6 +9,7 @@
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/value.hpp>
 
+#include "AttributeDraft.h"
 #include "AttributeRegistry.h"
 
 namespace Tavrine
@@ -40,8 +41,8 @@ struct AttributeActions
 {
     /// The list begins; what was handed over before does not count.
     std::function<void()> Begin;
-    /// An element of any kind; it is gone when this returns.
-    std::function<void(const boost::json::value& element)> Take;
+    /// An element; nullptr for one that is no object. The draft is filled anew when this has returned.
+    std::function<void(AttributeDraft* attribute)> Take;
 };
 
 /// Reads a registry's text. Of several members of one name the last one counts, as usual

@@ -86,7 +86,7 @@ void JudgeAll(const std::vector<WantedValue>& wanted, const SettingValueMap& val
     {
         return;
     }
-    Tavrine::JointEvaluation joint(wanted.front().Setting->Evaluated().Now(values), values, wanted);
+    Tavrine::JointEvaluation joint(wanted.front().Setting->Evaluated()->Now(values), values, wanted);
     for (const WantedValue& one : wanted)
     {
         const std::string& name = one.Setting->Attribute().Name();
@@ -142,14 +142,14 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const std::
     {
         return result;
     }
-    const auto found = m_Settings.find(name);
-    if (found == m_Settings.end())
+    const RedfishConfigSetting* const known = SettingNamed(name);
+    if (known == nullptr)
     {
         result = UnknownSetting(name);
     }
     else
     {
-        const RedfishConfigSetting& setting = *found->second;
+        const RedfishConfigSetting& setting = *known;
         const DependencyEvaluation& now = Now();
         const bool noDefault = IsDefaultAction(action) &&
                                !Tavrine::HasValue(now.Now(setting.Index(), Tavrine::SettingProperty::DefaultValue));
@@ -183,13 +183,13 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const Setti
     std::vector<WantedValue> wanted;
     for (const auto& [name, text] : values)
     {
-        const auto found = m_Settings.find(name);
-        if (found == m_Settings.end())
+        const RedfishConfigSetting* const known = SettingNamed(name);
+        if (known == nullptr)
         {
             failures.emplace(name, UnknownSetting(name));
             continue;
         }
-        const RedfishConfigSetting& setting = *found->second;
+        const RedfishConfigSetting& setting = *known;
         if (const char* reason = ReasonToLeaveOut(setting, action, now))
         {
             LogLeftOut(name, reason);

@@ -1,6 +1,7 @@
 #include "SettingModel.h"
 
 #include <algorithm>
+#include <functional>
 #include <numeric>
 #include <utility>
 
@@ -9,6 +10,20 @@ namespace Tavrine
 
 namespace
 {
+
+template <class Less> std::vector<std::size_t> SortedBy(const AttributeRegistry& registry, const Less& less)
+{
+    std::vector<std::size_t> sorted(registry.Attributes.size());
+    std::iota(sorted.begin(), sorted.end(), std::size_t{0});
+    const auto before = [&](std::size_t left, std::size_t right)
+    { return less(registry.Attributes[left].Name(), registry.Attributes[right].Name()); };
+    // Many registries are in order.
+    if (!std::is_sorted(sorted.begin(), sorted.end(), before))
+    {
+        std::sort(sorted.begin(), sorted.end(), before);
+    }
+    return sorted;
+}
 
 void SortUnique(std::vector<std::size_t>& indexes)
 {
@@ -167,17 +182,16 @@ void SettingModel::AddSettingsBelow(std::vector<std::size_t> menus, std::vector<
     }
 }
 
+const std::vector<std::size_t>& SettingModel::ByName() const
+{
+    std::call_once(m_NamesSorted, [this] { m_ByName = SortedBy(m_Registry, std::less<>()); });
+    return m_ByName;
+}
+
 const std::vector<std::size_t>& SettingModel::ByLoweredName() const
 {
-    std::call_once(m_Sorted,
-                   [this]
-                   {
-                       m_ByLoweredName.resize(m_Registry.Attributes.size());
-                       std::iota(m_ByLoweredName.begin(), m_ByLoweredName.end(), std::size_t{0});
-                       std::sort(m_ByLoweredName.begin(), m_ByLoweredName.end(),
-                                 [this, less = CaseInsensitiveComparator()](std::size_t left, std::size_t right)
-                                 { return less(Attribute(left).Name(), Attribute(right).Name()); });
-                   });
+    std::call_once(m_LoweredNamesSorted,
+                   [this] { m_ByLoweredName = SortedBy(m_Registry, CaseInsensitiveComparator()); });
     return m_ByLoweredName;
 }
 

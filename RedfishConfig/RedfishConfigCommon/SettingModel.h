@@ -37,6 +37,9 @@ class SettingModel
     std::size_t SlotOfAttribute(std::size_t attribute, SettingProperty property) const;
     std::size_t SlotOfMenu(std::size_t menu, SettingProperty flag) const;
 
+    /// All attributes in the order of their names.
+    const std::vector<std::size_t>& ByName() const;
+
     /// The other settings that dependencies connect with this one, in either
     /// direction, each once, in the order of the registry.
     std::vector<std::string> RelatedSettings(std::size_t attribute) const;
@@ -70,10 +73,12 @@ class SettingModel
     std::vector<std::vector<std::size_t>> m_ChildMenus;
     const std::vector<std::size_t>& ByLoweredName() const;
 
-    /// Attribute indexes in the order of CaseInsensitiveComparator; sorted at the first
+    /// Attribute indexes, by name and in the order of CaseInsensitiveComparator; sorted at the first
     /// question, since most runs have none.
+    mutable std::vector<std::size_t> m_ByName;
+    mutable std::once_flag m_NamesSorted;
     mutable std::vector<std::size_t> m_ByLoweredName;
-    mutable std::once_flag m_Sorted;
+    mutable std::once_flag m_LoweredNamesSorted;
 };
 
 } // namespace Tavrine

@@ -37,8 +37,9 @@ enum class SettingProperty : std::uint8_t
     CurrentValue,
 };
 constexpr std::size_t PropertyCount = 17;
-constexpr std::array FlagProperties = {SettingProperty::ReadOnly, SettingProperty::WriteOnly, SettingProperty::GrayOut,
-                                       SettingProperty::Hidden, SettingProperty::Immutable};
+inline constexpr std::array FlagProperties = {SettingProperty::ReadOnly, SettingProperty::WriteOnly,
+                                              SettingProperty::GrayOut, SettingProperty::Hidden,
+                                              SettingProperty::Immutable};
 
 /// By the word of the registry, compared exactly.
 std::optional<SettingProperty> PropertyFromWord(std::string_view word);

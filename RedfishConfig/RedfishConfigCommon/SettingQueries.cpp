@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Dependencies.h"
+#include "OrderedLookup.h"
 #include "PatchContexts.h"
 #include "RedfishConfigSetting.h"
 #include "SettingModel.h"
@@ -143,13 +144,15 @@ RedfishConfigResult RedfishConfigSettingManager::QueryAll(SettingStringMap& text
         return result;
     }
     const DependencyEvaluation& now = Now();
-    for (const auto& [name, setting] : m_Settings)
+    const std::shared_ptr<Tavrine::EvaluatedModel>& evaluated = m_Settings.begin()->second->Evaluated();
+    for (const std::size_t index : Model().ByName())
     {
+        const std::shared_ptr<RedfishConfigSetting> setting = MakeSetting(evaluated, index);
         std::string text;
         const RedfishConfigResult one = (this->*query)(*setting, now, text);
         if (one == 0)
         {
-            texts.emplace_hint(texts.end(), name, std::move(text));
+            texts.emplace_hint(texts.end(), setting->Attribute().Name(), std::move(text));
         }
         else
         {
@@ -161,7 +164,8 @@ RedfishConfigResult RedfishConfigSettingManager::QueryAll(SettingStringMap& text
         return result;
     }
     return {CodePartlyDone,
-            std::to_string(m_ErrorList.size()) + " of " + std::to_string(m_Settings.size()) + " settings are missing.",
+            std::to_string(m_ErrorList.size()) + " of " + std::to_string(Model().ByName().size()) +
+                " settings are missing.",
             ""};
 }
 
@@ -208,11 +212,15 @@ RedfishConfigResult RedfishConfigSettingManager::FetchSaveSettingValues(SettingS
     {
         return result;
     }
-    const Tavrine::SettingModel& model = m_Settings.begin()->second->Model();
+    const Tavrine::SettingModel& model = Model();
     const LastingLocks locks(model, Now());
-    for (const auto& [name, setting] : m_Settings)
+    Tavrine::OrderedLookup known(m_Values);
+    for (const std::size_t index : model.ByName())
     {
-        const auto reported = m_Values.find(name);
+        const std::shared_ptr<RedfishConfigSetting> setting =
+            MakeSetting(m_Settings.begin()->second->Evaluated(), index);
+        const std::string& name = setting->Attribute().Name();
+        const auto reported = known.Find(name);
         const Tavrine::OptionalVar value =
             reported != m_Values.end()
                 ? reported->second

@@ -39,7 +39,7 @@ std::vector<std::string> RedfishConfigSettingManager::GetSettingNames()
     }
     else if (!m_Settings.empty())
     {
-        for (const RegistryAttribute& attribute : m_Settings.begin()->second->Model().Registry().Attributes)
+        for (const RegistryAttribute& attribute : Model().Registry().Attributes)
         {
             names.push_back(attribute.Name());
         }

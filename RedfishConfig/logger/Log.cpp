@@ -1,6 +1,10 @@
 #include "Log.h"
 
+#include <array>
 #include <chrono>
+#include <cstddef>
+#include <locale>
+#include <new>
 #include <utility>
 
 #include "Dispatch.h"
@@ -8,19 +12,39 @@
 namespace Tavrine
 {
 
+namespace
+{
+
+/// Insertions into a stream that is not good format nothing. One for each thread, since they
+/// set its state; never destroyed, as destructors of other static objects may still log. It has
+/// no memory of its own, the classic locale's being everybody's.
+std::ostringstream& Unwanted()
+{
+    alignas(std::ostringstream) constinit thread_local std::array<std::byte, sizeof(std::ostringstream)> storage{};
+    constinit thread_local std::ostringstream* stream = nullptr;
+    if (stream == nullptr)
+    {
+        stream = new (storage.data()) std::ostringstream;
+        stream->imbue(std::locale::classic());
+        stream->setstate(std::ios_base::badbit);
+    }
+    return *stream;
+}
+
+} // namespace
+
 Log::Log(unsigned int level, const char* sourcePath, int sourceLine)
     : m_Level(level), m_SourcePath(sourcePath), m_SourceLine(sourceLine)
 {
-    if (!Logging::IsWanted(level))
+    if (Logging::IsWanted(level))
     {
-        // Insertions into a stream that is not good format nothing.
-        m_Stream.setstate(std::ios_base::badbit);
+        m_Stream.emplace();
     }
 }
 
 Log::~Log()
 {
-    if (m_Stream.bad() || !Logging::IsWanted(m_Level))
+    if (!m_Stream || m_Stream->bad() || !Logging::IsWanted(m_Level))
     {
         return;
     }
@@ -29,11 +53,11 @@ Log::~Log()
     record.SourcePath = m_SourcePath != nullptr ? m_SourcePath : "";
     record.SourceLine = m_SourceLine;
     record.Context = Logging::CurrentContext();
-    record.Text = std::move(m_Stream).str();
+    record.Text = std::move(*m_Stream).str();
     record.Time = std::chrono::system_clock::now();
     Logging::Dispatch(record);
 }
 
-std::ostringstream& Log::Stream() { return m_Stream; }
+std::ostringstream& Log::Stream() { return m_Stream ? *m_Stream : Unwanted(); }
 
 } // namespace Tavrine

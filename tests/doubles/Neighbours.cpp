@@ -200,11 +200,11 @@ namespace Tavrine
 {
 
 Log::Log(unsigned int level, const char* sourcePath, int sourceLine)
-    : m_Level(level), m_SourcePath(sourcePath), m_SourceLine(sourceLine)
+    : m_Level(level), m_SourcePath(sourcePath), m_SourceLine(sourceLine), m_Stream(std::in_place)
 {
 }
-Log::~Log() { TheWorld().Logs.push_back({m_Level, m_Stream.str()}); }
-std::ostringstream& Log::Stream() { return m_Stream; }
+Log::~Log() { TheWorld().Logs.push_back({m_Level, m_Stream->str()}); }
+std::ostringstream& Log::Stream() { return *m_Stream; }
 
 int GlobalConfig::GetConfigItem(const std::string key, std::string& value)
 {

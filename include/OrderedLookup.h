@@ -1,0 +1,36 @@
+#pragma once
+
+#include <iterator>
+#include <string>
+#include <utility>
+
+namespace Tavrine
+{
+
+/// Finds names in a map of settings. One that stands right behind the name found before it costs one
+/// comparison of bytes, so that a walk through names in the map's order is linear; any other is found as
+/// by the map itself. The map outlives this object and keeps its entries meanwhile.
+template <class Map> class OrderedLookup
+{
+  public:
+    using Iterator = decltype(std::declval<Map&>().begin());
+
+    explicit OrderedLookup(Map& map) : m_Map(map), m_Next(map.begin()) {}
+
+    /// @return as Map::find.
+    Iterator Find(const std::string& name)
+    {
+        const Iterator found = m_Next != m_Map.end() && m_Next->first == name ? m_Next : m_Map.find(name);
+        if (found != m_Map.end())
+        {
+            m_Next = std::next(found);
+        }
+        return found;
+    }
+
+  private:
+    Map& m_Map;
+    Iterator m_Next;
+};
+
+} // namespace Tavrine
