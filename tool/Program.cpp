@@ -13,6 +13,7 @@
 #include "Bmc.h"
 #include "Command.h"
 #include "GlobalConfig.h"
+#include "Heap.h"
 #include "JsonOutput.h"
 #include "Logging.h"
 #include "Options.h"
@@ -189,6 +190,7 @@ int RunProgram(int argc, char** argv)
     {
         return TellWithoutRun(parsed);
     }
+    ReserveHeap();
     Answer answer;
     try
     {

@@ -208,11 +208,14 @@ class Planner
         return false;
     }
 
-    /// The text that the library compares and checks: decimal where it converts.
+    /// The text that the library compares and checks: decimal where it converts. What it does not convert,
+    /// such as a number beyond 64 bits, could still be read as a decimal one; as it stands here it is refused.
     std::string CheckedText(const SetSetting& setting, const OptionalVar& current) const
     {
-        const bool converted = m_Options.Hex && IsNumSetting(current) && isHexString(setting.Value);
-        return converted ? HexToDec(setting.Value) : setting.Value;
+        const bool hexadecimal = m_Options.Hex && IsNumSetting(current);
+        return !hexadecimal                 ? setting.Value
+               : isHexString(setting.Value) ? HexToDec(setting.Value)
+                                            : "0x" + setting.Value;
     }
 
     void PlanChecked()

@@ -155,7 +155,7 @@ void BiosBasicSettingAssistant::CompareAll(SettingCompareMap& compare) const
         }
         if (pending != effective->second)
         {
-            compare[name] = {effectiveText, pendingText};
+            compare.insert_or_assign(compare.end(), name, std::pair(std::move(effectiveText), std::move(pendingText)));
         }
     }
 }

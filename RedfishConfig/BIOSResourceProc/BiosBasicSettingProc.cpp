@@ -96,7 +96,8 @@ RedfishConfigResult BiosBasicSettingProc::QueryGroupSettingValues(SettingStringM
                 TAVRINE_LOG(LogDetail) << name << " current value is invalid, so skipped.";
                 continue;
             }
-            values[m_SecondPrefix + "." + name] = ShowsHex(value) ? DecToHex(text) : text;
+            values.insert_or_assign(values.end(), m_SecondPrefix + "." + name,
+                                    ShowsHex(value) ? DecToHex(text) : std::move(text));
         }
     }
     else if (m_Options.OutputFormat == JsonOutput)
@@ -222,9 +223,9 @@ RedfishConfigResult BiosBasicSettingProc::CompareSettingPendingValues(SettingCom
     const std::string& prefix = settingName.empty() ? m_SecondPrefix : m_Prefix;
     if (m_Options.OutputFormat == TextOutput)
     {
-        for (const auto& [name, texts] : found)
+        for (auto& [name, texts] : found)
         {
-            compare[prefix + "." + name] = texts;
+            compare.insert_or_assign(compare.end(), prefix + "." + name, std::move(texts));
         }
     }
     else if (m_Options.OutputFormat == JsonOutput && !found.empty())

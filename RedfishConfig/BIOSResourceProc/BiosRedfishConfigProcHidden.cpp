@@ -36,18 +36,13 @@ constexpr std::array<const char*, 9> HardcodedNames = {
 
 template <typename Map> void DropMatches(Map& map, const std::vector<std::string>& keywords)
 {
-    Map kept;
-    for (const auto& entry : map)
-    {
-        const bool hidden = std::any_of(keywords.begin(), keywords.end(),
-                                        [&entry](const std::string& keyword)
-                                        { return entry.first.find(keyword) != std::string::npos; });
-        if (!hidden)
-        {
-            kept.insert(entry);
-        }
-    }
-    map = std::move(kept);
+    std::erase_if(map,
+                  [&keywords](const auto& entry)
+                  {
+                      return std::any_of(keywords.begin(), keywords.end(),
+                                         [&entry](const std::string& keyword)
+                                         { return entry.first.find(keyword) != std::string::npos; });
+                  });
 }
 
 template <typename Map> void DropHardcoded(Map& map, int systemKind, const std::string& secondPrefix)

@@ -106,9 +106,9 @@ void BiosRedfishConfigProc::SortRestored(const SettingStringMap& restoreValues, 
     }
     for (const auto& [name, value] : restoreValues)
     {
-        if (!failedNames.contains(boost::algorithm::to_lower_copy(name)))
+        if (failedNames.empty() || !failedNames.contains(boost::algorithm::to_lower_copy(name)))
         {
-            doneValues.emplace(m_Prefix + "." + name, value);
+            doneValues.emplace_hint(doneValues.end(), m_Prefix + "." + name, value);
         }
     }
     for (RedfishConfigResult& error : errors)

@@ -5,6 +5,7 @@
 #include <exception>
 #include <fstream>
 
+#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
@@ -53,23 +54,20 @@ std::string ReadUpTo(std::istream& file, std::size_t most)
 
 } // namespace
 
-bool ParseJson(const std::string& text, boost::json::value& root)
+std::optional<boost::json::value> ParseJson(const std::string& text)
 try
 {
     boost::json::error_code error;
-    boost::json::value parsed = boost::json::parse(text, error);
-    if (error)
-    {
-        return false;
-    }
-    root = std::move(parsed);
-    return true;
+    // Read and never changed, so its memory may grow alone and go at one stroke.
+    boost::json::value parsed =
+        boost::json::parse(text, error, boost::json::make_shared_resource<boost::json::monotonic_resource>());
+    return error ? std::nullopt : std::optional(std::move(parsed));
 }
 // GCOV_EXCL_START
 // Memory alone can do this.
 catch (const std::exception&)
 {
-    return false;
+    return std::nullopt;
 }
 // GCOV_EXCL_STOP
 
@@ -99,8 +97,8 @@ bool ReadStringNode(const boost::json::value& root, std::initializer_list<std::s
 
 bool ReadStringNode(const std::string& document, std::initializer_list<std::string_view> path, std::string& text)
 {
-    boost::json::value root;
-    return ParseJson(document, root) && ReadStringNode(root, path, text);
+    const std::optional<boost::json::value> root = ParseJson(document);
+    return root && ReadStringNode(*root, path, text);
 }
 
 std::string ReadDebugConfigNode(const std::string& path, std::string_view key)
@@ -117,12 +115,11 @@ std::string ReadDebugConfigNode(const std::string& path, std::string_view key)
         content.clear();
     }
 
-    boost::json::value root;
-    const boost::json::value* node = ParseJson(content, root) ? FindNode(root, {key}) : nullptr;
+    const std::optional<boost::json::value> root = ParseJson(content);
+    const boost::json::value* node = root ? FindNode(*root, {key}) : nullptr;
     const std::string text = node != nullptr ? boost::json::serialize(*node) : std::string();
-    boost::json::value written;
     // A number that no double holds is read as infinite, which JSON has no text for.
-    if (!ParseJson(text, written))
+    if (!ParseJson(text))
     {
         TAVRINE_LOG(LogFailure) << "Failed to get the schema from debug config file";
         return boost::json::serialize(boost::json::value(nullptr));

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,8 +14,8 @@ namespace Tavrine
 /// The most that is read of a debug configuration file: what a BMC's answer may have.
 inline constexpr std::size_t MaxDebugConfigBytes = 67'108'864;
 
-/// Parses a text. @return false when it is no JSON; `root` is then untouched.
-bool ParseJson(const std::string& text, boost::json::value& root);
+/// Parses a text. @return nothing when it is no JSON.
+std::optional<boost::json::value> ParseJson(const std::string& text);
 
 /// Finds the node at a path of object keys. @return null when it is missing.
 const boost::json::value* FindNode(const boost::json::value& root, std::initializer_list<std::string_view> path);

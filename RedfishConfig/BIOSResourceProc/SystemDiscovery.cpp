@@ -13,12 +13,12 @@ namespace
 
 bool FirstMember(const std::string& collection, std::string& memberURL)
 {
-    boost::json::value root;
-    if (!ParseJson(collection, root))
+    const std::optional<boost::json::value> root = ParseJson(collection);
+    if (!root)
     {
         return false;
     }
-    const boost::json::value* members = FindNode(root, {"Members"});
+    const boost::json::value* members = FindNode(*root, {"Members"});
     if (members == nullptr || !members->is_array())
     {
         return false;

@@ -302,6 +302,14 @@ const RegistryDependency* DependencyEvaluation::Cause(std::size_t attribute, Set
     return flag.On && flag.Cause != NoIndex ? &m_Model->Registry().Dependencies[flag.Cause] : nullptr;
 }
 
+bool DependencyEvaluation::MayForce(std::size_t attribute) const
+{
+    const std::size_t menu = m_Model->Attribute(attribute).Menu;
+    return m_Model->HasDependencies(attribute) ||
+           (menu != NoIndex && std::any_of(m_MenuFlags[menu].begin(), m_MenuFlags[menu].end(),
+                                           [](const MenuFlag& flag) { return flag.Cause != NoIndex; }));
+}
+
 std::string ConditionText(const RegistryDependency& dependency)
 {
     std::string text;

@@ -58,6 +58,9 @@ class DependencyEvaluation
     /// menu; nullptr for none. For a flag: that sets it.
     const RegistryDependency* Cause(std::size_t attribute, SettingProperty property) const;
 
+    /// Whether some property of the attribute may have such a cause.
+    bool MayForce(std::size_t attribute) const;
+
     /// False when the bound was hit first: then this is the outcome of the last
     /// round.
     bool Settled() const { return m_Settled; }

@@ -40,6 +40,16 @@ const DependencyEvaluation& EvaluatedModel::Now(const SettingValueMap& values)
     return *m_Now;
 }
 
+const OptionalVar* EvaluatedModel::ValueOf(const std::string& name, const SettingValueMap& values)
+{
+    if (!m_Values)
+    {
+        m_Values.emplace(values);
+    }
+    const auto found = m_Values->Find(name);
+    return found != values.end() ? &found->second : nullptr;
+}
+
 void EvaluatedModel::ValuesMoved(std::vector<std::string> names)
 {
     m_Moved.insert(m_Moved.end(), std::make_move_iterator(names.begin()), std::make_move_iterator(names.end()));

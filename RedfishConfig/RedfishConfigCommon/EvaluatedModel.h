@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Dependencies.h"
+#include "OrderedLookup.h"
 #include "SettingModel.h"
 #include "ValueTypes.h"
 
@@ -24,12 +25,16 @@ class EvaluatedModel
 
     /// @param values  those of the manager, the same until ValuesMoved is called.
     const DependencyEvaluation& Now(const SettingValueMap& values);
+    /// What `values` holds for a setting, nullptr for nothing; settings are asked about in the order of
+    /// their names, mostly. Always the same map, from which nothing is taken.
+    const OptionalVar* ValueOf(const std::string& name, const SettingValueMap& values);
     /// @param names  the values that are other than before.
     void ValuesMoved(std::vector<std::string> names);
 
   private:
     std::shared_ptr<const SettingModel> m_Model;
     std::optional<DependencyEvaluation> m_Now;
+    std::optional<OrderedLookup<const SettingValueMap>> m_Values;
     /// Moved since m_Now was worked out.
     std::vector<std::string> m_Moved;
 };

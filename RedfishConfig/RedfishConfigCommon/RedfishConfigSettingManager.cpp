@@ -250,13 +250,15 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std:
         info.SettingType.reset();
     }
     ApplyDependencies(setting, Now(), info);
-    const auto value = m_Values.find(name);
-    if (value != m_Values.end())
+    if (const Tavrine::OptionalVar* const value = setting.Evaluated()->ValueOf(name, m_Values))
     {
-        info.CurrentValue = value->second;
+        info.CurrentValue = *value;
     }
     info.DependencyNames = setting.Model().RelatedSettings(setting.Index());
-    info.ForcedBy = ForcedOn(setting);
+    if (Now().MayForce(setting.Index()))
+    {
+        info.ForcedBy = ForcedOn(setting);
+    }
     return result;
 }
 

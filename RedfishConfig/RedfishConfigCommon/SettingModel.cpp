@@ -93,7 +93,7 @@ std::size_t SettingModel::FindSlot(std::size_t owner, SettingProperty property) 
 
 std::size_t SettingModel::SlotOfAttribute(std::size_t attribute, SettingProperty property) const
 {
-    return m_DependenciesOn[attribute].empty() ? NoIndex : FindSlot(attribute, property);
+    return HasDependencies(attribute) ? FindSlot(attribute, property) : NoIndex;
 }
 
 std::size_t SettingModel::SlotOfMenu(std::size_t menu, SettingProperty flag) const

@@ -33,6 +33,8 @@ class SettingModel
 
     const std::vector<DependencySlot>& Slots() const { return m_Slots; }
     std::size_t SlotOfDependency(std::size_t dependency) const { return m_SlotOfDependency[dependency]; }
+    /// Whether dependencies name it as what they force.
+    bool HasDependencies(std::size_t attribute) const { return !m_DependenciesOn[attribute].empty(); }
     /// NoIndex where no dependency forces it.
     std::size_t SlotOfAttribute(std::size_t attribute, SettingProperty property) const;
     std::size_t SlotOfMenu(std::size_t menu, SettingProperty flag) const;

@@ -155,6 +155,21 @@ TEST_F(SetCommand, InHexadecimalModeNumbersAreComparedAndShownSo)
     EXPECT_EQ(Set({"Timeout=2Z"}).Code, 10);
 }
 
+TEST_F(SetCommand, InHexadecimalModeANumberBeyond64BitsIsRefusedAndNotReadAsDecimal)
+{
+    Given.Hex = true;
+    const std::string bound = R"(,"UpperBound":255)";
+    Front.Registry.second.erase(Front.Registry.second.find(bound), bound.size());
+    for (const char* number : {"10000000000000000", "18446744073709551615", "-9000000000000000"})
+    {
+        const Answer answer = Set({std::string("Timeout=") + number});
+        EXPECT_EQ(answer.Code, 10) << number;
+        EXPECT_NE(LastWords(answer).find("the setting BIOS.Timeout takes a hexadecimal number"), std::string::npos)
+            << LastWords(answer);
+    }
+    EXPECT_TRUE(Front.Done.empty());
+}
+
 TEST_F(SetCommand, DataTellsOutcomesAndTypedValues)
 {
     EXPECT_EQ(SetData({"Timeout=20", "Mode=Uefi", "NumLock=maybe"}),
