@@ -51,17 +51,23 @@ std::size_t CommonBytes(std::string_view left, std::string_view right)
 {
     using Block = std::uint64_t;
     const std::size_t most = std::min(left.size(), right.size());
-    std::size_t common = 0;
-    for (; common + sizeof(Block) <= most; common += sizeof(Block))
+    const auto same = [&](std::size_t at)
     {
         Block one = 0;
         Block other = 0;
-        std::memcpy(&one, left.data() + common, sizeof(Block));
-        std::memcpy(&other, right.data() + common, sizeof(Block));
-        if (one != other)
-        {
-            break;
-        }
+        std::memcpy(&one, left.data() + at, sizeof(Block));
+        std::memcpy(&other, right.data() + at, sizeof(Block));
+        return one == other;
+    };
+    std::size_t common = 0;
+    while (common + sizeof(Block) <= most && same(common))
+    {
+        common += sizeof(Block);
+    }
+    // The last block overlaps the one before it.
+    if (most - common < sizeof(Block) && most >= sizeof(Block) && same(most - sizeof(Block)))
+    {
+        return most;
     }
     while (common < most && left[common] == right[common])
     {

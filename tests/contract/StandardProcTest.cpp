@@ -207,4 +207,52 @@ TEST_F(StandardProc, NodeThatIsNoStringIsRefusedAndLeavesTheText)
     }
 }
 
+/// Whatever stands at the path and beside it, twice or nested, the text is the one that a document of it has.
+TEST_F(StandardProc, NodeIsThatOfADocument)
+{
+    const std::vector<std::string> values = {
+        "1",
+        "null",
+        R"("text")",
+        R"("\u00e4\"\n")",
+        "[]",
+        R"([{"b":"in an array"}])",
+        "{}",
+        R"({"b":"inner"})",
+        R"({"b":1})",
+        R"({"b":"inner","b":2})",
+        R"({"b":{"b":"deep"}})",
+        R"({"c":{"b":"aside"},"b":"after"})",
+        R"({"b":"inner","c":["x",{"b":"aside"},"y"]})",
+        R"({"\u0062":"escaped"})",
+        R"({"b":")" + std::string(5000, 'x') + R"(\u00e4"})",
+    };
+    std::size_t found = 0;
+    for (const std::string& first : values)
+    {
+        for (const std::string& second : values)
+        {
+            for (const char* key : {"a", "b", "\\u0061"})
+            {
+                const std::string document = R"({"a":)" + first + ",\"" + key + "\":" + second + "}";
+                const boost::json::value root = boost::json::parse(document);
+                for (const auto& path : {std::vector<std::string_view>{"a"}, std::vector<std::string_view>{"a", "b"},
+                                         std::vector<std::string_view>{"b", "b"}})
+                {
+                    std::string expected = "before";
+                    std::string text = "before";
+                    const bool isThere = path.size() == 1 ? ReadStringNode(root, {path[0]}, expected)
+                                                          : ReadStringNode(root, {path[0], path[1]}, expected);
+                    const bool read = path.size() == 1 ? ReadStringNode(document, {path[0]}, text)
+                                                       : ReadStringNode(document, {path[0], path[1]}, text);
+                    EXPECT_EQ(read, isThere) << document;
+                    EXPECT_EQ(text, expected) << document;
+                    found += read ? 1U : 0U;
+                }
+            }
+        }
+    }
+    EXPECT_GT(found, 300U);
+}
+
 } // namespace
