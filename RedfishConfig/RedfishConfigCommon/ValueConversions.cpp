@@ -1,6 +1,7 @@
 #include "ValueConversions.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -51,23 +52,26 @@ std::size_t CommonBytes(std::string_view left, std::string_view right)
 {
     using Block = std::uint64_t;
     const std::size_t most = std::min(left.size(), right.size());
-    const auto same = [&](std::size_t at)
+    const auto difference = [&](std::size_t at)
     {
         Block one = 0;
         Block other = 0;
         std::memcpy(&one, left.data() + at, sizeof(Block));
         std::memcpy(&other, right.data() + at, sizeof(Block));
-        return one == other;
+        return one ^ other;
     };
     std::size_t common = 0;
-    while (common + sizeof(Block) <= most && same(common))
+    while (common < most && most >= sizeof(Block))
     {
-        common += sizeof(Block);
-    }
-    // The last block overlaps the one before it.
-    if (most - common < sizeof(Block) && most >= sizeof(Block) && same(most - sizeof(Block)))
-    {
-        return most;
+        // The last block may overlap the one before it.
+        const std::size_t at = std::min(common, most - sizeof(Block));
+        if (const Block bits = difference(at); bits != 0)
+        {
+            const int equal =
+                std::endian::native == std::endian::little ? std::countr_zero(bits) : std::countl_zero(bits);
+            return at + static_cast<std::size_t>(equal) / 8;
+        }
+        common = at + sizeof(Block);
     }
     while (common < most && left[common] == right[common])
     {
