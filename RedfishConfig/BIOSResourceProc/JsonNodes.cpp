@@ -124,14 +124,17 @@ class StringNodeReader
         }
         return true;
     }
-    bool on_number_part(View, Error&) { return true; }
     bool on_int64(std::int64_t, View, Error&) { return Scalar(); }
     bool on_uint64(std::uint64_t, View, Error&) { return Scalar(); }
     bool on_double(double, View, Error&) { return Scalar(); }
     bool on_bool(bool, Error&) { return Scalar(); }
     bool on_null(Error&) { return Scalar(); }
+    // GCOV_EXCL_START
+    // Asked for, and called for numbers that come in parts and for comments alone; neither comes.
+    bool on_number_part(View, Error&) { return true; }
     bool on_comment_part(View, Error&) { return true; }
     bool on_comment(View, Error&) { return true; }
+    // GCOV_EXCL_STOP
 
   private:
     /// The value that comes is that of the path's next key.

@@ -212,6 +212,9 @@ TEST_F(StandardProc, NodeIsThatOfADocument)
 {
     const std::vector<std::string> values = {
         "1",
+        "18446744073709551615",
+        "2.5",
+        "true",
         "null",
         R"("text")",
         R"("\u00e4\"\n")",
