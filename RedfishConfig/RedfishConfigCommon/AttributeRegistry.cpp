@@ -19,6 +19,8 @@ using Field = AttributeDraft::Field;
 
 constexpr std::size_t MaxNoteLines = 50;
 constexpr std::size_t MaxNameInNote = 200;
+/// So many are compared one by one faster than by a table.
+constexpr std::size_t FewValues = 16;
 /// Texts included, real ones have more.
 constexpr std::size_t LeastAttributeBytes = 400;
 
@@ -124,9 +126,21 @@ class RegistryReader
             m_AttributeNotes.Add(TooMany("attribute", m_AttributeElements, MaxRegistryAttributes));
         }
         m_Notes.Add(m_AttributeNotes);
+        // Thousands of attributes stand in some hundred menus.
+        std::unordered_map<std::string_view, MenuPlace> places;
         for (RegistryAttribute& attribute : m_Registry.Attributes)
         {
-            FindMenu(attribute);
+            if (!attribute.MenuPath)
+            {
+                continue;
+            }
+            const auto [place, isNew] = places.try_emplace(*attribute.MenuPath);
+            if (isNew)
+            {
+                place->second = FindMenu(*attribute.MenuPath);
+            }
+            attribute.Menu = place->second.Menu;
+            attribute.MenuIsKnown = place->second.IsKnown;
         }
     }
 
@@ -307,6 +321,7 @@ class RegistryReader
 
     void ReadValueNames(AttributeDraft& draft, RegistryAttribute& attribute)
     {
+        const bool few = draft.ValueNames().size() <= FewValues;
         std::unordered_set<std::string_view> seen;
         // Names are looked at where they end up, which room for all of them keeps in place.
         attribute.ValueNames.reserve(draft.ValueNames().size());
@@ -317,26 +332,29 @@ class RegistryReader
                 m_AttributeNotes.Add("Attribute " + Quoted(attribute.Name()) + " has a value without a name.");
                 continue;
             }
+            if (few && std::any_of(attribute.ValueNames.begin(), attribute.ValueNames.end(),
+                                   [&](const RegistryValueName& other) { return other.Name == *value.Name; }))
+            {
+                continue;
+            }
             attribute.ValueNames.push_back({std::move(*value.Name), std::move(value.DisplayName)});
-            if (!seen.insert(attribute.ValueNames.back().Name).second)
+            if (!few && !seen.insert(attribute.ValueNames.back().Name).second)
             {
                 attribute.ValueNames.pop_back();
             }
         }
     }
 
-    void FindMenu(RegistryAttribute& attribute) const
+    struct MenuPlace
     {
-        if (!attribute.MenuPath)
-        {
-            return;
-        }
-        const std::string path = NormalisedMenuPath(*attribute.MenuPath);
-        if (DepthOf(path) <= MaxMenuDepth)
-        {
-            attribute.Menu = NearestMenu(path);
-            attribute.MenuIsKnown = m_MenuByPath.contains(path);
-        }
+        std::size_t Menu = NoIndex;
+        bool IsKnown = false;
+    };
+
+    MenuPlace FindMenu(const std::string& menuPath) const
+    {
+        const std::string path = NormalisedMenuPath(menuPath);
+        return DepthOf(path) <= MaxMenuDepth ? MenuPlace{NearestMenu(path), m_MenuByPath.contains(path)} : MenuPlace();
     }
 
     void ReadDependency(const json::object& object)

@@ -123,8 +123,8 @@ TEST(AttributeRegistry, ManyLongAttributesCostNoMoreThanTheirLength)
     std::string attributes;
     for (int attribute = 0; attribute < 100; ++attribute)
     {
-        attributes += (attribute == 0 ? "" : ",") +
-                      Typed("A" + std::to_string(attribute), "Enumeration", R"(,"Value":[)" + names + "]");
+        attributes += (attribute == 0 ? "" : ",") + Typed("A" + std::to_string(attribute), "Enumeration",
+                                                          R"(,"Value":[)" + names + R"(,{"ValueName":"Value7"}])");
     }
     const ReadOutcome outcome = Read(Registry(attributes));
     ASSERT_TRUE(outcome.Succeeded) << outcome.Error;
