@@ -46,6 +46,13 @@ TEST_F(BasicProcPatch, BatchModeStagesAndWaits)
     EXPECT_THAT(world.Logs, ElementsAre(PatchWaits));
 }
 
+TEST_F(BasicProcPatch, BatchModeReturnsTheResultOfTheRead)
+{
+    m_Store->EffectiveResult = {0, "remark", "Remarked"};
+    EXPECT_THAT(m_Proc.PatchSettingNewValueWithOutCheck("BootMode", "Legacy", true),
+                IsResult(0, "remark", "Remarked"));
+}
+
 TEST_F(BasicProcPatch, TextIsStagedByTheKindOfTheValueInForce)
 {
     struct Case

@@ -122,6 +122,18 @@ TEST_F(BasicProcGroup, TextShowsEveryValueUnderTheSecondPrefix)
     EXPECT_THAT(m_Store->Steps, ElementsAre("effective"));
 }
 
+TEST_F(BasicProcGroup, TheResultOfTheReadIsReturned)
+{
+    m_Store->EffectiveResult = {0, "remark", "Remarked"};
+    SettingStringMap values;
+    EXPECT_THAT(m_Proc.QueryGroupSettingValues(values), IsResult(0, "remark", "Remarked"));
+    EXPECT_EQ(values.size(), 4U);
+    m_Store->m_EffectiveValues.clear();
+    values.clear();
+    EXPECT_THAT(m_Proc.QuerySettingValue("Cores", values), IsResult(0, "remark", "Remarked"));
+    EXPECT_THAT(values, ElementsAre(Pair("One.Cores", "10")));
+}
+
 TEST_F(BasicProcGroup, TextTellsEmptyStringsFromMissingValues)
 {
     m_Store->Effective = {{"A", std::nullopt}, {"B", ""}, {"C", std::nullopt}};

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <functional>
 
+#include "BMCBaseAssistant.h"
 #include "BiosBasicSettingProc.h"
 #include "BiosRedfishConfigProc.h"
 #include "Contract.h"
@@ -249,6 +250,18 @@ TEST(VirtualTable, ProcOperationsStandInTheirOrder)
     EXPECT_EQ((SlotOf<ProcOp<Text, Text, bool>>(&P::PatchSettingNewValueWithOutCheck)), 4U);
     EXPECT_EQ((SlotOf<ProcOp<SettingCompareMap&, Text>>(&P::CompareSettingPendingValues)), 5U);
     EXPECT_EQ(SlotOf<void (P::*)(Text)>(&P::SetDebugConfigFile), 6U);
+}
+
+TEST(VirtualTable, RestOperationsStandInTheirOrder)
+{
+    using C = BMCBaseAssistant;
+    using S = std::string;
+    using Errors = std::vector<RedfishConfigResult>&;
+    EXPECT_EQ((SlotOf<Op<C, S, S, Errors, bool, const SettingStringMap&>>(&C::PatchData)), 2U);
+    EXPECT_EQ((SlotOf<Op<C, S, S, S&, Errors, bool, int>>(&C::PostData)), 3U);
+    EXPECT_EQ((SlotOf<Op<C, S, S, S&, bool, int>>(&C::PostData)), 4U);
+    EXPECT_EQ((SlotOf<Op<C, S, S&>>(&C::GetData)), 5U);
+    EXPECT_EQ((SlotOf<Op<C, S, S&>>(&C::DeleteData)), 6U);
 }
 
 #endif
