@@ -46,7 +46,8 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     void TakeRegistryOf(RedfishConfigSettingManager& other);
 
     /// Brings the model up to these current values: values of settings that
-    /// `values` names are replaced, the others stay; dependencies follow.
+    /// `values` names are replaced, the others stay; dependencies follow. In hexadecimal
+    /// mode the others count as not known to the caller, see PreparePatchContext.
     void UpdateSettingValue(const Tavrine::SettingValueMap& values);
 
     /// The properties of one setting as they stand now, dependencies applied. Its
@@ -61,7 +62,7 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     /// The names of all settings, in the order of the registry; none for a text that is no
     /// registry, and GetError has the code 27 then.
     std::vector<std::string> GetSettingNames();
-    /// The registry's own words about one setting.
+    /// The registry's own words about one setting, and its current value.
     /// @return as GetSettingProperties; `texts` is untouched on failure.
     RedfishConfigResult GetSettingTexts(const std::string& name, Tavrine::RedfishConfigSettingTexts& texts);
     /// The settings that dependencies connect with one, its menus' included.

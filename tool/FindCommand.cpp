@@ -20,7 +20,6 @@
 #include "SettingSelection.h"
 #include "TextOutput.h"
 #include "TextSearch.h"
-#include "ValueConversions.h"
 
 namespace json = boost::json;
 

@@ -133,6 +133,7 @@ class Planner
             setting.Key = info.AttributeKey.value_or(setting.Key);
             setting.Protected = info.IsProtected && m_Options.SystemType == SystemTypeUefi;
             setting.Password = info.SettingType == "Password";
+            setting.Number = info.SettingType.value_or("Integer") == "Integer";
             setting.Secret = setting.Password || !m_Manager;
         }
         return true;
@@ -208,14 +209,15 @@ class Planner
         return false;
     }
 
-    /// The text that the library compares and checks: decimal where it converts. What it does not convert,
-    /// such as a number beyond 64 bits, could still be read as a decimal one; as it stands here it is refused.
+    /// The text that the library compares and checks: decimal where it converts. A number that it does not
+    /// convert, as it is beyond 64 bits, could still be read as a decimal one; as it stands here it is refused.
     std::string CheckedText(const SetSetting& setting, const OptionalVar& current) const
     {
         const bool hexadecimal = m_Options.Hex && IsNumSetting(current);
         return !hexadecimal                 ? setting.Value
                : isHexString(setting.Value) ? HexToDec(setting.Value)
-                                            : "0x" + setting.Value;
+               : setting.Number             ? "0x" + setting.Value
+                                            : setting.Value;
     }
 
     void PlanChecked()
@@ -291,7 +293,7 @@ class Planner
 
     /// The library judges one change after the other, each by those that are queued. So a
     /// setting that another one of the call must set free goes behind that one.
-    void PutInOrder(const SettingValueMap& current)
+    void PutInOrder(SettingValueMap& current)
     {
         for (bool progress = true; std::exchange(progress, false);)
         {
@@ -301,7 +303,7 @@ class Planner
                 {
                     SetSetting& setting = m_Plan.Settings[index];
                     const bool waits = setting.Outcome == SetOutcome::Planned && setting.Context.empty();
-                    if (waits && setting.Protected == wantProtected && Queue(index, TextOf(setting, current)))
+                    if (waits && setting.Protected == wantProtected && Queue(index, current))
                     {
                         progress = true;
                     }
@@ -319,11 +321,11 @@ class Planner
         }
     }
 
-    bool Queue(std::size_t index, const std::string& text)
+    bool Queue(std::size_t index, SettingValueMap& current)
     {
         SetSetting& setting = m_Plan.Settings[index];
         std::string context;
-        if (m_Manager->PreparePatchContext(setting.Key, text, context, FilterChange) != CodeSucceed)
+        if (m_Manager->PreparePatchContext(setting.Key, TextOf(setting, current), context, FilterChange) != CodeSucceed)
         {
             return false;
         }
@@ -331,27 +333,28 @@ class Planner
         RedfishConfigSettingInfoStru info;
         m_Manager->GetSettingProperties(setting.Key, info);
         AddToRequests(index, IsRelated(setting.Key, info.DependencyNames));
-        EnterValue(setting);
+        EnterValue(setting, current);
         return true;
     }
 
     /// Lets the checks that follow see the change, as the library's value cache does.
-    void EnterValue(const SetSetting& setting)
+    void EnterValue(const SetSetting& setting, SettingValueMap& current)
     {
         json::error_code failure;
         const json::value value = json::parse(setting.Context, failure);
         if (const auto* text = value.if_string())
         {
-            m_Manager->UpdateSettingValue({{setting.Key, SettingVariant(std::string(*text))}});
+            current[setting.Key] = SettingVariant(std::string(*text));
         }
         else if (const auto* number = value.if_int64())
         {
-            m_Manager->UpdateSettingValue({{setting.Key, SettingVariant(*number)}});
+            current[setting.Key] = SettingVariant(*number);
         }
         else if (const auto* flag = value.if_bool())
         {
-            m_Manager->UpdateSettingValue({{setting.Key, SettingVariant(*flag)}});
+            current[setting.Key] = SettingVariant(*flag);
         }
+        m_Manager->UpdateSettingValue(current); // all of them, which tells what has been turned into decimal
     }
 
     /// The library's rule for sending what is queued before a related setting joins it.

@@ -48,6 +48,8 @@ struct SetSetting
     std::optional<boost::json::value> Effective;
     bool Protected = false;
     bool Password = false;
+    /// The registry has it as a whole number, or as nothing that it has a word for.
+    bool Number = false;
     /// The value is shown nowhere: it is a password, or may be one.
     bool Secret = false;
 

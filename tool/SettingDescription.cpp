@@ -201,7 +201,8 @@ json::array ValuesArray(const RedfishConfigSettingTexts& texts)
     return array;
 }
 
-/// A number that was narrowed to the ends of 64 bits is told as the registry has it.
+/// A number that was narrowed to the ends of 64 bits is told as the registry has it, unless a dependency
+/// forces it.
 json::value ExactNumber(std::int64_t number, const SettingDescription& description, const char* property)
 {
     const bool atEnd =

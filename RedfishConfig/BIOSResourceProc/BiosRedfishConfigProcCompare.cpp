@@ -3,6 +3,7 @@
 
 #include "BiosBasicSettingProc.h"
 #include "BiosRedfishProcCreator.h"
+#include "OrderedLookup.h"
 #include "RedfishConfigSettingManager.h"
 #include "RequestedName.h"
 #include "ResourceNames.h"
@@ -75,9 +76,10 @@ RedfishConfigResult BiosRedfishConfigProc::CompareAllDefaults(const SettingValue
         TAVRINE_LOG(LogFailure) << "Query setting default values error.";
         return result;
     }
+    OrderedLookup lookup(defaults);
     for (const auto& [name, value] : current)
     {
-        const auto defaultText = defaults.find(name);
+        const auto defaultText = lookup.Find(name);
         if (defaultText == defaults.end())
         {
             TAVRINE_LOG(LogFailure) << "The Schema do not has info of the setting: " << name;
@@ -89,7 +91,8 @@ RedfishConfigResult BiosRedfishConfigProc::CompareAllDefaults(const SettingValue
             TAVRINE_LOG(LogDetail) << name << " current value is invalid, so skipped.";
             continue;
         }
-        compare.emplace(m_SecondPrefix + "." + name, std::pair(currentText, defaultText->second));
+        compare.emplace_hint(compare.end(), m_SecondPrefix + "." + name,
+                             std::pair(std::move(currentText), defaultText->second));
     }
     HiddenSettingsByKeywords(compare);
     TAVRINE_LOG(LogOperation) << "Exit BiosRedfishConfigProc::CompareSettingDefaultValues()";

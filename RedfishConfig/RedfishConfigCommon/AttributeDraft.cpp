@@ -1,6 +1,5 @@
 #include "AttributeDraft.h"
 
-#include <algorithm>
 #include <type_traits>
 #include <utility>
 
@@ -15,7 +14,6 @@ namespace
 using Field = AttributeDraft::Field;
 using Value = AttributeDraft::Value;
 
-constexpr std::size_t FieldCount = static_cast<std::size_t>(Field::None);
 constexpr std::size_t LongestWord = 32;
 
 using FieldWord = std::pair<std::string_view, Field>;
@@ -67,12 +65,6 @@ bool Is(AttributeDraft::Container container, const Value& value)
 bool IsArray(const Value& value) { return Is(AttributeDraft::Container::Array, value); }
 bool IsObject(const Value& value) { return Is(AttributeDraft::Container::Object, value); }
 
-bool IsSet(const Value& value)
-{
-    const std::optional<RegistryScalar> scalar = ScalarOf(value);
-    return scalar && ScalarAsFlag(*scalar).value_or(false);
-}
-
 } // namespace
 
 std::optional<RegistryScalar> ScalarOf(const Value& value)
@@ -103,7 +95,7 @@ void AttributeDraft::Begin()
     {
         member.Given = false;
     }
-    m_Values.clear();
+    ForgetValues();
     m_Protected = false;
     m_Field = Field::None;
 }
@@ -153,7 +145,7 @@ void AttributeDraft::PutMember(const Value& value, bool lasts)
     }
     if (m_Field == Field::Value)
     {
-        m_Values.clear();
+        ForgetValues();
         m_ValuesOpen = IsArray(value);
     }
     else if (m_Field == Field::Oem)
@@ -175,17 +167,45 @@ void AttributeDraft::PutOfValue(const Value& value, std::size_t depth)
 {
     if (depth == 2)
     {
-        m_Values.emplace_back();
+        EndValue();
         m_ValueOpen = IsObject(value);
+        m_Nameless += m_ValueOpen ? 0U : 1U;
         m_AtName = m_AtDisplayName = false;
     }
     else if (depth == 3 && m_ValueOpen && (m_AtName || m_AtDisplayName))
     {
-        std::optional<std::string>& part = m_AtName ? m_Values.back().Name : m_Values.back().DisplayName;
+        std::optional<std::string>& part = m_AtName ? m_ValueName : m_ValueDisplayName;
         const auto* const text = std::get_if<std::string_view>(&value);
         part = text != nullptr ? std::optional<std::string>(*text) : std::nullopt;
     }
 }
+
+void AttributeDraft::ForgetValues()
+{
+    m_Values.clear();
+    m_Nameless = 0;
+    m_ValueName.reset();
+    m_ValueDisplayName.reset();
+    m_ValuesOpen = m_ValueOpen = false;
+}
+
+/// Only what has a name takes room.
+void AttributeDraft::EndValue()
+{
+    if (m_ValueOpen && m_ValueName)
+    {
+        m_Values.push_back({std::move(*m_ValueName), std::move(m_ValueDisplayName)});
+    }
+    else if (m_ValueOpen)
+    {
+        ++m_Nameless;
+    }
+    m_ValueOpen = false;
+    m_ValueName.reset();
+    m_ValueDisplayName.reset();
+}
+
+void AttributeDraft::End() { EndValue(); }
 
 void AttributeDraft::PutOfOem(const Value& value, std::size_t depth)
 {
@@ -197,7 +217,7 @@ void AttributeDraft::PutOfOem(const Value& value, std::size_t depth)
     }
     else if (depth == 3 && m_ZorvanOpen && m_AtProtected)
     {
-        m_Protected = IsSet(value);
+        m_Protected = IsSet(ScalarOf(value));
     }
 }
 
@@ -212,7 +232,7 @@ std::optional<std::string> AttributeDraft::TextOf(Field field) const
 bool AttributeDraft::FlagOf(Field field) const
 {
     const Member& member = m_Members[static_cast<std::size_t>(field)];
-    return member.Given && IsSet(member.Content);
+    return member.Given && IsSet(ScalarOf(member.Content));
 }
 
 } // namespace Tavrine

@@ -37,10 +37,9 @@ class AttributeDraft
         /// The text of `Content` where it does not stand in the registry's.
         std::string Own;
     };
-    /// One element of "Value"; nothing where it has no such text.
     struct ValueName
     {
-        std::optional<std::string> Name;
+        std::string Name;
         std::optional<std::string> DisplayName;
     };
     /// Members beside those of SettingProperty.
@@ -61,6 +60,8 @@ class AttributeDraft
     void Key(std::string_view key, std::size_t depth);
     /// @param lasts  whether a text stays where it is as long as the draft is read.
     void Put(const Value& value, std::size_t depth, bool lasts = true);
+    /// The attribute is whole.
+    void End();
 
     // Answers.
 
@@ -69,16 +70,24 @@ class AttributeDraft
     bool FlagOf(Field field) const;
     /// This family's machines mark what only their OEM actions reach.
     bool IsProtected() const { return m_Protected; }
-    /// To be moved from.
+    /// The elements of "Value" that have a name. To be moved from.
     std::vector<ValueName>& ValueNames() { return m_Values; }
+    /// How many have none.
+    std::size_t NamelessValues() const { return m_Nameless; }
 
   private:
     void PutMember(const Value& value, bool lasts);
     void PutOfValue(const Value& value, std::size_t depth);
     void PutOfOem(const Value& value, std::size_t depth);
+    void ForgetValues();
+    void EndValue();
 
     std::array<Member, static_cast<std::size_t>(Field::None)> m_Members;
     std::vector<ValueName> m_Values;
+    std::size_t m_Nameless = 0;
+    /// The element of "Value" that is being read.
+    std::optional<std::string> m_ValueName;
+    std::optional<std::string> m_ValueDisplayName;
     bool m_Protected = false;
     /// The member at depth 1 that is being read.
     Field m_Field = Field::None;

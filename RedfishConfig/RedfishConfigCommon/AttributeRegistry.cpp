@@ -50,8 +50,7 @@ const json::array* ArrayOf(const json::object& object, std::string_view key)
 bool FlagOf(const json::object& object, std::string_view key)
 {
     const json::value* member = object.if_contains(key);
-    const std::optional<RegistryScalar> scalar = member != nullptr ? ScalarFromJson(*member) : std::nullopt;
-    return scalar && ScalarAsFlag(*scalar).value_or(false);
+    return IsSet(member != nullptr ? ScalarFromJson(*member) : std::nullopt);
 }
 
 std::size_t DepthOf(std::string_view normalisedPath)
@@ -321,23 +320,23 @@ class RegistryReader
 
     void ReadValueNames(AttributeDraft& draft, RegistryAttribute& attribute)
     {
+        if (draft.NamelessValues() != 0)
+        {
+            m_AttributeNotes.Add("Attribute " + Quoted(attribute.Name()) + " has a value without a name.",
+                                 draft.NamelessValues());
+        }
         const bool few = draft.ValueNames().size() <= FewValues;
         std::unordered_set<std::string_view> seen;
         // Names are looked at where they end up, which room for all of them keeps in place.
         attribute.ValueNames.reserve(draft.ValueNames().size());
         for (AttributeDraft::ValueName& value : draft.ValueNames())
         {
-            if (!value.Name)
-            {
-                m_AttributeNotes.Add("Attribute " + Quoted(attribute.Name()) + " has a value without a name.");
-                continue;
-            }
             if (few && std::any_of(attribute.ValueNames.begin(), attribute.ValueNames.end(),
-                                   [&](const RegistryValueName& other) { return other.Name == *value.Name; }))
+                                   [&](const RegistryValueName& other) { return other.Name == value.Name; }))
             {
                 continue;
             }
-            attribute.ValueNames.push_back({std::move(*value.Name), std::move(value.DisplayName)});
+            attribute.ValueNames.push_back({std::move(value.Name), std::move(value.DisplayName)});
             if (!few && !seen.insert(attribute.ValueNames.back().Name).second)
             {
                 attribute.ValueNames.pop_back();
@@ -470,16 +469,13 @@ class RegistryReader
 
 } // namespace
 
-void RegistryNotes::Add(std::string line)
+void RegistryNotes::Add(const std::string& line, std::size_t times)
 {
-    if (Lines.size() < MaxNoteLines)
+    for (; times > 0 && Lines.size() < MaxNoteLines; --times)
     {
-        Lines.push_back(std::move(line));
+        Lines.push_back(line);
     }
-    else
-    {
-        ++More;
-    }
+    More += times;
 }
 
 void RegistryNotes::Add(const RegistryNotes& others)

@@ -125,7 +125,7 @@ struct RegistryNotes
     std::vector<std::string> Lines;
     std::size_t More = 0;
 
-    void Add(std::string line);
+    void Add(const std::string& line, std::size_t times = 1);
     void Add(const RegistryNotes& others);
 };
 

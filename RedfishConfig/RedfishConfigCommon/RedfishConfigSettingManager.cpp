@@ -20,6 +20,8 @@ namespace
 
 constexpr int CodeUnknownSetting = 20;
 constexpr int CodeUnreadable = 27;
+/// Less than this part of a map is looked up rather than walked to.
+constexpr std::size_t FewOf = 16;
 /// What is left of a registry without attributes: a manager without settings reads its text anew.
 constexpr const char* EmptyRegistry = R"({"RegistryEntries":{"Attributes":[]}})";
 
@@ -75,9 +77,11 @@ std::vector<std::string> MergeValues(const Tavrine::SettingValueMap& values, Tav
 {
     const auto less = into.key_comp();
     std::vector<std::string> moved;
+    const bool few = values.size() < into.size() / FewOf;
     auto place = into.begin();
     for (const auto& [name, value] : values)
     {
+        place = few ? into.lower_bound(name) : place;
         while (place != into.end() && place->first != name && less(place->first, name))
         {
             ++place;

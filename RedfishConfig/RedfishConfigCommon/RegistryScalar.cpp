@@ -106,6 +106,8 @@ std::optional<bool> ScalarAsFlag(const RegistryScalar& scalar)
     return flag != nullptr ? std::optional<bool>(*flag) : std::nullopt;
 }
 
+bool IsSet(const std::optional<RegistryScalar>& scalar) { return scalar && ScalarAsFlag(*scalar).value_or(false); }
+
 std::string ScalarText(const RegistryScalar& scalar)
 {
     if (const auto* text = std::get_if<std::string>(&scalar))

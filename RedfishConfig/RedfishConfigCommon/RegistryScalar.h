@@ -31,6 +31,8 @@ bool HasValue(const RegistryScalar& scalar);
 std::optional<ExactInteger> ScalarAsInteger(const RegistryScalar& scalar);
 /// Also of the texts "true" and "false" in any case.
 std::optional<bool> ScalarAsFlag(const RegistryScalar& scalar);
+/// Whether it is there and true.
+bool IsSet(const std::optional<RegistryScalar>& scalar);
 std::string ScalarText(const RegistryScalar& scalar);
 
 /// Equality across kinds, since registries write 0 as "0" and true as "true" or

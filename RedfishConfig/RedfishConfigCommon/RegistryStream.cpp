@@ -175,7 +175,7 @@ class RegistryHandler
             m_Text.clear();
             return true;
         }
-        return Scalar([&] { m_Stack.push_string(part); }, nullptr);
+        return Scalar([&] { m_Stack.push_string(part); }, std::string_view());
     }
     bool on_number_part(json::string_view, json::error_code&) { return true; }
     bool on_int64(std::int64_t number, json::string_view, json::error_code&)
@@ -275,6 +275,7 @@ class RegistryHandler
     {
         if (m_Open == List::Attributes && m_Depth == ListDepth)
         {
+            m_Draft.End();
             m_Attributes.Take(m_ElementIsObject ? &m_Draft : nullptr);
         }
         else if (m_Open != List::None && m_Depth == ListDepth)

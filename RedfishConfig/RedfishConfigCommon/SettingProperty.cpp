@@ -50,6 +50,14 @@ const std::array<PropertyRow, PropertyCount> PropertyTable = {{
 
 const PropertyRow& RowOf(SettingProperty property) { return PropertyTable[static_cast<std::size_t>(property)]; }
 
+/// nullptr for what is not given, and for flags.
+const RegistryScalar* GivenProperty(const RegistryAttribute& attribute, SettingProperty property)
+{
+    const auto found = std::find_if(attribute.Properties.begin(), attribute.Properties.end(),
+                                    [property](const auto& given) { return given.first == property; });
+    return found != attribute.Properties.end() ? &found->second : nullptr;
+}
+
 template <class... Cases> struct Overloaded : Cases...
 {
     using Cases::operator()...;
@@ -90,13 +98,6 @@ std::optional<RegistryScalar> SuitedTo(SettingProperty property, RegistryScalar 
         [&](Value) { return std::optional<RegistryScalar>(std::move(value)); },
     };
     return std::visit(cases, RowOf(property).Member);
-}
-
-const RegistryScalar* GivenProperty(const RegistryAttribute& attribute, SettingProperty property)
-{
-    const auto found = std::find_if(attribute.Properties.begin(), attribute.Properties.end(),
-                                    [property](const auto& given) { return given.first == property; });
-    return found != attribute.Properties.end() ? &found->second : nullptr;
 }
 
 RegistryScalar PropertyOfRegistry(const RegistryAttribute& attribute, SettingProperty property)

@@ -6,7 +6,7 @@
 #include "RedfishConfigSetting.h"
 #include "ValueConversions.h"
 
-// What the registry says, whatever the values are.
+// What the registry says, no dependency applied.
 
 using Tavrine::RedfishConfigSettingRelations;
 using Tavrine::RedfishConfigSettingTexts;

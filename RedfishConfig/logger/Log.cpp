@@ -26,8 +26,10 @@ std::ostringstream& Unwanted()
     {
         stream = new (storage.data()) std::ostringstream;
         stream->imbue(std::locale::classic());
-        stream->setstate(std::ios_base::badbit);
     }
+    // Whatever was done to it before.
+    stream->exceptions(std::ios_base::goodbit);
+    stream->setstate(std::ios_base::badbit);
     return *stream;
 }
 
@@ -44,7 +46,7 @@ Log::Log(unsigned int level, const char* sourcePath, int sourceLine)
 
 Log::~Log()
 {
-    if (!m_Stream || m_Stream->bad() || !Logging::IsWanted(m_Level))
+    if (!m_Stream || !Logging::IsWanted(m_Level))
     {
         return;
     }

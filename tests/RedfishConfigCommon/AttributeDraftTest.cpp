@@ -1,5 +1,7 @@
 #include "AttributeRegistry.h"
 
+#include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 

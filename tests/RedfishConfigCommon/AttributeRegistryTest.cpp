@@ -112,7 +112,7 @@ TEST(AttributeRegistry, WrongKindsAreLeftOutWithANote)
     }
 }
 
-TEST(AttributeRegistry, ManyLongAttributesCostNoMoreThanTheirLength)
+TEST(AttributeRegistry, ManyLongListsOfValuesAreRead)
 {
     constexpr int values = 400;
     std::string names;
@@ -303,6 +303,35 @@ TEST(AttributeRegistry, MenusAndDependenciesAboveTheCapAreLeftOutWithANote)
     EXPECT_TRUE(above.Registry.Dependencies.empty());
     // One more empty element of each kind, and a note for each cap.
     EXPECT_EQ(above.Notes.More, atCap.Notes.More + 4);
+}
+
+TEST(AttributeRegistry, LongMenusAboveTheCapCostNoMoreThanTheirLength)
+{
+    std::string menus;
+    for (std::size_t index = 0; index < MaxRegistryMenus; ++index)
+    {
+        menus += "{},";
+    }
+    const std::string longMenu = R"({"MenuName":")" + std::string(20'000, 'x') + "\"}";
+    for (int index = 0; index < 100; ++index)
+    {
+        menus += longMenu + (index < 99 ? "," : "");
+    }
+    const ReadOutcome outcome = Read(Registry(Attribute("A"), "", menus));
+    ASSERT_TRUE(outcome.Succeeded) << outcome.Error;
+    EXPECT_TRUE(outcome.Registry.Menus.empty());
+    EXPECT_EQ(outcome.Registry.Attributes.size(), 1U);
+}
+
+TEST(AttributeRegistry, ValuesWithoutANameAreCounted)
+{
+    const ReadOutcome outcome = Read(
+        Registry(Typed("A", "Enumeration", R"(,"Value":[7,{"ValueName":"X"},{},{"ValueDisplayName":"d"},null,[]])")));
+    ASSERT_TRUE(outcome.Succeeded) << outcome.Error;
+    const std::string note = "Attribute \"A\" has a value without a name.";
+    EXPECT_THAT(outcome.Notes.Lines, ElementsAre(note, note, note, note, note));
+    ASSERT_EQ(outcome.Registry.Attributes[0].ValueNames.size(), 1U);
+    EXPECT_EQ(outcome.Registry.Attributes[0].ValueNames[0].Name, "X");
 }
 
 TEST(AttributeRegistry, AttributesAboveTheCapAreLeftOutWithANote)

@@ -155,6 +155,25 @@ TEST_F(SetCommand, InHexadecimalModeNumbersAreComparedAndShownSo)
     EXPECT_EQ(Set({"Timeout=2Z"}).Code, 10);
 }
 
+TEST_F(SetCommand, InHexadecimalModeNumbersBehindOtherChangesStayThemselves)
+{
+    Given.Hex = true;
+    Given.DryRun = true;
+    EXPECT_EQ(Set({"Owner=you", "Timeout=0x14"}).Text, "{\"Attributes\":{\"Owner\":\"you\",\"Timeout\":20}}\n");
+    EXPECT_EQ(Set({"NumLock=false", "Timeout=0xC8", "Owner=10"}).Text,
+              "{\"Attributes\":{\"NumLock\":false,\"Owner\":\"10\",\"Timeout\":200}}\n");
+}
+
+TEST_F(SetCommand, InHexadecimalModeOtherKindsTakeTheirTextsAsTheyAre)
+{
+    Given.Hex = true;
+    Given.DryRun = true;
+    const std::string integer = R"({"AttributeName":"Timeout","Type":"Integer")";
+    Front.Registry.second.replace(Front.Registry.second.find(integer), integer.size(),
+                                  R"({"AttributeName":"Timeout","Type":"String")");
+    EXPECT_EQ(Set({"Timeout=Hello"}).Text, "{\"Attributes\":{\"Timeout\":\"Hello\"}}\n");
+}
+
 TEST_F(SetCommand, InHexadecimalModeANumberBeyond64BitsIsRefusedAndNotReadAsDecimal)
 {
     Given.Hex = true;
