@@ -284,7 +284,9 @@ Answer CompareDefaults(const Options& options, const CompareWay& way)
     Comparison comparison;
     for (const auto& [name, texts] : selection.Entries())
     {
-        comparison[name] = {json::value(ValidUtf8(texts.first)), json::value(ValidUtf8(texts.second))};
+        comparison.insert_or_assign(
+            comparison.end(), name,
+            ValuePair{json::value(ValidUtf8(texts.first)), json::value(ValidUtf8(texts.second))});
     }
     PutInto(answer, comparison, DefaultTitles, options, way.Columns);
     return answer;
