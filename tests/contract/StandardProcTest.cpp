@@ -193,6 +193,12 @@ TEST_F(StandardProc, TokensOfAPathAreEscaped)
                                            : ReadStringNode(document, {path[0]}, text);
         EXPECT_TRUE(read);
         EXPECT_EQ(text, expected);
+        // The same from a document.
+        const boost::json::value root = boost::json::parse(document);
+        std::string ofRoot = "before";
+        EXPECT_TRUE(path.size() == 2 ? ReadStringNode(root, {path[0], path[1]}, ofRoot)
+                                     : ReadStringNode(root, {path[0]}, ofRoot));
+        EXPECT_EQ(ofRoot, expected);
     }
 }
 
@@ -229,6 +235,7 @@ TEST_F(StandardProc, NodeIsThatOfADocument)
         R"({"b":"inner","c":["x",{"b":"aside"},"y"]})",
         R"({"\u0062":"escaped"})",
         R"({"b":")" + std::string(5000, 'x') + R"(\u00e4"})",
+        R"({")" + std::string(5000, 'y') + R"(\u00e4":1,"b":"behind a long key"})",
     };
     std::size_t found = 0;
     for (const std::string& first : values)
