@@ -13,6 +13,7 @@
 
 #include "BiosRedfishConfigProc.h"
 #include "BiosSettingManager.h"
+#include "EmbeddedSimulator.h"
 #include "Options.h"
 #include "Password.h"
 #include "StandardStreams.h"
@@ -89,7 +90,7 @@ std::optional<Failure> Bmc::StartSimulator()
     simulated.MachineDir = m_Options.MachineDir;
     simulated.StateFile = m_Options.StateFile;
     std::string error;
-    m_Simulator = bmcsim::BmcSimulator::Start(simulated, error);
+    m_Simulator = Tool::StartSimulator(simulated, error);
     return m_Simulator ? std::nullopt
                        : std::optional(Failure{CodeExternal, "Unable to start the simulated BMC: " + error, {}, {}});
 }

@@ -68,7 +68,7 @@ class Bmc
 
     const Options& m_Options;
     /// Stands until the connection is gone.
-    std::unique_ptr<bmcsim::BmcSimulator> m_Simulator;
+    std::unique_ptr<bmcsim::EmbeddedSimulator> m_Simulator;
     std::unique_ptr<TavrineConnection::BmcConnection> m_Connection;
     /// Without values; null until a registry was read.
     std::unique_ptr<RedfishConfigSettingManager> m_Registry;

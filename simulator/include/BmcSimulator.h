@@ -68,9 +68,22 @@ std::string FaultHelp();
 /// One line that quotes the rule and tells what is wrong with it; empty when nothing is.
 std::string FaultRuleError(const std::string& rule);
 
+/// What a program needs of a simulator that it loads when it is asked for (SimulatorModule.h).
+class EmbeddedSimulator
+{
+  public:
+    virtual ~EmbeddedSimulator() = default;
+    virtual std::uint16_t Port() const = 0;
+    /// SHA-256 of the certificate in DER, 64 small hexadecimal digits; empty for http.
+    virtual std::string Fingerprint() const = 0;
+    /// Empty when all is well, else what was lost (a state file that could not be
+    /// written, for example).
+    virtual std::string Trouble() const = 0;
+};
+
 /// A Redfish service (DSP0266) of one simulated server, in threads of its own.
 /// Stops when it is destroyed. All operations may be called from any thread.
-class BmcSimulator
+class BmcSimulator final : public EmbeddedSimulator
 {
   public:
     static constexpr unsigned int MaxAttributes = 100'000;
@@ -78,25 +91,22 @@ class BmcSimulator
     /// @param error  one line that names what failed (a file, the port).
     /// @return empty on failure; otherwise the simulator, listening.
     static std::unique_ptr<BmcSimulator> Start(const SimulatorOptions& options, std::string& error);
-    ~BmcSimulator();
+    ~BmcSimulator() override;
     BmcSimulator(const BmcSimulator&) = delete;
     BmcSimulator& operator=(const BmcSimulator&) = delete;
 
-    /// "https://127.0.0.1:PORT" or the same with http.
     /// Puts other fault rules in force, counted anew; none at all where the list is empty.
     /// @return false when one of them cannot be read; those in force then stay.
     bool SetFaultRules(const std::vector<std::string>& rules, std::string& error);
 
+    /// "https://127.0.0.1:PORT" or the same with http.
     std::string Url() const;
-    std::uint16_t Port() const;
-    /// SHA-256 of the certificate in DER, 64 small hexadecimal digits; empty for http.
-    std::string Fingerprint() const;
+    std::uint16_t Port() const override;
+    std::string Fingerprint() const override;
     /// The server's certificate; empty for http.
     std::string CertificatePem() const;
     std::vector<AccessRecord> AccessLog() const;
-    /// Empty when all is well, else what was lost (a state file that could not be
-    /// written, for example).
-    std::string Trouble() const;
+    std::string Trouble() const override;
 
   private:
     class Impl;

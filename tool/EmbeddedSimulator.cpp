@@ -1,0 +1,34 @@
+#include "EmbeddedSimulator.h"
+
+#include <dlfcn.h>
+
+#include "SimulatorModule.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+std::string LoaderError()
+{
+    const char* told = dlerror();
+    return told ? told : "the loader tells no reason";
+}
+
+} // namespace
+
+std::unique_ptr<bmcsim::EmbeddedSimulator> StartSimulator(const bmcsim::SimulatorOptions& options, std::string& error)
+{
+    // By its bare name it is looked for where this program's other libraries are.
+    void* module = dlopen(TAVRINE_SIMULATOR_MODULE, RTLD_NOW | RTLD_LOCAL);
+    void* start = module ? dlsym(module, bmcsim::StartEmbeddedSimulatorName) : nullptr;
+    if (!start)
+    {
+        error = LoaderError();
+        return nullptr;
+    }
+    return std::unique_ptr<bmcsim::EmbeddedSimulator>(
+        reinterpret_cast<bmcsim::StartEmbeddedSimulator*>(start)(options, error));
+}
+
+} // namespace Tavrine::Tool
