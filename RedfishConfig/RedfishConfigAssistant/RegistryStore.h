@@ -18,7 +18,7 @@ struct StoredText
 
 /// Texts in a folder on disk, found by a key. Any number of processes may use one
 /// folder at once: a file appears complete or not at all and is checked against its own
-/// digest when it is read. Texts are kept once, however many keys lead to them. What
+/// checksum when it is read. Texts are kept once, however many keys lead to them. What
 /// cannot be read or written is logged and otherwise as if it were not there.
 class RegistryStore
 {

@@ -127,7 +127,7 @@ TEST(RegistryStore, KeysLeadNowhereElse)
 
 TEST(RegistryStore, DamagedTextsAreGivenUp)
 {
-    for (const char* damage : {"", "{", "other text", "text and more"})
+    for (const char* damage : {"", "{", "other text", "the teXt", "the text and more"})
     {
         const Fixture fixture;
         fixture.Store.Save("a", {"/p", "\"1\"", "the text"});
@@ -156,7 +156,7 @@ TEST(RegistryStore, DamagedEntriesAreRemoved)
         "{}",
         "[]",
         good.substr(0, good.size() / 2),
-        with("\"Format\":1", "\"Format\":2"),
+        with("\"Format\":2", "\"Format\":1"),
         with("\"Key\":\"a\"", "\"Key\":\"b\""),
         with("\"\\\"1\\\"\"", "\"\""),
         with("\"\\\"1\\\"\"", "7"),
@@ -164,6 +164,10 @@ TEST(RegistryStore, DamagedEntriesAreRemoved)
         with(digest, "../../../../etc/passwd"),
         with(digest, digest.substr(1)),
         with(digest, std::string(64, 'A')),
+        with("\"Crc32\":", "\"Crc32\":1"),
+        with("\"Crc32\":", "\"Crc32\":-"),
+        with("\"Crc32\":", "\"Crc32\":1.5,\"Was\":"),
+        with(",\"Crc32\":", ",\"Was\":"),
         good + std::string(100'000, ' '),
     };
     for (const std::string& row : rows)
