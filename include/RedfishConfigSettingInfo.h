@@ -73,6 +73,8 @@ struct RedfishConfigSettingTexts
     std::string DisplayName;
     std::string HelpText;
     std::string WarningText;
+    /// The group that RedfishConfigSettingManager::GetGroupList has it in.
+    std::string Group;
     /// Value names and their display names, in the order of the registry.
     std::vector<std::pair<std::string, std::string>> Values;
     /// The value that the setting manager was given, else the registry's, as text.

@@ -59,15 +59,6 @@ class Describer
             AddFailure(m_Answer, m_Causes.Explain(result));
             return false;
         }
-        SettingGroupMap groups;
-        m_Manager->GetGroupList(groups);
-        for (const auto& [group, names] : groups)
-        {
-            for (const std::string& name : names)
-            {
-                m_GroupOf.emplace(name, group);
-            }
-        }
         return true;
     }
 
@@ -185,7 +176,6 @@ class Describer
     void AddTexts(const std::string& bare, SettingDescription& description)
     {
         m_Manager->GetSettingTexts(bare, description.Texts.emplace());
-        description.Group = m_GroupOf[bare];
         description.Default = TextOf(bare, &RedfishConfigSettingManager::QuerySettingDefaultValue);
         // Stays empty where there are none.
         description.ValidValues = TextOf(bare, &RedfishConfigSettingManager::QuerySettingValidValues).value_or("");
@@ -304,7 +294,6 @@ class Describer
     std::vector<std::string> m_Keywords;
     CauseLog m_Causes;
     std::unique_ptr<RedfishConfigSettingManager> m_Manager;
-    std::map<std::string, std::string> m_GroupOf;
     std::unique_ptr<RedfishConfigProc> m_ProtectedFront;
     bool m_Many = false;
     std::optional<ValuesByName> m_Reported;

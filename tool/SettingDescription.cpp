@@ -290,7 +290,7 @@ std::string DescriptionText(const SettingDescription& description, std::optional
     const Info& info = description.Info;
     const auto orNothing = [](const std::string& text) { return std::vector{text.empty() ? Nothing : text}; };
     screen.Field("Display name", orNothing(info.DisplayName.value_or("")));
-    screen.Field("Menu", orNothing(description.Group));
+    screen.Field("Menu", orNothing(description.Texts->Group));
     screen.Field("Type", orNothing(info.SettingType.value_or("")));
     screen.Field("Value", ValueLines(description.InForce));
     screen.Field("Pending value", ValueLines(description.Pending));
@@ -319,7 +319,7 @@ json::object DescriptionObject(const SettingDescription& description, bool hexad
         return object;
     }
     object["displayName"] = TextOrNull(info.DisplayName);
-    object["menu"] = TextOrNull(description.Group);
+    object["menu"] = TextOrNull(description.Texts->Group);
     object["type"] = TextOrNull(info.SettingType);
     object["default"] = DefaultValue(description);
     object["validValues"] = TextOrNull(description.ValidValues);

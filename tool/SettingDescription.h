@@ -30,7 +30,6 @@ struct SettingDescription
     RedfishConfigSettingInfoStru Info;
     /// Nothing for a setting that has a value and is in no registry.
     std::optional<RedfishConfigSettingTexts> Texts;
-    std::string Group;
     ReadValue InForce;
     ReadValue Pending;
     std::optional<std::string> Default;

@@ -49,16 +49,25 @@ std::string GroupOfUnknownMenu(const RegistryAttribute& attribute)
 
 } // namespace
 
+SettingGroups::SettingGroups(const AttributeRegistry& registry)
+    : m_Registry(registry), m_MenuNames(MenuGroupNames(registry))
+{
+}
+
+std::string SettingGroups::GroupOf(const RegistryAttribute& attribute) const
+{
+    return m_Registry.Menus.empty() ? "BIOS"
+           : attribute.MenuIsKnown  ? m_MenuNames[attribute.Menu]
+                                    : GroupOfUnknownMenu(attribute);
+}
+
 SettingGroupMap GroupSettings(const AttributeRegistry& registry)
 {
-    const std::vector<std::string> menuNames = MenuGroupNames(registry);
+    const SettingGroups names(registry);
     SettingGroupMap groups;
     for (const RegistryAttribute& attribute : registry.Attributes)
     {
-        const std::string group = registry.Menus.empty()  ? "BIOS"
-                                  : attribute.MenuIsKnown ? menuNames[attribute.Menu]
-                                                          : GroupOfUnknownMenu(attribute);
-        groups[group].push_back(attribute.Name());
+        groups[names.GroupOf(attribute)].push_back(attribute.Name());
     }
     return groups;
 }

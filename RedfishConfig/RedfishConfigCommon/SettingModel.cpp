@@ -133,7 +133,10 @@ std::vector<std::size_t> SettingModel::Targets(std::size_t attribute) const
         targets.push_back(m_Registry.Dependencies[dependency].Attribute);
         menus.push_back(m_Registry.Dependencies[dependency].Menu);
     }
-    AddSettingsBelow(std::move(menus), targets);
+    if (!menus.empty())
+    {
+        AddSettingsBelow(std::move(menus), targets);
+    }
     return targets;
 }
 
@@ -180,6 +183,12 @@ void SettingModel::AddSettingsBelow(std::vector<std::size_t> menus, std::vector<
         settings.insert(settings.end(), m_SettingsOfMenu[menu].begin(), m_SettingsOfMenu[menu].end());
         menus.insert(menus.end(), m_ChildMenus[menu].begin(), m_ChildMenus[menu].end());
     }
+}
+
+std::string SettingModel::GroupOf(std::size_t attribute) const
+{
+    std::call_once(m_GroupsNamed, [this] { m_Groups.emplace(m_Registry); });
+    return m_Groups->GroupOf(Attribute(attribute));
 }
 
 const std::vector<std::size_t>& SettingModel::ByName() const

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "AttributeRegistry.h"
+#include "SettingGroups.h"
 
 namespace Tavrine
 {
@@ -38,6 +39,9 @@ class SettingModel
     /// NoIndex where no dependency forces it.
     std::size_t SlotOfAttribute(std::size_t attribute, SettingProperty property) const;
     std::size_t SlotOfMenu(std::size_t menu, SettingProperty flag) const;
+
+    /// The name of its group, as GroupSettings has it.
+    std::string GroupOf(std::size_t attribute) const;
 
     /// All attributes in the order of their names.
     const std::vector<std::size_t>& ByName() const;
@@ -81,6 +85,9 @@ class SettingModel
     mutable std::once_flag m_NamesSorted;
     mutable std::vector<std::size_t> m_ByLoweredName;
     mutable std::once_flag m_LoweredNamesSorted;
+    /// Made at the first question as well.
+    mutable std::optional<SettingGroups> m_Groups;
+    mutable std::once_flag m_GroupsNamed;
 };
 
 } // namespace Tavrine

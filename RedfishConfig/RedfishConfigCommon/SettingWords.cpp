@@ -62,6 +62,7 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingTexts(const std::stri
     texts.DisplayName = TextOf(attribute, SettingProperty::DisplayName);
     texts.HelpText = TextOf(attribute, SettingProperty::HelpText);
     texts.WarningText = TextOf(attribute, SettingProperty::WarningText);
+    texts.Group = setting->Model().GroupOf(setting->Index());
     for (const Tavrine::RegistryValueName& value : attribute.ValueNames)
     {
         texts.Values.emplace_back(value.Name, value.DisplayName.value_or(std::string()));

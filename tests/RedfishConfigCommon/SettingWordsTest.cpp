@@ -12,6 +12,7 @@
 
 using namespace Tavrine;
 using namespace registrytext;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -37,6 +38,8 @@ std::string Member(const boost::json::value& object, const char* name)
 std::size_t ExpectTexts(RedfishConfigSettingManager& manager, const boost::json::array& attributes)
 {
     std::size_t count = 0;
+    Tavrine::SettingGroupMap groups;
+    manager.GetGroupList(groups);
     for (const boost::json::value& attribute : attributes)
     {
         const std::string name = Member(attribute, "AttributeName");
@@ -45,6 +48,7 @@ std::size_t ExpectTexts(RedfishConfigSettingManager& manager, const boost::json:
         EXPECT_EQ(texts.DisplayName, Member(attribute, "DisplayName")) << name;
         EXPECT_EQ(texts.HelpText, Member(attribute, "HelpText")) << name;
         EXPECT_EQ(texts.WarningText, Member(attribute, "WarningText")) << name;
+        EXPECT_THAT(groups[texts.Group], Contains(name));
         std::vector<std::string> values;
         if (const boost::json::value* list = attribute.as_object().if_contains("Value"); list && list->is_array())
         {
@@ -167,6 +171,7 @@ TEST(SettingWords, UnknownNamesLeaveTheAnswerAlone)
                                     .DisplayName = "kept",
                                     .HelpText = "",
                                     .WarningText = "",
+                                    .Group = "",
                                     .Values = {},
                                     .CurrentValue = "",
                                     .Numbers = {}};
