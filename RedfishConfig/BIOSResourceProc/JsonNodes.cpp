@@ -2,16 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <exception>
 #include <fstream>
-#include <vector>
 
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
+#include "StringNodeReader.h"
 #include "Trace.h"
 
 namespace Tavrine
@@ -54,127 +53,6 @@ std::string ReadUpTo(std::istream& file, std::size_t most)
     } while (file && content.size() < most);
     return content;
 }
-
-/// Takes the events of a parser and keeps the text at the end of a path of object keys. Of several members
-/// of one name the last one counts.
-class StringNodeReader
-{
-  public:
-    static constexpr std::size_t max_object_size = boost::json::object::max_size();
-    static constexpr std::size_t max_array_size = boost::json::array::max_size();
-    static constexpr std::size_t max_key_size = boost::json::string::max_size();
-    static constexpr std::size_t max_string_size = boost::json::string::max_size();
-
-    explicit StringNodeReader(std::initializer_list<std::string_view> path) : m_Path(path) {}
-
-    const std::optional<std::string>& Found() const { return m_Found; }
-
-    // The names and results are those that boost::json::basic_parser asks for.
-    using Error = boost::json::error_code;
-    using View = boost::json::string_view;
-    bool on_document_begin(Error&) { return true; }
-    bool on_document_end(Error&) { return true; }
-    bool on_object_begin(Error&)
-    {
-        const bool root = m_Depth == 0;
-        if (root || (BeginValue() && m_Depth < m_Path.size()))
-        {
-            m_Followed = m_Depth + 1;
-            m_AtKey = false;
-        }
-        ++m_Depth;
-        return true;
-    }
-    bool on_object_end(std::size_t, Error&) { return End(); }
-    bool on_array_begin(Error&)
-    {
-        BeginValue();
-        ++m_Depth;
-        return true;
-    }
-    bool on_array_end(std::size_t, Error&) { return End(); }
-    bool on_key_part(View part, std::size_t, Error&)
-    {
-        m_Text.append(part.data(), part.size());
-        return true;
-    }
-    bool on_key(View part, std::size_t, Error&)
-    {
-        if (m_Depth == m_Followed)
-        {
-            m_AtKey = m_Text.append(part.data(), part.size()) == m_Path[m_Depth - 1];
-        }
-        m_Text.clear();
-        return true;
-    }
-    bool on_string_part(View part, std::size_t, Error&)
-    {
-        if (AtEnd())
-        {
-            m_Text.append(part.data(), part.size());
-        }
-        return true;
-    }
-    bool on_string(View part, std::size_t, Error&)
-    {
-        const bool wanted = AtEnd();
-        BeginValue();
-        if (wanted)
-        {
-            m_Found = m_Text.append(part.data(), part.size());
-            m_Text.clear();
-        }
-        return true;
-    }
-    bool on_int64(std::int64_t, View, Error&) { return Scalar(); }
-    bool on_uint64(std::uint64_t, View, Error&) { return Scalar(); }
-    bool on_double(double, View, Error&) { return Scalar(); }
-    bool on_bool(bool, Error&) { return Scalar(); }
-    bool on_null(Error&) { return Scalar(); }
-    // GCOV_EXCL_START
-    // Asked for, and called for numbers that come in parts and for comments alone; neither comes.
-    bool on_number_part(View, Error&) { return true; }
-    bool on_comment_part(View, Error&) { return true; }
-    bool on_comment(View, Error&) { return true; }
-    // GCOV_EXCL_STOP
-
-  private:
-    /// The value that comes is that of the path's next key.
-    bool AtNext() const { return m_Depth != 0 && m_Depth == m_Followed && m_AtKey; }
-    bool AtEnd() const { return AtNext() && m_Depth == m_Path.size(); }
-
-    /// @return AtNext.
-    bool BeginValue()
-    {
-        if (!AtNext())
-        {
-            return false;
-        }
-        m_Found.reset();
-        return true;
-    }
-    bool Scalar()
-    {
-        BeginValue();
-        return true;
-    }
-    bool End()
-    {
-        --m_Depth;
-        m_Followed = std::min(m_Followed, m_Depth);
-        m_AtKey = false;
-        return true;
-    }
-
-    std::vector<std::string_view> m_Path;
-    std::optional<std::string> m_Found;
-    /// A key or the text wanted, while it comes in parts.
-    std::string m_Text;
-    std::size_t m_Depth = 0;
-    /// So many objects that are open now lie on the path, from the root on.
-    std::size_t m_Followed = 0;
-    bool m_AtKey = false;
-};
 
 } // namespace
 

@@ -7,6 +7,8 @@
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 
+#include "StringNodeReader.h"
+
 namespace Tavrine
 {
 
@@ -175,6 +177,18 @@ std::string_view TextMember(const json::value* parent, std::string_view name)
     const json::value* const member = Member(parent, name);
     const json::string* const text = member == nullptr ? nullptr : member->if_string();
     return text == nullptr ? std::string_view() : std::string_view(text->data(), text->size());
+}
+
+std::string TextMemberOf(std::string_view text, std::string_view name)
+{
+    if (!LookAtJson(text).Fault.empty())
+    {
+        return {};
+    }
+    json::basic_parser<StringNodeReader> parser(Options(), std::initializer_list<std::string_view>{name});
+    json::error_code ec;
+    parser.write_some(false, text.data(), text.size(), ec);
+    return ec ? std::string() : parser.handler().Found().value_or(std::string());
 }
 
 } // namespace Tavrine

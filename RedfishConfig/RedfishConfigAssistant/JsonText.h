@@ -35,4 +35,7 @@ const boost::json::value* Member(const boost::json::value* parent, std::string_v
 /// The text of a string member; empty when there is none.
 std::string_view TextMember(const boost::json::value* parent, std::string_view name);
 
+/// The same from a text, of which no document is made; empty, too, when LookAtJson refuses it.
+std::string TextMemberOf(std::string_view text, std::string_view name);
+
 } // namespace Tavrine

@@ -322,8 +322,7 @@ RedfishConfigResult Find(const ResourceReader& read, const Wanted& wanted, const
 
 std::string RegistryIdentifier(std::string_view valueResource)
 {
-    const std::optional<json::value> document = ParseJson(valueResource);
-    return std::string(TextMember(document ? &*document : nullptr, "AttributeRegistry"));
+    return TextMemberOf(valueResource, "AttributeRegistry");
 }
 
 std::string ChooseLocation(const json::value& registryFile, std::string_view language)
