@@ -70,6 +70,7 @@ class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
     std::string CurrentNameOf(const std::string& setting);
     RedfishConfigResult CollectValues(ProcRead read, SettingValueMap& values, bool includeProtected);
     RedfishConfigResult GetCurrentValuesMap(SettingValueMap& values, bool includeProtected);
+    RedfishConfigResult FindCurrentValues(SettingValueMap& read, const SettingValueMap*& values);
     RedfishConfigResult ReloadAllSettingValues(SettingValueMap& values, bool includeProtected);
     bool ShowsBareNames() const;
     std::string ShownName(const std::string& setting) const;

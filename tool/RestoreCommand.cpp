@@ -14,6 +14,7 @@
 #include "JsonOutput.h"
 #include "MissingActions.h"
 #include "Options.h"
+#include "OrderedLookup.h"
 #include "PendingValues.h"
 #include "SettingManager.h"
 #include "SettingNames.h"
@@ -122,19 +123,9 @@ void JudgeByAnswer(RestorePlan& plan, const std::vector<std::size_t>& indices, c
     }
 }
 
-/// What the BMC itself shows goes before what the answers let one think.
-void JudgeByValues(RestoreSetting& setting, const PendingValues& values)
+void JudgeByValue(RestoreSetting& setting, const std::string& value, bool waits)
 {
-    const bool open = setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Unknown ||
-                      setting.Outcome == RestoreOutcome::InPlace || setting.Outcome == RestoreOutcome::Refused;
-    const auto effective = values.Effective.find(setting.Name);
-    if (!open || setting.Secret || effective == values.Effective.end())
-    {
-        return;
-    }
-    const auto pending = values.Pending.find(setting.Name);
-    const bool waits = pending != values.Pending.end();
-    if (waits ? pending->second == setting.Value : effective->second == setting.Value)
+    if (value == setting.Value)
     {
         SetOutcome(setting, waits ? RestoreOutcome::Sent : RestoreOutcome::InPlace, CodeSucceed, {});
     }
@@ -146,6 +137,25 @@ void JudgeByValues(RestoreSetting& setting, const PendingValues& values)
     else if (setting.Outcome == RestoreOutcome::Unknown)
     {
         setting.Why += "; the BMC does not show the value among those that wait for a reboot";
+    }
+}
+
+/// What the BMC itself shows goes before what the answers let one think.
+void JudgeByValues(RestorePlan& plan, const PendingValues& values)
+{
+    OrderedLookup effectiveValues(values.Effective);
+    OrderedLookup pendingValues(values.Pending);
+    for (RestoreSetting& setting : plan.Settings)
+    {
+        const bool open = setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Unknown ||
+                          setting.Outcome == RestoreOutcome::InPlace || setting.Outcome == RestoreOutcome::Refused;
+        const auto effective = effectiveValues.Find(setting.Name);
+        if (open && !setting.Secret && effective != values.Effective.end())
+        {
+            const auto pending = pendingValues.Find(setting.Name);
+            const bool waits = pending != values.Pending.end();
+            JudgeByValue(setting, waits ? pending->second : effective->second, waits);
+        }
     }
 }
 
@@ -396,10 +406,7 @@ void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& fr
         notes.push_back("warning: the values could not be read back: " + causes.Explain(result).Message);
         return;
     }
-    for (RestoreSetting& setting : plan.Settings)
-    {
-        JudgeByValues(setting, values);
-    }
+    JudgeByValues(plan, values);
 }
 
 void TellRestore(const RestorePlan& plan, const Options& options, const std::string& prefix, Answer& answer)

@@ -1,10 +1,10 @@
 #include "RestorePlan.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 #include "ConfigOptions.h"
+#include "OrderedLookup.h"
 #include "ValueConversions.h"
 
 namespace Tavrine::Tool
@@ -31,10 +31,6 @@ class Judge
     Judge(Manager& manager, bool sameSystem, RestorePlan& plan)
         : m_Manager(manager), m_Action(sameSystem ? FilterRestoreSameSystem : FilterRestoreOtherSystem), m_Plan(plan)
     {
-        for (std::size_t index = 0; index < plan.Settings.size(); ++index)
-        {
-            m_Index[plan.Settings[index].Name] = index;
-        }
     }
 
     void TakeWhatIsKnown(bool uefi, const IsReported& isReported)
@@ -100,7 +96,7 @@ class Judge
         {
             if (setting.Outcome == RestoreOutcome::Planned)
             {
-                wanted.emplace(setting.Name, setting.Value);
+                wanted.emplace_hint(wanted.end(), setting.Name, setting.Value);
             }
         }
         SettingStringMap contexts;
@@ -124,7 +120,12 @@ class Judge
     }
 
   private:
-    RestoreSetting& At(const std::string& name) { return m_Plan.Settings[m_Index.at(name)]; }
+    /// Of a setting of the plan.
+    std::size_t IndexOf(const std::string& name) const
+    {
+        const auto place = std::ranges::lower_bound(m_Plan.Settings, name, {}, &RestoreSetting::Name);
+        return static_cast<std::size_t>(place - m_Plan.Settings.begin());
+    }
 
     /// @return those that the other settings of the file may have locked.
     SettingStringMap Refuse(std::vector<RedfishConfigResult>& refusals)
@@ -132,7 +133,7 @@ class Judge
         SettingStringMap locked;
         for (RedfishConfigResult& refusal : refusals)
         {
-            RestoreSetting& setting = At(refusal.ErrorSetting());
+            RestoreSetting& setting = m_Plan.Settings[IndexOf(refusal.ErrorSetting())];
             Settle(setting, RestoreOutcome::Refused, refusal.ErrorCode(), refusal.ErrorMsg());
             if (refusal.ErrorCode() == CodeLocked)
             {
@@ -145,17 +146,19 @@ class Judge
     void AddCall(const SettingStringMap& wanted, const SettingStringMap& contexts)
     {
         std::vector<std::size_t> call;
+        OrderedLookup sent(contexts);
         for (const auto& entry : wanted)
         {
-            RestoreSetting& setting = At(entry.first);
-            if (!contexts.contains(entry.first))
+            const std::size_t index = IndexOf(entry.first);
+            RestoreSetting& setting = m_Plan.Settings[index];
+            if (sent.Find(entry.first) == contexts.end())
             {
                 Settle(setting, RestoreOutcome::NotSent, CodeSucceed,
                        "it belongs to one system alone; --same-system brings it back");
                 continue;
             }
             Settle(setting, RestoreOutcome::Planned, CodeSucceed, {});
-            call.push_back(m_Index.at(entry.first));
+            call.push_back(index);
         }
         if (!call.empty())
         {
@@ -166,7 +169,6 @@ class Judge
     Manager& m_Manager;
     filterAction m_Action;
     RestorePlan& m_Plan;
-    std::map<std::string, std::size_t> m_Index;
 };
 
 } // namespace

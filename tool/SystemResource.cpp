@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <boost/json/array.hpp>
+#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
 
@@ -64,7 +65,7 @@ std::vector<std::string> Texts(const json::array* array)
     return texts;
 }
 
-RedfishConfigResult GetObject(const BmcRequests& requests, const std::string& url, json::object& object)
+RedfishConfigResult GetObject(const BmcRequests& requests, const std::string& url, std::optional<json::object>& object)
 {
     std::string response;
     RedfishConfigResult result = requests.Get(url, response);
@@ -73,12 +74,13 @@ RedfishConfigResult GetObject(const BmcRequests& requests, const std::string& ur
         return result;
     }
     json::error_code failure;
-    json::value value = json::parse(response, failure);
+    // Read and never changed, so its memory may grow alone and go at one stroke.
+    json::value value = json::parse(response, failure, json::make_shared_resource<json::monotonic_resource>());
     if (failure || !value.is_object())
     {
         return {CodeParse, "The answer of the BMC to GET " + url + " is no JSON object.", ""};
     }
-    object = std::move(value.get_object());
+    object.emplace(std::move(value.get_object()));
     return {CodeSucceed, "", ""};
 }
 
@@ -132,14 +134,14 @@ BmcRequests RequestsOf(const Bmc& bmc)
 
 RedfishConfigResult ReadSystem(const BmcRequests& requests, SystemResource& system)
 {
-    json::object collection;
+    std::optional<json::object> collection;
     RedfishConfigResult result = GetObject(requests, SystemsPath, collection);
     if (!IsSuccess(result.ErrorCode()))
     {
         return result;
     }
     system = {};
-    const json::array* members = Array(collection, {"Members"});
+    const json::array* members = Array(*collection, {"Members"});
     for (const json::value& member : members != nullptr ? *members : json::array())
     {
         if (const json::object* link = member.if_object(); link != nullptr && system.Path.empty())
@@ -156,7 +158,7 @@ RedfishConfigResult ReadSystem(const BmcRequests& requests, SystemResource& syst
 
 RedfishConfigResult RefreshSystem(const BmcRequests& requests, SystemResource& system)
 {
-    json::object object;
+    std::optional<json::object> object;
     RedfishConfigResult result = GetObject(requests, system.Path, object);
     if (!IsSuccess(result.ErrorCode()))
     {
@@ -164,34 +166,34 @@ RedfishConfigResult RefreshSystem(const BmcRequests& requests, SystemResource& s
     }
     SystemResource read;
     read.Path = system.Path;
-    read.Manufacturer = Text(object, {"Manufacturer"});
-    read.Model = Text(object, {"Model"});
-    read.SerialNumber = Text(object, {"SerialNumber"});
-    read.BiosVersion = Text(object, {"BiosVersion"});
-    read.PowerState = Text(object, {"PowerState"});
-    read.BootState = Text(object, {"BootProgress", "LastState"});
-    read.LastReset = Text(object, {"LastResetTime"});
-    read.ResetTarget = Text(object, {"Actions", "#ComputerSystem.Reset", "target"});
-    read.ResetInfo = Text(object, {"Actions", "#ComputerSystem.Reset", "@Redfish.ActionInfo"});
-    read.ResetTypes = Texts(Array(object, {"Actions", "#ComputerSystem.Reset", "ResetType@Redfish.AllowableValues"}));
+    read.Manufacturer = Text(*object, {"Manufacturer"});
+    read.Model = Text(*object, {"Model"});
+    read.SerialNumber = Text(*object, {"SerialNumber"});
+    read.BiosVersion = Text(*object, {"BiosVersion"});
+    read.PowerState = Text(*object, {"PowerState"});
+    read.BootState = Text(*object, {"BootProgress", "LastState"});
+    read.LastReset = Text(*object, {"LastResetTime"});
+    read.ResetTarget = Text(*object, {"Actions", "#ComputerSystem.Reset", "target"});
+    read.ResetInfo = Text(*object, {"Actions", "#ComputerSystem.Reset", "@Redfish.ActionInfo"});
+    read.ResetTypes = Texts(Array(*object, {"Actions", "#ComputerSystem.Reset", "ResetType@Redfish.AllowableValues"}));
     system = std::move(read);
     return {CodeSucceed, "", ""};
 }
 
 RedfishConfigResult ReadBios(const BmcRequests& requests, const SystemResource& system, BiosResource& bios)
 {
-    json::object object;
+    std::optional<json::object> object;
     RedfishConfigResult result = GetObject(requests, system.Path + "/Bios", object);
     if (!IsSuccess(result.ErrorCode()))
     {
         return result;
     }
     bios = {};
-    bios.Registry = Text(object, {"AttributeRegistry"});
-    bios.ChangeTime = Text(object, {"@Redfish.Settings", "Time"});
-    const json::value* defaults = Find(object, {"ResetBiosToDefaultsPending"});
+    bios.Registry = Text(*object, {"AttributeRegistry"});
+    bios.ChangeTime = Text(*object, {"@Redfish.Settings", "Time"});
+    const json::value* defaults = Find(*object, {"ResetBiosToDefaultsPending"});
     bios.DefaultsPending = defaults != nullptr && defaults->is_bool() && defaults->get_bool();
-    const json::array* messages = Array(object, {"@Redfish.Settings", "Messages"});
+    const json::array* messages = Array(*object, {"@Redfish.Settings", "Messages"});
     for (const json::value& message : messages != nullptr ? *messages : json::array())
     {
         if (message.is_object() && bios.Messages.size() < MostMessages)
@@ -204,13 +206,13 @@ RedfishConfigResult ReadBios(const BmcRequests& requests, const SystemResource& 
 
 RedfishConfigResult ReadResetTypes(const BmcRequests& requests, SystemResource& system)
 {
-    json::object info;
+    std::optional<json::object> info;
     if (!system.ResetTypes.empty() || system.ResetInfo.empty())
     {
         return {CodeSucceed, "", ""};
     }
     RedfishConfigResult result = GetObject(requests, system.ResetInfo, info);
-    const json::array* parameters = Array(info, {"Parameters"});
+    const json::array* parameters = info ? Array(*info, {"Parameters"}) : nullptr;
     for (const json::value& value : parameters != nullptr ? *parameters : json::array())
     {
         const json::object* parameter = value.if_object();

@@ -37,18 +37,19 @@ RedfishConfigResult BiosRedfishConfigProc::PatchSettingNewValue(const std::strin
         TAVRINE_LOG(LogFailure) << "Failed to get setting manager with error: " << result.ErrorMsg();
         return result;
     }
-    SettingValueMap current;
-    result = GetCurrentValuesMap(current, true);
+    SettingValueMap read;
+    const SettingValueMap* current = nullptr;
+    result = FindCurrentValues(read, current);
     if (result != ResultSuccess)
     {
         TAVRINE_LOG(LogFailure) << "Failed to get current value map though: " << result.ErrorMsg();
         return result;
     }
-    m_SettingManager->UpdateSettingValue(current);
+    m_SettingManager->UpdateSettingValue(*current);
 
     const std::string workName = CurrentNameOf(setting);
     std::string workValue = value;
-    if (!CheckSettingValueChange(current, workName, workValue))
+    if (!CheckSettingValueChange(*current, workName, workValue))
     {
         result = ResultResetRequired;
         TAVRINE_LOG(LogDetail) << "Setting value no change, need do nothing.";

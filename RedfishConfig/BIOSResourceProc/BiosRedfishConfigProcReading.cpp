@@ -171,6 +171,22 @@ RedfishConfigResult BiosRedfishConfigProc::GetCurrentValuesMap(SettingValueMap& 
     return CollectValues(&BiosBasicSettingProc::GetCurrentValuesMap, values, includeProtected);
 }
 
+/// All current values where they are: at the one assistant that there is once it has them, since a batch of
+/// changes looks at them before each. `values` points there or to `read`, and holds until a change is staged.
+RedfishConfigResult BiosRedfishConfigProc::FindCurrentValues(SettingValueMap& read, const SettingValueMap*& values)
+{
+    ProcMap procs;
+    m_ProcCreator->CreateAllProcs(procs);
+    const BiosBasicSettingAssistant* only = procs.size() == 1 ? procs.begin()->second->m_Assistant.get() : nullptr;
+    if (only != nullptr && !only->m_CurrentValues.empty())
+    {
+        values = &only->m_CurrentValues;
+        return BareResult(ResultSuccess);
+    }
+    values = &read;
+    return GetCurrentValuesMap(read, true);
+}
+
 RedfishConfigResult BiosRedfishConfigProc::ReloadAllSettingValues(SettingValueMap& values, bool includeProtected)
 {
     return CollectValues(&BiosBasicSettingProc::ReloadAllSettingValues, values, includeProtected);

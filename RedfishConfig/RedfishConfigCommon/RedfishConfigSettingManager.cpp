@@ -1,7 +1,10 @@
 #include "RedfishConfigSettingManager.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "AttributeRegistry.h"
 #include "Dependencies.h"
@@ -42,11 +45,13 @@ void LogNotes(const Tavrine::RegistryNotes& notes)
 void ApplyDependencies(const RedfishConfigSetting& setting, const Tavrine::DependencyEvaluation& evaluation,
                        RedfishConfigSettingInfoStru& info)
 {
+    // Its flags may be those of its menus.
+    const bool forced = setting.Model().HasDependencies(setting.Index());
     for (std::size_t row = 0; row < Tavrine::PropertyCount; ++row)
     {
         const auto property = static_cast<Tavrine::SettingProperty>(row);
         const bool shaped = Tavrine::IsFlag(property) ||
-                            (property != Tavrine::SettingProperty::CurrentValue &&
+                            (forced && property != Tavrine::SettingProperty::CurrentValue &&
                              setting.Model().SlotOfAttribute(setting.Index(), property) != Tavrine::NoIndex);
         if (shaped)
         {
@@ -82,11 +87,12 @@ std::vector<std::string> MergeValues(const Tavrine::SettingValueMap& values, Tav
     for (const auto& [name, value] : values)
     {
         place = few ? into.lower_bound(name) : place;
-        while (place != into.end() && place->first != name && less(place->first, name))
+        bool there = false;
+        while (place != into.end() && !(there = place->first == name) && less(place->first, name))
         {
             ++place;
         }
-        if (place == into.end() || (place->first != name && less(name, place->first)))
+        if (place == into.end() || !(there || !less(name, place->first)))
         {
             into.emplace_hint(place, name, value);
             moved.push_back(name);
@@ -149,9 +155,15 @@ RedfishConfigResult RedfishConfigSettingManager::ReadModel()
 
 void RedfishConfigSettingManager::TakeModel(const std::shared_ptr<const Tavrine::SettingModel>& model)
 {
+    // A handful of words of different lengths: for thousands of attributes that is less than searches in the map.
+    std::vector<std::string_view> types;
+    for (const auto& creator : m_SettingTypeCreators)
+    {
+        types.emplace_back(creator.first);
+    }
     for (const Tavrine::RegistryAttribute& attribute : model->Registry().Attributes)
     {
-        if (!attribute.Type || !m_SettingTypeCreators.contains(*attribute.Type))
+        if (!attribute.Type || std::find(types.begin(), types.end(), *attribute.Type) == types.end())
         {
             Log(4, __FILE__, __LINE__).Stream() << "Setting " << attribute.Name() << " has no known type.";
         }

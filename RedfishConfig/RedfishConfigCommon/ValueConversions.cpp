@@ -119,10 +119,14 @@ bool CaseInsensitiveComparator::operator()(const std::string& left, const std::s
             [&lower](char one, char two)
             { return static_cast<unsigned char>(lower(one)) < static_cast<unsigned char>(lower(two)); });
     };
+    static const std::locale& classic = std::locale::classic();
     const std::locale locale;
-    if (locale == std::locale::classic())
+    if (locale == classic)
     {
-        return precedes(LoweredAscii);
+        const char one = LoweredAscii(left[common]);
+        const char other = LoweredAscii(right[common]);
+        return one != other ? static_cast<unsigned char>(one) < static_cast<unsigned char>(other)
+                            : precedes(LoweredAscii);
     }
     const auto& letters = std::use_facet<std::ctype<char>>(locale);
     return precedes([&letters](char letter) { return letters.tolower(letter); });
