@@ -73,8 +73,6 @@ struct RedfishConfigSettingTexts
     std::string DisplayName;
     std::string HelpText;
     std::string WarningText;
-    /// The group that RedfishConfigSettingManager::GetGroupList has it in.
-    std::string Group;
     /// Value names and their display names, in the order of the registry.
     std::vector<std::pair<std::string, std::string>> Values;
     /// The value that the setting manager was given, else the registry's, as text.
@@ -82,6 +80,8 @@ struct RedfishConfigSettingTexts
     /// Its whole numbers ("LowerBound", "MaxLength" and so on) in decimal, beyond the range of
     /// RedfishConfigSettingInfoStru as well.
     SettingStringMap Numbers;
+    /// The group that RedfishConfigSettingManager::GetGroupList has it in.
+    std::string Group;
 };
 
 /// The settings that dependencies connect with one, by the direction, each once and in the

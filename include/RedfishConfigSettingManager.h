@@ -32,9 +32,11 @@ class SettingModel;
 class TAVRINE_EXPORT RedfishConfigSettingManager
 {
   public:
-    /// The two constructors differ in the values that the model starts with.
+    /// The constructors differ in the values that the model starts with: copied, taken over, or none.
     /// @param flag  kept for the layout of older system kinds; without effect.
     RedfishConfigSettingManager(const std::string& schema, const Tavrine::SettingValueMap& values, const bool& flag,
+                                const Tavrine::Config_Options& options);
+    RedfishConfigSettingManager(const std::string& schema, Tavrine::SettingValueMap&& values, const bool& flag,
                                 const Tavrine::Config_Options& options);
     RedfishConfigSettingManager(const std::string& schema, const bool& flag, const Tavrine::Config_Options& options);
     RedfishConfigSettingManager(const RedfishConfigSettingManager&) = delete;
@@ -62,7 +64,7 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     /// The names of all settings, in the order of the registry; none for a text that is no
     /// registry, and GetError has the code 27 then.
     std::vector<std::string> GetSettingNames();
-    /// The registry's own words about one setting, and its current value.
+    /// The registry's own words about one setting, its group, and its current value.
     /// @return as GetSettingProperties; `texts` is untouched on failure.
     RedfishConfigResult GetSettingTexts(const std::string& name, Tavrine::RedfishConfigSettingTexts& texts);
     /// The settings that dependencies connect with one, its menus' included.

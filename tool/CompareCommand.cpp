@@ -101,8 +101,10 @@ void PutInto(Answer& answer, const Comparison& comparison, const Titles& titles,
             continue;
         }
         const char* absent = columns ? "(none)" : "\\N";
-        rows.push_back(
-            {EscapeText(name), ShownValue(pair.Current, options, absent), ShownValue(pair.Other, options, absent)});
+        std::vector<std::string>& row = rows.emplace_back(3);
+        row[0] = EscapeText(name);
+        row[1] = ShownValue(pair.Current, options, absent);
+        row[2] = ShownValue(pair.Other, options, absent);
     }
     if (!options.Json)
     {

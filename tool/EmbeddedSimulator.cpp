@@ -19,7 +19,7 @@ std::string LoaderError()
 
 std::unique_ptr<bmcsim::EmbeddedSimulator> StartSimulator(const bmcsim::SimulatorOptions& options, std::string& error)
 {
-    // By its bare name it is looked for where this program's other libraries are.
+    // A bare name is looked for where this program's other libraries are.
     void* module = dlopen(TAVRINE_SIMULATOR_MODULE, RTLD_NOW | RTLD_LOCAL);
     void* start = module ? dlsym(module, bmcsim::StartEmbeddedSimulatorName) : nullptr;
     if (!start)

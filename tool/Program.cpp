@@ -81,9 +81,8 @@ void NameBmc(Answer& answer, const std::string& name)
     }
 }
 
-Answer AskBmc(const Options& options, const std::function<void(const std::string&)>& warn)
+Answer AskBmc(const Options& options, const std::function<void(const std::string&)>& warn, Bmc& bmc)
 {
-    Bmc bmc(options);
     Answer before;
     std::optional<Failure> failure = bmc.Prepare(before.Notes);
     // Before the password is sent, not after.
@@ -163,7 +162,7 @@ int TellWithoutRun(const ParsedCommandLine& parsed)
 
 } // namespace
 
-Answer Perform(const Options& options, const std::function<void(const std::string&)>& warn)
+Answer Perform(const Options& options, const std::function<void(const std::string&)>& warn, std::unique_ptr<Bmc>& bmc)
 {
     if (const std::string error = GlobalConfig::LoadError(); !error.empty())
     {
@@ -177,7 +176,8 @@ Answer Perform(const Options& options, const std::function<void(const std::strin
             return AnswerWith(std::move(*failure));
         }
     }
-    return AskBmc(options, warn);
+    bmc = std::make_unique<Bmc>(options);
+    return AskBmc(options, warn, *bmc);
 }
 
 int RunProgram(int argc, char** argv)
@@ -191,13 +191,17 @@ int RunProgram(int argc, char** argv)
         return TellWithoutRun(parsed);
     }
     ReserveHeap();
+    // Not destroyed once it is closed, which has ended its connection and its simulator: to take a model of
+    // thousands of settings apart costs some percent of a run, and with the process it all goes at once.
+    static auto* const bmc = new std::unique_ptr<Bmc>();
     Answer answer;
     try
     {
-        answer = Perform(*parsed.Request, WriteError);
+        answer = Perform(*parsed.Request, WriteError, *bmc);
     }
     catch (const std::exception& error)
     {
+        bmc->reset();
         answer = AnswerWith({CodeInternal, std::string("Internal error: ") + error.what(), {}, {}});
     }
     return Tell(std::move(answer), *parsed.Request);

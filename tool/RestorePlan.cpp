@@ -187,6 +187,7 @@ std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes,
             return "the setting " + stripped + " stands in it under two names";
         }
     }
+    plan.Settings.clear();
     for (const auto& [name, value] : bare)
     {
         RestoreSetting& setting = plan.Settings.emplace_back();

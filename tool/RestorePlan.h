@@ -43,7 +43,7 @@ struct RestoreSetting
 /// What is to be restored, found out without a change.
 struct RestorePlan
 {
-    /// By name.
+    /// In the order of their names, each once: JudgeRestore finds them by that.
     std::vector<RestoreSetting> Settings;
     /// Settings, by index, that are handed over together, one such call behind the other.
     /// A setting that another one of the file locks goes before that one.

@@ -374,7 +374,12 @@ std::string ReadDescriptor(int descriptor, std::size_t most, std::string& text)
     }
 }
 
-std::string Json(const std::string& text) { return json::serialize(json::value(ValidUtf8(text))); }
+std::string Json(const std::string& text)
+{
+    const auto isPlain = [](char c) { return c >= ' ' && c < 0x7F && c != '"' && c != '\\'; };
+    return std::all_of(text.begin(), text.end(), isPlain) ? '"' + text + '"' // as nearly all names and values are
+                                                          : json::serialize(json::value(ValidUtf8(text)));
+}
 
 /// A name in front of the "=" of a line.
 std::string LineName(const std::string& name)

@@ -2,7 +2,6 @@
 
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "Answer.h"
 #include "BiosRedfishConfigProc.h"
@@ -11,6 +10,12 @@
 
 namespace Tavrine::Tool
 {
+namespace
+{
+
+constexpr int CodeParse = 27;
+
+} // namespace
 
 RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
 {
@@ -25,13 +30,14 @@ RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr
     {
         return result;
     }
-    taken->GetSettingNames();
-    if (const std::vector<RedfishConfigResult> errors = taken->GetError(); !errors.empty())
+    RedfishConfigSettingTexts none;
+    RedfishConfigResult read = taken->GetSettingTexts("", none);
+    if (read == CodeParse)
     {
         // What is wrong with a registry is told in the words of `schema`.
         std::string text;
         result = ReadRegistryText(front, text);
-        return IsSuccess(result.ErrorCode()) ? errors.front() : result;
+        return IsSuccess(result.ErrorCode()) ? read : result;
     }
     manager = std::move(taken);
     return result;

@@ -88,11 +88,11 @@ template <typename Map> class SettingSelection
         {
             return;
         }
-        m_Entries = m_Group;
         if (*m_GroupResult == CodePartly)
         {
             NoteMissing([](const std::string&) { return true; });
         }
+        m_Entries.swap(m_Group); // no name asks for the group after that
     }
 
     void TakePattern(const std::string& name)

@@ -2,6 +2,8 @@
 // keeps.
 #include "BiosRedfishConfigProc.h"
 
+#include <utility>
+
 #include "RedfishConfigSettingManager.h"
 #include "Results.h"
 #include "Trace.h"
@@ -143,9 +145,10 @@ RedfishConfigResult BiosRedfishConfigProc::QuerySaveSettingValues(SettingStringM
         return result;
     }
     HiddenSettingsByKeywords(found);
-    for (const auto& [name, text] : found)
+    for (auto& [name, text] : found)
     {
-        values[m_SecondPrefix + "." + name] = text;
+        // Names with one prefix stay in their order.
+        values.insert_or_assign(values.end(), m_SecondPrefix + "." + name, std::move(text));
     }
     return result;
 }

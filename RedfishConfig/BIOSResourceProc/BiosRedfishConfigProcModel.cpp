@@ -1,6 +1,8 @@
 // What the setting model is made from: the registry's text, and the current values.
 #include "BiosRedfishConfigProc.h"
 
+#include <utility>
+
 #include "BiosRedfishProcCreator.h"
 #include "BiosSettingAssistant.h"
 #include "JsonNodes.h"
@@ -65,7 +67,8 @@ RedfishConfigResult BiosRedfishConfigProc::QuerySettingManager(bool includeProte
     {
         return schemaResult;
     }
-    m_SettingManager = std::make_shared<RedfishConfigSettingManager>(m_Schema, values, ManagerFlag(), m_Options);
+    m_SettingManager =
+        std::make_shared<RedfishConfigSettingManager>(m_Schema, std::move(values), ManagerFlag(), m_Options);
     return m_SettingManager != nullptr ? valuesResult : ManagerMissing();
 }
 

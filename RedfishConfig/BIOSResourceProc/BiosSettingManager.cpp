@@ -42,7 +42,8 @@ RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
     }
     // The registry's own value stands where the BMC reports none.
     std::erase_if(values, [](const auto& entry) { return !entry.second; });
-    auto taken = std::make_unique<RedfishConfigSettingManager>("", values, front.ManagerFlag(), front.m_Options);
+    auto taken =
+        std::make_unique<RedfishConfigSettingManager>("", std::move(values), front.ManagerFlag(), front.m_Options);
     taken->TakeRegistryOf(*front.m_SettingManager);
     manager = std::move(taken);
     return result;

@@ -326,7 +326,11 @@ std::optional<StoredText> RegistryStore::Load(const std::string& key) const
     if (!text || Crc32Of(*text) != entry->Crc32)
     {
         Log(3, __FILE__, __LINE__).Stream() << "A damaged or missing file is given up: " << m_Folder << "/" << textName;
-        unlinkat(folder.Get(), textName.c_str(), 0);
+        // Other entries may lead to a text that is whole; what cannot be read must not stand in its place.
+        if (!text || Sha256Text(Sha256Of(*text)) != entry->Digest)
+        {
+            unlinkat(folder.Get(), textName.c_str(), 0);
+        }
         unlinkat(folder.Get(), name.c_str(), 0);
         return std::nullopt;
     }

@@ -45,7 +45,7 @@ void LogNotes(const Tavrine::RegistryNotes& notes)
 void ApplyDependencies(const RedfishConfigSetting& setting, const Tavrine::DependencyEvaluation& evaluation,
                        RedfishConfigSettingInfoStru& info)
 {
-    // Its flags may be those of its menus.
+    // Without any there is no slot to look for; flags may come from the menus.
     const bool forced = setting.Model().HasDependencies(setting.Index());
     for (std::size_t row = 0; row < Tavrine::PropertyCount; ++row)
     {
@@ -88,11 +88,15 @@ std::vector<std::string> MergeValues(const Tavrine::SettingValueMap& values, Tav
     {
         place = few ? into.lower_bound(name) : place;
         bool there = false;
-        while (place != into.end() && !(there = place->first == name) && less(place->first, name))
+        for (; place != into.end(); ++place)
         {
-            ++place;
+            there = place->first == name;
+            if (there || !less(place->first, name))
+            {
+                break;
+            }
         }
-        if (place == into.end() || !(there || !less(name, place->first)))
+        if (place == into.end() || (!there && less(name, place->first)))
         {
             into.emplace_hint(place, name, value);
             moved.push_back(name);
@@ -155,7 +159,7 @@ RedfishConfigResult RedfishConfigSettingManager::ReadModel()
 
 void RedfishConfigSettingManager::TakeModel(const std::shared_ptr<const Tavrine::SettingModel>& model)
 {
-    // A handful of words of different lengths: for thousands of attributes that is less than searches in the map.
+    // A handful of words, nearly all of other lengths: for thousands of attributes less than searches in the map.
     std::vector<std::string_view> types;
     for (const auto& creator : m_SettingTypeCreators)
     {
@@ -218,7 +222,15 @@ const Tavrine::DependencyEvaluation& RedfishConfigSettingManager::Now() const
 void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
 {
     // Before the first operation there is no model yet; it starts with these values.
-    std::vector<std::string> moved = MergeValues(values, m_Values);
+    std::vector<std::string> moved;
+    if (m_Values.empty() && m_Settings.empty())
+    {
+        m_Values = values; // no name is searched for
+    }
+    else
+    {
+        moved = MergeValues(values, m_Values);
+    }
     if (m_Options.HexValueMode)
     {
         m_SettingInfos = LeftOut(values, m_Values);

@@ -131,7 +131,10 @@ std::vector<std::size_t> SettingModel::Targets(std::size_t attribute) const
     for (const std::size_t dependency : m_DependenciesFrom[attribute])
     {
         targets.push_back(m_Registry.Dependencies[dependency].Attribute);
-        menus.push_back(m_Registry.Dependencies[dependency].Menu);
+        if (const std::size_t menu = m_Registry.Dependencies[dependency].Menu; menu != NoIndex)
+        {
+            menus.push_back(menu);
+        }
     }
     if (!menus.empty())
     {

@@ -109,3 +109,36 @@ TEST(JsonText, AnErrorObjectIsSeenAtTheTopLevelAlone)
         EXPECT_EQ(LookAtJson(row.Text).HasError, row.HasError) << row.Text;
     }
 }
+
+TEST(JsonText, OneTextMemberIsThatOfTheDocument)
+{
+    struct Row
+    {
+        std::string Text;
+        const char* Member;
+    };
+    const std::string deep = std::string(40, '[') + std::string(40, ']');
+    const Row rows[] = {
+        {R"({"a":"text"})", "text"},
+        {R"({"b":{"a":"inner"},"a":"outer","c":[{"a":"inner"}]})", "outer"},
+        {R"({"b":{"a":"inner"},"c":["a"]})", ""},
+        {R"({"a":"first","a":"last"})", "last"},
+        {R"({"a":"first","a":7})", ""},
+        {R"({"a":"first","a":{"a":"inner"}})", ""},
+        {R"({"a":["text"]})", ""},
+        {R"({"\u0061":"es\u0063aped \u00e4"})", "escaped \xc3\xa4"},
+        {R"(["a","text"])", ""},
+        {R"("a")", ""},
+        {R"({"a":"text"} x)", ""},
+        {R"({"a":"text","b":1e400})", ""},
+        {R"({"a":"text","b":)" + deep + "}", ""},
+        {R"({"a":"text")", ""},
+        {"", ""},
+    };
+    for (const Row& row : rows)
+    {
+        EXPECT_EQ(TextMemberOf(row.Text, "a"), row.Member) << row.Text;
+        const auto document = ParseJson(row.Text);
+        EXPECT_EQ(TextMember(document ? &*document : nullptr, "a"), row.Member) << row.Text;
+    }
+}

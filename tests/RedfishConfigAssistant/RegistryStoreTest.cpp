@@ -180,6 +180,19 @@ TEST(RegistryStore, DamagedEntriesAreRemoved)
     }
 }
 
+TEST(RegistryStore, ADamagedEntryLeavesTheTextToTheOthers)
+{
+    const Fixture fixture;
+    fixture.Store.Save("a", {"/p", "\"1\"", "the text"});
+    const fs::path entry = fixture.Only(".entry");
+    fixture.Store.Save("b", {"/p", "\"1\"", "the text"});
+    std::string damaged = testdata::ReadFile(entry);
+    damaged.replace(damaged.find("\"Crc32\":"), 8, "\"Crc32\":1");
+    Overwrite(entry, damaged);
+    EXPECT_EQ(fixture.TextOf("a"), "(none)");
+    EXPECT_EQ(fixture.TextOf("b"), "the text");
+}
+
 TEST(RegistryStore, OnlyPlainFilesAreRead)
 {
     const Fixture fixture;

@@ -171,10 +171,10 @@ TEST(SettingWords, UnknownNamesLeaveTheAnswerAlone)
                                     .DisplayName = "kept",
                                     .HelpText = "",
                                     .WarningText = "",
-                                    .Group = "",
                                     .Values = {},
                                     .CurrentValue = "",
-                                    .Numbers = {}};
+                                    .Numbers = {},
+                                    .Group = ""};
     RedfishConfigResult result = manager.GetSettingTexts("mode", texts);
     EXPECT_EQ(result.ErrorCode(), 20);
     EXPECT_EQ(result.ErrorMsg(), "Unable to find the setting mode. Did you mean Mode?");

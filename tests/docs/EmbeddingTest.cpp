@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "../tool/RunningBmc.h"
@@ -17,6 +19,7 @@ namespace
 {
 
 const std::string Folder = DOCUMENTED_PROJECT "/docs";
+constexpr bool SanitizedTool = std::string_view(EXAMPLE_FLAGS).size() != 0;
 
 std::string Document() { return testdata::ReadFile(Folder + "/embedding.md"); }
 
@@ -29,6 +32,11 @@ void ExpectSuccess(const std::vector<std::string>& command)
     ASSERT_EQ(finished.Status, 0) << finished.Output << finished.Errors;
 }
 
+void Install(const std::string& prefix)
+{
+    ExpectSuccess({CMAKE_PROGRAM, "--install", PROJECT_BUILD, "--prefix", prefix});
+}
+
 } // namespace
 
 TEST(Embedding, TheDocumentShowsTheFilesAsTheyAre)
@@ -39,12 +47,47 @@ TEST(Embedding, TheDocumentShowsTheFilesAsTheyAre)
               std::vector{testdata::ReadFile(Folder + "/examples/CMakeLists.txt")});
 }
 
+TEST(Embedding, TheInstalledToolFindsItsSimulator)
+{
+    const testdata::TemporaryFolder folder;
+    ASSERT_NO_FATAL_FAILURE(Install(folder.Path().string()));
+    Launch launch;
+    launch.Program = (folder.Path() / "bin/tavrine").string();
+    launch.Arguments = {"--simulate", "groups"};
+    const Finished found = tooltest::RunToEnd(launch);
+    EXPECT_EQ(found.Status, 0) << found.Errors;
+    EXPECT_NE(found.Output, "");
+
+    std::vector<std::filesystem::path> simulator;
+    for (const auto& file : std::filesystem::recursive_directory_iterator(folder.Path()))
+    {
+        if (file.path().filename().string().starts_with("libtavrine-bmcsim.so"))
+        {
+            simulator.push_back(file.path());
+        }
+    }
+    ASSERT_FALSE(simulator.empty());
+    if (SanitizedTool)
+    {
+        return; // which has the path of the build
+    }
+    for (const std::filesystem::path& file : simulator)
+    {
+        std::filesystem::remove(file);
+    }
+    const Finished missed = tooltest::RunToEnd(launch);
+    EXPECT_EQ(missed.Status, 15);
+    EXPECT_TRUE(missed.Errors.starts_with("tavrine: 15 Unable to start the simulated BMC: libtavrine-bmcsim.so"))
+        << missed.Errors;
+    EXPECT_EQ(missed.Output, "");
+}
+
 TEST(Embedding, TheProgramIsBuiltAgainstAnInstallationAndDoesWhatIsShown)
 {
     const testdata::TemporaryFolder folder;
     const std::string prefix = (folder.Path() / "installed").string();
     const std::string build = (folder.Path() / "build").string();
-    ASSERT_NO_FATAL_FAILURE(ExpectSuccess({CMAKE_PROGRAM, "--install", PROJECT_BUILD, "--prefix", prefix}));
+    ASSERT_NO_FATAL_FAILURE(Install(prefix));
     ASSERT_NO_FATAL_FAILURE(
         ExpectSuccess({CMAKE_PROGRAM, "-G", CMAKE_GENERATOR_NAME, "-S", Folder + "/examples", "-B", build,
                        "-DCMAKE_PREFIX_PATH=" + prefix, "-DCMAKE_CXX_FLAGS=" EXAMPLE_FLAGS}));

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "Bmc.h"
 #include "Command.h"
 #include "Options.h"
 #include "Program.h"
@@ -56,7 +57,9 @@ Answer ToolRun::RunAt(const std::string& url, const std::vector<std::string>& ar
     {
         return Failed({StatusUsage, parsed.Text, {}, {}});
     }
-    return Perform(*parsed.Request, [](const std::string&) {});
+    std::unique_ptr<Bmc> bmc;
+    return Perform(
+        *parsed.Request, [](const std::string&) {}, bmc);
 }
 
 Tavrine::SettingStringMap ToolRun::Read(const std::string& name) const

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "Answer.h"
+#include "Bmc.h"
 #include "Command.h"
 #include "JsonOutput.h"
 #include "Options.h"
@@ -61,7 +62,9 @@ Finished InsideRun::operator()(const std::vector<std::string>& arguments, const 
         finished.Errors = parsed.Text;
         return finished;
     }
-    const Answer answer = Perform(*parsed.Request, [&](const std::string& lines) { finished.Errors += lines; });
+    std::unique_ptr<Bmc> bmc;
+    const Answer answer = Perform(
+        *parsed.Request, [&](const std::string& lines) { finished.Errors += lines; }, bmc);
     finished.Status = ExitStatus(answer.Code);
     finished.Output = parsed.Request->Json ? JsonDocument(answer, parsed.Request->Chosen->JsonMember) : answer.Text;
     finished.Errors += StderrLines(answer);

@@ -26,7 +26,10 @@ constexpr const char* Registry = R"({"@odata.type":"#AttributeRegistry.v1_3_6.At
     {"AttributeName":"Fixed","Type":"String","CurrentValue":"f","ReadOnly":true},
     {"AttributeName":"Silent","Type":"String"},
     {"AttributeName":"Seal","Type":"String","CurrentValue":"s","Oem":{"Zorvan":{"Protected":true}}},
-    {"AttributeName":"Word","Type":"Password"}],
+    {"AttributeName":"Word","Type":"Password"},
+    {"AttributeName":"_first","Type":"String","CurrentValue":"1"},
+    {"AttributeName":"Zone","Type":"Integer","CurrentValue":1,"UpperBound":9},
+    {"AttributeName":"apple","Type":"String","CurrentValue":"1"}],
     "Dependencies":[{"Type":"Map","DependencyFor":"Size","Dependency":{"MapFrom":[{"MapFromAttribute":"Mode",
     "MapFromProperty":"CurrentValue","MapFromCondition":"EQU","MapFromValue":"Fixed"}],"MapToAttribute":"Size",
     "MapToProperty":"ReadOnly","MapToValue":true}}]}})";
@@ -181,6 +184,19 @@ TEST(RestorePlan, ProtectedSettingsOfAUefiSystemAreLeftOut)
 TEST(RestorePlan, WhatAnotherSettingOfTheFileLocksGoesFirst)
 {
     EXPECT_EQ(Calls(PlanOf({{"Mode", "Fixed"}, {"Size", "3"}, {"Tag", "new"}})), (Names{{"Size"}, {"Mode", "Tag"}}));
+}
+
+TEST(RestorePlan, NamesAreFoundWhereTheirBytesComeInAnotherOrder)
+{
+    const RestorePlan plan =
+        PlanOf({{"apple", "2"}, {"_first", "2"}, {"Zone", "10"}, {"Mode", "Fixed"}, {"Size", "3"}});
+    EXPECT_EQ(Find(plan, "Zone").Outcome, RestoreOutcome::Refused);
+    EXPECT_EQ(Find(plan, "Zone").Code, 10);
+    for (const char* name : {"apple", "_first", "Mode", "Size"})
+    {
+        EXPECT_EQ(Find(plan, name).Outcome, RestoreOutcome::Planned) << name;
+    }
+    EXPECT_EQ(Calls(plan), (Names{{"Size"}, {"Mode", "_first", "apple"}}));
 }
 
 TEST(RestorePlan, OneSettingUnderTwoNamesIsRefused)
