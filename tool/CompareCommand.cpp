@@ -49,7 +49,8 @@ struct ValuePair
     json::value Current;
     json::value Other;
 };
-using Comparison = std::map<std::string, ValuePair>;
+/// In the order of the names, each once.
+using Comparison = std::vector<std::pair<std::string, ValuePair>>;
 
 std::vector<std::string> NamesBehindFirst(const Options& options)
 {
@@ -284,11 +285,11 @@ Answer CompareDefaults(const Options& options, const CompareWay& way)
                                            selection.Missing().size(), selection.Meant()));
     }
     Comparison comparison;
+    comparison.reserve(selection.Entries().size());
     for (const auto& [name, texts] : selection.Entries())
     {
-        comparison.insert_or_assign(
-            comparison.end(), name,
-            ValuePair{json::value(ValidUtf8(texts.first)), json::value(ValidUtf8(texts.second))});
+        comparison.emplace_back(name,
+                                ValuePair{json::value(ValidUtf8(texts.first)), json::value(ValidUtf8(texts.second))});
     }
     PutInto(answer, comparison, DefaultTitles, options, way.Columns);
     return answer;
@@ -321,8 +322,10 @@ Answer ComparePending(const Options& options, const CompareWay& way)
     Comparison comparison;
     for (const auto& [name, pair] : data)
     {
-        comparison[name] = {MemberOf(pair, PendingTitles.Current), MemberOf(pair, PendingTitles.Other)};
+        comparison.emplace_back(name,
+                                ValuePair{MemberOf(pair, PendingTitles.Current), MemberOf(pair, PendingTitles.Other)});
     }
+    std::ranges::sort(comparison, {}, &Comparison::value_type::first);
     if (comparison.empty() && !answer.Message.empty() && IsSuccess(answer.Code))
     {
         answer.Notes.push_back("note: " + answer.Message);
@@ -359,7 +362,7 @@ Answer CompareFile(const Options& options, const CompareWay& way)
         const auto current = inForce.find(bare);
         const json::value value = current != inForce.end() ? current->second : json::value();
         absent += value.is_null() ? 1U : 0U;
-        comparison[shownName] = {value, LikeCurrent(saved.at(bare), value)};
+        comparison.emplace_back(shownName, ValuePair{value, LikeCurrent(saved.at(bare), value)});
     }
     if (absent != 0)
     {

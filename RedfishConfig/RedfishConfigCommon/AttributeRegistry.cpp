@@ -302,6 +302,17 @@ class RegistryReader
 
     void ReadProperty(const AttributeDraft::Value& value, SettingProperty property, RegistryAttribute& attribute)
     {
+        // Nearly all are flags and texts, which need no detour.
+        if (const bool* const flag = std::get_if<bool>(&value); flag != nullptr && IsFlag(property))
+        {
+            attribute.Flags.set(static_cast<std::size_t>(property), *flag);
+            return;
+        }
+        if (const auto* const text = std::get_if<std::string_view>(&value); text != nullptr && TakesText(property))
+        {
+            attribute.Properties.emplace_back(property, std::string(*text));
+            return;
+        }
         std::optional<RegistryScalar> suited = ScalarOf(value);
         if (suited)
         {

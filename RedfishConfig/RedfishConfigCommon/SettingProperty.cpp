@@ -82,6 +82,12 @@ const char* PropertyWord(SettingProperty property) { return RowOf(property).Word
 
 bool IsFlag(SettingProperty property) { return static_cast<std::size_t>(property) < FlagProperties.size(); }
 
+bool TakesText(SettingProperty property)
+{
+    const auto& member = RowOf(property).Member;
+    return std::holds_alternative<Text>(member) || std::holds_alternative<Value>(member);
+}
+
 std::optional<RegistryScalar> SuitedTo(SettingProperty property, RegistryScalar value)
 {
     const auto wrap = [](const auto& suited)

@@ -45,6 +45,8 @@ inline constexpr std::array FlagProperties = {SettingProperty::ReadOnly, Setting
 std::optional<SettingProperty> PropertyFromWord(std::string_view word);
 const char* PropertyWord(SettingProperty property);
 bool IsFlag(SettingProperty property);
+/// SuitedTo leaves a text as it is.
+bool TakesText(SettingProperty property);
 
 /// The value as the property's kind takes it (the text "true" for a flag, "8" for
 /// a bound); nothing for a value that cannot be one.
