@@ -177,7 +177,15 @@ Answer Perform(const Options& options, const std::function<void(const std::strin
         }
     }
     bmc = std::make_unique<Bmc>(options);
-    return AskBmc(options, warn, *bmc);
+    try
+    {
+        return AskBmc(options, warn, *bmc);
+    }
+    catch (...)
+    {
+        bmc.reset(); // closed while the log is open
+        throw;
+    }
 }
 
 int RunProgram(int argc, char** argv)
@@ -201,7 +209,6 @@ int RunProgram(int argc, char** argv)
     }
     catch (const std::exception& error)
     {
-        bmc->reset();
         answer = AnswerWith({CodeInternal, std::string("Internal error: ") + error.what(), {}, {}});
     }
     return Tell(std::move(answer), *parsed.Request);

@@ -187,7 +187,7 @@ std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes,
             return "the setting " + stripped + " stands in it under two names";
         }
     }
-    plan.Settings.clear();
+    plan = {};
     for (const auto& [name, value] : bare)
     {
         RestoreSetting& setting = plan.Settings.emplace_back();

@@ -54,6 +54,7 @@ struct RestorePlan
 /// alone for which the registry's text has no value.
 using IsReported = std::function<bool(const std::string& name)>;
 
+/// Begins a plan anew.
 /// @return empty with the settings of the file under their bare names, or which of them
 ///         stand in it under two.
 std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes, RestorePlan& plan);

@@ -10,12 +10,6 @@
 
 namespace Tavrine::Tool
 {
-namespace
-{
-
-constexpr int CodeParse = 27;
-
-} // namespace
 
 RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
 {
@@ -32,7 +26,7 @@ RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr
     }
     RedfishConfigSettingTexts none;
     RedfishConfigResult read = taken->GetSettingTexts("", none);
-    if (read == CodeParse)
+    if (read == CodeUnusable)
     {
         // What is wrong with a registry is told in the words of `schema`.
         std::string text;

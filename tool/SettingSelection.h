@@ -47,6 +47,7 @@ template <typename Map> class SettingSelection
     {
     }
 
+    /// To be called once.
     /// @param names  as they stand on the command line; none means all settings.
     void Take(const std::vector<std::string>& names)
     {

@@ -325,9 +325,12 @@ std::optional<StoredText> RegistryStore::Load(const std::string& key) const
     std::optional<std::string> text = ReadFile(folder, textName, m_Limits.TextBytes);
     if (!text || Crc32Of(*text) != entry->Crc32)
     {
-        Log(3, __FILE__, __LINE__).Stream() << "A damaged or missing file is given up: " << m_Folder << "/" << textName;
         // Other entries may lead to a text that is whole; what cannot be read must not stand in its place.
-        if (!text || Sha256Text(Sha256Of(*text)) != entry->Digest)
+        const bool whole = text && Sha256Text(Sha256Of(*text)) == entry->Digest;
+        Log(3, __FILE__, __LINE__).Stream()
+            << (whole ? "A damaged file is removed: " : "A damaged or missing file is given up: ") << m_Folder << "/"
+            << (whole ? name : textName);
+        if (!whole)
         {
             unlinkat(folder.Get(), textName.c_str(), 0);
         }

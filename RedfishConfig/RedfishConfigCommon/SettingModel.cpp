@@ -178,7 +178,7 @@ void SettingModel::AddSettingsBelow(std::vector<std::size_t> menus, std::vector<
     {
         const std::size_t menu = menus.back();
         menus.pop_back();
-        if (menu == NoIndex || seen[menu])
+        if (seen[menu])
         {
             continue;
         }
@@ -221,6 +221,10 @@ std::vector<std::size_t> SettingModel::AttributesNamed(const std::string& name) 
 
 std::optional<std::string> SettingModel::NameDifferingInCase(const std::string& name) const
 {
+    if (name.empty())
+    {
+        return std::nullopt; // no other name is as long, so none of them need be sorted
+    }
     const std::vector<std::size_t> named = AttributesNamed(name);
     return named.size() == 1 ? std::optional(Attribute(named.front()).Name()) : std::nullopt;
 }

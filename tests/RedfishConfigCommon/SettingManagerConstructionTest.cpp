@@ -6,22 +6,39 @@ using namespace Tavrine;
 
 // This file alone is compiled without access control.
 
-TEST(SettingManagerConstruction, KeepsItsArgumentsAndParsesNothing)
+namespace
 {
-    Config_Options options;
-    options.HexValueMode = true;
-    options.OutputFormat = 2;
-    const RedfishConfigSettingManager manager("no registry at all", {{"A", "a"}}, true, options);
+
+const Config_Options Options = {.HexValueMode = true, .OutputFormat = 2};
+
+void ExpectArgumentsAndNothingElse(const RedfishConfigSettingManager& manager)
+{
     EXPECT_EQ(manager.m_Schema, "no registry at all");
     EXPECT_EQ(manager.m_Values, (SettingValueMap{{"A", "a"}}));
     EXPECT_TRUE(manager.m_Flag);
     EXPECT_TRUE(manager.m_Options.HexValueMode);
     EXPECT_EQ(manager.m_Options.OutputFormat, 2);
+    EXPECT_EQ(manager.m_SettingTypeCreators.size(), 5U);
     EXPECT_TRUE(manager.m_ErrorList.empty());
     EXPECT_TRUE(manager.m_ForcedProperties.empty());
     EXPECT_TRUE(manager.m_Settings.empty());
     EXPECT_TRUE(manager.m_Groups.empty());
     EXPECT_TRUE(manager.m_SettingInfos.empty());
+}
+
+} // namespace
+
+TEST(SettingManagerConstruction, KeepsItsArgumentsAndParsesNothing)
+{
+    const SettingValueMap values{{"A", "a"}};
+    ExpectArgumentsAndNothingElse(RedfishConfigSettingManager("no registry at all", values, true, Options));
+    EXPECT_EQ(values.size(), 1U);
+}
+
+TEST(SettingManagerConstruction, TakesAMapOver)
+{
+    SettingValueMap values{{"A", "a"}};
+    ExpectArgumentsAndNothingElse(RedfishConfigSettingManager("no registry at all", std::move(values), true, Options));
 }
 
 TEST(SettingManagerConstruction, WithoutValuesDiffersInTheValuesAlone)

@@ -19,7 +19,7 @@ namespace
 {
 
 const std::string Folder = DOCUMENTED_PROJECT "/docs";
-constexpr bool SanitizedTool = std::string_view(EXAMPLE_FLAGS).size() != 0;
+constexpr bool SanitizedTool = !std::string_view(EXAMPLE_FLAGS).empty();
 
 std::string Document() { return testdata::ReadFile(Folder + "/embedding.md"); }
 
