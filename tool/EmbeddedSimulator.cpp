@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include "Signals.h"
 #include "SimulatorModule.h"
 
 namespace Tavrine::Tool
@@ -27,6 +28,7 @@ std::unique_ptr<bmcsim::EmbeddedSimulator> StartSimulator(const bmcsim::Simulato
         error = LoaderError();
         return nullptr;
     }
+    const HeldStopSignals held; // from all of its threads
     return std::unique_ptr<bmcsim::EmbeddedSimulator>(
         reinterpret_cast<bmcsim::StartEmbeddedSimulator*>(start)(options, error));
 }

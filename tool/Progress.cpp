@@ -3,6 +3,7 @@
 #include <unistd.h>
 #include <utility>
 
+#include "Signals.h"
 #include "StandardStreams.h"
 
 namespace Tavrine::Tool
@@ -14,6 +15,7 @@ Progress::Progress(std::string line, std::chrono::milliseconds patience)
     {
         return;
     }
+    const HeldStopSignals held;
     m_Thread = std::thread(
         [this, line = std::move(line), patience]
         {

@@ -53,6 +53,19 @@ void InstallStopSignals()
 
 int StopSignal() { return caughtSignal; }
 
+HeldStopSignals::HeldStopSignals()
+{
+    sigset_t stops;
+    sigemptyset(&stops);
+    for (const int signal : StopSignals)
+    {
+        sigaddset(&stops, signal);
+    }
+    pthread_sigmask(SIG_BLOCK, &stops, &m_Former);
+}
+
+HeldStopSignals::~HeldStopSignals() { pthread_sigmask(SIG_SETMASK, &m_Former, nullptr); }
+
 bool WaitForInput(int descriptor)
 {
     if (descriptor < 0)
@@ -60,26 +73,18 @@ bool WaitForInput(int descriptor)
         errno = EBADF; // ppoll would wait for ever
         return false;
     }
-    sigset_t stops;
-    sigset_t former;
-    sigemptyset(&stops);
-    for (const int signal : StopSignals)
-    {
-        sigaddset(&stops, signal);
-    }
-    pthread_sigmask(SIG_BLOCK, &stops, &former);
+    const HeldStopSignals held;
     pollfd input{descriptor, POLLIN, 0};
     int ready = -1;
     // Signals get through inside ppoll alone, so none can come between test and wait.
     while (StopSignal() == 0 && ready < 0)
     {
-        ready = ppoll(&input, 1, nullptr, &former);
+        ready = ppoll(&input, 1, nullptr, &held.Former());
         if (ready < 0 && errno != EINTR)
         {
             break;
         }
     }
-    pthread_sigmask(SIG_SETMASK, &former, nullptr);
     return ready > 0;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <csignal>
+
 namespace Tavrine::Tool
 {
 
@@ -11,6 +13,23 @@ void InstallStopSignals();
 
 /// The signal that came, 0 for none.
 int StopSignal();
+
+/// Keeps stop signals from this thread while it lives, and from the threads that are started meanwhile as long as
+/// those live: a signal must come to the thread that waits for it, and only that is woken by it.
+class HeldStopSignals
+{
+  public:
+    HeldStopSignals();
+    ~HeldStopSignals();
+    HeldStopSignals(const HeldStopSignals&) = delete;
+    HeldStopSignals& operator=(const HeldStopSignals&) = delete;
+
+    /// What was held before.
+    const sigset_t& Former() const { return m_Former; }
+
+  private:
+    sigset_t m_Former = {};
+};
 
 /// Waits until `descriptor` can be read or a stop signal comes, and misses neither.
 /// @return false when there is nothing to read: a signal came, or the wait failed.
