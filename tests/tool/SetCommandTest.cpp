@@ -1,85 +1,14 @@
-#include "SetCommand.h"
-
-#include <gtest/gtest.h>
-
-#include <boost/json/serialize.hpp>
-
-#include "ConfigFile.h"
-#include "Options.h"
-#include "SetFront.h"
-#include "TextManager.h"
+#include "SetFixture.h"
 
 using namespace Tavrine;
 using namespace Tavrine::Tool;
-using tooltest::Configured;
-using tooltest::SetFront;
-using tooltest::ShownFront;
-
-namespace json = boost::json;
+using namespace tooltest;
 
 namespace
 {
 
-using Words = std::vector<std::string>;
-using Result = RedfishConfigResult;
-
-const Result Good{0, "", ""};
-const char* const CutOff = "h:443: the connection ended before an answer had come; whether the change was done is not "
-                           "known.";
-
-std::string LastWords(const Answer& answer) { return answer.Errors.empty() ? "" : answer.Errors.back().Message; }
-
-class SetCommand : public ::testing::Test
+class SetCommand : public SetFixture
 {
-  public:
-    /// What the BMC shows after the change; by default everything that was asked for.
-    std::function<void(ShownFront&)> Shows = [](ShownFront& shown)
-    {
-        shown.Group = {Good,
-                       {{"BIOS.Mode", "Uefi"},
-                        {"BIOS.Timeout", "10"},
-                        {"BIOS.NumLock", "true"},
-                        {"BIOS.Owner", "me"},
-                        {"BIOS.Slot", "A"}}};
-        shown.Compared = {{"BIOS.Mode", {"Uefi", "Legacy"}},
-                          {"BIOS.Timeout", {"10", "20"}},
-                          {"BIOS.NumLock", {"true", "false"}},
-                          {"BIOS.Owner", {"me", "you"}},
-                          {"BIOS.Slot", {"A", "B"}}};
-    };
-    int ReadBacks = 0;
-    WaitingChanges Waiting;
-    Tavrine::Tool::Options Given;
-    SetFront Front;
-
-    Answer Set(const Words& words)
-    {
-        Given.Names = words;
-        EXPECT_EQ(PairsFault(Given), "");
-        std::vector<SettingPair> pairs;
-        EXPECT_FALSE(ReadPairs(Given, -1, pairs));
-        Front.m_Options.HexValueMode = Given.Hex;
-        Front.m_Options.LegacyNameMode = Given.LegacyNames;
-        return ChangeSettings(
-            Front, tooltest::ReadTextManager, Given, pairs,
-            [this]
-            {
-                ++ReadBacks;
-                auto shown = std::make_unique<ShownFront>();
-                Shows(*shown);
-                return shown;
-            },
-            Waiting);
-    }
-
-    std::string SetData(const Words& words)
-    {
-        Given.Json = true;
-        return json::serialize(Set(words).Data);
-    }
-
-  private:
-    Configured m_NothingConfigured{""};
 };
 
 } // namespace
@@ -275,206 +204,6 @@ TEST_F(SetCommand, AValueOfAPasswordIsShownNowhere)
     EXPECT_EQ(Set({"Secret=hunter2"}).Text, "{\"Attributes\":{\"Secret\":\"********\"}}\n");
 }
 
-TEST_F(SetCommand, ARefusedRequestNeverCountsAsAChange)
-{
-    Shows = [](ShownFront& shown)
-    {
-        shown.Group = {Good, {{"BIOS.Timeout", "10"}, {"BIOS.Owner", "me"}, {"BIOS.NumLock", "true"}}};
-        shown.Result = {2, "", ""};
-    };
-    Front.Flushes = {{{18, "PATCH /x was refused by h (400 Bad Request).", ""},
-                      {{10, "The value is bad.", "BIOS.Timeout"},
-                       {18, "BIOS.NumLock is read only.", "BIOS.NumLock"},
-                       {10, "The value is bad.", "BIOS.Timeout"}}}};
-    const Answer answer = Set({"Timeout=20", "Owner=you", "NumLock=false"});
-    EXPECT_EQ(answer.Code, 10);
-    EXPECT_EQ(answer.Text, "");
-    EXPECT_EQ(StderrLines(answer), "tavrine: 10 BIOS.Timeout: The value is bad.\n"
-                                   "tavrine: 18 BIOS.NumLock is read only.\n"
-                                   "tavrine: 18 BIOS.Owner: not changed, refused together with the others\n");
-    EXPECT_EQ(json::serialize(json::value(answer.Errors.size())), "3");
-}
-
-TEST_F(SetCommand, ARefusalThatNamesNoSettingIsToldOnceAndForEach)
-{
-    Shows = [](ShownFront& shown) { shown.Result = {26, "gone", ""}; };
-    Front.Flushes = {{{18, "PATCH /x was refused by h (412 Precondition Failed).", ""}, {}}};
-    const Answer answer = Set({"Timeout=20", "Owner=you"});
-    EXPECT_EQ(answer.Code, 18);
-    EXPECT_EQ(StderrLines(answer), "tavrine: 18 PATCH /x was refused by h (412 Precondition Failed).\n"
-                                   "tavrine: 18 BIOS.Timeout: not changed, since the BMC refused the request\n"
-                                   "tavrine: 18 BIOS.Owner: not changed, since the BMC refused the request\n"
-                                   "tavrine: warning: the pending values could not be read back: gone\n");
-}
-
-TEST_F(SetCommand, WhatALenientBmcDidOfARefusedRequestIsSeen)
-{
-    Front.Flushes = {{{18, "PATCH /x was refused by h (200).", ""}, {{10, "bad", "BIOS.Timeout"}}}};
-    const Answer answer = Set({"Timeout=20", "Owner=you"});
-    EXPECT_EQ(answer.Code, 10);
-    EXPECT_EQ(answer.Text, "BIOS.Owner: changed, takes effect after a reboot\n");
-    EXPECT_EQ(StderrLines(answer), "tavrine: 10 BIOS.Timeout: bad\n");
-}
-
-TEST_F(SetCommand, AnAcceptedChangeThatTheBmcDoesNotShowIsNotClaimed)
-{
-    struct Row
-    {
-        tooltest::SettingCompareMap Compared;
-        const char* Effective;
-        const char* Text;
-        int Code;
-    };
-    const Row rows[] = {
-        {{{"BIOS.Timeout", {"10", "20"}}}, "10", "BIOS.Timeout: changed, takes effect after a reboot\n", 0},
-        {{}, "20", "BIOS.Timeout: changed, the BMC shows it in force\n", 0},
-        {{{"BIOS.timeout", {"10", "20"}}}, "10", "BIOS.Timeout: changed, takes effect after a reboot\n", 0},
-        {{}, "10", "", 18},
-        {{{"BIOS.Timeout", {"10", "21"}}}, "10", "", 18},
-    };
-    for (const Row& row : rows)
-    {
-        Shows = [&](ShownFront& shown)
-        {
-            shown.Compared = row.Compared;
-            shown.Result = {row.Compared.empty() ? 2 : 0, "", ""};
-            shown.Group = {Good, {{"BIOS.Timeout", row.Effective}}};
-        };
-        const Answer answer = Set({"Timeout=20"});
-        EXPECT_EQ(answer.Text, row.Text);
-        EXPECT_EQ(answer.Code, row.Code);
-    }
-    EXPECT_EQ(SetData({"Timeout=20"}), R"({"BIOS.Timeout":{"outcome":"unknown"}})");
-}
-
-TEST_F(SetCommand, AnAcceptedChangeThatCannotBeReadBackSaysSo)
-{
-    Shows = [](ShownFront& shown) { shown.Result = {33, "h is not ready", ""}; };
-    const Answer answer = Set({"Timeout=20"});
-    EXPECT_EQ(answer.Code, 0);
-    EXPECT_EQ(answer.Text, "BIOS.Timeout: changed, takes effect after a reboot\n");
-    EXPECT_EQ(StderrLines(answer), "tavrine: warning: the pending values could not be read back: h is not ready\n");
-}
-
-TEST_F(SetCommand, ALostConnectionLeavesTheChangeOpenUnlessTheBmcShowsIt)
-{
-    Front.Changes.insert({"Timeout", {24, CutOff, ""}});
-    Answer answer = Set({"Timeout=20"});
-    EXPECT_EQ(answer.Code, 0);
-    EXPECT_EQ(answer.Text, "BIOS.Timeout: changed, takes effect after a reboot\n");
-    EXPECT_NE(StderrLines(answer).find("the request failed, but the BMC shows the changes"), std::string::npos);
-
-    Shows = [](ShownFront& shown)
-    {
-        shown.Group = {Good, {{"BIOS.Timeout", "10"}}};
-        shown.Result = {2, "", ""};
-    };
-    answer = Set({"Timeout=20"});
-    EXPECT_EQ(answer.Code, 24);
-    EXPECT_EQ(answer.Text, "");
-    EXPECT_EQ(LastWords(answer), "BIOS.Timeout: whether the change was done is not known; the BMC does not "
-                                 "show it among its pending values");
-
-    Shows = [](ShownFront& shown) { shown.Result = {24, "h cannot be reached", ""}; };
-    answer = Set({"Timeout=20"});
-    EXPECT_EQ(answer.Code, 24);
-    EXPECT_EQ(LastWords(answer),
-              "BIOS.Timeout: whether the change was done is not known; its pending value could not be read");
-    EXPECT_EQ(SetData({"Timeout=20"}), R"({"BIOS.Timeout":{"outcome":"unknown"}})");
-}
-
-TEST_F(SetCommand, HowFarARequestCameIsToldByItsEnd)
-{
-    struct Row
-    {
-        int Code;
-        const char* Message;
-        const char* Outcome;
-    };
-    const Row rows[] = {
-        {24, "h: the connection was refused; nothing was sent.", "not sent"},
-        {18, "PATCH /x y was not sent to h: the path is unusable.", "not sent"},
-        {26, "", "not sent"},
-        {13, "", "not sent"},
-        {32, "BMC internal error.", "not sent"},
-        {33, "h is not ready (503 Service Unavailable).", "refused"},
-        {24, "h: it refuses the user name or the password (401 Unauthorized).", "refused"},
-        {24, "h: the account has not the privilege for PATCH /x (403 Forbidden).", "refused"},
-        {18, "PATCH /x was refused by h (400 Bad Request).", "refused"},
-        {24, "h: no login; the change was not done.", "refused"},
-        {24, "h: time-out; whether the change was done is not known.", "unknown"},
-        {33, "h is not ready; whether the change was done is not known.", "unknown"},
-        {24, "h: something new.", "unknown"},
-        {27, "h: the answer is larger than the limit of 1 bytes.", "unknown"},
-        {32, "PATCH /x failed inside h (500 Internal Server Error).", "unknown"},
-    };
-    Shows = [](ShownFront& shown) { shown.Result = {24, "h cannot be reached", ""}; };
-    for (const Row& row : rows)
-    {
-        Front.Changes.clear();
-        Front.Changes.insert({"Timeout", {row.Code, row.Message, ""}});
-        EXPECT_EQ(SetData({"Timeout=20"}), std::string(R"({"BIOS.Timeout":{"outcome":")") + row.Outcome + "\"}}")
-            << row.Message;
-        EXPECT_EQ(Set({"Timeout=20"}).Code, row.Code);
-    }
-}
-
-TEST_F(SetCommand, RelatedSettingsGoInRequestsOfTheirOwnInAnOrderThatPasses)
-{
-    // Slot is grayed out until Mode is changed.
-    const Answer answer = Set({"Slot=B", "Timeout=20", "Mode=Legacy"});
-    EXPECT_EQ(answer.Code, 0) << answer.Message;
-    EXPECT_EQ(Front.Done, (Words{"Timeout=20+", "Mode=Legacy+", "flush", "Slot=B+", "flush"}));
-    EXPECT_EQ(ReadBacks, 1);
-    EXPECT_EQ(Set({"Slot=B"}).Code, 18);
-}
-
-TEST_F(SetCommand, AfterAFailedRequestNoOtherIsSent)
-{
-    Shows = [](ShownFront& shown)
-    {
-        shown.Group = {Good, {{"BIOS.Mode", "Uefi"}, {"BIOS.Slot", "A"}}};
-        shown.Result = {2, "", ""};
-    };
-    Front.Flushes = {{{18, "PATCH /x was refused by h (400 Bad Request).", ""}, {{18, "no", "BIOS.Mode"}}}};
-    const Answer answer = Set({"Mode=Legacy", "Slot=B"});
-    EXPECT_EQ(answer.Code, 18);
-    EXPECT_EQ(Front.Done, (Words{"Mode=Legacy+", "flush"}));
-    EXPECT_EQ(StderrLines(answer), "tavrine: 18 BIOS.Mode: no\n"
-                                   "tavrine: 18 BIOS.Slot: not sent, since a change before it failed\n");
-}
-
-TEST_F(SetCommand, AFlushThatTheLibraryForcedIsSeenInTheErrorList)
-{
-    // The errors of a forced flush come with the change that forced it.
-    Front.ChangeErrors["Owner"] = {{10, "bad", "BIOS.Timeout"}};
-    const Answer answer = Set({"Timeout=20", "Owner=you"});
-    EXPECT_EQ(answer.Code, 10);
-    EXPECT_EQ(answer.Text, "BIOS.Owner: changed, takes effect after a reboot\n");
-    EXPECT_EQ(StderrLines(answer), "tavrine: 10 BIOS.Timeout: bad\n");
-}
-
-TEST_F(SetCommand, ABusyBmcInTheMiddleOfABatchStopsIt)
-{
-    Front.Changes.insert({"Owner", {33, "h is not ready", ""}});
-    const Answer answer = Set({"Timeout=20", "Owner=you", "NumLock=false"});
-    EXPECT_EQ(answer.Code, 33);
-    EXPECT_EQ(answer.Text, "");
-    EXPECT_EQ(Front.Done, (Words{"Timeout=20+", "Owner=you+"}));
-    EXPECT_EQ(ReadBacks, 0);
-    Front.Done.clear();
-    EXPECT_EQ(SetData({"Timeout=20", "Owner=you", "NumLock=false"}),
-              R"({"BIOS.Timeout":{"outcome":"refused"},"BIOS.Owner":{"outcome":"not sent"},)"
-              R"("BIOS.NumLock":{"outcome":"not sent"}})");
-}
-
-TEST_F(SetCommand, InABatchOneMeansThatNothingWasToBeDone)
-{
-    Front.Changes.insert({"Owner", {1, "", ""}});
-    const Answer answer = Set({"Timeout=20", "Owner=you"});
-    EXPECT_EQ(answer.Text, "BIOS.Timeout: changed, takes effect after a reboot\nBIOS.Owner: already you\n");
-}
-
 TEST_F(SetCommand, WithoutTheCheckTheOtherOperationIsUsed)
 {
     Given.NoCheck = true;
@@ -528,7 +257,7 @@ TEST_F(SetCommand, MissingOemActionsNameTheOption)
     Given.Json = true;
     answer = Set({"Timeout=20"});
     EXPECT_EQ(answer.Code, 0);
-    EXPECT_EQ(json::serialize(answer.Data), R"({"BIOS.Timeout":{"outcome":"changed"}})");
+    EXPECT_EQ(boost::json::serialize(answer.Data), R"({"BIOS.Timeout":{"outcome":"changed"}})");
 }
 
 TEST_F(SetCommand, ABmcThatCannotBeReadGetsNoChange)
@@ -571,9 +300,10 @@ TEST_F(SetCommand, ADryRunSendsNothingAndPrintsTheBodies)
 
     Given.Json = true;
     answer = Set({"Timeout=20", "Owner=me"});
-    EXPECT_EQ(json::serialize(answer.Data), R"({"BIOS.Timeout":{"outcome":"would change","value":20},)"
-                                            R"("BIOS.Owner":{"outcome":"already","value":"me","inForce":true}})");
-    EXPECT_EQ(json::serialize(answer.More), R"({"bodies":[{"Attributes":{"Timeout":20}}]})");
+    EXPECT_EQ(boost::json::serialize(answer.Data),
+              R"({"BIOS.Timeout":{"outcome":"would change","value":20},)"
+              R"("BIOS.Owner":{"outcome":"already","value":"me","inForce":true}})");
+    EXPECT_EQ(boost::json::serialize(answer.More), R"({"bodies":[{"Attributes":{"Timeout":20}}]})");
 }
 
 TEST_F(SetCommand, ProtectedSettingsHaveABodyOfTheirOwn)
