@@ -8,7 +8,8 @@
 set -euo pipefail
 
 build_packages=(g++ cmake ninja-build pkg-config ccache libboost-json1.81-dev libcurl4-openssl-dev libssl-dev
-    libcli11-dev libfmt-dev libtomlplusplus-dev libspdlog-dev libpcre2-dev libcpp-httplib-dev zlib1g-dev ca-certificates)
+    libcli11-dev libfmt-dev libtomlplusplus-dev libspdlog-dev libpcre2-dev libcpp-httplib-dev zlib1g-dev libxxhash-dev
+    ca-certificates)
 test_packages=(libgtest-dev libgmock-dev librapidcheck-dev)
 coverage_packages=(gcovr)
 fuzz_packages=(clang libclang-rt-14-dev)

@@ -203,6 +203,11 @@ std::unique_ptr<RedfishConfigProc> Bmc::StandardFront(int outputFormat) const
     return standard;
 }
 
+RedfishConfigProc& Bmc::Keep(std::unique_ptr<RedfishConfigProc> front)
+{
+    return *m_Kept.emplace_back(std::move(front));
+}
+
 std::unique_ptr<RedfishConfigProc> Bmc::MakeFront(int outputFormat, std::int32_t systemType) const
 {
     Config_Options options;

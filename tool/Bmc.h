@@ -50,6 +50,10 @@ class Bmc
     /// shows names as Front does.
     std::unique_ptr<RedfishConfigProc> StandardFront(int outputFormat) const;
 
+    /// Keeps a front object for as long as this stands: the program ends without freeing what it
+    /// holds, which takes long for the model of a big registry.
+    RedfishConfigProc& Keep(std::unique_ptr<RedfishConfigProc> front);
+
     /// Reads setting managers, and spares the front objects that are made after it the registry
     /// that it has read. The reader must not outlive this object.
     ManagerReader SettingManagers();
@@ -72,6 +76,7 @@ class Bmc
     std::unique_ptr<TavrineConnection::BmcConnection> m_Connection;
     /// Without values; null until a registry was read.
     std::unique_ptr<RedfishConfigSettingManager> m_Registry;
+    std::vector<std::unique_ptr<RedfishConfigProc>> m_Kept;
 };
 
 } // namespace Tavrine::Tool

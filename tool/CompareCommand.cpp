@@ -269,15 +269,14 @@ std::map<std::string, std::string> ChosenOfFile(const SettingStringMap& saved, c
 
 } // namespace
 
-Answer CompareDefaults(const Options& options, const CompareWay& way)
+Answer CompareDefaults(RedfishConfigProc& front, const Options& options, std::optional<std::size_t> columns)
 {
     Answer answer;
-    const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(false);
     SettingSelection<SettingCompareMap> selection(
-        *front,
+        front,
         [&](SettingCompareMap& values, const std::string& name)
-        { return front->CompareSettingDefaultValues(values, name); },
-        [&](SettingStringMap& known) { return front->QuerySettingDescriptions(known, ""); }, answer);
+        { return front.CompareSettingDefaultValues(values, name); },
+        [&](SettingStringMap& known) { return front.QuerySettingDescriptions(known, ""); }, answer);
     selection.Take(NamesBehindFirst(options));
     if (!selection.Missing().empty())
     {
@@ -291,7 +290,7 @@ Answer CompareDefaults(const Options& options, const CompareWay& way)
         comparison.emplace_back(name,
                                 ValuePair{json::value(ValidUtf8(texts.first)), json::value(ValidUtf8(texts.second))});
     }
-    PutInto(answer, comparison, DefaultTitles, options, way.Columns);
+    PutInto(answer, comparison, DefaultTitles, options, columns);
     return answer;
 }
 
@@ -382,11 +381,13 @@ void AddCompareOptions(CLI::App& command, Options& options)
 
 Answer RunCompare(const Options& options, Bmc& bmc)
 {
-    static const std::map<std::string_view, Answer (*)(const Options&, const CompareWay&)> Ways = {
-        {"defaults", CompareDefaults}, {"pending", ComparePending}};
+    const std::string& other = options.Names.front();
+    if (other == "defaults")
+    {
+        return CompareDefaults(bmc.Keep(bmc.Front(0)), options, TerminalWidth());
+    }
     const CompareWay way = {[&](bool typed) { return bmc.Front(typed ? 1 : 0); }, TerminalWidth()};
-    const auto chosen = Ways.find(options.Names.front());
-    return (chosen == Ways.end() ? CompareFile : chosen->second)(options, way);
+    return other == "pending" ? ComparePending(options, way) : CompareFile(options, way);
 }
 
 } // namespace Tavrine::Tool

@@ -37,7 +37,9 @@ struct CompareWay
 };
 
 /// Values now, pending ones first, beside the defaults.
-Answer CompareDefaults(const Options& options, const CompareWay& way);
+/// @param front    of text output.
+/// @param columns  as CompareWay::Columns.
+Answer CompareDefaults(RedfishConfigProc& front, const Options& options, std::optional<std::size_t> columns);
 /// Values in force beside those that wait for a reboot, where these differ.
 Answer ComparePending(const Options& options, const CompareWay& way);
 /// Values in force beside those of the saved file that the first name of `options` is. A

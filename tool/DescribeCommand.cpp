@@ -327,8 +327,8 @@ Answer DescribeSettings(const DescribeSources& sources, const Options& options, 
 
 Answer RunDescribe(const Options& options, Bmc& bmc)
 {
-    const std::unique_ptr<RedfishConfigProc> standard = bmc.StandardFront(0);
-    return DescribeSettings({*standard, bmc.SettingManagers(), [&] { return bmc.Front(0); }}, options, TerminalWidth());
+    RedfishConfigProc& standard = bmc.Keep(bmc.StandardFront(0));
+    return DescribeSettings({standard, bmc.SettingManagers(), [&] { return bmc.Front(0); }}, options, TerminalWidth());
 }
 
 } // namespace Tavrine::Tool

@@ -102,10 +102,10 @@ Answer RunSave(const Options& options, Bmc& bmc)
         AddFailure(answer, FailureOf(result));
         return answer;
     }
-    const std::unique_ptr<RedfishConfigProc> front = bmc.Front(0);
-    return SaveSettings(*front, options,
+    RedfishConfigProc& front = bmc.Keep(bmc.Front(0));
+    return SaveSettings(front, options,
                         {UtcNow(), bmc.Name(), system.Manufacturer, system.Model, system.SerialNumber,
-                         system.BiosVersion, bios.Registry, front->GetSecondPrefix()});
+                         system.BiosVersion, bios.Registry, front.GetSecondPrefix()});
 }
 
 } // namespace Tavrine::Tool

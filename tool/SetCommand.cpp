@@ -124,7 +124,8 @@ Answer RunSet(const Options& options, Bmc& bmc)
     }
     WaitingChanges waiting;
     Answer answer = ChangeSettings(
-        *bmc.Front(TypedOutput), bmc.SettingManagers(), options, pairs, [&] { return bmc.Front(TextOutput); }, waiting);
+        bmc.Keep(bmc.Front(TypedOutput)), bmc.SettingManagers(), options, pairs, [&] { return bmc.Front(TextOutput); },
+        waiting);
     if (options.Reboot && StopSignal() == 0)
     {
         Reboot(waiting, options, bmc, answer);

@@ -258,12 +258,12 @@ Answer ShowNames(RedfishConfigProc& front, const Options& options, const FrontMa
 Answer RunShow(const Options& options, Bmc& bmc)
 {
     const int outputFormat = options.Json ? 1 : 0;
-    const std::unique_ptr<RedfishConfigProc> front = bmc.Front(outputFormat);
+    RedfishConfigProc& front = bmc.Keep(bmc.Front(outputFormat));
     if (options.Names.empty())
     {
-        return ShowAll(*front, options);
+        return ShowAll(front, options);
     }
-    return ShowNames(*front, options, [&] { return bmc.Front(outputFormat); });
+    return ShowNames(front, options, [&] { return bmc.Front(outputFormat); });
 }
 
 } // namespace Tavrine::Tool

@@ -19,7 +19,8 @@
 #include <boost/json/object.hpp>
 #include <boost/json/serialize.hpp>
 #include <fmt/format.h>
-#include <zlib.h>
+#define XXH_INLINE_ALL
+#include <xxhash.h>
 
 #include "JsonText.h"
 #include "Log.h"
@@ -33,7 +34,7 @@ namespace
 
 namespace json = boost::json;
 
-constexpr std::int64_t Format = 2;
+constexpr std::int64_t Format = 3;
 constexpr std::uint64_t MaxEntryBytes = 64U * 1024U;
 constexpr std::size_t DigestDigits = 64;
 /// "DIGEST.entry" leads from a key to "DIGEST.text"; anything else in the folder is not
@@ -180,14 +181,11 @@ struct Entry
     std::string Path;
     std::string Tag;
     std::string Digest;
-    std::int64_t Crc32 = 0;
+    std::string Checksum;
 };
 
-/// Against damage, not against people, whom the folder keeps out; a digest takes several times as long at each read.
-std::int64_t Crc32Of(std::string_view text)
-{
-    return static_cast<std::int64_t>(crc32_z(0, reinterpret_cast<const unsigned char*>(text.data()), text.size()));
-}
+/// Against damage, not against people, whom the folder keeps out; a digest takes many times as long at each read.
+std::string ChecksumOf(std::string_view text) { return fmt::format("{:016x}", XXH3_64bits(text.data(), text.size())); }
 
 bool IsDigest(std::string_view text)
 {
@@ -199,11 +197,10 @@ std::optional<Entry> ReadEntry(const std::string& content, const std::string& ke
     const std::optional<json::value> document = ParseJson(content);
     const json::value* const root = document ? &*document : nullptr;
     const json::value* const format = Member(root, "Format");
-    const json::value* const crc = Member(root, "Crc32");
     Entry entry{std::string(TextMember(root, "Path")), std::string(TextMember(root, "ETag")),
-                std::string(TextMember(root, "Sha256")), crc != nullptr && crc->is_int64() ? crc->get_int64() : -1};
+                std::string(TextMember(root, "Sha256")), std::string(TextMember(root, "Xxh3"))};
     const bool good = format != nullptr && *format == Format && TextMember(root, "Key") == key &&
-                      IsDigest(entry.Digest) && entry.Crc32 >= 0 && !entry.Tag.empty() && !entry.Path.empty();
+                      IsDigest(entry.Digest) && !entry.Checksum.empty() && !entry.Tag.empty() && !entry.Path.empty();
     return good ? std::optional(std::move(entry)) : std::nullopt;
 }
 
@@ -323,7 +320,7 @@ std::optional<StoredText> RegistryStore::Load(const std::string& key) const
     }
     const std::string textName = TextName(entry->Digest);
     std::optional<std::string> text = ReadFile(folder, textName, m_Limits.TextBytes);
-    if (!text || Crc32Of(*text) != entry->Crc32)
+    if (!text || ChecksumOf(*text) != entry->Checksum)
     {
         // Other entries may lead to a text that is whole; what cannot be read must not stand in its place.
         const bool whole = text && Sha256Text(Sha256Of(*text)) == entry->Digest;
@@ -361,7 +358,7 @@ void RegistryStore::Save(const std::string& key, const StoredText& stored) const
                                                            {"Path", stored.Path},
                                                            {"ETag", stored.Tag},
                                                            {"Sha256", digest},
-                                                           {"Crc32", Crc32Of(stored.Text)}});
+                                                           {"Xxh3", ChecksumOf(stored.Text)}});
     const std::string textName = TextName(digest);
     const bool there = IsThere(folder, textName, stored.Text.size());
     if (entry.size() > MaxEntryBytes || (!there && !WriteFile(folder, textName, stored.Text)) ||

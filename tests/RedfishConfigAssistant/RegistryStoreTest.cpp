@@ -156,7 +156,7 @@ TEST(RegistryStore, DamagedEntriesAreRemoved)
         "{}",
         "[]",
         good.substr(0, good.size() / 2),
-        with("\"Format\":2", "\"Format\":1"),
+        with("\"Format\":3", "\"Format\":2"),
         with("\"Key\":\"a\"", "\"Key\":\"b\""),
         with("\"\\\"1\\\"\"", "\"\""),
         with("\"\\\"1\\\"\"", "7"),
@@ -164,10 +164,10 @@ TEST(RegistryStore, DamagedEntriesAreRemoved)
         with(digest, "../../../../etc/passwd"),
         with(digest, digest.substr(1)),
         with(digest, std::string(64, 'A')),
-        with("\"Crc32\":", "\"Crc32\":1"),
-        with("\"Crc32\":", "\"Crc32\":-"),
-        with("\"Crc32\":", "\"Crc32\":1.5,\"Was\":"),
-        with(",\"Crc32\":", ",\"Was\":"),
+        with("\"Xxh3\":\"", "\"Xxh3\":\"1"),
+        with("\"Xxh3\":\"", "\"Xxh3\":\"\",\"Was\":\""),
+        with("\"Xxh3\":", "\"Xxh3\":7,\"Was\":"),
+        with(",\"Xxh3\":", ",\"Was\":"),
         good + std::string(100'000, ' '),
     };
     for (const std::string& row : rows)
@@ -187,7 +187,7 @@ TEST(RegistryStore, ADamagedEntryLeavesTheTextToTheOthers)
     const fs::path entry = fixture.Only(".entry");
     fixture.Store.Save("b", {"/p", "\"1\"", "the text"});
     std::string damaged = testdata::ReadFile(entry);
-    damaged.replace(damaged.find("\"Crc32\":"), 8, "\"Crc32\":1");
+    damaged.replace(damaged.find("\"Xxh3\":\""), 8, "\"Xxh3\":\"1");
     Overwrite(entry, damaged);
     EXPECT_EQ(fixture.TextOf("a"), "(none)");
     EXPECT_EQ(fixture.TextOf("b"), "the text");

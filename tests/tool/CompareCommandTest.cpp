@@ -89,8 +89,8 @@ class CompareCommand : public ::testing::Test
 
 TEST_F(CompareCommand, DefaultsAreALineEachWithWhatIsMissingAsANote)
 {
-    const KnowingFront front = WithDefaults();
-    const Answer answer = CompareDefaults(Asked({"defaults"}), From(front));
+    KnowingFront front = WithDefaults();
+    const Answer answer = CompareDefaults(front, Asked({"defaults"}), std::nullopt);
     EXPECT_EQ(answer.Code, 0);
     EXPECT_EQ(answer.Text, "Two.Mem\ta\\tb\t\nTwo.ProcA\t1\t2\nTwo.ProcB\tx\tx\n");
     EXPECT_EQ(answer.Notes, Words{"note: 2 of 5 settings have no value or no default value"});
@@ -98,19 +98,19 @@ TEST_F(CompareCommand, DefaultsAreALineEachWithWhatIsMissingAsANote)
 
 TEST_F(CompareCommand, ChangedLeavesEqualValuesOut)
 {
-    const KnowingFront front = WithDefaults();
+    KnowingFront front = WithDefaults();
     Options options = Asked({"defaults"});
     options.Changed = true;
-    EXPECT_EQ(CompareDefaults(options, From(front)).Text, "Two.Mem\ta\\tb\t\nTwo.ProcA\t1\t2\n");
+    EXPECT_EQ(CompareDefaults(front, options, std::nullopt).Text, "Two.Mem\ta\\tb\t\nTwo.ProcA\t1\t2\n");
     options.Json = true;
-    EXPECT_EQ(json::serialize(CompareDefaults(options, From(front)).Data),
+    EXPECT_EQ(json::serialize(CompareDefaults(front, options, std::nullopt).Data),
               R"({"Two.Mem":{"current":"a\tb","default":""},"Two.ProcA":{"current":"1","default":"2"}})");
 }
 
 TEST_F(CompareCommand, DefaultsOfNamesAndPatterns)
 {
-    const KnowingFront front = WithDefaults();
-    const Answer answer = CompareDefaults(Asked({"defaults", "ProcB", "None", "M*", "Zz*", "V*"}), From(front));
+    KnowingFront front = WithDefaults();
+    const Answer answer = CompareDefaults(front, Asked({"defaults", "ProcB", "None", "M*", "Zz*", "V*"}), std::nullopt);
     EXPECT_EQ(answer.Code, 21);
     EXPECT_EQ(answer.Text, "One.Mem\ta\\tb\t\nOne.ProcB\tx\tx\n");
     ASSERT_EQ(answer.Errors.size(), 2U);
@@ -121,11 +121,10 @@ TEST_F(CompareCommand, DefaultsOfNamesAndPatterns)
 
 TEST_F(CompareCommand, OnATerminalItIsATableOfItsWidth)
 {
-    const KnowingFront front = WithDefaults();
-    EXPECT_EQ(CompareDefaults(Asked({"defaults", "ProcB"}), From(front, KnowingFront(), 80)).Text,
+    KnowingFront front = WithDefaults();
+    EXPECT_EQ(CompareDefaults(front, Asked({"defaults", "ProcB"}), 80).Text,
               "SETTING    CURRENT  DEFAULT\nOne.ProcB  x        x\n");
-    EXPECT_EQ(CompareDefaults(Asked({"defaults", "ProcB"}), From(front, KnowingFront(), 20)).Text,
-              "SETT…  CURR…  DEFA…\nOne.…  x      x\n");
+    EXPECT_EQ(CompareDefaults(front, Asked({"defaults", "ProcB"}), 20).Text, "SETT…  CURR…  DEFA…\nOne.…  x      x\n");
 }
 
 TEST_F(CompareCommand, PendingValuesStandBesideThoseInForce)
