@@ -186,6 +186,22 @@ TEST_F(BasicAssistant, ResourceWithoutSettingsIsReadByEveryQuery)
     EXPECT_THAT(m_Values, IsEmpty());
     EXPECT_THAT(m_Assistant.GetEffectiveValueMap(m_Values), IsBare(0));
     EXPECT_THAT(m_Assistant.Reads, ElementsAre("effective", "effective"));
+
+    ScriptedAssistant current;
+    current.Effective = {{}, {}};
+    current.Pending = {{}, {}};
+    EXPECT_THAT(current.GetCurrentValuesMap(m_Values), IsBare(0));
+    EXPECT_THAT(current.GetCurrentValuesMap(m_Values), IsBare(0));
+    EXPECT_THAT(m_Values, IsEmpty());
+    EXPECT_THAT(current.Reads, ElementsAre("effective", "pending", "effective", "pending"));
+
+    ScriptedAssistant compared;
+    compared.Effective = {{}, {}};
+    compared.Pending = {{}, {}};
+    SettingCompareMap differences;
+    EXPECT_THAT(compared.GetComparePendingValueMap(differences, ""), IsBare(2));
+    EXPECT_THAT(compared.GetComparePendingValueMap(differences, ""), IsBare(2));
+    EXPECT_THAT(compared.Reads, ElementsAre("pending", "effective", "pending", "effective"));
 }
 
 // ---- the current values

@@ -288,6 +288,24 @@ TEST_F(ChangeRoad, ErrorsOfTwoFailingFlushesGrow)
     EXPECT_THAT(m_Front->m_ErrorList, ElementsAre(boot, boot, IsResult(9, "no BIOS.Wake", "BIOS.Wake")));
 }
 
+// A setting of the other resource later on: its value is looked for among those of both.
+TEST_F(ChangeRoad, StandardChangeAfterAProtectedOneSeesTheValuesOfBothResources)
+{
+    StartRealUefi();
+    TellProtected(R"({"Lock":"Off"})", R"({"Lock":"On"})");
+    Accept("Lock", "\"On\"");
+    Accept("BootMode", "\"Legacy\"");
+    ASSERT_THAT(m_Front->PatchSettingNewValue("Lock", "Off", true), IsBare(0));
+    Forget();
+    world.UpdatedValues.clear();
+    EXPECT_THAT(m_Front->PatchSettingNewValue("BootMode", "Legacy", true), IsBare(0));
+    EXPECT_THAT(world.Calls, IsEmpty());
+    EXPECT_THAT(world.UpdatedValues,
+                ElementsAre(ElementsAre(Pair("BootMode", OptionalVar("Uefi")), Pair("Lock", OptionalVar("On")),
+                                        Pair("Wake", OptionalVar(true)))));
+    EXPECT_THAT(world.LogsAt(1), IsEmpty());
+}
+
 // --- related settings ---------------------------------------------------------------------
 
 TEST_F(ChangeRoad, RelatedSettingForcesAFlushInTheMiddleOfABatch)

@@ -8,6 +8,7 @@
 #include "Contract.h"
 #include "RedfishConfigAssistant.h"
 #include "RedfishConfigProc.h"
+#include "RedfishRegistryAssistant.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -262,6 +263,26 @@ TEST(VirtualTable, RestOperationsStandInTheirOrder)
     EXPECT_EQ((SlotOf<Op<C, S, S, S&, bool, int>>(&C::PostData)), 4U);
     EXPECT_EQ((SlotOf<Op<C, S, S&>>(&C::GetData)), 5U);
     EXPECT_EQ((SlotOf<Op<C, S, S&>>(&C::DeleteData)), 6U);
+}
+
+TEST(VirtualTable, RegistryOperationsStandInTheirOrder)
+{
+    using R = RedfishRegistryAssistant;
+    const std::vector<std::size_t> slots = {
+        SlotOf(&R::GetValueResponse),
+        SlotOf<Op<R, std::string&>>(&R::GetSchema),
+        SlotOf<Op<R, SettingValueMap&>>(&R::GetEffectiveValueMap),
+        SlotOf<Op<R, std::string, std::string>>(&R::UpdateSettingValueCache),
+        SlotOf<Op<R>>(&R::QueryEffectiveValue),
+        SlotOf<Op<R>>(&R::QueryValueURLResponse),
+        SlotOf<Op<R>>(&R::QuerySchema),
+        SlotOf<Op<R, std::string&>>(&R::ComplementQuerySchemaURL),
+    };
+    // Behind the destructor and FlushChanges, which the base class has.
+    for (std::size_t place = 0; place < slots.size(); ++place)
+    {
+        EXPECT_EQ(slots[place], place + 3) << "operation " << place;
+    }
 }
 
 #endif

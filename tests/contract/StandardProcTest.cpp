@@ -213,6 +213,26 @@ TEST_F(StandardProc, NodeThatIsNoStringIsRefusedAndLeavesTheText)
     }
 }
 
+/// What stands behind the text or around the node changes nothing, as long as it is JSON of no more than 32 levels.
+TEST_F(StandardProc, NodeOfAWholeTextAlone)
+{
+    const auto nested = [](std::size_t levels)
+    { return R"({"x":)" + std::string(levels, '[') + std::string(levels, ']') + R"(,"a":{"b":"text"}})"; };
+    const std::string good = R"({"a":{"b":"text"}})";
+    for (const std::string& whole : {good, good + "\n", good + " \t\r\n", " \n" + good, nested(31)})
+    {
+        std::string text;
+        EXPECT_TRUE(ReadStringNode(whole, {"a", "b"}, text)) << whole;
+        EXPECT_EQ(text, "text") << whole;
+    }
+    for (const std::string& broken : {good + "}", good + "\n1", good.substr(0, good.size() - 1), nested(32)})
+    {
+        std::string text = "before";
+        EXPECT_FALSE(ReadStringNode(broken, {"a", "b"}, text)) << broken;
+        EXPECT_EQ(text, "before") << broken;
+    }
+}
+
 /// Whatever stands at the path and beside it, twice or nested, the text is the one that a document of it has.
 TEST_F(StandardProc, NodeIsThatOfADocument)
 {

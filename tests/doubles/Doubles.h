@@ -3,6 +3,7 @@
 #include <deque>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -91,6 +92,10 @@ struct World
     /// "FetchSaveSettingValues 14", "TakeErrors" for example.
     std::vector<std::string> ManagerCalls;
     std::vector<Tavrine::SettingValueMap> UpdatedValues;
+
+    /// What ends in a std::runtime_error of the same text: "VERB URL" of a request, an entry of
+    /// ManagerCalls, or "ConvertNameFromOldToNew NAME".
+    std::set<std::string> Throws;
 
     /// Connections and system types that REST clients were made with.
     std::vector<std::pair<std::string, int>> Clients;

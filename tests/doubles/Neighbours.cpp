@@ -1,3 +1,4 @@
+#include <stdexcept>
 #include <utility>
 
 #include <boost/json/parse.hpp>
@@ -18,9 +19,25 @@ using doubles::TheWorld;
 namespace
 {
 
+/// Throws where the test wants it.
+void Happen(const std::string& what)
+{
+    if (TheWorld().Throws.contains(what))
+    {
+        throw std::runtime_error(what);
+    }
+}
+
+void EnterCall(const std::string& call)
+{
+    TheWorld().ManagerCalls.push_back(call);
+    Happen(call);
+}
+
 Answer Respond(const RestCall& call)
 {
     TheWorld().Calls.push_back(call);
+    Happen(call.Verb + " " + call.Url);
     auto& answers = TheWorld().Answers;
     const auto scripted = answers.find({call.Verb, call.Url});
     if (scripted == answers.end())
@@ -38,7 +55,7 @@ Answer Respond(const RestCall& call)
 /// Records `call` and gives what was told for `key`.
 doubles::ManagerAnswer Manage(const std::string& call, const std::string& key)
 {
-    TheWorld().ManagerCalls.push_back(call);
+    EnterCall(call);
     const auto scripted = TheWorld().ManagerAnswers.find(key);
     if (scripted == TheWorld().ManagerAnswers.end())
     {
@@ -72,20 +89,20 @@ RedfishConfigSettingManager::~RedfishConfigSettingManager() = default;
 
 void RedfishConfigSettingManager::TakeRegistryOf(RedfishConfigSettingManager& other)
 {
-    TheWorld().ManagerCalls.push_back("TakeRegistryOf");
+    EnterCall("TakeRegistryOf");
     m_Schema = other.m_Schema;
 }
 
 void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
 {
-    TheWorld().ManagerCalls.push_back("UpdateSettingValue");
+    EnterCall("UpdateSettingValue");
     TheWorld().UpdatedValues.push_back(values);
 }
 
 RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std::string name,
                                                                       Tavrine::RedfishConfigSettingInfoStru& info)
 {
-    TheWorld().ManagerCalls.push_back("GetSettingProperties " + name);
+    EnterCall("GetSettingProperties " + name);
     const auto setting = TheWorld().Settings.find(name);
     if (setting == TheWorld().Settings.end())
     {
@@ -97,7 +114,7 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std:
 
 void RedfishConfigSettingManager::GetGroupList(Tavrine::SettingGroupMap& groups)
 {
-    TheWorld().ManagerCalls.push_back("GetGroupList");
+    EnterCall("GetGroupList");
     groups = TheWorld().Groups;
 }
 
@@ -105,7 +122,7 @@ std::vector<RedfishConfigResult> RedfishConfigSettingManager::GetError() const {
 
 std::vector<RedfishConfigResult> RedfishConfigSettingManager::TakeErrors()
 {
-    TheWorld().ManagerCalls.push_back("TakeErrors");
+    EnterCall("TakeErrors");
     return std::exchange(m_ErrorList, {});
 }
 
@@ -223,6 +240,7 @@ BIOSCompatibleModule::~BIOSCompatibleModule() = default;
 RedfishConfigResult BIOSCompatibleModule::ConvertNameFromOldToNew(const std::string oldName, std::string& newName)
 {
     TheWorld().NamesAsked.push_back(oldName);
+    Happen("ConvertNameFromOldToNew " + oldName);
     const auto name = TheWorld().NewNames.find(oldName);
     if (name == TheWorld().NewNames.end())
     {
