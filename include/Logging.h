@@ -49,7 +49,8 @@ TAVRINE_EXPORT void RemoveSink(SinkId id);
 TAVRINE_EXPORT SinkId AddFileSink(const std::string& path, unsigned int maxLevel, std::string& error);
 
 /// Empty while the sink took all its records (and for an unknown sink); else how
-/// many it lost by throwing, a full disk for example, with the first cause.
+/// many it lost by throwing, a full disk for example, or for lack of memory, with the
+/// first cause.
 TAVRINE_EXPORT std::string Trouble(SinkId id);
 
 /// The tag that records of this thread carry now; empty for none.

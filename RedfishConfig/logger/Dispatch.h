@@ -15,6 +15,10 @@ bool IsWanted(unsigned int level);
 /// by a sink itself is dropped, as a deadlock would be the alternative.
 void Dispatch(const LogRecord& record);
 
+/// Notes a record of this level that could not be made at all as lost to each sink that
+/// takes its level (see Trouble).
+void Lose(unsigned int level, const char* cause) noexcept;
+
 /// The record as one line, without the line's end.
 std::string FormatLine(const LogRecord& record);
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
+#include <exception>
 #include <locale>
 #include <new>
 #include <utility>
@@ -50,14 +51,22 @@ Log::~Log()
     {
         return;
     }
-    LogRecord record;
-    record.Level = m_Level;
-    record.SourcePath = m_SourcePath != nullptr ? m_SourcePath : "";
-    record.SourceLine = m_SourceLine;
-    record.Context = Logging::CurrentContext();
-    record.Text = std::move(*m_Stream).str();
-    record.Time = std::chrono::system_clock::now();
-    Logging::Dispatch(record);
+    // Callers log on their way out of failures, that of memory included.
+    try
+    {
+        LogRecord record;
+        record.Level = m_Level;
+        record.SourcePath = m_SourcePath != nullptr ? m_SourcePath : "";
+        record.SourceLine = m_SourceLine;
+        record.Context = Logging::CurrentContext();
+        record.Text = std::move(*m_Stream).str();
+        record.Time = std::chrono::system_clock::now();
+        Logging::Dispatch(record);
+    }
+    catch (const std::exception& failure)
+    {
+        Logging::Lose(m_Level, failure.what());
+    }
 }
 
 std::ostringstream& Log::Stream() { return m_Stream ? *m_Stream : Unwanted(); }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "Dispatch.h"
@@ -53,13 +54,17 @@ void UpdateLevelLimit(const Registry& registry)
     g_LevelLimit.store(limit, std::memory_order_release);
 }
 
-void NoteFailure(SinkEntry& entry, const char* cause)
+void NoteFailure(SinkEntry& entry, const char* cause) noexcept
+try
 {
-    if (entry.LostRecords == 0)
+    if (entry.LostRecords++ == 0)
     {
         entry.FirstFailure = cause;
     }
-    ++entry.LostRecords;
+}
+catch (const std::bad_alloc&)
+{
+    entry.FirstFailure = "no memory"; // which is short enough to need none
 }
 
 // The one place where exceptions of sinks, spdlog's included, end.
@@ -109,6 +114,23 @@ void Dispatch(const LogRecord& record)
         }
     }
     t_InSink = false;
+}
+
+void Lose(unsigned int level, const char* cause) noexcept
+{
+    if (t_InSink)
+    {
+        return;
+    }
+    Registry& registry = TheRegistry();
+    const std::lock_guard lock(registry.Mutex);
+    for (SinkEntry& entry : registry.Sinks)
+    {
+        if (level <= entry.MaxLevel)
+        {
+            NoteFailure(entry, cause);
+        }
+    }
 }
 
 SinkId AddSink(unsigned int maxLevel, Sink sink)
