@@ -11,6 +11,7 @@ namespace Tavrine
 {
 
 SettingValueMap BiosBasicSettingAssistant::MergeCurrentValues()
+try
 {
     // Effective and pending values stand in one order, so that no name is searched for.
     const auto less = m_EffectiveValues.key_comp();
@@ -29,6 +30,14 @@ SettingValueMap BiosBasicSettingAssistant::MergeCurrentValues()
     }
     return m_CurrentValues;
 }
+// GCOV_EXCL_START
+// Memory alone can do this; some of the values would be taken for all of them.
+catch (...)
+{
+    m_CurrentValues.clear();
+    throw;
+}
+// GCOV_EXCL_STOP
 
 RedfishConfigResult BiosBasicSettingAssistant::NeedEffectiveValues()
 {

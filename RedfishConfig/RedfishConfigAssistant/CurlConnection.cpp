@@ -5,10 +5,12 @@
 #include <csignal>
 #include <cstring>
 #include <ctime>
+#include <exception>
 #include <mutex>
 #include <utility>
 
 #include "AbortFlag.h"
+#include "CurlOption.h"
 #include "PlainText.h"
 
 namespace Tavrine
@@ -85,10 +87,12 @@ class HeaderLines
     }
     void AddLine(const std::string& line)
     {
-        if (curl_slist* const longer = curl_slist_append(m_Lines, line.c_str()))
+        curl_slist* const longer = curl_slist_append(m_Lines, line.c_str());
+        if (longer == nullptr)
         {
-            m_Lines = longer;
+            throw std::bad_alloc();
         }
+        m_Lines = longer;
     }
     curl_slist* Get() const { return m_Lines; }
 
@@ -118,39 +122,64 @@ struct CurlConnection::Reception
     bool MayRepeat = false;
     HeaderLines Lines;
     std::array<char, CURL_ERROR_SIZE> Words{};
+    /// What must not go through curl, which knows no exceptions.
+    std::exception_ptr Thrown;
 
     static std::size_t OnBody(const char* data, std::size_t size, std::size_t count, void* self);
     static std::size_t OnHeader(const char* data, std::size_t size, std::size_t count, void* self);
     static int OnSend(void* self, char*, char*, int, int);
+    std::size_t TakeBody(std::string_view data);
+    std::size_t TakeHeaderLine(std::string_view line);
     void TakeHeader(std::string_view line);
+
+  private:
+    using Take = std::size_t (Reception::*)(std::string_view);
+    std::size_t Guarded(Take take, std::string_view data) noexcept;
 };
+
+std::size_t CurlConnection::Reception::Guarded(Take take, std::string_view data) noexcept
+try
+{
+    return (this->*take)(data);
+}
+catch (const std::exception&)
+{
+    Thrown = std::current_exception();
+    return CURL_WRITEFUNC_ERROR;
+}
 
 std::size_t CurlConnection::Reception::OnBody(const char* data, std::size_t size, std::size_t count, void* self)
 {
-    auto& reception = *static_cast<Reception*>(self);
-    const std::size_t bytes = size * count;
-    if (bytes > reception.MaxBody - reception.Answer.Body.size())
+    return static_cast<Reception*>(self)->Guarded(&Reception::TakeBody, {data, size * count});
+}
+
+std::size_t CurlConnection::Reception::TakeBody(std::string_view data)
+{
+    if (data.size() > MaxBody - Answer.Body.size())
     {
-        reception.End.BodyTooLarge = true;
+        End.BodyTooLarge = true;
         return CURL_WRITEFUNC_ERROR;
     }
-    reception.Answer.Body.append(data, bytes);
-    return bytes;
+    Answer.Body.append(data);
+    return data.size();
 }
 
 std::size_t CurlConnection::Reception::OnHeader(const char* data, std::size_t size, std::size_t count, void* self)
 {
-    auto& reception = *static_cast<Reception*>(self);
-    const std::size_t bytes = size * count;
+    return static_cast<Reception*>(self)->Guarded(&Reception::TakeHeaderLine, {data, size * count});
+}
+
+std::size_t CurlConnection::Reception::TakeHeaderLine(std::string_view line)
+{
     // Interim answers (1xx) count as well, or they could go on for ever.
-    reception.HeadBytes += bytes;
-    if (reception.HeadBytes > MaxHeadBytes)
+    HeadBytes += line.size();
+    if (HeadBytes > MaxHeadBytes)
     {
-        reception.End.HeadTooLarge = true;
+        End.HeadTooLarge = true;
         return CURL_WRITEFUNC_ERROR;
     }
-    reception.TakeHeader({data, bytes});
-    return bytes;
+    TakeHeader(line);
+    return line.size();
 }
 
 int CurlConnection::Reception::OnSend(void* self, char*, char*, int, int)
@@ -209,19 +238,19 @@ void CurlConnection::SetFixedOptions()
 {
     CURL* const easy = m_Easy.get();
     const char* const scheme = m_Origin.PlainHttp ? "http" : "https";
-    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_PROXY, "");
-    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, scheme);
-    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
-    curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
-    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "gzip");
-    curl_easy_setopt(easy, CURLOPT_USERAGENT, "tavrine");
-    curl_easy_setopt(easy, CURLOPT_TCP_KEEPALIVE, 1L);
+    SetOption(easy, CURLOPT_NOSIGNAL, 1L);
+    SetOption(easy, CURLOPT_PROXY, "");
+    SetOption(easy, CURLOPT_PROTOCOLS_STR, scheme);
+    SetOption(easy, CURLOPT_FOLLOWLOCATION, 0L);
+    SetOption(easy, CURLOPT_PATH_AS_IS, 1L);
+    SetOption(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+    SetOption(easy, CURLOPT_ACCEPT_ENCODING, "gzip");
+    SetOption(easy, CURLOPT_USERAGENT, "tavrine");
+    SetOption(easy, CURLOPT_TCP_KEEPALIVE, 1L);
     // A resolver that hangs must not hold up a time-out or an abort.
-    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
-    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(m_Limits.ConnectTimeout.count()) * 1000L);
-    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(m_Limits.MaxBody));
+    SetOption(easy, CURLOPT_QUICK_EXIT, 1L);
+    SetOption(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(m_Limits.ConnectTimeout.count()) * 1000L);
+    SetOption(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(m_Limits.MaxBody));
     m_Tls.Apply(easy);
 }
 
@@ -229,18 +258,18 @@ void CurlConnection::SetRequest(const HttpRequest& request, const Credentials& c
 {
     CURL* const easy = m_Easy.get();
     const std::string url = m_Origin.Url() + std::string(request.Path);
-    curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
-    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request.Timeout.count()) * 1000L);
+    SetOption(easy, CURLOPT_URL, url.c_str());
+    SetOption(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request.Timeout.count()) * 1000L);
     if (request.Verb == HttpVerb::Post || request.Verb == HttpVerb::Patch)
     {
-        curl_easy_setopt(easy, CURLOPT_POST, 1L);
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.Body.size()));
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.Body.empty() ? "" : request.Body.data());
+        SetOption(easy, CURLOPT_POST, 1L);
+        SetOption(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.Body.size()));
+        SetOption(easy, CURLOPT_POSTFIELDS, request.Body.empty() ? "" : request.Body.data());
         reception.Lines.Add("Content-Type", "application/json");
     }
     if (request.Verb == HttpVerb::Patch || request.Verb == HttpVerb::Delete)
     {
-        curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, VerbName(request.Verb).data());
+        SetOption(easy, CURLOPT_CUSTOMREQUEST, VerbName(request.Verb).data());
     }
     reception.Lines.Add("Accept", "application/json");
     reception.Lines.Add("OData-Version", "4.0");
@@ -261,18 +290,18 @@ void CurlConnection::SetRequest(const HttpRequest& request, const Credentials& c
     }
     else if (!credentials.User.empty())
     {
-        curl_easy_setopt(easy, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BASIC));
-        curl_easy_setopt(easy, CURLOPT_USERNAME, credentials.User.c_str());
-        curl_easy_setopt(easy, CURLOPT_PASSWORD, credentials.Password.c_str());
+        SetOption(easy, CURLOPT_HTTPAUTH, static_cast<long>(CURLAUTH_BASIC));
+        SetOption(easy, CURLOPT_USERNAME, credentials.User.c_str());
+        SetOption(easy, CURLOPT_PASSWORD, credentials.Password.c_str());
     }
-    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, reception.Lines.Get());
-    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Reception::OnBody);
-    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &reception);
-    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Reception::OnHeader);
-    curl_easy_setopt(easy, CURLOPT_HEADERDATA, &reception);
-    curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &Reception::OnSend);
-    curl_easy_setopt(easy, CURLOPT_PREREQDATA, &reception);
-    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, reception.Words.data());
+    SetOption(easy, CURLOPT_HTTPHEADER, reception.Lines.Get());
+    SetOption(easy, CURLOPT_WRITEFUNCTION, &Reception::OnBody);
+    SetOption(easy, CURLOPT_WRITEDATA, &reception);
+    SetOption(easy, CURLOPT_HEADERFUNCTION, &Reception::OnHeader);
+    SetOption(easy, CURLOPT_HEADERDATA, &reception);
+    SetOption(easy, CURLOPT_PREREQFUNCTION, &Reception::OnSend);
+    SetOption(easy, CURLOPT_PREREQDATA, &reception);
+    SetOption(easy, CURLOPT_ERRORBUFFER, reception.Words.data());
 }
 
 CURLcode CurlConnection::Drive(const HttpRequest& request, Reception& reception)
@@ -331,8 +360,9 @@ Exchange CurlConnection::Run(const HttpRequest& request, const Credentials& cred
     else if (m_Multi && m_Easy)
     {
         const SigpipeGuard guard;
+        // Nothing of this call may be pointed to after it.
+        const std::unique_ptr<CURL, void (*)(CURL*)> used(m_Easy.get(), &curl_easy_reset);
         m_Tls.Forget();
-        curl_easy_reset(m_Easy.get());
         SetFixedOptions();
         SetRequest(request, credentials, reception);
         reception.End.Code = Drive(request, reception);
@@ -349,7 +379,10 @@ Exchange CurlConnection::Run(const HttpRequest& request, const Credentials& cred
         m_Answered = m_Answered || status > 0;
         reception.End.SystemError = static_cast<int>(systemError);
         reception.End.Words = reception.Words.data();
-        curl_easy_reset(m_Easy.get()); // nothing of this call may be pointed to after it
+    }
+    if (reception.Thrown)
+    {
+        std::rethrow_exception(reception.Thrown);
     }
     if (reception.End.Code == CURLE_OK && !reception.End.Aborted)
     {

@@ -1,5 +1,6 @@
 #include "TlsCheck.h"
 
+#include <new>
 #include <utility>
 
 #include <unistd.h>
@@ -8,6 +9,8 @@
 #include <openssl/ssl.h>
 #include <openssl/x509.h>
 #include <openssl/x509_vfy.h>
+
+#include "CurlOption.h"
 
 namespace Tavrine
 {
@@ -44,7 +47,7 @@ void AllowMissingStore(CURL* handle)
     const curl_version_info_data* const built = curl_version_info(CURLVERSION_NOW);
     if (built->age >= CURLVERSION_SEVENTH && built->cainfo != nullptr && access(built->cainfo, R_OK) != 0)
     {
-        curl_easy_setopt(handle, CURLOPT_CAINFO, nullptr);
+        SetOption(handle, CURLOPT_CAINFO, nullptr);
     }
 }
 
@@ -85,7 +88,10 @@ std::string Sha256Text(const Sha256Digest& digest)
 Sha256Digest Sha256Of(std::string_view bytes)
 {
     Sha256Digest digest{};
-    EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha256(), nullptr);
+    if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha256(), nullptr) != 1)
+    {
+        throw std::bad_alloc(); // memory alone is missing then, and no two things may have one digest
+    }
     return digest;
 }
 
@@ -94,27 +100,27 @@ TlsCheck::TlsCheck(TlsRules rules) : m_Rules(std::move(rules)) {}
 void TlsCheck::Apply(CURL* handle)
 {
     const bool byChain = m_Rules.Verify && !m_Rules.Pin;
-    curl_easy_setopt(handle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, byChain ? 1L : 0L);
-    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, byChain ? 2L : 0L);
+    SetOption(handle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+    SetOption(handle, CURLOPT_SSL_VERIFYPEER, byChain ? 1L : 0L);
+    SetOption(handle, CURLOPT_SSL_VERIFYHOST, byChain ? 2L : 0L);
     if (byChain && m_Rules.CaFile.empty())
     {
         AllowMissingStore(handle);
     }
     if (byChain && !m_Rules.CaFile.empty())
     {
-        curl_easy_setopt(handle, CURLOPT_CAINFO, m_Rules.CaFile.c_str());
+        SetOption(handle, CURLOPT_CAINFO, m_Rules.CaFile.c_str());
         // The built-in folder would go on being trusted beside the file.
-        curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+        SetOption(handle, CURLOPT_CAPATH, nullptr);
     }
-    curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &TlsCheck::OnContext);
-    curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
+    SetOption(handle, CURLOPT_SSL_CTX_FUNCTION, &TlsCheck::OnContext);
+    SetOption(handle, CURLOPT_SSL_CTX_DATA, this);
 }
 
 void TlsCheck::Forget()
 {
     m_Shown.reset();
-    m_Refusal.clear();
+    m_Refusal = "";
 }
 
 std::string TlsCheck::ShownFingerprint() const { return m_Shown ? Sha256Text(*m_Shown) : std::string(); }
@@ -140,7 +146,7 @@ int TlsCheck::OnCertificate(X509_STORE_CTX* store, void* self)
 bool TlsCheck::Judge(X509_STORE_CTX* store)
 {
     m_Shown = DigestOf(X509_STORE_CTX_get0_cert(store));
-    m_Refusal.clear();
+    m_Refusal = "";
     bool taken = false;
     if (m_Rules.Pin)
     {

@@ -48,7 +48,7 @@ class TlsCheck
     /// The certificate shown, by its SHA-256; empty when none was seen.
     std::string ShownFingerprint() const;
     /// Why the certificate was refused, in OpenSSL's words; empty when it was not.
-    const std::string& Refusal() const { return m_Refusal; }
+    std::string Refusal() const { return m_Refusal; }
 
   private:
     static CURLcode OnContext(CURL* handle, void* context, void* self);
@@ -57,7 +57,8 @@ class TlsCheck
 
     TlsRules m_Rules;
     std::optional<Sha256Digest> m_Shown;
-    std::string m_Refusal;
+    /// One of OpenSSL's own texts: it is set where nothing may throw.
+    const char* m_Refusal = "";
 };
 
 } // namespace Tavrine

@@ -152,8 +152,9 @@ RedfishConfigResult RedfishConfigSettingManager::ReadModel()
         return {CodeUnreadable, "The attribute registry cannot be read: " + error, ""};
     }
     LogNotes(notes);
-    std::string(EmptyRegistry).swap(m_Schema); // it may be megabytes, and the model has all of it
     TakeModel(std::make_shared<const Tavrine::SettingModel>(std::move(registry)));
+    // It may be megabytes, and the model has all of it; a model that could not be made is made from it another time.
+    std::string(EmptyRegistry).swap(m_Schema);
     return {0, "", ""};
 }
 

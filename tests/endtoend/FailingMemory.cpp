@@ -12,18 +12,24 @@ constexpr std::size_t Never = std::numeric_limits<std::size_t>::max();
 constinit thread_local std::size_t t_Good = Never;
 constinit thread_local std::ptrdiff_t t_Held = 0;
 
-void* Take(std::size_t bytes)
+void* TakeOrNothing(std::size_t bytes) noexcept
 {
     if (t_Good != Never && t_Good-- == 0)
     {
-        throw std::bad_alloc();
+        return nullptr;
     }
     void* const piece = std::malloc(bytes == 0 ? 1 : bytes);
+    t_Held += piece != nullptr ? 1 : 0;
+    return piece;
+}
+
+void* Take(std::size_t bytes)
+{
+    void* const piece = TakeOrNothing(bytes);
     if (piece == nullptr)
     {
         throw std::bad_alloc();
     }
-    ++t_Held;
     return piece;
 }
 
@@ -35,13 +41,18 @@ void GiveBack(void* piece) noexcept
 
 } // namespace
 
-// The others of the standard library end in these.
+// All of them but those for alignments beyond the usual one: a sanitizer has its own of each, which do not go together
+// with these.
 void* operator new(std::size_t bytes) { return Take(bytes); }
 void* operator new[](std::size_t bytes) { return Take(bytes); }
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return TakeOrNothing(bytes); }
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept { return TakeOrNothing(bytes); }
 void operator delete(void* piece) noexcept { GiveBack(piece); }
 void operator delete[](void* piece) noexcept { GiveBack(piece); }
 void operator delete(void* piece, std::size_t) noexcept { GiveBack(piece); }
 void operator delete[](void* piece, std::size_t) noexcept { GiveBack(piece); }
+void operator delete(void* piece, const std::nothrow_t&) noexcept { GiveBack(piece); }
+void operator delete[](void* piece, const std::nothrow_t&) noexcept { GiveBack(piece); }
 
 namespace failingmemory
 {

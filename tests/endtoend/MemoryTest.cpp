@@ -1,21 +1,32 @@
 // What becomes of objects and log records when memory runs out.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <new>
 #include <optional>
+#include <ostream>
 #include <string>
+#include <vector>
 
 #include "BiosRedfishConfigProc.h"
 #include "FailingMemory.h"
 #include "Log.h"
 #include "Logging.h"
+#include "RunningMachine.h"
 
+using endtoend::RunningMachine;
 using failingmemory::Failure;
 using failingmemory::Held;
 using namespace Tavrine;
 
 namespace
 {
+
+/// Few, with short values: gcc 12's library reaches a place that it calls unreachable when the copy of a
+/// std::variant fails because of the string in it (its destructor runs over a variant without a value).
+constexpr unsigned int Attributes = 40;
+/// Takes texts.
+const std::string Changed = "Setting000009";
 
 TavrineConnection::ConnectionInfo Connection()
 {
@@ -69,6 +80,176 @@ TEST(Memory, ACopyIsMadeWholeOrNotAtAll)
     EXPECT_GT(FailEverywhere([&] { const BiosRedfishConfigProc copy = front; }), 1U);
     EXPECT_EQ(front.m_Prefix, "A prefix that needs memory of its own");
 }
+
+struct OperationCase
+{
+    std::string Name;
+    std::function<RedfishConfigResult(BiosRedfishConfigProc&, SettingStringMap&)> Call;
+};
+
+void PrintTo(const OperationCase& param, std::ostream* out) { *out << param.Name; }
+
+struct Outcome
+{
+    int Code = 0;
+    SettingStringMap Texts;
+
+    bool operator==(const Outcome&) const = default;
+};
+
+void PrintTo(const Outcome& outcome, std::ostream* out) { *out << outcome.Code << ", " << outcome.Texts.size(); }
+
+Outcome OutcomeOf(const OperationCase& operation, BiosRedfishConfigProc& front)
+{
+    Outcome outcome;
+    outcome.Code = operation.Call(front, outcome.Texts).ErrorCode();
+    return outcome;
+}
+
+class MemoryOfOperation : public testing::TestWithParam<OperationCase>
+{
+};
+
+/// The first allocations one by one, then ever fewer of them.
+std::size_t Behind(std::size_t good) { return good + 1 + good / 15; }
+
+TEST_P(MemoryOfOperation, IsThrownOrAFailureAndTheObjectWorksOn)
+{
+    RunningMachine machine(Attributes);
+    ASSERT_EQ(machine.Error(), "");
+    BiosRedfishConfigProc whole(machine.Info(), SystemTypeBios, {});
+    const Outcome expected = OutcomeOf(GetParam(), whole);
+    ASSERT_FALSE(expected.Texts.empty());
+    std::size_t failures = 0;
+    bool happened = true;
+    for (std::size_t good = 0; happened; good = Behind(good))
+    {
+        BiosRedfishConfigProc front(machine.Info(), SystemTypeBios, {});
+        Outcome outcome;
+        try
+        {
+            const Failure failure(good);
+            outcome = OutcomeOf(GetParam(), front);
+            happened = failure.Happened();
+        }
+        catch (const std::bad_alloc&)
+        {
+            ++failures;
+        }
+        EXPECT_EQ(OutcomeOf(GetParam(), front), expected) << "having failed after " << good << " allocations";
+    }
+    EXPECT_GT(failures, 20U);
+}
+
+struct ChangeCase
+{
+    std::string Name;
+    std::function<RedfishConfigResult(BiosRedfishConfigProc&, const std::string&)> Call;
+};
+
+void PrintTo(const ChangeCase& param, std::ostream* out) { *out << param.Name; }
+
+class MemoryOfChange : public testing::TestWithParam<ChangeCase>
+{
+};
+
+/// What waits for a reboot; empty when nothing does.
+std::string PendingOf(const RunningMachine& machine, const std::string& name)
+{
+    BiosRedfishConfigProc front(machine.Info(), SystemTypeBios, {});
+    SettingCompareMap compared;
+    const RedfishConfigResult result = front.CompareSettingPendingValues(compared, name);
+    EXPECT_TRUE(result == 0 || result == 2);
+    return compared.empty() ? "" : compared.begin()->second.second;
+}
+
+TEST_P(MemoryOfChange, IsNotCalledDoneUnlessItIs)
+{
+    RunningMachine machine(Attributes);
+    ASSERT_EQ(machine.Error(), "");
+    std::size_t thrown = 0;
+    std::size_t done = 0;
+    bool happened = true;
+    for (std::size_t good = 0; happened; good = Behind(good))
+    {
+        const std::string former = PendingOf(machine, Changed);
+        const std::string wanted = "tag" + std::to_string(good);
+        BiosRedfishConfigProc front(machine.Info(), SystemTypeBios, {});
+        bool isDone = false;
+        try
+        {
+            const Failure failure(good);
+            const RedfishConfigResult result = GetParam().Call(front, wanted);
+            isDone = result == 0 || result == 1; // 1: a reboot is needed
+            happened = failure.Happened();
+        }
+        catch (const std::bad_alloc&)
+        {
+            ++thrown;
+        }
+        const std::string now = PendingOf(machine, Changed);
+        EXPECT_TRUE(now == wanted || (!isDone && now == former)) << now << " behind " << good << " allocations";
+        done += isDone ? 1U : 0U;
+    }
+    EXPECT_GT(thrown, 20U);
+    EXPECT_GT(done, 0U);
+}
+
+RedfishConfigResult RestoreTag(BiosRedfishConfigProc& front, const std::string& value)
+{
+    SettingStringMap wanted{{Changed, value}};
+    SettingStringMap done;
+    SettingStringMap failed;
+    return front.Restore(wanted, done, failed, true, false);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, MemoryOfChange,
+                         testing::ValuesIn(std::vector<ChangeCase>{
+                             {"PatchSettingNewValue", [](auto& front, const auto& value)
+                              { return front.PatchSettingNewValue(Changed, value, false); }},
+                             {"PatchSettingNewValueWithOutCheck", [](auto& front, const auto& value)
+                              { return front.PatchSettingNewValueWithOutCheck(Changed, value, false); }},
+                             {"Restore", RestoreTag},
+                         }),
+                         [](const auto& instance) { return instance.param.Name; });
+
+RedfishConfigResult Groups(BiosRedfishConfigProc& front, SettingStringMap& texts)
+{
+    SettingGroupMap groups;
+    RedfishConfigResult result = front.QueryGroupList(groups);
+    for (const auto& [group, names] : groups)
+    {
+        for (const std::string& name : names)
+        {
+            texts[group] += name + ",";
+        }
+    }
+    return result;
+}
+
+RedfishConfigResult Defaults(BiosRedfishConfigProc& front, SettingStringMap& texts)
+{
+    SettingCompareMap compared;
+    RedfishConfigResult result = front.CompareSettingDefaultValues(compared, "");
+    for (const auto& [name, pair] : compared)
+    {
+        texts[name] = pair.first + "|" + pair.second;
+    }
+    return result;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, MemoryOfOperation,
+    testing::ValuesIn(std::vector<OperationCase>{
+        {"QueryGroupSettingValues", [](auto& front, auto& texts) { return front.QueryGroupSettingValues(texts); }},
+        {"QueryGroupList", Groups},
+        {"QuerySettingValidValues", [](auto& front, auto& texts) { return front.QuerySettingValidValues(texts, ""); }},
+        {"QuerySettingDefaultValues",
+         [](auto& front, auto& texts) { return front.QuerySettingDefaultValues(texts, ""); }},
+        {"QuerySaveSettingValues", [](auto& front, auto& texts) { return front.QuerySaveSettingValues(texts); }},
+        {"CompareSettingDefaultValues", Defaults},
+    }),
+    [](const auto& instance) { return instance.param.Name; });
 
 TEST(Memory, ARecordThatCannotBeMadeIsLostAndTold)
 {

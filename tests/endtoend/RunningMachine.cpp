@@ -3,10 +3,31 @@
 namespace endtoend
 {
 
-RunningMachine::RunningMachine(const std::string& machineDir)
+namespace
+{
+
+bmcsim::SimulatorOptions MachineIn(const std::string& folder)
 {
     bmcsim::SimulatorOptions options;
-    options.MachineDir = machineDir;
+    options.MachineDir = folder;
+    return options;
+}
+
+bmcsim::SimulatorOptions MachineOf(unsigned int attributes)
+{
+    bmcsim::SimulatorOptions options;
+    options.Attributes = attributes;
+    return options;
+}
+
+} // namespace
+
+RunningMachine::RunningMachine(const std::string& machineDir) : RunningMachine(MachineIn(machineDir)) {}
+
+RunningMachine::RunningMachine(unsigned int attributes) : RunningMachine(MachineOf(attributes)) {}
+
+RunningMachine::RunningMachine(bmcsim::SimulatorOptions options)
+{
     options.User = "operator";
     options.Password = "a password";
     m_Simulator = bmcsim::BmcSimulator::Start(options, m_Error);

@@ -18,6 +18,8 @@ class RunningMachine
   public:
     /// @param machineDir  folder of a machine; empty for the built-in one.
     explicit RunningMachine(const std::string& machineDir);
+    /// @param attributes  so many are made up.
+    explicit RunningMachine(unsigned int attributes);
 
     /// Empty when all is ready.
     const std::string& Error() const { return m_Error; }
@@ -29,6 +31,8 @@ class RunningMachine
     std::vector<std::string> NewRequests();
 
   private:
+    explicit RunningMachine(bmcsim::SimulatorOptions options);
+
     std::string m_Error;
     std::unique_ptr<bmcsim::BmcSimulator> m_Simulator;
     std::unique_ptr<TavrineConnection::BmcConnection> m_Connection;
