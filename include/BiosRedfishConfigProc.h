@@ -60,6 +60,7 @@ class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
     friend RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
                                                   std::unique_ptr<RedfishConfigSettingManager>& manager);
     friend void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& manager);
+    friend bool AwaitsDefaults(const BiosRedfishConfigProc& front);
 
     using ProcRead = RedfishConfigResult (BiosBasicSettingProc::*)(SettingValueMap&);
 

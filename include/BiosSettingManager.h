@@ -27,4 +27,9 @@ TAVRINE_EXPORT RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& fro
 /// it.
 TAVRINE_EXPORT void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& manager);
 
+/// Whether the Bios resource, as `front` has read it, says that all settings go to their defaults at the
+/// next start of the system (DSP8010, Bios, "ResetBiosToDefaultsPending"): pending values do not show that.
+/// False before the resource was read. Sends nothing.
+TAVRINE_EXPORT bool AwaitsDefaults(const BiosRedfishConfigProc& front);
+
 } // namespace Tavrine

@@ -16,6 +16,7 @@
 #include "EmbeddedSimulator.h"
 #include "Options.h"
 #include "Password.h"
+#include "Signals.h"
 #include "StandardStreams.h"
 
 namespace Tavrine::Tool
@@ -62,8 +63,9 @@ Bmc::~Bmc()
     Close(lost);
 }
 
-std::optional<Failure> Bmc::Prepare(std::vector<std::string>& notes)
+std::vector<std::string> Bmc::Warnings() const
 {
+    std::vector<std::string> notes;
     if (!m_Options.Simulate && m_Options.Bmc.PlainHttp)
     {
         notes.emplace_back("warning: http: the password and all settings go over the network in clear");
@@ -72,6 +74,11 @@ std::optional<Failure> Bmc::Prepare(std::vector<std::string>& notes)
     {
         notes.emplace_back("warning: --insecure: the certificate of the BMC is not verified");
     }
+    return notes;
+}
+
+std::optional<Failure> Bmc::Prepare()
+{
     std::optional<Failure> failure = CheckReadable("debug configuration file", m_Options.DebugConfigFile);
     if (!failure)
     {
@@ -161,12 +168,14 @@ std::optional<Failure> Bmc::OpenSession(std::vector<std::string>& notes)
     {
         return std::nullopt;
     }
+    Failure failure = FailureOf(opened);
     const TavrineConnection::Traffic traffic = m_Connection->Counters();
-    if (m_Options.Bmc.PlainHttp && traffic.Connections > 0 && traffic.BytesReceived == 0)
+    const bool isSilent = m_Options.Bmc.PlainHttp && traffic.Connections > 0 && traffic.BytesReceived == 0;
+    if (isSilent && StopSignal() == 0 && failure.Message.find("https") == std::string::npos)
     {
         notes.emplace_back("hint: nothing came back over http; the port may want https");
     }
-    return FailureOf(opened);
+    return failure;
 }
 
 void Bmc::Close(std::vector<std::string>& notes)
@@ -192,12 +201,14 @@ void Bmc::Close(std::vector<std::string>& notes)
 
 std::unique_ptr<RedfishConfigProc> Bmc::Front(int outputFormat) const
 {
-    return MakeFront(outputFormat, m_Options.SystemType);
+    return MakeFront(outputFormat, m_Options.SystemType, m_Options.Hex);
 }
+
+std::unique_ptr<RedfishConfigProc> Bmc::DecimalFront() const { return MakeFront(0, m_Options.SystemType, false); }
 
 std::unique_ptr<RedfishConfigProc> Bmc::StandardFront(int outputFormat) const
 {
-    std::unique_ptr<RedfishConfigProc> standard = MakeFront(outputFormat, SystemTypeBios);
+    std::unique_ptr<RedfishConfigProc> standard = MakeFront(outputFormat, SystemTypeBios, m_Options.Hex);
     const std::unique_ptr<RedfishConfigProc> usual = Front(outputFormat);
     standard->SetPrefix(usual->m_Prefix, usual->GetSecondPrefix());
     return standard;
@@ -208,10 +219,10 @@ RedfishConfigProc& Bmc::Keep(std::unique_ptr<RedfishConfigProc> front)
     return *m_Kept.emplace_back(std::move(front));
 }
 
-std::unique_ptr<RedfishConfigProc> Bmc::MakeFront(int outputFormat, std::int32_t systemType) const
+std::unique_ptr<RedfishConfigProc> Bmc::MakeFront(int outputFormat, std::int32_t systemType, bool hex) const
 {
     Config_Options options;
-    options.HexValueMode = m_Options.Hex;
+    options.HexValueMode = hex;
     options.allowProtectedSettings = m_Options.Protected;
     options.LegacyNameMode = m_Options.LegacyNames;
     options.OutputFormat = outputFormat;

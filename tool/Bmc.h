@@ -27,11 +27,13 @@ class Bmc
     Bmc& operator=(const Bmc&) = delete;
     ~Bmc();
 
+    /// What is to be known of the way to the BMC before a password goes that way.
+    std::vector<std::string> Warnings() const;
+
     /// Does what comes before the first request: checks the files that are named, finds
     /// the password, starts the simulator.
-    /// @param notes  receives warnings about the way to the BMC.
     /// @return nothing when all is ready.
-    std::optional<Failure> Prepare(std::vector<std::string>& notes);
+    std::optional<Failure> Prepare();
 
     /// Opens a session. A service without sessions is served by basic authentication,
     /// and one that asks for no user by no authentication at all.
@@ -45,6 +47,10 @@ class Bmc
     /// A front object of the library as the options ask for it.
     /// @param outputFormat  Config_Options::OutputFormat.
     std::unique_ptr<RedfishConfigProc> Front(int outputFormat) const;
+
+    /// One of text output whose numbers are decimal whatever the options say: for what neither shows
+    /// numbers nor takes them, and compares them with defaults, which always are.
+    std::unique_ptr<RedfishConfigProc> DecimalFront() const;
 
     /// One that never asks for protected settings, whatever the kind of the system, and
     /// shows names as Front does.
@@ -65,7 +71,7 @@ class Bmc
     std::string Name() const;
 
   private:
-    std::unique_ptr<RedfishConfigProc> MakeFront(int outputFormat, std::int32_t systemType) const;
+    std::unique_ptr<RedfishConfigProc> MakeFront(int outputFormat, std::int32_t systemType, bool hex) const;
     std::optional<Failure> StartSimulator();
     std::optional<Failure> MakeConnection();
     TavrineConnection::ConnectionInfo Record() const;

@@ -23,7 +23,9 @@ struct Command
 {
     const char* Name;
     const char* Summary;
-    /// Help for the names that may follow; null when the command takes none.
+    /// What may follow, as a usage line has it; null when the command takes no names.
+    const char* NamesUsage;
+    /// Help for these.
     const char* NamesHelp;
     /// How many names the command needs at least.
     std::size_t LeastNames;

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "Options.h"
+#include "Progress.h"
 #include "Signals.h"
 #include "StandardStreams.h"
 
@@ -18,6 +19,7 @@ bool HasTerminal() { return isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) =
 /// A line as the terminal hands it over, without its end.
 std::string ReadReply()
 {
+    const Progress::Pause pause;
     std::string reply;
     char byte = 0;
     while (reply.size() < LongestReply && WaitForInput(STDIN_FILENO) && read(STDIN_FILENO, &byte, 1) == 1 &&

@@ -328,7 +328,10 @@ Answer DescribeSettings(const DescribeSources& sources, const Options& options, 
 Answer RunDescribe(const Options& options, Bmc& bmc)
 {
     RedfishConfigProc& standard = bmc.Keep(bmc.StandardFront(0));
-    return DescribeSettings({standard, bmc.SettingManagers(), [&] { return bmc.Front(0); }}, options, TerminalWidth());
+    Answer answer =
+        DescribeSettings({standard, bmc.SettingManagers(), [&] { return bmc.Front(0); }}, options, TerminalWidth());
+    WarnOfDefaults(standard, answer.Notes);
+    return answer;
 }
 
 } // namespace Tavrine::Tool

@@ -46,7 +46,11 @@ std::string JsonDocument(const Answer& answer, const char* member)
         json::object entry;
         entry["setting"] = ValidUtf8(failure.Setting);
         entry["code"] = failure.Code;
-        entry["message"] = ValidUtf8(failure.Cause.empty() ? failure.Message : failure.Cause);
+        entry["message"] = ValidUtf8(failure.Message);
+        if (!failure.Cause.empty())
+        {
+            entry["cause"] = ValidUtf8(failure.Cause);
+        }
         errors.push_back(std::move(entry));
     }
     json::object document;

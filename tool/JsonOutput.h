@@ -17,7 +17,7 @@ namespace Tavrine::Tool
 using TypedSettings = std::map<std::string, boost::json::value>;
 
 /// The one document of `--json`: "code", "message", the command's own member, and
-/// "errors", on one line.
+/// "errors", on one line. An error has "setting", "code", "message" and, where more is known, "cause".
 std::string JsonDocument(const Answer& answer, const char* member);
 
 boost::json::object SettingsObject(const TypedSettings& settings);

@@ -12,6 +12,7 @@
 #include "BIOSCompatibleModule.h"
 #include "Bmc.h"
 #include "CauseLog.h"
+#include "ChangeDelivery.h"
 #include "Confirmation.h"
 #include "JsonOutput.h"
 #include "MissingActions.h"
@@ -49,7 +50,8 @@ bool IsWholeWord(const std::string& name, const Options& options)
 
 bool IsWhole(const Options& options)
 {
-    return options.Names.size() == 1 && Equal(options.Names.front(), PrefixesOf(options).First);
+    // To the letter, since it resets the whole machine.
+    return options.Names.size() == 1 && options.Names.front() == PrefixesOf(options).First;
 }
 
 std::string WhatIsWiped(const Options& options)
@@ -64,29 +66,55 @@ struct DefaultLoad
     std::string Name;
     /// Under what the BMC knows it.
     std::string Key;
-    std::optional<RedfishConfigResult> Result;
+    RedfishConfigResult Result;
+    /// Nobody knows whether its request was carried out.
+    std::optional<Failure> Open;
 };
 
-std::string WordOf(DefaultLoad& load, const PendingValues& values, bool known)
-{
-    const bool waits = values.Pending.contains(load.Key);
-    if (waits || (!known && *load.Result == CodeReboot))
-    {
-        return "sent, takes effect after a reboot";
-    }
-    const bool accepted = *load.Result == CodeReboot && values.Effective.contains(load.Key);
-    return accepted ? "unknown" : "in place";
-}
+constexpr const char* Sent = "sent, takes effect after a reboot";
+constexpr const char* InPlace = "in place";
+constexpr const char* Unknown = "unknown";
 
-/// Whether the value in force is known not to be the default, so that a load without
-/// anything that waits for a reboot has not happened.
-bool MissesDefault(RedfishConfigProc& front, const DefaultLoad& load, const PendingValues& values)
+/// What the BMC shows of a load, or else has answered.
+const char* OutcomeOf(RedfishConfigProc& front, const DefaultLoad& load, const PendingValues& values)
 {
     SettingStringMap defaults;
+    const bool hasDefault =
+        IsSuccess(front.QuerySettingDefaultValues(defaults, load.Name).ErrorCode()) && defaults.size() == 1;
+    const auto isDefault = [&](const std::string& value) { return Equal(defaults.begin()->second, value); };
     const auto effective = values.Effective.find(load.Key);
-    return effective != values.Effective.end() &&
-           IsSuccess(front.QuerySettingDefaultValues(defaults, load.Name).ErrorCode()) && defaults.size() == 1 &&
-           !Equal(defaults.begin()->second, effective->second);
+    const auto pending = values.Pending.find(load.Key);
+    if (pending != values.Pending.end() && (!load.Open || (hasDefault && isDefault(pending->second))))
+    {
+        return Sent;
+    }
+    if (effective == values.Effective.end())
+    {
+        return load.Open ? Unknown : load.Result == CodeReboot ? Sent : InPlace;
+    }
+    if (hasDefault)
+    {
+        return isDefault(effective->second) && pending == values.Pending.end() ? InPlace : Unknown;
+    }
+    return load.Open || load.Result == CodeReboot ? Unknown : InPlace;
+}
+
+/// Of a load whose outcome is not known.
+Failure UnknownLoad(const DefaultLoad& load, const std::string& shown, bool isRead)
+{
+    if (!load.Open)
+    {
+        return {CodeRefused,
+                shown + ": the BMC accepted the change, but does not show it among its pending values",
+                shown,
+                {}};
+    }
+    return {
+        load.Open->Code,
+        shown + ": " + std::string(DeliveryWords::OutcomeUnknown) +
+            (isRead ? "; the BMC does not show it among its pending values" : "; its pending value could not be read"),
+        shown,
+        {}};
 }
 
 void PutOutcome(const std::string& shown, const std::string& word, const Options& options, Answer& answer)
@@ -208,7 +236,7 @@ Answer LoadAllDefaults(RedfishConfigProc& front, const Options& options)
         AddFailure(answer, failure);
         return answer;
     }
-    PutOutcome(front.m_Prefix, "sent, takes effect after a reboot", options, answer);
+    PutOutcome(front.m_Prefix, Sent, options, answer);
     return answer;
 }
 
@@ -233,10 +261,15 @@ Answer LoadSingleDefaults(const Options& options, const std::function<std::uniqu
         }
         const RedfishConfigResult result = front->PostDefaultvalue(name, "");
         const Failure failure = causes.Explain(result, shown);
+        const bool isOpen = !IsSuccess(failure.Code) && DeliveryIn(failure.Message) == Delivery::Sent;
+        if (IsSuccess(failure.Code) || isOpen)
+        {
+            DefaultLoad& load =
+                loads.emplace_back(DefaultLoad{name, name, result, isOpen ? std::optional(failure) : std::nullopt});
+            BIOSCompatibleModule(naming).ConvertNameFromOldToNew(name, load.Key);
+        }
         if (IsSuccess(failure.Code))
         {
-            DefaultLoad& load = loads.emplace_back(DefaultLoad{name, name, result});
-            BIOSCompatibleModule(naming).ConvertNameFromOldToNew(name, load.Key);
             continue;
         }
         stopped = IsUnreachable(failure.Code);
@@ -244,30 +277,28 @@ Answer LoadSingleDefaults(const Options& options, const std::function<std::uniqu
         {
             answer.Notes.emplace_back(MissingActionHint);
         }
+        if (isOpen)
+        {
+            answer.Notes.push_back("warning: " + shown + ": " + failure.Message);
+            continue;
+        }
         AddFailure(answer, failure);
     }
     PendingValues values;
     const std::unique_ptr<RedfishConfigProc> reader = freshFront();
     const bool known = !loads.empty() && IsSuccess(ReadPendingValues(*reader, values).ErrorCode());
-    for (DefaultLoad& load : loads)
+    for (const DefaultLoad& load : loads)
     {
         if (known && !values.Effective.contains(load.Key))
         {
             AddPendingValue(*reader, load.Key, values); // protected, or hidden from groups
         }
         const std::string shown = prefixes.First + "." + load.Name;
-        std::string word = WordOf(load, values, known && values.Effective.contains(load.Key));
-        if (word == "in place" && known && MissesDefault(*front, load, values))
+        const std::string outcome = OutcomeOf(*front, load, values);
+        PutOutcome(shown, outcome, options, answer);
+        if (outcome == Unknown)
         {
-            word = "unknown";
-        }
-        PutOutcome(shown, word, options, answer);
-        if (word == "unknown")
-        {
-            AddFailure(answer, {CodeRefused,
-                                shown + ": the BMC accepted the change, but does not show it among its pending values",
-                                shown,
-                                {}});
+            AddFailure(answer, UnknownLoad(load, shown, values.Effective.contains(load.Key)));
         }
         else if (const auto pending = values.Pending.find(load.Key); pending != values.Pending.end())
         {
@@ -285,7 +316,7 @@ Answer RunLoadDefault(const Options& options, Bmc& bmc)
     }
     std::vector<ExpectedValue> expected;
     Answer answer = LoadSingleDefaults(
-        options, [&] { return bmc.Front(0); }, expected);
+        options, [&] { return bmc.DecimalFront(); }, expected);
     if (options.Reboot && expected.empty())
     {
         answer.Notes.emplace_back("not restarted, since nothing waits for it");

@@ -164,7 +164,7 @@ void AddConnectionOptions(CLI::App& app, Options& options, Written& written)
             ->check(Check(check))
             ->group(group);
     };
-    add("--timeout", "SECONDS", "Longest time for one request",
+    add("--timeout", "SECONDS", "Longest time for one request (default 60)",
         [&](const std::string& text) {
             return ReadNumber<std::uint16_t>(text, 1, std::numeric_limits<std::uint16_t>::max(),
                                              options.Timeout.emplace());
@@ -204,7 +204,9 @@ void AddSettingOptions(CLI::App& app, Options& options, Written& written)
         ->type_name("TYPE")
         ->check(Check([&](const std::string& text) { return ReadSystemType(text, options.SystemType); }))
         ->group(group);
-    app.add_flag("--hex", options.Hex, "Show and take numbers in hexadecimal (text output)")->group(group);
+    app.add_flag("--hex", options.Hex,
+                 "Show and take values that are numbers in hexadecimal (text output); defaults stay decimal")
+        ->group(group);
     app.add_flag("--protected", options.Protected, "Allow protected settings of a UEFI system")->group(group);
     app.add_flag("--legacy-names", options.LegacyNames, "Names may be old names, as the configuration lists them")
         ->group(group);
@@ -248,7 +250,7 @@ void AddCommands(CLI::App& app, std::span<const Command> commands, Options& opti
         sub->parse_complete_callback([&options, &command] { options.Chosen = &command; });
         if (command.NamesHelp != nullptr)
         {
-            sub->add_option("NAME", options.Names, command.NamesHelp)->type_name("");
+            sub->add_option("NAME", options.Names, command.NamesHelp)->type_name(command.NamesUsage);
         }
         if (command.AddOptions != nullptr)
         {
@@ -276,7 +278,8 @@ std::string DescribeExtras(const CLI::App& app, bool commandChosen)
         const char* hint = name == "--password" ? "; give --password-file or TAVRINE_PASSWORD" : "";
         return "Unknown option " + name + hint;
     }
-    return (commandChosen ? "Unexpected argument " : "Unknown command ") + Unmarked(extras.front());
+    const std::string word = Unmarked(extras.front());
+    return commandChosen ? "Unexpected argument " + word : "Unknown command " + word + ": see tavrine --help";
 }
 
 /// Options without the lists of others that they need or exclude.
@@ -290,8 +293,14 @@ class HelpFormatter : public CLI::Formatter
     }
     std::string make_option_opts(const CLI::Option* option) const override
     {
-        return option->get_type_name().empty() ? std::string() : " " + option->get_type_name();
+        const bool isNamed = !option->get_positional() && !option->get_type_name().empty();
+        return isNamed ? " " + option->get_type_name() : std::string();
     }
+    std::string make_option_name(const CLI::Option* option, bool isPositional) const override
+    {
+        return isPositional ? option->get_type_name() : CLI::Formatter::make_option_name(option, false);
+    }
+    std::string make_option_usage(const CLI::Option* option) const override { return option->get_type_name(); }
 };
 
 ParsedCommandLine Refusal(const std::string& text)
@@ -402,7 +411,7 @@ ParsedCommandLine ParseCommandLine(const std::vector<std::string>& arguments, st
     if (options.Names.size() < options.Chosen->LeastNames)
     {
         return Refusal(
-            fmt::format("{} needs a name: see tavrine {} --help", options.Chosen->Name, options.Chosen->Name));
+            fmt::format("{0} needs {1}: see tavrine {0} --help", options.Chosen->Name, options.Chosen->NamesUsage));
     }
     std::transform(options.Names.begin(), options.Names.end(), options.Names.begin(), Unmarked);
     if (const std::string error = options.Chosen->Check != nullptr ? options.Chosen->Check(options) : std::string();

@@ -8,12 +8,15 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "Progress.h"
 #include "Signals.h"
 
 namespace Tavrine::Tool
 {
 namespace
 {
+
+constexpr const char* Terminal = "/dev/tty";
 
 /// An open file that is closed when this goes, unless it is not ours to close.
 class Descriptor
@@ -37,7 +40,8 @@ class Descriptor
 };
 
 /// Turns the echo of a terminal off, and on again when this goes. Suspending is put
-/// off for as long, since a shell would turn the echo on behind our back.
+/// off for as long, since a shell would turn the echo on behind our back, and so is the
+/// signal that ends the program at once and would leave the echo off.
 class EchoOff
 {
   public:
@@ -46,6 +50,7 @@ class EchoOff
         sigset_t suspend;
         sigemptyset(&suspend);
         sigaddset(&suspend, SIGTSTP);
+        sigaddset(&suspend, SIGQUIT);
         pthread_sigmask(SIG_BLOCK, &suspend, &m_FormerMask);
         m_Done = tcgetattr(terminal, &m_Former) == 0;
         if (m_Done)
@@ -141,27 +146,33 @@ bool TakeFromEnvironment(std::string& password)
     return true;
 }
 
+bool HasControllingTerminal() { return Descriptor(open(Terminal, O_RDWR | O_CLOEXEC | O_NOCTTY), true).Number() >= 0; }
+
 std::optional<Failure> Prompt(const std::string& who, std::string& password)
 {
-    const Descriptor terminal(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY), true);
-    if (terminal.Number() < 0)
+    if (!HasControllingTerminal())
     {
         return Failure{StatusUsage, "No password: give --password-file or TAVRINE_PASSWORD", {}, {}};
     }
-    const EchoOff silence(terminal.Number());
-    const std::string question = "Password of " + who + ": ";
-    if (!silence.Done() || write(terminal.Number(), question.data(), question.size()) < 0)
-    {
-        return Failure{CodeExternal, std::string("Unable to ask for the password: ") + std::strerror(errno), {}, {}};
-    }
-    if (const std::string error = ReadLine(terminal.Number(), password); !error.empty())
-    {
-        return Failure{CodeParameter, "Unable to read the password from the terminal: " + error, {}, {}};
-    }
-    return std::nullopt;
+    const std::string error = AskHidden("Password of " + who + ": ", password);
+    return error.empty() ? std::nullopt
+                         : std::optional(Failure{
+                               CodeParameter, "Unable to read the password from the terminal: " + error, {}, {}});
 }
 
 } // namespace
+
+std::string AskHidden(const std::string& question, std::string& reply)
+{
+    const Descriptor terminal(open(Terminal, O_RDWR | O_CLOEXEC | O_NOCTTY), true);
+    const Progress::Pause pause;
+    const EchoOff silence(terminal.Number());
+    if (!silence.Done() || write(terminal.Number(), question.data(), question.size()) < 0)
+    {
+        return std::string("nobody can be asked: ") + std::strerror(errno);
+    }
+    return ReadLine(terminal.Number(), reply);
+}
 
 std::optional<Failure> FindPassword(const std::string& file, const std::string& who, Secret& password)
 {

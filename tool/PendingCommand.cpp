@@ -14,6 +14,7 @@
 #include "JsonOutput.h"
 #include "MissingActions.h"
 #include "Options.h"
+#include "SettingManager.h"
 #include "SettingNames.h"
 #include "SettingPairs.h"
 #include "TextOutput.h"
@@ -90,6 +91,8 @@ class NamedReader
         }
         AddFailure(m_Answer, failure);
     }
+
+    const RedfishConfigProc& Front() const { return *m_Front; }
 
   private:
     static std::string NamedMessage(RedfishConfigResult& result, const std::string& name, const std::string& shownName)
@@ -188,6 +191,20 @@ void PutInto(Answer& answer, const SettingCompareMap& compared, const Options& o
     }
 }
 
+/// What is pending beside single values.
+void PutDefaults(const RedfishConfigProc& front, const Options& options, Answer& answer)
+{
+    if (!WarnOfDefaults(front, answer.Notes))
+    {
+        return;
+    }
+    if (answer.Message == StandardText(CodeNothingPending))
+    {
+        answer.Message = "All settings go to their defaults at the next start of the system.";
+        answer.Text = options.Json ? "" : answer.Message + "\n";
+    }
+}
+
 } // namespace
 
 Answer ShowPending(const Options& options, const TypedFront& freshFront)
@@ -205,6 +222,7 @@ Answer ShowPending(const Options& options, const TypedFront& freshFront)
         reader.Read(name, compared);
     }
     PutInto(answer, compared, options, freshFront);
+    PutDefaults(reader.Front(), options, answer);
     return answer;
 }
 
@@ -219,6 +237,7 @@ Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const Ty
         AddFailure(answer, ExplainPending(front, result, causes, {}));
     }
     PutInto(answer, compared, options, freshFront);
+    PutDefaults(front, options, answer);
     return answer;
 }
 

@@ -98,16 +98,15 @@ Answer RestartSystem(const RebootMeans& means, const Options& options)
     SystemResource before;
     const std::chrono::milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
     std::string type = options.Names.empty() ? std::string() : options.Names.front();
-    std::optional<Failure> failure = RequestReset(means, before, type);
-    if (!failure && options.Wait)
+    RestartEnd end = Restart(means, options, until, before, type);
+    if (end.Trouble)
     {
-        means.Tell("restart requested (" + type + ")");
-        failure = WaitUntilBack(means, before, until);
-    }
-    if (failure)
-    {
-        AddFailure(answer, std::move(*failure));
+        AddFailure(answer, std::move(*end.Trouble));
         return answer;
+    }
+    if (!end.Warning.empty())
+    {
+        answer.Notes.push_back(std::move(end.Warning));
     }
     const std::string outcome = options.Wait ? "the system is back" : "restart requested";
     if (options.Json)

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Bmc.h"
+#include "ChangeDelivery.h"
 #include "Command.h"
 #include "GlobalConfig.h"
 #include "Heap.h"
@@ -54,6 +55,9 @@ class LogFile
                            : std::optional(Failure{CodeOpenFile, "Unable to open the log file: " + error, {}, {}});
     }
 
+    /// Empty, or what it lacks.
+    std::string Trouble() const { return Logging::Trouble(m_Sink); }
+
   private:
     Logging::SinkId m_Sink = 0;
 };
@@ -84,9 +88,10 @@ void NameBmc(Answer& answer, const std::string& name)
 Answer AskBmc(const Options& options, const std::function<void(const std::string&)>& warn, Bmc& bmc)
 {
     Answer before;
-    std::optional<Failure> failure = bmc.Prepare(before.Notes);
-    // Before the password is sent, not after.
+    before.Notes = bmc.Warnings();
+    // Before the password is asked for.
     warn(StderrLines(before));
+    std::optional<Failure> failure = bmc.Prepare();
     Answer answer;
     if (!failure)
     {
@@ -119,9 +124,15 @@ void TellStop(Answer& answer)
 {
     if (const int signal = StopSignal(); signal != 0)
     {
+        std::string message = std::string("Stopped by a signal: ") + strsignal(signal);
+        if (std::ranges::any_of(answer.Errors,
+                                [](const Failure& failure) { return DeliveryIn(failure.Message) == Delivery::Sent; }))
+        {
+            message.append("; ").append(DeliveryWords::OutcomeUnknown);
+        }
         answer.Code = CodeSucceed;
         answer.Errors.clear();
-        AddFailure(answer, {CodeConnection, std::string("Stopped by a signal: ") + strsignal(signal), {}, {}});
+        AddFailure(answer, {CodeConnection, std::move(message), {}, {}});
     }
 }
 
@@ -179,7 +190,12 @@ Answer Perform(const Options& options, const std::function<void(const std::strin
     bmc = std::make_unique<Bmc>(options);
     try
     {
-        return AskBmc(options, warn, *bmc);
+        Answer answer = AskBmc(options, warn, *bmc);
+        if (const std::string trouble = log.Trouble(); !trouble.empty())
+        {
+            answer.Notes.push_back("warning: " + options.LogFile + ": " + trouble);
+        }
+        return answer;
     }
     catch (...)
     {

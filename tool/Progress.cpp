@@ -9,6 +9,14 @@
 namespace Tavrine::Tool
 {
 
+namespace
+{
+
+/// Of the main thread, which alone makes these objects.
+Progress* g_Current = nullptr;
+
+} // namespace
+
 Progress::Progress(std::string line, std::chrono::milliseconds patience)
 {
     if (isatty(STDERR_FILENO) != 1)
@@ -20,23 +28,51 @@ Progress::Progress(std::string line, std::chrono::milliseconds patience)
         [this, line = std::move(line), patience]
         {
             std::unique_lock lock(m_Mutex);
-            if (!m_Wake.wait_for(lock, patience, [this] { return m_Done; }))
+            while (!m_Done)
             {
-                WriteError("tavrine: " + line + "\n");
+                m_Wake.wait(lock, [this] { return m_Done || !m_Held; });
+                if (!m_Wake.wait_for(lock, patience, [this] { return m_Done || m_Held; }))
+                {
+                    WriteError("tavrine: " + line + "\n");
+                    break;
+                }
             }
         });
+    g_Current = this;
+}
+
+void Progress::Set(bool Progress::*state, bool value)
+{
+    {
+        const std::lock_guard lock(m_Mutex);
+        this->*state = value;
+    }
+    m_Wake.notify_all();
 }
 
 Progress::~Progress()
 {
-    {
-        const std::lock_guard lock(m_Mutex);
-        m_Done = true;
-    }
-    m_Wake.notify_all();
+    g_Current = g_Current == this ? nullptr : g_Current;
+    Set(&Progress::m_Done, true);
     if (m_Thread.joinable())
     {
         m_Thread.join();
+    }
+}
+
+Progress::Pause::Pause() : m_Paused(g_Current)
+{
+    if (m_Paused != nullptr)
+    {
+        m_Paused->Set(&Progress::m_Held, true);
+    }
+}
+
+Progress::Pause::~Pause()
+{
+    if (m_Paused != nullptr)
+    {
+        m_Paused->Set(&Progress::m_Held, false);
     }
 }
 

@@ -19,10 +19,27 @@ class Progress
     Progress& operator=(const Progress&) = delete;
     ~Progress();
 
+    /// While it lives, somebody is asked something: nothing is told meanwhile, and the patience begins anew
+    /// behind it. It must not outlive the object that was the last to be made.
+    class Pause
+    {
+      public:
+        Pause();
+        Pause(const Pause&) = delete;
+        Pause& operator=(const Pause&) = delete;
+        ~Pause();
+
+      private:
+        Progress* m_Paused;
+    };
+
   private:
+    void Set(bool Progress::*state, bool value);
+
     std::mutex m_Mutex;
     std::condition_variable m_Wake;
     bool m_Done = false;
+    bool m_Held = false;
     std::thread m_Thread;
 };
 

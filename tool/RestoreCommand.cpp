@@ -48,6 +48,8 @@ std::string WordOf(const RestoreSetting& setting)
         return "would be sent";
     case RestoreOutcome::InPlace:
         return "in place";
+    case RestoreOutcome::Waiting:
+        return "already waits for a reboot";
     case RestoreOutcome::Sent:
         return "sent, takes effect after a reboot";
     case RestoreOutcome::Refused:
@@ -127,7 +129,12 @@ void JudgeByValue(RestoreSetting& setting, const std::string& value, bool waits)
 {
     if (value == setting.Value)
     {
-        SetOutcome(setting, waits ? RestoreOutcome::Sent : RestoreOutcome::InPlace, CodeSucceed, {});
+        const bool waited = setting.Outcome == RestoreOutcome::InPlace;
+        SetOutcome(setting,
+                   !waits   ? RestoreOutcome::InPlace
+                   : waited ? RestoreOutcome::Waiting
+                            : RestoreOutcome::Sent,
+                   CodeSucceed, {});
     }
     else if (setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::InPlace)
     {
@@ -155,6 +162,30 @@ void JudgeByValues(RestorePlan& plan, const PendingValues& values)
             const auto pending = pendingValues.Find(setting.Name);
             const bool waits = pending != values.Pending.end();
             JudgeByValue(setting, waits ? pending->second : effective->second, waits);
+        }
+    }
+}
+
+/// Of a plan that nothing is sent of: what is in place may be so after a reboot alone.
+void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, Answer& answer)
+{
+    const auto isInPlace = [](const RestoreSetting& setting) { return setting.Outcome == RestoreOutcome::InPlace; };
+    if (std::ranges::none_of(plan.Settings, isInPlace))
+    {
+        return;
+    }
+    PendingValues values;
+    const RedfishConfigResult result = ReadPendingValues(front, values);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        answer.Notes.push_back("warning: what waits for a reboot could not be read: " + FailureOf(result).Message);
+    }
+    OrderedLookup pending(values.Pending);
+    for (RestoreSetting& setting : plan.Settings)
+    {
+        if (isInPlace(setting) && pending.Find(setting.Name) != values.Pending.end())
+        {
+            setting.Outcome = RestoreOutcome::Waiting;
         }
     }
 }
@@ -223,10 +254,15 @@ class Restorer
         if (auto failure = Prepare(saved, plan))
         {
             AddFailure(m_Answer, std::move(*failure));
+            m_Answer.Notes.emplace_back("nothing was sent");
             return std::move(m_Answer);
         }
         const std::string prefix = PrefixesOf(m_Options).First;
-        if (!m_Options.DryRun)
+        if (m_Options.DryRun)
+        {
+            FindWaiting(plan, *m_Bmc.Front(0), m_Answer);
+        }
+        else
         {
             SendRestore(
                 plan, m_Options, [&] { return m_Bmc.Front(0); }, m_Answer.Notes);
@@ -266,8 +302,20 @@ class Restorer
         {
             result = ReadBios(requests, system, bios);
         }
-        return IsSuccess(result.ErrorCode()) ? OtherSystem(header, system, bios, m_Options, m_Answer.Notes)
-                                             : std::optional(FailureOf(result));
+        if (!IsSuccess(result.ErrorCode()))
+        {
+            return FailureOf(result);
+        }
+        if (bios.DefaultsPending)
+        {
+            return Failure{
+                CodeRefused,
+                "All settings go to their defaults at the next start of the system, and what is restored now "
+                "with them: restart it first (tavrine reboot)",
+                {},
+                {}};
+        }
+        return OtherSystem(header, system, bios, m_Options, m_Answer.Notes);
     }
 
     std::optional<Failure> Judge(RestorePlan& plan)
@@ -296,7 +344,8 @@ class Restorer
         for (const RestoreSetting& setting : plan.Settings)
         {
             unknown = unknown || setting.Outcome == RestoreOutcome::Unknown;
-            if (setting.Outcome == RestoreOutcome::Sent && !setting.Secret)
+            const bool waits = setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Waiting;
+            if (waits && !setting.Secret)
             {
                 expected.push_back({setting.Name, setting.Value});
             }

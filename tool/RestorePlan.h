@@ -17,7 +17,10 @@ enum class RestoreOutcome
 {
     /// To be sent, or (with `--dry-run`) it would be.
     Planned,
+    /// In force or, where the BMC was not asked for more, pending.
     InPlace,
+    /// The BMC had it before, and it waits for a reboot.
+    Waiting,
     /// The BMC has it, and it waits for a reboot.
     Sent,
     Refused,

@@ -11,6 +11,7 @@
 #include "Options.h"
 #include "SetOutcome.h"
 #include "SetPlan.h"
+#include "SettingManager.h"
 #include "Signals.h"
 
 namespace Tavrine::Tool
@@ -66,14 +67,14 @@ std::string SetFault(const Options& options)
 
 void AddSetOptions(CLI::App& command, Options& options)
 {
-    command.add_flag("--no-check", options.NoCheck,
-                     "Send the values without a check against the registry; the BMC judges them");
+    command.add_flag("--no-check", options.NoCheck, "Send the values without checking them; the BMC judges them");
     command.add_flag("--dry-run", options.DryRun,
                      "Check everything, send no change, and print the bodies that would be sent");
     AddRebootOptions(command, options);
     command.footer(
-        "NAME=- reads the value from standard input, up to its end and without the last line's end. Use it for\n"
-        "passwords: what stands on a command line is seen by every user of this machine.\n"
+        "NAME=- asks for the value on a terminal, without echo, and else reads it from standard input, up to its\n"
+        "end and without the last line's end. Use it for passwords: what stands on a command line is seen by every\n"
+        "user of this machine.\n"
         "\n"
         "Several settings are one batch: one request, but related settings never share one, nor do protected and\n"
         "ordinary ones. Settings that the check refuses are left out, the others are sent; after a request that\n"
@@ -90,6 +91,7 @@ Answer ChangeSettings(RedfishConfigProc& front, const ManagerReader& readManager
 {
     CauseLog causes;
     SetPlan plan = MakeSetPlan(front, readManager, options, pairs, causes);
+    WarnOfDefaults(front, plan.Notes);
     if (plan.Stop)
     {
         Abandon(plan, SetOutcome::NotSent, plan.Stop->Code, "not sent");

@@ -22,8 +22,7 @@ namespace
 {
 
 constexpr const char* Blot = "********";
-/// What only may be a password is blotted out from this length on: messages are full of
-/// shorter texts.
+/// Messages are full of shorter texts.
 constexpr std::size_t ShortestDoubtful = 4;
 
 const char* WordOf(SetOutcome outcome)
@@ -64,21 +63,37 @@ std::string TextOf(const SetSetting& setting, const Options& options)
     return options.Hex && value.is_number() ? DecToHex(setting.Context) : EscapeText(setting.Context);
 }
 
-/// The BMC's own words may repeat a value.
+/// The BMC's own words may repeat a value that it was sent.
+void HideValue(const SetSetting& setting, std::string_view value, std::string& text)
+{
+    std::size_t at = value.empty() ? std::string::npos : text.find(value);
+    if (at == std::string::npos)
+    {
+        return;
+    }
+    if (value.size() < ShortestDoubtful)
+    {
+        // Blotted out alone, it could be read off what is left.
+        text = setting.Password
+                   ? setting.ShownName + ": what the BMC answered is not shown, since the value may stand in it"
+                   : text;
+        return;
+    }
+    for (; at != std::string::npos; at = text.find(value, at + std::string_view(Blot).size()))
+    {
+        text.replace(at, value.size(), Blot);
+    }
+}
+
 void HideValues(const SetPlan& plan, std::string& text)
 {
     for (const SetSetting& setting : plan.Settings)
     {
-        const std::string escaped = json::serialize(json::value(setting.Value));
-        for (const std::string_view value :
-             {std::string_view(escaped).substr(1, escaped.size() - 2), std::string_view(setting.Value)})
+        if (setting.Secret && setting.WasSent)
         {
-            const std::size_t shortest = setting.Password ? 1 : ShortestDoubtful;
-            std::size_t at = setting.Secret && value.size() >= shortest ? text.find(value) : std::string::npos;
-            for (; at != std::string::npos; at = text.find(value, at + std::string_view(Blot).size()))
-            {
-                text.replace(at, value.size(), Blot);
-            }
+            const std::string escaped = json::serialize(json::value(setting.Value));
+            HideValue(setting, std::string_view(escaped).substr(1, escaped.size() - 2), text);
+            HideValue(setting, setting.Value, text);
         }
     }
 }

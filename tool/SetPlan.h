@@ -56,6 +56,8 @@ struct SetSetting
     SetOutcome Outcome = SetOutcome::Planned;
     /// Why, where it was not changed.
     std::optional<Failure> Why;
+    /// It was sent to the BMC, so that the BMC's words in Why may repeat it.
+    bool WasSent = false;
     /// Of Changed and Already: whether the BMC shows the value in force rather than
     /// pending; nothing where it cannot be asked.
     std::optional<bool> InForce;

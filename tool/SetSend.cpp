@@ -124,6 +124,7 @@ class Sender
     RedfishConfigResult SendAlone(const Indices& request)
     {
         m_InFlight = request;
+        At(request.front()).WasSent = true;
         RedfishConfigResult result = Patch(At(request.front()), false);
         CollectErrors();
         return result;
@@ -133,6 +134,7 @@ class Sender
     {
         for (const std::size_t index : request)
         {
+            At(index).WasSent = true;
             RedfishConfigResult result = Patch(At(index), true);
             CollectErrors();
             if (result == CodeSucceed || result == CodePassword)

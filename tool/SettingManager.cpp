@@ -37,4 +37,15 @@ RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr
     return result;
 }
 
+bool WarnOfDefaults(const RedfishConfigProc& front, std::vector<std::string>& notes)
+{
+    const auto* const own = dynamic_cast<const BiosRedfishConfigProc*>(&front);
+    const bool due = own != nullptr && AwaitsDefaults(*own);
+    if (due)
+    {
+        notes.emplace_back("warning: all settings go to their defaults at the next start of the system");
+    }
+    return due;
+}
+
 } // namespace Tavrine::Tool

@@ -2,6 +2,8 @@
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "RedfishConfigProc.h"
 #include "RedfishConfigResult.h"
@@ -20,5 +22,10 @@ using ManagerReader =
 /// The ManagerReader of the library's own front objects: it shares the registry that the
 /// object has read. Any other object is answered with 13.
 RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager);
+
+/// Adds a warning where the Bios resource, as `front` has read it, says that all settings go to their
+/// defaults at the next start: no pending value shows that.
+/// @return whether it says so.
+bool WarnOfDefaults(const RedfishConfigProc& front, std::vector<std::string>& notes);
 
 } // namespace Tavrine::Tool

@@ -11,6 +11,7 @@
 
 #include "ConfigOptions.h"
 #include "Options.h"
+#include "Password.h"
 #include "Secret.h"
 #include "Signals.h"
 
@@ -49,6 +50,10 @@ std::string ReadAll(int input, std::string& text)
             break;
         }
     }
+    if (collected.Text().empty())
+    {
+        return "nothing came; NAME= sets an empty value"; // a command in front of a pipe has failed, for example
+    }
     if (collected.Text().ends_with('\n'))
     {
         collected.Text().pop_back();
@@ -59,6 +64,19 @@ std::string ReadAll(int input, std::string& text)
     }
     text = collected.Text();
     return {};
+}
+
+/// From a terminal a line, which nobody sees; else all that comes.
+std::string ReadValue(int input, const std::string& shownName, std::string& text)
+{
+    if (isatty(input) != 1)
+    {
+        return ReadAll(input, text);
+    }
+    Secret line(LongestPassword + 1);
+    std::string error = AskHidden("New value of " + shownName + ": ", line.Text());
+    text = error.empty() ? line.Text() : std::string();
+    return error;
 }
 
 } // namespace
@@ -113,12 +131,12 @@ std::optional<Failure> ReadPairs(const Options& options, int input, std::vector<
         {
             continue;
         }
-        if (const std::string error = ReadAll(input, pair.Value); !error.empty())
+        const std::string shownName = prefixes.First + "." + pair.Name;
+        if (const std::string error = ReadValue(input, shownName, pair.Value); !error.empty())
         {
             return Failure{CodeParameter,
-                           "Unable to read the value of " + prefixes.First + "." + pair.Name +
-                               " from standard input: " + error,
-                           prefixes.First + "." + pair.Name,
+                           "Unable to read the value of " + shownName + " from standard input: " + error,
+                           shownName,
                            {}};
         }
     }

@@ -49,6 +49,7 @@ void InstallStopSignals()
         }
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 int StopSignal() { return caughtSignal; }

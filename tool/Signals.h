@@ -8,7 +8,7 @@ namespace Tavrine::Tool
 /// From now on SIGINT, SIGTERM and SIGHUP end the run in good order: requests fail,
 /// and the ordinary way out closes the session and restores the terminal. A second
 /// signal ends the process at once. A signal that is ignored stays so (nohup).
-/// Writing to a closed pipe becomes an error of the write.
+/// Writing to a closed pipe, or beyond the largest size of a file, becomes an error of the write.
 void InstallStopSignals();
 
 /// The signal that came, 0 for none.

@@ -14,6 +14,7 @@
 
 #include "Bmc.h"
 #include "CauseLog.h"
+#include "ChangeDelivery.h"
 #include "JsonOutput.h"
 #include "Options.h"
 #include "SettingNames.h"
@@ -237,6 +238,37 @@ void TellVerification(const Verification& found, const std::vector<ExpectedValue
     }
 }
 
+std::optional<Failure> PostReset(const RebootMeans& means, SystemResource& system, std::string& type)
+{
+    RedfishConfigResult result = ReadSystem(means.Requests, system);
+    if (IsSuccess(result.ErrorCode()))
+    {
+        result = ReadResetTypes(means.Requests, system);
+    }
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        return FailureOf(result);
+    }
+    if (system.ResetTarget.empty())
+    {
+        return Failure{CodeNotSupported, "The BMC offers no reset action for " + system.Path, {}, {}};
+    }
+    if (type.empty())
+    {
+        type = system.PowerState == "Off" ? "On" : GracefulRestart;
+    }
+    const std::vector<std::string>& types = system.ResetTypes;
+    if (!types.empty() && std::find(types.begin(), types.end(), type) == types.end())
+    {
+        return Failure{
+            CodeParameter, "The BMC does not offer the reset " + type + "; it offers: " + Joined(types), {}, {}};
+    }
+    std::string response;
+    const std::string body = json::serialize(json::object{{"ResetType", type}});
+    const RedfishConfigResult asked = means.Requests.Post(system.ResetTarget, body, response);
+    return IsSuccess(asked.ErrorCode()) ? std::nullopt : std::optional(FailureOf(asked));
+}
+
 } // namespace
 
 RebootMeans MeansOf(Bmc& bmc)
@@ -270,37 +302,6 @@ void AddRebootOptions(CLI::App& command, Options& options)
 std::string RebootFault(const Options& options)
 {
     return options.DryRun && options.Reboot ? "--dry-run and --reboot exclude each other" : "";
-}
-
-std::optional<Failure> RequestReset(const RebootMeans& means, SystemResource& system, std::string& type)
-{
-    RedfishConfigResult result = ReadSystem(means.Requests, system);
-    if (IsSuccess(result.ErrorCode()))
-    {
-        result = ReadResetTypes(means.Requests, system);
-    }
-    if (!IsSuccess(result.ErrorCode()))
-    {
-        return FailureOf(result);
-    }
-    if (system.ResetTarget.empty())
-    {
-        return Failure{CodeNotSupported, "The BMC offers no reset action for " + system.Path, {}, {}};
-    }
-    if (type.empty())
-    {
-        type = system.PowerState == "Off" ? "On" : GracefulRestart;
-    }
-    const std::vector<std::string>& types = system.ResetTypes;
-    if (!types.empty() && std::find(types.begin(), types.end(), type) == types.end())
-    {
-        return Failure{
-            CodeParameter, "The BMC does not offer the reset " + type + "; it offers: " + Joined(types), {}, {}};
-    }
-    std::string response;
-    const std::string body = json::serialize(json::object{{"ResetType", type}});
-    const RedfishConfigResult asked = means.Requests.Post(system.ResetTarget, body, response);
-    return IsSuccess(asked.ErrorCode()) ? std::nullopt : std::optional(FailureOf(asked));
 }
 
 std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResource& before, milliseconds until)
@@ -340,6 +341,31 @@ std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResou
     }
 }
 
+RestartEnd Restart(const RebootMeans& means, const Options& options, milliseconds until, SystemResource& system,
+                   std::string& type)
+{
+    std::optional<Failure> asked = PostReset(means, system, type);
+    // Whether a request has arrived whose answer was lost, the system will tell.
+    const bool isOpen = asked && DeliveryIn(asked->Message) == Delivery::Sent;
+    if (!options.Wait || (asked && !isOpen))
+    {
+        return {!asked, std::move(asked), {}};
+    }
+    means.Tell(isOpen ? "looking whether the system restarts" : "restart requested (" + type + ")");
+    std::optional<Failure> waited = WaitUntilBack(means, system, until);
+    if (!isOpen)
+    {
+        return {true, std::move(waited), {}};
+    }
+    if (!waited)
+    {
+        return {
+            true, {}, "warning: the request to restart has failed, but the system was restarted: " + asked->Message};
+    }
+    asked->Message += "; the system was not seen to restart";
+    return {false, std::move(asked), {}};
+}
+
 void RebootAndVerify(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
                      Answer& answer)
 {
@@ -351,11 +377,15 @@ void RebootAndVerify(const RebootMeans& means, const Options& options, const std
     SystemResource system;
     const std::optional<std::string> timeBefore = ReadChangeTime(means, system);
     std::string type;
-    std::optional<Failure> failure = RequestReset(means, system, type);
-    if (failure)
+    RestartEnd end = Restart(means, options, until, system, type);
+    if (end.Trouble)
     {
-        failure->Message.insert(0, "The system was not restarted: ");
-        AddFailure(answer, std::move(*failure));
+        const bool isOpen = DeliveryIn(end.Trouble->Message) == Delivery::Sent;
+        end.Trouble->Message.insert(0, end.Requested ? ""
+                                       : isOpen      ? "Whether the system is restarted is not known: "
+                                                     : "The system was not restarted: ");
+        end.Trouble->Message += end.Requested ? "; whether the changes are in force is not known" : "";
+        AddFailure(answer, std::move(*end.Trouble));
         return;
     }
     if (!options.Wait)
@@ -363,13 +393,9 @@ void RebootAndVerify(const RebootMeans& means, const Options& options, const std
         answer.Notes.push_back("restart requested (" + type + "); what comes of the changes: tavrine results");
         return;
     }
-    means.Tell("restart requested (" + type + ")");
-    failure = WaitUntilBack(means, system, until);
-    if (failure)
+    if (!end.Warning.empty())
     {
-        failure->Message += "; whether the changes are in force is not known";
-        AddFailure(answer, std::move(*failure));
-        return;
+        answer.Notes.push_back(std::move(end.Warning));
     }
     means.Tell("the system is back");
     if (expected.empty())

@@ -51,11 +51,24 @@ void AddRebootOptions(CLI::App& command, Options& options);
 /// What is wrong with them; empty for nothing.
 std::string RebootFault(const Options& options);
 
+/// What became of a restart.
+struct RestartEnd
+{
+    /// It was asked for, for all that is known.
+    bool Requested = false;
+    std::optional<Failure> Trouble;
+    /// Empty, or that the request failed and was carried out all the same.
+    std::string Warning;
+};
+
 /// Asks for a reset of the system: of this type, or with an empty one for a graceful
-/// restart ("On" for a system that is off).
+/// restart ("On" for a system that is off). With `--wait` it waits until the system is back, also
+/// where it is not known whether the request has arrived: then that tells.
+/// @param until  by the clock of `means`.
 /// @param system  what it was before, filled here.
 /// @param type  the type that was asked for.
-std::optional<Failure> RequestReset(const RebootMeans& means, SystemResource& system, std::string& type);
+RestartEnd Restart(const RebootMeans& means, const Options& options, std::chrono::milliseconds until,
+                   SystemResource& system, std::string& type);
 
 /// Waits until the BMC answers and the system has started anew.
 /// @param before  the system before the reset.

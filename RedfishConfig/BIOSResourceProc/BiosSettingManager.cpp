@@ -1,10 +1,16 @@
 #include "BiosSettingManager.h"
 
 #include <map>
+#include <string>
+#include <string_view>
 #include <utility>
+
+#include <boost/json/value.hpp>
 
 #include "BiosBasicSettingProc.h"
 #include "BiosRedfishProcCreator.h"
+#include "BiosStandardSettingAssistant.h"
+#include "JsonNodes.h"
 #include "ResourceNames.h"
 #include "Results.h"
 #include "Trace.h"
@@ -53,6 +59,25 @@ void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& man
 {
     front.m_SettingManager = std::make_shared<RedfishConfigSettingManager>("", front.ManagerFlag(), front.m_Options);
     front.m_SettingManager->TakeRegistryOf(manager);
+}
+
+bool AwaitsDefaults(const BiosRedfishConfigProc& front)
+{
+    constexpr std::string_view member = "ResetBiosToDefaultsPending";
+    const ProcMap& procs = front.m_ProcCreator->m_ProcMap;
+    const auto standard = procs.find(StandardSettings);
+    const auto* const assistant =
+        standard == procs.end()
+            ? nullptr
+            : dynamic_cast<const BiosStandardSettingAssistant*>(standard->second->m_Assistant.get());
+    // Most resources say no or nothing, and are long.
+    if (assistant == nullptr || assistant->m_ValueResponse.find(member) == std::string::npos)
+    {
+        return false;
+    }
+    const std::optional<boost::json::value> resource = ParseJson(assistant->m_ValueResponse);
+    const boost::json::value* const due = resource ? FindNode(*resource, {member}) : nullptr;
+    return due != nullptr && *due == true;
 }
 
 } // namespace Tavrine

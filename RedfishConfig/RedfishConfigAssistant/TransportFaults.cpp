@@ -55,7 +55,7 @@ std::string TimeoutText(const Circumstances& of)
 std::string CertificateText(const Circumstances& of)
 {
     const std::string shown = of.Tls.ShownFingerprint();
-    const std::string tail = shown.empty() ? "" : "; the certificate's SHA-256 is " + shown;
+    const std::string tail = shown.empty() ? "" : "; the certificate is sha256:" + shown;
     if (of.Tls.Rules().Pin)
     {
         return "its certificate is not the pinned one" + tail;

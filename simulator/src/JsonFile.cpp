@@ -40,9 +40,13 @@ std::optional<json::value> Parse(std::string_view text, std::size_t depth, std::
 std::optional<std::string> ReadTextFile(const std::filesystem::path& path, std::string& error, std::size_t limit)
 {
     std::error_code code;
-    if (std::filesystem::is_directory(path, code))
+    const std::filesystem::file_type type = std::filesystem::status(path, code).type();
+    if (type != std::filesystem::file_type::regular && type != std::filesystem::file_type::not_found &&
+        type != std::filesystem::file_type::none)
     {
-        error = fmt::format("cannot read '{}': it is a directory", path.string());
+        // A pipe could hold the program up for ever.
+        const bool folder = type == std::filesystem::file_type::directory;
+        error = fmt::format("cannot read '{}': it is {}", path.string(), folder ? "a directory" : "no plain file");
         return std::nullopt;
     }
     errno = 0;

@@ -101,4 +101,28 @@ TEST_F(TakenManager, SparesAnotherFrontTheRegistry)
     EXPECT_EQ(second->m_Schema, "");
 }
 
+TEST_F(TakenManager, DefaultsAreAwaitedWhereTheResourceSaysSo)
+{
+    const std::string member = R"("ResetBiosToDefaultsPending")";
+    const std::vector<std::pair<std::string, bool>> table = {
+        {member + ":true", true},      {member + ":false", false},
+        {member + ":\"true\"", false}, {"\"Oem\":{" + member + ":true}", false},
+        {"\"Oem\":1", false},          {member + " : true", true},
+    };
+    for (const auto& [text, awaits] : table)
+    {
+        world.Answers.clear();
+        TellStandard(R"({"Boot":"UEFI"})");
+        const auto front = MakeBios();
+        EXPECT_FALSE(AwaitsDefaults(*front)) << "nothing was read yet";
+        world.Answers.erase({"GET", BiosUrl});
+        world.Tell("GET", BiosUrl, "{" + text + R"(,"Attributes":{"Boot":"UEFI"}})");
+        SettingStringMap values;
+        ASSERT_THAT(front->QueryGroupSettingValues(values), IsBare(0));
+        world.Calls.clear();
+        EXPECT_EQ(AwaitsDefaults(*front), awaits) << text;
+        EXPECT_THAT(world.Calls, IsEmpty());
+    }
+}
+
 } // namespace

@@ -206,6 +206,14 @@ TEST_F(StateTest, FileOfNoUseIsNamedAndLeftAlone)
     }
 }
 
+TEST_F(StateTest, PipeIsRefusedAtOnce)
+{
+    auto options = PlainOptions();
+    options.StateFile = File();
+    ASSERT_EQ(mkfifo(options.StateFile.c_str(), 0600), 0);
+    EXPECT_EQ(StartError(options), "state file cannot read '" + File() + "': it is no plain file");
+}
+
 TEST_F(StateTest, FileThatCannotBeMadeIsNamed)
 {
     auto options = PlainOptions();

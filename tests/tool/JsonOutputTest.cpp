@@ -26,7 +26,7 @@ TEST(JsonDocument, FailuresStandBesideWhatWasRead)
     EXPECT_EQ(JsonDocument(answer, "settings"),
               R"({"code":20,"message":"Unable to find the setting BIOS.X","settings":{"BIOS.A":"on"},"errors":[)"
               R"({"setting":"BIOS.X","code":20,"message":"Unable to find the setting BIOS.X"},)"
-              R"({"setting":"","code":26,"message":"No such page"}]})"
+              R"({"setting":"","code":26,"message":"Fail to query the setting.","cause":"No such page"}]})"
               "\n");
 }
 

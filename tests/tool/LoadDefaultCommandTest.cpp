@@ -28,6 +28,7 @@ struct Script
     RedfishConfigResult Read{0, "", ""};
     SettingStringMap Effective;
     SettingCompareMap Pending;
+    SettingStringMap Defaults;
 };
 
 class ScriptedFront : public FakeFront
@@ -50,6 +51,17 @@ class ScriptedFront : public FakeFront
     {
         values = m_Script.Effective;
         return m_Script.Read;
+    }
+
+    RedfishConfigResult QuerySettingDefaultValues(SettingStringMap& values, const std::string& setting) override
+    {
+        const auto known = m_Script.Defaults.find(setting);
+        if (known == m_Script.Defaults.end())
+        {
+            return {21, "", setting};
+        }
+        values["BIOS." + setting] = known->second;
+        return {0, "", ""};
     }
 
   private:
@@ -90,7 +102,8 @@ TEST(LoadDefaultCommand, WhatStandsForAllStandsAlone)
     };
     const Case cases[] = {
         {{"BIOS"}, false, true, ""},
-        {{"bios"}, true, true, ""},
+        {{"BIOS"}, true, true, ""},
+        {{"bios"}, false, true, "bios is not the prefix in force, which is BIOS"},
         {{"BIOS"},
          false,
          false,
@@ -176,6 +189,58 @@ TEST(LoadDefaultCommand, EachSettingIsToldByWhatTheBmcShows)
         EXPECT_EQ(answer.Code, one.Exit) << one.What;
         EXPECT_EQ(expected.size(), one.Pending.size()) << one.What;
         EXPECT_EQ(script.Asked, (Calls{{"A", ""}})) << one.What;
+    }
+}
+
+/// A BMC drops a pending value rather than keep a default pending that is in force.
+TEST(LoadDefaultCommand, WhatIsInForceAlreadyIsInPlace)
+{
+    Script script;
+    script.Effective = {{"BIOS.A", "5"}, {"BIOS.B", "1"}};
+    script.Defaults = {{"A", "5"}, {"B", "2"}};
+    const Answer answer = Load(script, {"A", "B"});
+    EXPECT_EQ(answer.Text, "BIOS.A: in place\nBIOS.B: unknown\n");
+    EXPECT_EQ(answer.Code, 18);
+    ASSERT_EQ(answer.Errors.size(), 1U);
+    EXPECT_EQ(answer.Errors[0].Setting, "BIOS.B");
+}
+
+TEST(LoadDefaultCommand, OfALostRequestTheBmcTellsWhetherItArrived)
+{
+    struct Case
+    {
+        std::string Effective;
+        SettingCompareMap Pending;
+        int Read;
+        std::string Word;
+        std::string Failure;
+    };
+    const std::string open = "BIOS.A: whether the change was done is not known";
+    const Case cases[] = {
+        {"1", {{"BIOS.A", {"1", "5"}}}, 0, "sent, takes effect after a reboot", ""},
+        {"5", {}, 0, "in place", ""},
+        {"1", {}, 0, "unknown", open + "; the BMC does not show it among its pending values"},
+        {"1", {{"BIOS.A", {"1", "4"}}}, 0, "unknown", open + "; the BMC does not show it among its pending values"},
+        {"5", {{"BIOS.A", {"5", "4"}}}, 0, "unknown", open + "; the BMC does not show it among its pending values"},
+        {"1", {}, 24, "unknown", open + "; its pending value could not be read"},
+    };
+    for (const Case& one : cases)
+    {
+        Script script;
+        script.Answers.emplace("A", RedfishConfigResult(24, "h: gone; whether the change was done is not known.", ""));
+        script.Defaults = {{"A", "5"}};
+        script.Read = RedfishConfigResult(one.Read, "", "");
+        script.Effective = one.Read == 0 ? SettingStringMap{{"BIOS.A", one.Effective}} : SettingStringMap();
+        script.Pending = one.Pending;
+        const Answer answer = Load(script, {"A", "B"});
+        EXPECT_EQ(script.Asked, (Calls{{"A", ""}})) << "a change was sent behind one that got lost";
+        EXPECT_EQ(answer.Text, "BIOS.A: " + one.Word + "\n");
+        EXPECT_EQ(answer.Code, 24);
+        ASSERT_EQ(answer.Errors.size(), one.Failure.empty() ? 1U : 2U);
+        EXPECT_EQ(answer.Errors[0].Message, "BIOS.B: not sent, since a request before it failed");
+        EXPECT_EQ(answer.Errors.back().Message, one.Failure.empty() ? answer.Errors[0].Message : one.Failure);
+        EXPECT_EQ(answer.Notes,
+                  std::vector<std::string>{"warning: BIOS.A: h: gone; whether the change was done is not known."});
     }
 }
 

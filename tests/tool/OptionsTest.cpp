@@ -17,8 +17,8 @@ using Variables = std::map<std::string, std::string>;
 Answer NotRun(const Options&, Bmc&) { return {}; }
 
 constexpr Command TestCommands[] = {
-    {"show", "Show", "Names", 0, nullptr, "settings", NotRun},
-    {"groups", "Groups", nullptr, 0, nullptr, "groups", NotRun},
+    {"show", "Show", "[NAME ...]", "Names", 0, nullptr, "settings", NotRun},
+    {"groups", "Groups", nullptr, nullptr, 0, nullptr, "groups", NotRun},
 };
 
 ParsedCommandLine Parse(const Arguments& arguments, const Variables& variables = {})
@@ -234,7 +234,7 @@ TEST(Options, WrongCommandLinesAreRefusedWithTheirReason)
     const Row rows[] = {
         {{}, "No command"},
         {{"--simulate"}, "No command"},
-        {{"frobnicate", "--simulate"}, "Unknown command frobnicate"},
+        {{"frobnicate", "--simulate"}, "Unknown command frobnicate: see tavrine --help"},
         {{"--simulate", "groups", "Boot"}, "Unexpected argument Boot"},
         {{"show", "--simulate", "--colour"}, "Unknown option --colour"},
         {{"show", "--simulate", "--colour=never"}, "Unknown option --colour"},

@@ -10,6 +10,7 @@
 #include "ChangeMachine.h"
 #include "FaultyProxy.h"
 #include "InsideRun.h"
+#include "TemporaryFolder.h"
 
 using namespace tooltest;
 
@@ -169,6 +170,98 @@ TEST_F(ProgramChangeReboot, ABmcThatDoesNotComeBackIsAFailure)
     EXPECT_TRUE(Says(set.Output, "BIOS.Timeout: changed, takes effect after a reboot\n")) << set.Output;
     EXPECT_TRUE(Says(set.Errors, "The BMC did not come back within the time to wait")) << set.Errors;
     EXPECT_TRUE(Says(set.Errors, "whether the changes are in force is not known")) << set.Errors;
+}
+
+TEST_F(ProgramChangeReboot, ARestartWhoseAnswerIsLostIsLookedFor)
+{
+    const auto lose = [this](Fault how, const Words& arguments)
+    {
+        const FaultyProxy proxy(Bmc.Port(),
+                                [how](int, const std::string& line) { return IsReset(line) ? how : Fault::None; });
+        return InsideRun(proxy.Url())(arguments);
+    };
+    const Finished seen = lose(Fault::CutAfter, {"set", "Timeout=20", "--reboot", "--wait", "60"});
+    EXPECT_EQ(seen.Status, 0) << seen.Errors;
+    EXPECT_EQ(seen.Output, "BIOS.Timeout: changed, takes effect after a reboot\n1 of 1 new values are in force\n");
+    EXPECT_TRUE(Says(seen.Errors, "warning: the request to restart has failed, but the system was restarted: "))
+        << seen.Errors;
+    const Finished unseen = lose(Fault::CutAfter, {"set", "Timeout=21", "--reboot"});
+    EXPECT_EQ(unseen.Status, 24);
+    EXPECT_TRUE(Says(unseen.Errors, "tavrine: 24 Whether the system is restarted is not known: ")) << unseen.Errors;
+    const Finished never = lose(Fault::CutBefore, {"set", "Timeout=22", "--reboot", "--wait", "1"});
+    EXPECT_EQ(never.Status, 24);
+    EXPECT_TRUE(Says(never.Errors, "tavrine: 24 Whether the system is restarted is not known: ")) << never.Errors;
+    EXPECT_TRUE(Says(never.Errors, "; the system was not seen to restart")) << never.Errors;
+    EXPECT_EQ(Tool({"pending"}).Output, "BIOS.Timeout=21 -> 22\n");
+    const Finished reboot = lose(Fault::CutAfter, {"reboot", "--wait", "60"});
+    EXPECT_EQ(reboot.Status, 0) << reboot.Errors;
+    EXPECT_EQ(reboot.Output, "the system is back (GracefulRestart)\n");
+}
+
+/// All defaults at the next start are no pending values of single settings.
+TEST_F(ProgramChangeReboot, ALoadOfAllDefaultsIsSeenUntilTheNextStart)
+{
+    const std::string warning = "tavrine: warning: all settings go to their defaults at the next start of the system\n";
+    const InsideBmc bmc;
+    const InsideRun tool(bmc.Url());
+    const testdata::TemporaryFolder folder;
+    const std::string file = folder.Write("saved.conf", "BootFailLimit=3\n");
+    EXPECT_EQ(tool({"set", "BootFailLimit=3", "--reboot", "--wait", "60"}).Status, 0);
+    EXPECT_FALSE(Says(tool({"pending"}).Errors, warning));
+    EXPECT_EQ(tool({"loaddefault", "BIOS", "--yes"}).Status, 0);
+
+    const Finished pending = tool({"pending"});
+    EXPECT_EQ(pending.Status, 0);
+    EXPECT_EQ(pending.Output, "All settings go to their defaults at the next start of the system.\n");
+    for (const Words& words : {Words{"pending", "BootFailLimit"},
+                               {"compare", "pending"},
+                               {"describe", "BootFailLimit"},
+                               {"set", "BootFailLimit=3"}})
+    {
+        EXPECT_TRUE(Says(tool(words).Errors, warning)) << words.front();
+    }
+    for (const Words& words : {Words{"restore", file}, {"restore", file, "--dry-run"}})
+    {
+        const Finished restored = tool(words);
+        EXPECT_EQ(restored.Status, 18);
+        EXPECT_TRUE(Says(restored.Errors, "All settings go to their defaults at the next start")) << restored.Errors;
+        EXPECT_TRUE(Says(restored.Errors, "nothing was sent")) << restored.Errors;
+    }
+    EXPECT_EQ(tool({"reboot", "--wait", "60"}).Status, 0);
+    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=5\n");
+    EXPECT_EQ(tool({"restore", file, "--reboot", "--wait", "60"}).Status, 0);
+    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
+    EXPECT_EQ(tool({"pending"}).Output, "Nothing is pending.\n");
+}
+
+TEST_F(ProgramChangeReboot, ARestoredValueThatWaitsAlreadyIsNotCalledInPlace)
+{
+    const testdata::TemporaryFolder folder;
+    const std::string file = folder.Write("saved.conf", "Timeout=20\n");
+    EXPECT_EQ(Tool({"set", "Timeout=20"}).Status, 0);
+    for (const Words& words : {Words{"restore", file, "--dry-run"}, {"restore", file}})
+    {
+        const Finished restored = Tool(words);
+        EXPECT_EQ(restored.Status, 0) << restored.Errors;
+        EXPECT_TRUE(Says(restored.Output, "already waits for a reboot\n")) << restored.Output;
+    }
+    EXPECT_EQ(Tool({"restore", file, "--reboot", "--wait", "60"}).Status, 0);
+    EXPECT_EQ(Tool({"show", "Timeout"}).Output, "BIOS.Timeout=20\n");
+    EXPECT_TRUE(Says(Tool({"restore", file, "--dry-run"}).Output, "in place\n"));
+}
+
+TEST_F(ProgramChangeReboot, DefaultsAreComparedInDecimalWhateverIsShown)
+{
+    const InsideBmc bmc;
+    const InsideRun tool(bmc.Url());
+    const Finished loaded = tool({"--hex", "loaddefault", "FanMinimumPercent"});
+    EXPECT_EQ(loaded.Status, 0) << loaded.Errors;
+    EXPECT_EQ(loaded.Output, "BIOS.FanMinimumPercent: in place\n");
+    EXPECT_EQ(tool({"set", "BootFailLimit=3"}).Status, 0);
+    const Finished dropped = tool({"--hex", "loaddefault", "BootFailLimit"});
+    EXPECT_EQ(dropped.Status, 0) << dropped.Errors;
+    EXPECT_EQ(dropped.Output, "BIOS.BootFailLimit: in place\n");
+    EXPECT_EQ(tool({"pending"}).Output, "Nothing is pending.\n");
 }
 
 TEST_F(ProgramChangeReboot, ARefusedRestartLeavesTheChangePending)

@@ -88,6 +88,13 @@ TEST(ProgramStreams, AFullDiskIsAnError)
     }
 }
 
+TEST(ProgramStreams, ALogThatCannotBeWrittenIsTold)
+{
+    const Finished shown = RunToEnd(Simulated({"show", "AssetTag", "--log-file", "/dev/full"}));
+    EXPECT_EQ(shown.Status, 0) << shown.Errors;
+    EXPECT_EQ(shown.Errors.find("tavrine: warning: /dev/full: lost "), 0U) << shown.Errors;
+}
+
 TEST(ProgramStreams, AClosedStandardOutputIsAnErrorAndGetsNowhereElse)
 {
     const testdata::TemporaryFolder folder;

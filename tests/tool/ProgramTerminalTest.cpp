@@ -51,6 +51,30 @@ TEST(ProgramTerminal, ASignalAtThePromptBringsTheEchoBack)
     EXPECT_TRUE(tool.Echoes());
 }
 
+TEST(ProgramTerminal, AValueIsAskedForWithoutEcho)
+{
+    Launch launch;
+    launch.Arguments = {"--simulate", "set", "AssetTag=-"};
+    OnTerminal tool(launch);
+    ASSERT_TRUE(tool.Shows("New value of UEFI.AssetTag: ")) << tool.Shown();
+    EXPECT_FALSE(tool.Echoes());
+    tool.Type("hidden-words\n");
+    EXPECT_TRUE(tool.Shows("UEFI.AssetTag: changed, takes effect after a reboot")) << tool.Shown();
+    EXPECT_EQ(tool.Status(), 0);
+    EXPECT_TRUE(tool.Echoes());
+    EXPECT_EQ(tool.Shown().find("hidden-words"), std::string::npos) << tool.Shown();
+}
+
+TEST(ProgramTerminal, WhatAPasswordIsInDangerOfIsToldBeforeItIsAskedFor)
+{
+    const RunningBmc bmc({"--http"});
+    OnTerminal tool(WithoutPassword(bmc, {"show", "AssetTag"}));
+    ASSERT_TRUE(tool.Shows("Password of ")) << tool.Shown();
+    EXPECT_NE(tool.Shown().find("in clear"), std::string::npos) << tool.Shown();
+    tool.Type("password\n");
+    EXPECT_EQ(tool.Status(), 0);
+}
+
 TEST(ProgramTerminal, GroupsAreATreeThere)
 {
     const TestMachine machine;

@@ -252,7 +252,8 @@ TEST(RestoreCommand, WhatWaitsAlreadyIsNotInPlace)
     Script script;
     script.Effective = {{"BIOS.Tag", "old"}};
     script.Pending = {{"BIOS.Tag", {"old", "t"}}};
-    EXPECT_EQ(Find(Sent(script, {{"Tag", "t"}}), "Tag").Outcome, RestoreOutcome::Sent);
+    EXPECT_EQ(Find(Sent(script, {{"Tag", "t"}}), "Tag").Outcome, RestoreOutcome::Waiting);
+    EXPECT_TRUE(script.Asked.empty());
 }
 
 /// The library's list of what is done holds every setting in each of these.

@@ -199,6 +199,11 @@ TEST_F(SetCommand, AValueOfAPasswordIsShownNowhere)
     EXPECT_EQ(answer.Code, 18);
     EXPECT_EQ(StderrLines(answer).find("hunter2"), std::string::npos) << StderrLines(answer);
 
+    // Of a short one what is left would tell.
+    Front.Flushes = {{{18, "", ""}, {{10, "The value of the setting is bad.", "BIOS.Secret"}}}};
+    EXPECT_EQ(StderrLines(Set({"Secret=set"})),
+              "tavrine: 10 BIOS.Secret: what the BMC answered is not shown, since the value may stand in it\n");
+
     Given.DryRun = true;
     Given.Json = false;
     EXPECT_EQ(Set({"Secret=hunter2"}).Text, "{\"Attributes\":{\"Secret\":\"********\"}}\n");
