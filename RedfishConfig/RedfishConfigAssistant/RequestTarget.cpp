@@ -124,7 +124,9 @@ std::optional<std::string> ResolveWithin(const Origin& origin, std::string_view 
     {
         return std::nullopt;
     }
-    if (LowerAscii(Site(base.get())) != LowerAscii(Site(target.get())) || !Part(target.get(), CURLUPART_USER).empty())
+    const bool namesUser =
+        !Part(target.get(), CURLUPART_USER).empty() || !Part(target.get(), CURLUPART_PASSWORD).empty();
+    if (namesUser || LowerAscii(Site(base.get())) != LowerAscii(Site(target.get())))
     {
         return std::nullopt;
     }

@@ -71,9 +71,10 @@ TEST(RequestTarget, ReferencesWithinTheOrigin)
 
 TEST(RequestTarget, ReferencesThatLeadAway)
 {
-    for (const char* reference : {"", "https://evil/x", "http://bmc/x", "http://bmc:443/x", "https://bmc:8443/x",
-                                  "//evil/x", "https://bmc.evil/x", "https://bmc@evil/x", "https://user@bmc/x", "/a b",
-                                  "/a\r\nX: y", "ftp://bmc/x", "https://", "https://bmc:x/"})
+    for (const char* reference :
+         {"", "https://evil/x", "http://bmc/x", "http://bmc:443/x", "https://bmc:8443/x", "//evil/x",
+          "https://bmc.evil/x", "https://bmc@evil/x", "https://user@bmc/x", "https://:secret@bmc/x", "/a b",
+          "/a\r\nX: y", "ftp://bmc/x", "https://", "https://bmc:x/"})
     {
         EXPECT_EQ(ResolveWithin({false, "bmc", 443}, "/redfish/v1/Systems", reference), std::nullopt) << reference;
     }

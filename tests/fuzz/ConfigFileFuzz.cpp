@@ -79,7 +79,8 @@ std::optional<Content> Plain(std::string_view text)
         const std::size_t sign = line.find(" = ");
         const std::string key(line.substr(0, sign));
         const bool isTable = sign == std::string_view::npos && !table.empty() && line == "[" + table + "]";
-        if (!names.insert(isTable ? table : table + "." + key).second || key.find(',') != std::string::npos)
+        const std::string name = isTable ? table : table.empty() ? key : table + "." + key;
+        if (!names.insert(name).second || key.find(',') != std::string::npos)
         {
             return std::nullopt;
         }

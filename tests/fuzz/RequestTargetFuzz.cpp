@@ -65,8 +65,9 @@ void CheckSameHost(const Origin& origin, std::string reference)
     {
         return;
     }
-    // An empty user is none.
-    const std::size_t from = start + 2 + (reference.compare(start + 2, 1, "@") == 0 ? 1 : 0);
+    // An empty user with an empty password is none.
+    const std::size_t behind = start + 2 + (reference.compare(start + 2, 2, ":@") == 0 ? 1 : 0);
+    const std::size_t from = behind + (reference.compare(behind, 1, "@") == 0 ? 1 : 0);
     const std::string authority = reference.substr(from, reference.find_first_of("/?#", from) - from);
     const std::size_t colon = authority.rfind(':');
     const std::string host = authority.substr(0, colon);
