@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -143,6 +144,10 @@ void JudgeByValue(RestoreSetting& setting, const std::string& value, bool waits)
     }
     else if (setting.Outcome == RestoreOutcome::Unknown)
     {
+        if (setting.Why.ends_with('.'))
+        {
+            setting.Why.pop_back();
+        }
         setting.Why += "; the BMC does not show the value among those that wait for a reboot";
     }
 }
@@ -365,6 +370,41 @@ class Restorer
     CauseLog m_Causes;
 };
 
+/// Why settings are not where they should be. What befell many of them, a lost connection for example, is told once
+/// where people read; the table has them all.
+void TellOutcome(const RestorePlan& plan, RestoreOutcome outcome, const Options& options, const std::string& prefix,
+                 Answer& answer)
+{
+    const auto isToTell = [outcome](const RestoreSetting& setting)
+    { return setting.Outcome == outcome && setting.Code != CodeSucceed && !setting.Stranger; };
+    std::map<std::string, std::size_t> alike;
+    for (const RestoreSetting& setting : plan.Settings)
+    {
+        if (isToTell(setting))
+        {
+            ++alike[setting.Why];
+        }
+    }
+    for (const RestoreSetting& setting : plan.Settings)
+    {
+        if (!isToTell(setting))
+        {
+            continue;
+        }
+        const std::string shown = prefix + "." + setting.Name;
+        std::size_t& count = alike[setting.Why];
+        if (options.Json || (count > 0 && count <= NamesInMessage))
+        {
+            AddFailure(answer, {setting.Code, shown + ": " + WordOf(setting), shown, {}});
+        }
+        else if (count > NamesInMessage)
+        {
+            AddFailure(answer, {setting.Code, fmt::format("{} settings: {}", count, WordOf(setting)), {}, {}});
+            count = 0;
+        }
+    }
+}
+
 } // namespace
 
 void AddRestoreOptions(CLI::App& command, Options& options)
@@ -462,14 +502,7 @@ void TellRestore(const RestorePlan& plan, const Options& options, const std::str
 {
     for (const RestoreOutcome outcome : {RestoreOutcome::Unknown, RestoreOutcome::Refused, RestoreOutcome::NotSent})
     {
-        for (const RestoreSetting& setting : plan.Settings)
-        {
-            if (setting.Outcome == outcome && setting.Code != CodeSucceed && !setting.Stranger)
-            {
-                const std::string shown = prefix + "." + setting.Name;
-                AddFailure(answer, {setting.Code, shown + ": " + WordOf(setting), shown, {}});
-            }
-        }
+        TellOutcome(plan, outcome, options, prefix, answer);
     }
     TellStrangers(plan, options, answer);
     TellTable(plan, options, prefix, answer);

@@ -79,7 +79,7 @@ void AddSetOptions(CLI::App& command, Options& options)
         "Several settings are one batch: one request, but related settings never share one, nor do protected and\n"
         "ordinary ones. Settings that the check refuses are left out, the others are sent; after a request that\n"
         "failed no other is sent. What the BMC accepted is then read back (two or three small reads): a change is\n"
-        "reported as done when the BMC shows it, or when it accepted one of a setting that cannot be read back.\n"
+        "reported as done when the BMC shows it, or when it accepted one that cannot be read back.\n"
         "--reboot restarts the system when something waits for it, unless a request failed; what was pending\n"
         "already counts as changed then.\n"
         "\n"

@@ -300,6 +300,15 @@ TEST(RestoreCommand, NothingIsClaimedThatIsNotKnown)
         {"cut off, unreadable", {24, "gone", ""}, {}, {}, 24, "", {}, RestoreOutcome::Unknown, "gone"},
         {"cut off, not shown", {24, "gone", ""}, {}, {}, 0, "t", {}, RestoreOutcome::Unknown, "gone; " + notShown},
         {"cut off, but shown", {24, "gone", ""}, {}, {}, 0, "t", waiting, RestoreOutcome::Sent, ""},
+        {"cut off, whole sentence",
+         {24, "It is gone.", ""},
+         {},
+         {},
+         0,
+         "t",
+         {},
+         RestoreOutcome::Unknown,
+         "It is gone; " + notShown},
         {"busy", {33, "busy", ""}, {}, {}, 33, "", {}, RestoreOutcome::Unknown, "busy"},
     };
     for (const Case& one : cases)
@@ -346,6 +355,32 @@ TEST(RestoreCommand, StrangersAreOneFailureAndRowsEach)
     EXPECT_EQ(answer.Errors[0].Cause, "file file.json");
     EXPECT_NE(answer.Text.find("BIOS.Stranger199999\tx\tnot sent: this system does not know the setting\n"),
               std::string::npos);
+}
+
+TEST(RestoreCommand, WhatBefellManyIsToldOnce)
+{
+    RestorePlan plan;
+    for (const char* name : {"A", "B", "C", "D", "E", "F", "G"})
+    {
+        RestoreSetting& setting = plan.Settings.emplace_back();
+        setting.Name = name;
+        setting.Outcome = RestoreOutcome::Unknown;
+        setting.Code = 24;
+        setting.Why = "gone";
+    }
+    plan.Settings[2].Why = "lost";
+    Answer answer;
+    TellRestore(plan, OptionsFor(), "BIOS", answer);
+    ASSERT_EQ(answer.Errors.size(), 2U);
+    EXPECT_EQ(answer.Errors[0].Message, "6 settings: unknown: gone");
+    EXPECT_EQ(answer.Errors[1].Message, "BIOS.C: unknown: lost");
+    EXPECT_EQ(answer.Code, 24);
+    EXPECT_NE(answer.Text.find("BIOS.G\t\tunknown: gone\n"), std::string::npos) << answer.Text;
+
+    plan.Settings.pop_back();
+    Answer few;
+    TellRestore(plan, OptionsFor(), "BIOS", few);
+    EXPECT_EQ(few.Errors.size(), 6U);
 }
 
 TEST(RestoreCommand, PasswordsAreNotShown)
