@@ -25,6 +25,7 @@ namespace
 {
 
 constexpr int CodeNotFound = 20;
+constexpr int CodeHidden = 34;
 
 /// Settings in the form of the run's output: one of the two maps is filled.
 struct ShownSettings
@@ -244,6 +245,10 @@ Answer ShowNames(RedfishConfigProc& front, const Options& options, const FrontMa
         if (MissesAction(failure))
         {
             answer.Notes.emplace_back(MissingActionHint);
+        }
+        if (failure.Code == CodeHidden && options.SystemType == SystemTypeUefi && !options.Protected)
+        {
+            answer.Notes.emplace_back("hint: protected settings need --protected");
         }
         if (IsUnreachable(failure.Code))
         {
