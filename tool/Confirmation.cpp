@@ -19,7 +19,6 @@ bool HasTerminal() { return isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) =
 /// A line as the terminal hands it over, without its end.
 std::string ReadReply()
 {
-    const Progress::Pause pause;
     std::string reply;
     char byte = 0;
     while (reply.size() < LongestReply && WaitForInput(STDIN_FILENO) && read(STDIN_FILENO, &byte, 1) == 1 &&
@@ -43,6 +42,7 @@ std::optional<Failure> Confirm(const Options& options, const std::string& what)
     {
         return std::nullopt;
     }
+    const Progress::Pause pause;
     WriteError(what + ". Type yes to go on: ");
     if (ReadReply() == "yes")
     {

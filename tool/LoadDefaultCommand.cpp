@@ -177,7 +177,9 @@ Answer RunWhole(const Options& options, Bmc& bmc)
     answer = LoadAllDefaults(*bmc.Front(0), options);
     if (IsSuccess(answer.Code))
     {
-        RebootAndVerify(MeansOf(bmc), options, expected, answer);
+        RebootMeans means = MeansOf(bmc);
+        means.LoadsDefaults = true;
+        RebootAndVerify(means, options, expected, answer);
     }
     return answer;
 }
@@ -286,7 +288,17 @@ Answer LoadSingleDefaults(const Options& options, const std::function<std::uniqu
     }
     PendingValues values;
     const std::unique_ptr<RedfishConfigProc> reader = freshFront();
-    const bool known = !loads.empty() && IsSuccess(ReadPendingValues(*reader, values).ErrorCode());
+    RedfishConfigResult read(CodeSucceed, "", "");
+    if (!loads.empty())
+    {
+        read = ReadPendingValues(*reader, values);
+        WarnOfDefaults(*reader, answer.Notes);
+    }
+    const bool known = !loads.empty() && IsSuccess(read.ErrorCode());
+    if (!IsSuccess(read.ErrorCode()))
+    {
+        answer.Notes.push_back("warning: the pending values could not be read back: " + causes.Explain(read).Message);
+    }
     for (const DefaultLoad& load : loads)
     {
         if (known && !values.Effective.contains(load.Key))

@@ -165,6 +165,10 @@ std::optional<Failure> Prompt(const std::string& who, std::string& password)
 std::string AskHidden(const std::string& question, std::string& reply)
 {
     const Descriptor terminal(open(Terminal, O_RDWR | O_CLOEXEC | O_NOCTTY), true);
+    if (terminal.Number() < 0)
+    {
+        return std::string("there is no terminal to ask on: ") + std::strerror(errno);
+    }
     const Progress::Pause pause;
     const EchoOff silence(terminal.Number());
     if (!silence.Done() || write(terminal.Number(), question.data(), question.size()) < 0)

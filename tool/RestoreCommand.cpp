@@ -315,8 +315,8 @@ class Restorer
         {
             return Failure{
                 CodeRefused,
-                "All settings go to their defaults at the next start of the system, and what is restored now "
-                "with them: restart it first (tavrine reboot)",
+                "All settings go to their defaults at the next start of the system, which may undo what is restored "
+                "now: restart it first (tavrine reboot)",
                 {},
                 {}};
         }

@@ -9,6 +9,7 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
+#include "ChangeDelivery.h"
 #include "JsonOutput.h"
 #include "Options.h"
 #include "TextOutput.h"
@@ -23,7 +24,7 @@ namespace
 
 constexpr const char* Blot = "********";
 /// Messages are full of shorter texts.
-constexpr std::size_t ShortestDoubtful = 4;
+constexpr std::size_t ShortestBlotted = 4;
 
 const char* WordOf(SetOutcome outcome)
 {
@@ -64,42 +65,49 @@ std::string TextOf(const SetSetting& setting, const Options& options)
 }
 
 /// The BMC's own words may repeat a value that it was sent.
-void HideValue(const SetSetting& setting, std::string_view value, std::string& text)
-{
-    std::size_t at = value.empty() ? std::string::npos : text.find(value);
-    if (at == std::string::npos)
-    {
-        return;
-    }
-    if (value.size() < ShortestDoubtful)
-    {
-        // Blotted out alone, it could be read off what is left.
-        text = setting.Password
-                   ? setting.ShownName + ": what the BMC answered is not shown, since the value may stand in it"
-                   : text;
-        return;
-    }
-    for (; at != std::string::npos; at = text.find(value, at + std::string_view(Blot).size()))
-    {
-        text.replace(at, value.size(), Blot);
-    }
-}
-
 void HideValues(const SetPlan& plan, std::string& text)
 {
     for (const SetSetting& setting : plan.Settings)
     {
-        if (setting.Secret && setting.WasSent)
+        const std::string escaped = json::serialize(json::value(setting.Value));
+        for (const std::string_view value :
+             {std::string_view(escaped).substr(1, escaped.size() - 2), std::string_view(setting.Value)})
         {
-            const std::string escaped = json::serialize(json::value(setting.Value));
-            HideValue(setting, std::string_view(escaped).substr(1, escaped.size() - 2), text);
-            HideValue(setting, setting.Value, text);
+            const bool isToHide = setting.Secret && setting.WasSent && value.size() >= ShortestBlotted;
+            std::size_t at = isToHide ? text.find(value) : std::string::npos;
+            for (; at != std::string::npos; at = text.find(value, at + std::string_view(Blot).size()))
+            {
+                text.replace(at, value.size(), Blot);
+            }
         }
     }
 }
 
-void AddHidden(const SetPlan& plan, Answer& answer, Failure failure)
+/// Whether an answer about `subject`, or with none about all that was sent, has a password in it that is too short to
+/// be blotted out: it could be read off what is left.
+bool HoldsShortPassword(const SetPlan& plan, const SetSetting* subject, const Failure& failure)
 {
+    const std::string text = failure.Message + failure.Cause;
+    const auto isIn = [&](const SetSetting& setting)
+    {
+        const bool isMeant = setting.Password && setting.WasSent && (subject == nullptr || subject == &setting);
+        const bool isShort = !setting.Value.empty() && setting.Value.size() < ShortestBlotted;
+        return isMeant && isShort && text.find(setting.Value) != std::string::npos;
+    };
+    return failure.Code != CodeConnection && std::ranges::any_of(plan.Settings, isIn);
+}
+
+/// @param subject  the setting that it is about; null for the whole request.
+void AddHidden(const SetPlan& plan, const SetSetting* subject, Answer& answer, Failure failure)
+{
+    if (HoldsShortPassword(plan, subject, failure))
+    {
+        const std::optional<Delivery> told = DeliveryIn(failure.Message);
+        failure.Message = (subject != nullptr ? subject->ShownName + ": " : "") +
+                          "what the BMC answered is not shown, since a new password may stand in it" +
+                          (told ? "; " + std::string(WordsOf(*told)) : "");
+        failure.Cause.clear();
+    }
     HideValues(plan, failure.Message);
     HideValues(plan, failure.Cause);
     AddFailure(answer, std::move(failure));
@@ -115,7 +123,7 @@ void AddFailures(const SetPlan& plan, const std::optional<Failure>& failure, Ans
     {
         if (one)
         {
-            AddHidden(plan, answer, *one);
+            AddHidden(plan, nullptr, answer, *one);
         }
     }
     for (const SetOutcome outcome :
@@ -125,7 +133,7 @@ void AddFailures(const SetPlan& plan, const std::optional<Failure>& failure, Ans
         {
             if (setting.Outcome == outcome && setting.Why)
             {
-                AddHidden(plan, answer, *setting.Why);
+                AddHidden(plan, &setting, answer, *setting.Why);
             }
         }
     }

@@ -56,7 +56,7 @@ struct SetSetting
     SetOutcome Outcome = SetOutcome::Planned;
     /// Why, where it was not changed.
     std::optional<Failure> Why;
-    /// It was sent to the BMC, so that the BMC's words in Why may repeat it.
+    /// It may have been sent to the BMC, whose words may repeat it.
     bool WasSent = false;
     /// Of Changed and Already: whether the BMC shows the value in force rather than
     /// pending; nothing where it cannot be asked.

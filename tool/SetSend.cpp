@@ -134,12 +134,12 @@ class Sender
     {
         for (const std::size_t index : request)
         {
-            At(index).WasSent = true;
             RedfishConfigResult result = Patch(At(index), true);
             CollectErrors();
             if (result == CodeSucceed || result == CodePassword)
             {
                 m_InFlight.push_back(index);
+                At(index).WasSent = true;
             }
             else if (result == CodeAlready)
             {

@@ -50,13 +50,13 @@ std::string ReadAll(int input, std::string& text)
             break;
         }
     }
-    if (collected.Text().empty())
-    {
-        return "nothing came; NAME= sets an empty value"; // a command in front of a pipe has failed, for example
-    }
     if (collected.Text().ends_with('\n'))
     {
         collected.Text().pop_back();
+    }
+    if (collected.Text().empty())
+    {
+        return "nothing came; NAME= sets an empty value"; // a command in front of a pipe has failed, for example
     }
     if (collected.Text().size() > LargestInputValue)
     {
@@ -75,7 +75,10 @@ std::string ReadValue(int input, const std::string& shownName, std::string& text
     }
     Secret line(LongestPassword + 1);
     std::string error = AskHidden("New value of " + shownName + ": ", line.Text());
-    text = error.empty() ? line.Text() : std::string();
+    if (error.empty())
+    {
+        text = line.Text();
+    }
     return error;
 }
 
@@ -135,7 +138,8 @@ std::optional<Failure> ReadPairs(const Options& options, int input, std::vector<
         if (const std::string error = ReadValue(input, shownName, pair.Value); !error.empty())
         {
             return Failure{CodeParameter,
-                           "Unable to read the value of " + shownName + " from standard input: " + error,
+                           "Unable to read the value of " + shownName +
+                               (isatty(input) == 1 ? " from the terminal: " : " from standard input: ") + error,
                            shownName,
                            {}};
         }

@@ -62,6 +62,10 @@ HeldStopSignals::HeldStopSignals()
     {
         sigaddset(&stops, signal);
     }
+    for (const int signal : {SIGQUIT, SIGTSTP})
+    {
+        sigaddset(&stops, signal);
+    }
     pthread_sigmask(SIG_BLOCK, &stops, &m_Former);
 }
 

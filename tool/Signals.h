@@ -15,7 +15,8 @@ void InstallStopSignals();
 int StopSignal();
 
 /// Keeps stop signals from this thread while it lives, and from the threads that are started meanwhile as long as
-/// those live: a signal must come to the thread that waits for it, and only that is woken by it.
+/// those live: a signal must come to the thread that waits for it, and only that is woken by it. The signals that a
+/// prompt without echo puts off are held likewise, or another thread would take them.
 class HeldStopSignals
 {
   public:

@@ -33,7 +33,7 @@ namespace
 using std::chrono::milliseconds;
 
 constexpr int CodeNotSupported = 11;
-constexpr int CodeNotInForce = 18;
+constexpr int CodeRefused = 18;
 constexpr milliseconds FirstPause(250);
 constexpr milliseconds LongestPause(10'000);
 constexpr milliseconds PauseSlice(100);
@@ -162,13 +162,13 @@ std::string CauseOf(const BiosResource& bios, const std::string& name)
     return cause;
 }
 
-/// When changes were last applied; nothing where that cannot be read.
-std::optional<std::string> ReadChangeTime(const RebootMeans& means, SystemResource& system)
+/// What the BMC tells before a restart; nothing where that cannot be read.
+std::optional<BiosResource> ReadBefore(const RebootMeans& means, SystemResource& system)
 {
     BiosResource bios;
     const bool read = IsSuccess(ReadSystem(means.Requests, system).ErrorCode()) &&
                       IsSuccess(ReadBios(means.Requests, system, bios).ErrorCode());
-    return read ? std::optional(bios.ChangeTime) : std::nullopt;
+    return read ? std::optional(std::move(bios)) : std::nullopt;
 }
 
 struct Verification
@@ -214,7 +214,7 @@ void TellVerification(const Verification& found, const std::vector<ExpectedValue
         if (!inForce && !found.Lost)
         {
             AddFailure(answer,
-                       {CodeNotInForce,
+                       {CodeRefused,
                         shown + (known ? ": the new value is not in force after the reboot; it is " + value->second
                                        : ": whether the new value is in force is not known, since the BMC reports "
                                          "none"),
@@ -304,7 +304,8 @@ std::string RebootFault(const Options& options)
     return options.DryRun && options.Reboot ? "--dry-run and --reboot exclude each other" : "";
 }
 
-std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResource& before, milliseconds until)
+std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResource& before, milliseconds until,
+                                     bool isAccepted)
 {
     GrowingPause pause(means, until);
     std::string told;
@@ -316,7 +317,8 @@ std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResou
         RedfishConfigResult result = RefreshSystem(means.Requests, now);
         const bool answers = IsSuccess(result.ErrorCode());
         const bool starting = answers && (!IsOn(now) || IsStarting(now));
-        wasAway = wasAway || !answers || starting;
+        // A BMC that does not answer restarts with the system, or else its network is what has lost the request, too.
+        wasAway = wasAway || starting || (isAccepted && !answers);
         const bool restarted = wasAway || now.LastReset != before.LastReset;
         if (answers && !starting && restarted)
         {
@@ -352,7 +354,7 @@ RestartEnd Restart(const RebootMeans& means, const Options& options, millisecond
         return {!asked, std::move(asked), {}};
     }
     means.Tell(isOpen ? "looking whether the system restarts" : "restart requested (" + type + ")");
-    std::optional<Failure> waited = WaitUntilBack(means, system, until);
+    std::optional<Failure> waited = WaitUntilBack(means, system, until, !isOpen);
     if (!isOpen)
     {
         return {true, std::move(waited), {}};
@@ -362,7 +364,7 @@ RestartEnd Restart(const RebootMeans& means, const Options& options, millisecond
         return {
             true, {}, "warning: the request to restart has failed, but the system was restarted: " + asked->Message};
     }
-    asked->Message += "; the system was not seen to restart";
+    asked->Message += " " + waited->Message;
     return {false, std::move(asked), {}};
 }
 
@@ -375,7 +377,17 @@ void RebootAndVerify(const RebootMeans& means, const Options& options, const std
     }
     const milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
     SystemResource system;
-    const std::optional<std::string> timeBefore = ReadChangeTime(means, system);
+    const std::optional<BiosResource> before = ReadBefore(means, system);
+    if (before && before->DefaultsPending && !means.LoadsDefaults)
+    {
+        AddFailure(answer, {CodeRefused,
+                            "The system was not restarted, since all settings would go to their defaults with it: "
+                            "tavrine reboot does so",
+                            {},
+                            {}});
+        return;
+    }
+    const std::optional<std::string> timeBefore = before ? std::optional(before->ChangeTime) : std::nullopt;
     std::string type;
     RestartEnd end = Restart(means, options, until, system, type);
     if (end.Trouble)

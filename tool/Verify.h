@@ -42,6 +42,8 @@ struct RebootMeans
     std::function<bool(std::chrono::milliseconds)> Pause;
     /// Tells how far things are.
     std::function<void(const std::string&)> Tell;
+    /// The restart is for the defaults of all settings; any other would bring them unasked, and is not made.
+    bool LoadsDefaults = false;
 };
 
 RebootMeans MeansOf(Bmc& bmc);
@@ -73,8 +75,10 @@ RestartEnd Restart(const RebootMeans& means, const Options& options, std::chrono
 /// Waits until the BMC answers and the system has started anew.
 /// @param before  the system before the reset.
 /// @param until  by the clock of `means`.
+/// @param isAccepted  whether it is known that a reset is under way: then a BMC that does not answer tells
+/// of it, and else only what the system itself shows.
 std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResource& before,
-                                     std::chrono::milliseconds until);
+                                     std::chrono::milliseconds until, bool isAccepted);
 
 /// Does what `--reboot` asks for once changes have been sent: reboots, and with `--wait`
 /// waits and looks whether each value is in force. What it finds goes into the answer;

@@ -52,25 +52,46 @@ TEST_P(NeighbourExceptions, PassThrough)
     EXPECT_EQ(values, (SettingStringMap{{"BIOS.Wake", "true"}}));
 }
 
-SettingStringMap values;
-SettingCompareMap compared;
-SettingGroupMap groups;
+/// Calls an operation of this signature with a map of its own.
+template <class Map> auto Into(RedfishConfigResult (BiosRedfishConfigProc::*operation)(Map&))
+{
+    return [operation](BiosRedfishConfigProc& front)
+    {
+        Map map;
+        (front.*operation)(map);
+    };
+}
+template <class Map>
+auto Into(RedfishConfigResult (BiosRedfishConfigProc::*operation)(Map&, const std::string&), const char* setting)
+{
+    return [operation, setting](BiosRedfishConfigProc& front)
+    {
+        Map map;
+        (front.*operation)(map, setting);
+    };
+}
+auto QueryInto(const char* setting)
+{
+    return [setting](BiosRedfishConfigProc& front)
+    {
+        SettingStringMap map;
+        front.QuerySettingValue(setting, map);
+    };
+}
 
 const std::vector<ThrowingCase> Cases = {
-    {"QueryGroupSettingValues", "GET " + SystemsUrl, [](auto& front) { front.QueryGroupSettingValues(values); }},
-    {"QuerySettingValue", "GET " + BiosUrl, [](auto& front) { front.QuerySettingValue("Wake", values); }},
-    {"QuerySettingValueOfAnOldName", "ConvertNameFromOldToNew Old",
-     [](auto& front) { front.QuerySettingValue("Old", values); }},
-    {"QuerySettingValueInTheModel", "GetSettingProperties Wake",
-     [](auto& front) { front.QuerySettingValue("Wake", values); }},
-    {"QueryGroupList", "SCHEMA " + BiosUrl, [](auto& front) { front.QueryGroupList(groups); }},
+    {"QueryGroupSettingValues", "GET " + SystemsUrl, Into(&BiosRedfishConfigProc::QueryGroupSettingValues)},
+    {"QuerySettingValue", "GET " + BiosUrl, QueryInto("Wake")},
+    {"QuerySettingValueOfAnOldName", "ConvertNameFromOldToNew Old", QueryInto("Old")},
+    {"QuerySettingValueInTheModel", "GetSettingProperties Wake", QueryInto("Wake")},
+    {"QueryGroupList", "SCHEMA " + BiosUrl, Into(&BiosRedfishConfigProc::QueryGroupList)},
     {"QuerySettingValidValues", "QuerySettingValidValues Wake",
-     [](auto& front) { front.QuerySettingValidValues(values, "Wake"); }},
+     Into(&BiosRedfishConfigProc::QuerySettingValidValues, "Wake")},
     {"QuerySettingDefaultValues", "QueryGroupSettingDefaultValues",
-     [](auto& front) { front.QuerySettingDefaultValues(values, ""); }},
+     Into(&BiosRedfishConfigProc::QuerySettingDefaultValues, "")},
     {"QuerySettingDescriptions", "QuerySettingDescription Wake",
-     [](auto& front) { front.QuerySettingDescriptions(values, "Wake"); }},
-    {"QuerySaveSettingValues", "FetchSaveSettingValues 14", [](auto& front) { front.QuerySaveSettingValues(values); }},
+     Into(&BiosRedfishConfigProc::QuerySettingDescriptions, "Wake")},
+    {"QuerySaveSettingValues", "FetchSaveSettingValues 14", Into(&BiosRedfishConfigProc::QuerySaveSettingValues)},
     {"PatchSettingNewValue", "PreparePatchContext BootMode=Legacy 8",
      [](auto& front) { front.PatchSettingNewValue("BootMode", "Legacy", false); }},
     {"PatchSettingNewValueAtTheFlush", "PATCH " + SettingsUrl,
@@ -94,9 +115,9 @@ const std::vector<ThrowingCase> Cases = {
          front.Restore(wanted, done, failed, false, false);
      }},
     {"CompareSettingPendingValues", "GET " + SettingsUrl,
-     [](auto& front) { front.CompareSettingPendingValues(compared, ""); }},
+     Into(&BiosRedfishConfigProc::CompareSettingPendingValues, "")},
     {"CompareSettingDefaultValues", "QuerySettingDefaultValue Wake",
-     [](auto& front) { front.CompareSettingDefaultValues(compared, "Wake"); }},
+     Into(&BiosRedfishConfigProc::CompareSettingDefaultValues, "Wake")},
     {"PostDefaultvalue", "GET " + BiosUrl, [](auto& front) { front.PostDefaultvalue("", "reset-bios"); }},
 };
 

@@ -133,6 +133,7 @@ TEST_F(ProgramChangeProperty, AnyTextFromStandardInputArrivesOrIsRefused)
                                   value.Bytes += '\0';
                                   ++*value.Points;
                               }
+                              RC_PRE(!value.Bytes.empty());
                               Arrives(value, {"set", "Owner=-"}, value.Bytes + "\n");
                           }));
 }
@@ -154,6 +155,7 @@ TEST_F(ProgramChangeProperty, AnyTextOfABatchArrivesOrIsRefused)
                           [this]
                           {
                               const Value value = *AnyValue();
+                              RC_PRE(!value.Bytes.empty());
                               const std::string seconds = std::to_string(*rc::gen::inRange(0, 256));
                               Arrives(value, {"set", "Timeout=" + seconds, "Owner=-"}, value.Bytes + "\n");
                           }));

@@ -65,6 +65,21 @@ TEST(ProgramTerminal, AValueIsAskedForWithoutEcho)
     EXPECT_EQ(tool.Shown().find("hidden-words"), std::string::npos) << tool.Shown();
 }
 
+TEST(ProgramTerminal, NoSignalLeavesTheEchoOff)
+{
+    for (const char* typed : {"\x03", "\x1c"})
+    {
+        Launch launch;
+        launch.Arguments = {"--simulate", "set", "AssetTag=-"};
+        OnTerminal tool(launch);
+        ASSERT_TRUE(tool.Shows("New value of UEFI.AssetTag: ")) << tool.Shown();
+        tool.Type(typed);
+        tool.Type("\n"); // where the signal is put off, it comes behind the line
+        EXPECT_NE(tool.Status(), 0);
+        EXPECT_TRUE(tool.Echoes());
+    }
+}
+
 TEST(ProgramTerminal, WhatAPasswordIsInDangerOfIsToldBeforeItIsAskedFor)
 {
     const RunningBmc bmc({"--http"});

@@ -202,7 +202,7 @@ TEST_F(SetCommand, AValueOfAPasswordIsShownNowhere)
     // Of a short one what is left would tell.
     Front.Flushes = {{{18, "", ""}, {{10, "The value of the setting is bad.", "BIOS.Secret"}}}};
     EXPECT_EQ(StderrLines(Set({"Secret=set"})),
-              "tavrine: 10 BIOS.Secret: what the BMC answered is not shown, since the value may stand in it\n");
+              "tavrine: 10 BIOS.Secret: what the BMC answered is not shown, since a new password may stand in it\n");
 
     Given.DryRun = true;
     Given.Json = false;

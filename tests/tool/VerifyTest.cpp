@@ -33,6 +33,8 @@ struct FakeMachine
     std::function<std::string(milliseconds)> Values = [](milliseconds) { return R"({"A":"new"})"; };
     /// What a read of them comes to, with a line in the log that tells the cause of a failure.
     RedfishConfigResult ValuesResult{0, "", ""};
+    /// What the request for a reset comes to; done all the same.
+    RedfishConfigResult ResetResult{0, "", ""};
     std::string Before = "";
     std::string After = R"("Time":"2026-01-01T00:00:00Z",)";
     std::string Messages = "[]";
@@ -97,7 +99,7 @@ RebootMeans MeansOf(FakeMachine& machine)
                  EXPECT_EQ(url, "/reset");
                  machine.ResetBody = body;
                  machine.ResetAt = machine.Clock;
-                 return RedfishConfigResult(0, "", "");
+                 return machine.ResetResult;
              }},
             [&] { return std::make_unique<ValuesFront>(machine.ValuesResult, machine.Values(machine.Since())); },
             [&] { return machine.Clock; },
@@ -227,6 +229,40 @@ TEST(Verify, ValuesThatLagBehindAreLookedAtAgain)
     { return since < milliseconds(20'000) ? R"({"A":"old"})" : R"({"A":"new"})"; };
     EXPECT_EQ(Verified(machine).Code, 0);
     EXPECT_GE(machine.Clock, milliseconds(20'000));
+}
+
+/// A network that lost the request may lose more: only the system itself tells that it has restarted.
+TEST(Verify, AnOutageIsNotTakenForARestart)
+{
+    struct Case
+    {
+        std::function<std::string(milliseconds)> System;
+        bool IsSeen;
+        std::string Words;
+    };
+    const auto seconds = [](int count) { return milliseconds(1000 * count); };
+    const Case cases[] = {
+        {[&](milliseconds since) { return since < seconds(9) ? "" : FakeMachine::Plain("On"); }, false,
+         "h: gone; whether the change was done is not known. Whether the system was restarted within the time to wait "
+         "is not known"},
+        {[&](milliseconds since) { return since < seconds(9) ? FakeMachine::Plain("Off") : FakeMachine::Plain("On"); },
+         true, ""},
+        {[&](milliseconds since)
+         { return FakeMachine::Plain("On", since < seconds(9) ? "" : R"(,"LastResetTime":"2026-01-02T00:00:00Z")"); },
+         true, ""},
+        {[](milliseconds) { return FakeMachine::Plain("Off"); }, false,
+         "h: gone; whether the change was done is not known. The system has not started within the time to wait"},
+    };
+    for (const Case& one : cases)
+    {
+        FakeMachine machine;
+        machine.ResetResult = RedfishConfigResult(24, "h: gone; whether the change was done is not known.", "");
+        machine.System = one.System;
+        const Answer answer = Verified(machine, 60);
+        EXPECT_EQ(answer.Code, one.IsSeen ? 0 : 24);
+        EXPECT_EQ(answer.Message, one.IsSeen ? "" : "Whether the system is restarted is not known: " + one.Words);
+        EXPECT_EQ(answer.Notes.empty(), !one.IsSeen);
+    }
 }
 
 TEST(Verify, AMissingValueIsNotCalledInForce)
