@@ -168,11 +168,12 @@ TEST(ProgramShow, EachNameFailsForItself)
     for (const char* line : {"tavrine: 20 Unable to find the setting UEFI.Nowhere\n",
                              "tavrine: 34 The operation on setting Seal fails since it is hidden.\n",
                              "tavrine: 8 The setting UEFI.Empty cannot be shown since it has no current value info.\n",
-                             "tavrine: 20 Unable to find the setting UEFI.timeout"})
+                             "tavrine: 20 Unable to find the setting UEFI.timeout",
+                             "tavrine: hint: protected settings need --protected\n"})
     {
         EXPECT_NE(shown.Errors.find(line), std::string::npos) << shown.Errors;
     }
-    EXPECT_EQ(std::count(shown.Errors.begin(), shown.Errors.end(), '\n'), 4) << shown.Errors;
+    EXPECT_EQ(std::count(shown.Errors.begin(), shown.Errors.end(), '\n'), 5) << shown.Errors;
     EXPECT_EQ(shown.Status, 20);
 
     const Finished reversed = RunToEnd(Simulated(machine, {"show", "--json", "Seal", "Nowhere", "Mode"}));
