@@ -79,6 +79,14 @@ auto QueryInto(const char* setting)
     };
 }
 
+void RestoreBootMode(BiosRedfishConfigProc& front)
+{
+    SettingStringMap wanted{{"BootMode", "Legacy"}};
+    SettingStringMap done;
+    SettingStringMap failed;
+    front.Restore(wanted, done, failed, false, false);
+}
+
 const std::vector<ThrowingCase> Cases = {
     {"QueryGroupSettingValues", "GET " + SystemsUrl, Into(&BiosRedfishConfigProc::QueryGroupSettingValues)},
     {"QuerySettingValue", "GET " + BiosUrl, QueryInto("Wake")},
@@ -98,22 +106,8 @@ const std::vector<ThrowingCase> Cases = {
      [](auto& front) { front.PatchSettingNewValue("BootMode", "Legacy", false); }},
     {"PatchSettingNewValueWithOutCheck", "GetSettingProperties BootMode",
      [](auto& front) { front.PatchSettingNewValueWithOutCheck("BootMode", "Legacy", false); }},
-    {"Restore", "PreparePatchContext {BootMode=Legacy} 16",
-     [](auto& front)
-     {
-         SettingStringMap wanted{{"BootMode", "Legacy"}};
-         SettingStringMap done;
-         SettingStringMap failed;
-         front.Restore(wanted, done, failed, false, false);
-     }},
-    {"RestoreAtTheModel", "UpdateSettingValue",
-     [](auto& front)
-     {
-         SettingStringMap wanted{{"BootMode", "Legacy"}};
-         SettingStringMap done;
-         SettingStringMap failed;
-         front.Restore(wanted, done, failed, false, false);
-     }},
+    {"Restore", "PreparePatchContext {BootMode=Legacy} 16", RestoreBootMode},
+    {"RestoreAtTheModel", "UpdateSettingValue", RestoreBootMode},
     {"CompareSettingPendingValues", "GET " + SettingsUrl,
      Into(&BiosRedfishConfigProc::CompareSettingPendingValues, "")},
     {"CompareSettingDefaultValues", "QuerySettingDefaultValue Wake",
