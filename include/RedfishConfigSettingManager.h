@@ -204,6 +204,8 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     void TakeModel(const std::shared_ptr<const Tavrine::SettingModel>& model);
     std::shared_ptr<RedfishConfigSetting> MakeSetting(const std::shared_ptr<Tavrine::EvaluatedModel>& model,
                                                       std::size_t index);
+    /// Once for each setting.
+    const RedfishConfigSetting* KeepSetting(const std::shared_ptr<Tavrine::EvaluatedModel>& model, std::size_t index);
     /// The registry has been read and has settings.
     const Tavrine::SettingModel& Model() const;
     /// nullptr for an unknown name. Once the registry has been read.

@@ -23,13 +23,13 @@ RedfishConfigResult Good() { return {CodeSucceed, "", ""}; }
 
 void Add(const Prefixes& prefixes, const SettingCompareMap& compared, PendingValues& values)
 {
-    OrderedLookup effective(values.Effective);
+    auto effective = values.Effective.begin();
+    auto pending = values.Pending.begin();
     for (const auto& [name, texts] : compared)
     {
         const std::string bare = BareName(name, prefixes);
-        const auto known = effective.Find(bare);
-        values.Effective.insert_or_assign(known, bare, texts.first);
-        values.Pending.insert_or_assign(values.Pending.end(), bare, texts.second);
+        effective = PutNear(values.Effective, effective, bare, texts.first);
+        pending = PutNear(values.Pending, pending, bare, texts.second);
     }
 }
 
@@ -50,10 +50,10 @@ RedfishConfigResult ReadPendingValues(RedfishConfigProc& front, PendingValues& v
     {
         return result;
     }
+    auto place = values.Effective.begin();
     for (const auto& [name, text] : effective)
     {
-        // In order, in most cases.
-        values.Effective.insert_or_assign(values.Effective.end(), BareName(name, prefixes), text);
+        place = PutNear(values.Effective, place, BareName(name, prefixes), text);
     }
     Add(prefixes, compared, values);
     return Good();

@@ -77,7 +77,7 @@ RestoreCall MakeCall(const RestorePlan& plan, const std::vector<std::size_t>& in
     SettingStringMap values;
     for (const std::size_t index : indices)
     {
-        values.emplace(plan.Settings[index].Name, plan.Settings[index].Value);
+        values.emplace_hint(values.end(), plan.Settings[index].Name, plan.Settings[index].Value);
     }
     SettingStringMap done;
     SettingStringMap failed;

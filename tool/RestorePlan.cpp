@@ -182,7 +182,9 @@ std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes,
         const std::string inForce = BareName(name, prefixes);
         const bool changed = inForce != name || saved.Header.Prefix.empty();
         const std::string stripped = changed ? inForce : BareName(name, fileOwn);
-        if (!bare.emplace(stripped, value).second)
+        const std::size_t before = bare.size();
+        bare.emplace_hint(bare.end(), stripped, value);
+        if (bare.size() == before)
         {
             return "the setting " + stripped + " stands in it under two names";
         }

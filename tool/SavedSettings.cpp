@@ -139,7 +139,9 @@ class DocumentReader
         if (m_Depth == 2 && m_InSettings)
         {
             m_Entry = key;
-            return m_Names.insert(key).second || Refuse(failure, Twice(key));
+            const std::size_t before = m_Names.size();
+            m_Names.insert(m_Names.end(), key); // where it belongs in a file that save has written
+            return m_Names.size() != before || Refuse(failure, Twice(key));
         }
         return true;
     }
@@ -221,7 +223,7 @@ class DocumentReader
         }
         if (m_Depth == 2 && m_InSettings)
         {
-            m_Saved.Settings[m_Entry] = text;
+            m_Saved.Settings.emplace_hint(m_Saved.Settings.end(), m_Entry, text);
         }
         return true;
     }

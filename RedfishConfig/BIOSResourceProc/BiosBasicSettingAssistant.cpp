@@ -16,6 +16,7 @@ try
     // Effective and pending values stand in one order, so that no name is searched for.
     const auto less = m_EffectiveValues.key_comp();
     auto pending = m_PendingValues.begin();
+    auto current = m_CurrentValues.begin();
     for (const auto& effective : m_EffectiveValues)
     {
         while (pending != m_PendingValues.end() && pending->first != effective.first &&
@@ -26,7 +27,7 @@ try
         const bool waits = pending != m_PendingValues.end() &&
                            (pending->first == effective.first || !less(effective.first, pending->first));
         const auto& [name, value] = waits ? *pending++ : effective;
-        m_CurrentValues.insert_or_assign(m_CurrentValues.end(), name, value);
+        current = PutNear(m_CurrentValues, current, name, value);
     }
     return m_CurrentValues;
 }

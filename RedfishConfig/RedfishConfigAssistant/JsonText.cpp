@@ -1,12 +1,12 @@
 #include "JsonText.h"
 
-#include <cmath>
 #include <exception>
 
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 
+#include "ShapeHandler.h"
 #include "StringNodeReader.h"
 
 namespace Tavrine
@@ -16,101 +16,6 @@ namespace
 {
 
 namespace json = boost::json;
-
-json::parse_options Options()
-{
-    json::parse_options options;
-    options.max_depth = MaxJsonDepth;
-    return options;
-}
-
-/// Counts and forgets. Each value ends in one call of Value().
-class ShapeHandler
-{
-  public:
-    static constexpr std::size_t max_object_size = MaxJsonValues;
-    static constexpr std::size_t max_array_size = MaxJsonValues;
-    static constexpr std::size_t max_key_size = json::string::max_size();
-    static constexpr std::size_t max_string_size = json::string::max_size();
-
-    bool on_document_begin(json::error_code&) { return true; }
-    bool on_document_end(json::error_code&) { return true; }
-    bool on_object_begin(json::error_code&)
-    {
-        m_HasError = m_HasError || (m_Depth == 1 && m_InObject && m_Key == "error");
-        m_InObject = m_Depth == 0 ? true : m_InObject;
-        ++m_Depth;
-        m_Key.clear();
-        return true;
-    }
-    bool on_object_end(std::size_t, json::error_code& ec) { return Leave(ec); }
-    bool on_array_begin(json::error_code&)
-    {
-        ++m_Depth;
-        m_Key.clear();
-        return true;
-    }
-    bool on_array_end(std::size_t, json::error_code& ec) { return Leave(ec); }
-    bool on_key_part(json::string_view part, std::size_t, json::error_code&) { return AddKey(part, false); }
-    bool on_key(json::string_view part, std::size_t, json::error_code&) { return AddKey(part, true); }
-    bool on_string_part(json::string_view, std::size_t, json::error_code&) { return true; }
-    bool on_string(json::string_view, std::size_t, json::error_code& ec) { return Value(ec); }
-    bool on_number_part(json::string_view, json::error_code&) { return true; }
-    bool on_int64(std::int64_t, json::string_view, json::error_code& ec) { return Value(ec); }
-    bool on_uint64(std::uint64_t, json::string_view, json::error_code& ec) { return Value(ec); }
-    bool on_double(double number, json::string_view, json::error_code& ec)
-    {
-        if (!std::isfinite(number))
-        {
-            ec = json::error::exponent_overflow; // it would be written as "Infinity", which is no JSON
-            return false;
-        }
-        return Value(ec);
-    }
-    bool on_bool(bool, json::error_code& ec) { return Value(ec); }
-    bool on_null(json::error_code& ec) { return Value(ec); }
-    bool on_comment_part(json::string_view, json::error_code&) { return true; }
-    bool on_comment(json::string_view, json::error_code&) { return true; }
-
-    bool HasError() const { return m_HasError; }
-
-  private:
-    bool Leave(json::error_code& ec)
-    {
-        --m_Depth;
-        return Value(ec);
-    }
-    bool Value(json::error_code& ec)
-    {
-        if (++m_Values > MaxJsonValues)
-        {
-            ec = json::error::array_too_large;
-            return false;
-        }
-        return true;
-    }
-    bool AddKey(json::string_view part, bool last)
-    {
-        constexpr std::size_t enough = 8; // only "error" is of interest
-        if (m_Depth == 1)
-        {
-            if (m_KeyEnded)
-            {
-                m_Key.clear();
-            }
-            m_Key.append(part.data(), std::min(part.size(), enough));
-            m_KeyEnded = last;
-        }
-        return true;
-    }
-
-    std::size_t m_Depth = 0;
-    std::size_t m_Values = 0;
-    std::string m_Key;
-    bool m_KeyEnded = true;
-    bool m_InObject = false;
-    bool m_HasError = false;
-};
 
 std::string FaultText(const json::error_code& ec, std::size_t position)
 {
@@ -131,17 +36,27 @@ std::string FaultText(const json::error_code& ec, std::size_t position)
 
 } // namespace
 
-JsonShape LookAtJson(std::string_view text)
+json::parse_options JsonOptions()
 {
-    json::basic_parser<ShapeHandler> parser(Options());
-    json::error_code ec;
-    const std::size_t used = parser.write_some(false, text.data(), text.size(), ec);
-    if (!ec && used < text.size())
+    json::parse_options options;
+    options.max_depth = MaxJsonDepth;
+    return options;
+}
+
+std::string ParseFault(json::error_code ec, std::size_t used, std::size_t size)
+{
+    if (!ec && used < size)
     {
         ec = json::error::extra_data;
     }
+    return ec ? FaultText(ec, used) : std::string();
+}
+
+JsonShape LookAtJson(std::string_view text)
+{
+    json::basic_parser<ShapeHandler> parser(JsonOptions());
     JsonShape shape;
-    shape.Fault = ec ? FaultText(ec, used) : std::string();
+    shape.Fault = ParseShape(parser, text);
     shape.HasError = parser.handler().HasError();
     return shape;
 }
@@ -157,7 +72,7 @@ std::optional<json::value> ParseJson(std::string_view text)
         json::error_code ec;
         // Read and never changed, so its memory may grow alone and go at one stroke.
         json::value document = json::parse(json::string_view(text.data(), text.size()), ec,
-                                           json::make_shared_resource<json::monotonic_resource>(), Options());
+                                           json::make_shared_resource<json::monotonic_resource>(), JsonOptions());
         return ec ? std::nullopt : std::optional(std::move(document));
     }
     catch (const std::exception&) // memory alone can do this
@@ -185,7 +100,7 @@ std::string TextMemberOf(std::string_view text, std::string_view name)
     {
         return {};
     }
-    json::basic_parser<StringNodeReader> parser(Options(), std::initializer_list<std::string_view>{name});
+    json::basic_parser<StringNodeReader> parser(JsonOptions(), std::initializer_list<std::string_view>{name});
     json::error_code ec;
     parser.write_some(false, text.data(), text.size(), ec);
     return ec ? std::string() : parser.handler().Found().value_or(std::string());

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include <boost/json/parse_options.hpp>
 #include <boost/json/value.hpp>
 
 namespace Tavrine
@@ -26,6 +27,9 @@ struct JsonShape
 };
 
 JsonShape LookAtJson(std::string_view text);
+
+/// For parsers that are to take what LookAtJson takes.
+boost::json::parse_options JsonOptions();
 
 /// The document, or nothing when LookAtJson refuses it. Never throws.
 std::optional<boost::json::value> ParseJson(std::string_view text);

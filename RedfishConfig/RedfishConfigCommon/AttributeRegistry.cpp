@@ -508,7 +508,7 @@ RedfishConfigSettingInfoStru InfoOf(const RegistryAttribute& attribute)
     info.IsProtected = attribute.IsProtected;
     for (const SettingProperty flag : FlagProperties)
     {
-        SetProperty(info, flag, attribute.Flags.test(static_cast<std::size_t>(flag)));
+        SetFlag(info, flag, attribute.Flags.test(static_cast<std::size_t>(flag)));
     }
     for (const auto& [property, value] : attribute.Properties)
     {

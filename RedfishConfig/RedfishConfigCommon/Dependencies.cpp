@@ -268,9 +268,9 @@ void DependencyEvaluation::SpreadMenuFlags()
 DependencyEvaluation::MenuFlag DependencyEvaluation::FlagWithCause(std::size_t attribute, SettingProperty flag) const
 {
     const RegistryAttribute& registered = m_Model->Attribute(attribute);
-    const bool ofRegistry = PropertyOfRegistry(registered, flag) == RegistryScalar(true);
-    const MenuFlag own = OwnFlag(m_Model->SlotOfAttribute(attribute, flag), ofRegistry);
-    return own.On || registered.Menu == NoIndex ? own : m_MenuFlags[registered.Menu][static_cast<std::size_t>(flag)];
+    const auto at = static_cast<std::size_t>(flag);
+    const MenuFlag own = OwnFlag(m_Model->SlotOfAttribute(attribute, flag), registered.Flags.test(at));
+    return own.On || registered.Menu == NoIndex ? own : m_MenuFlags[registered.Menu][at];
 }
 
 bool DependencyEvaluation::Flag(std::size_t attribute, SettingProperty flag) const

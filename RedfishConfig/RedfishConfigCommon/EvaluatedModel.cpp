@@ -16,7 +16,10 @@ constexpr std::size_t FewNames = 100;
 
 } // namespace
 
-EvaluatedModel::EvaluatedModel(std::shared_ptr<const SettingModel> model) : m_Model(std::move(model)) {}
+EvaluatedModel::EvaluatedModel(std::shared_ptr<const SettingModel> model)
+    : m_Model(std::move(model)), m_Settings(m_Model->Registry().Attributes.size())
+{
+}
 
 const DependencyEvaluation& EvaluatedModel::Now(const SettingValueMap& values)
 {

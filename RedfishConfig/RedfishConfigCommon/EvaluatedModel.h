@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,6 +10,8 @@
 #include "OrderedLookup.h"
 #include "SettingModel.h"
 #include "ValueTypes.h"
+
+class RedfishConfigSetting;
 
 namespace Tavrine
 {
@@ -23,6 +26,11 @@ class EvaluatedModel
 
     const std::shared_ptr<const SettingModel>& Model() const { return m_Model; }
 
+    /// The setting that the manager has made of an attribute; nullptr as long as it has none.
+    const RedfishConfigSetting* Kept(std::size_t attribute) const { return m_Settings[attribute]; }
+    /// @param setting  lives as long as the manager does.
+    void Keep(std::size_t attribute, const RedfishConfigSetting& setting) { m_Settings[attribute] = &setting; }
+
     /// @param values  those of the manager, the same until ValuesMoved is called.
     const DependencyEvaluation& Now(const SettingValueMap& values);
     /// What `values` holds for a setting, nullptr for nothing; settings are asked about in the order of
@@ -33,6 +41,8 @@ class EvaluatedModel
 
   private:
     std::shared_ptr<const SettingModel> m_Model;
+    /// By attribute.
+    std::vector<const RedfishConfigSetting*> m_Settings;
     std::optional<DependencyEvaluation> m_Now;
     std::optional<OrderedLookup<const SettingValueMap>> m_Values;
     /// Moved since m_Now was worked out.

@@ -9,6 +9,7 @@
 
 #include "CodePoints.h"
 #include "Log.h"
+#include "OrderedLookup.h"
 #include "ValueTexts.h"
 
 namespace Tavrine
@@ -148,12 +149,12 @@ JointEvaluation::JointEvaluation(const DependencyEvaluation& now, const SettingV
                                  const std::vector<WantedValue>& wanted)
     : m_Model(now.Model()), m_Values(values), m_Now(now), m_EvaluationsLeft(OwnEvaluations(m_Model.Registry()))
 {
+    auto place = m_Changes.begin();
     for (const WantedValue& one : wanted)
     {
         if (HasValue(one.Value))
         {
-            // In order, in most cases.
-            m_Changes.insert_or_assign(m_Changes.end(), one.Setting->Attribute().Name(), ValueFromScalar(one.Value));
+            place = PutNear(m_Changes, place, one.Setting->Attribute().Name(), ValueFromScalar(one.Value));
         }
     }
     FindSelfReaders();

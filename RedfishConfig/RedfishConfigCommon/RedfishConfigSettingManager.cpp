@@ -45,17 +45,20 @@ void LogNotes(const Tavrine::RegistryNotes& notes)
 void ApplyDependencies(const RedfishConfigSetting& setting, const Tavrine::DependencyEvaluation& evaluation,
                        RedfishConfigSettingInfoStru& info)
 {
-    // Without any there is no slot to look for; flags may come from the menus.
-    const bool forced = setting.Model().HasDependencies(setting.Index());
-    for (std::size_t row = 0; row < Tavrine::PropertyCount; ++row)
+    const std::size_t index = setting.Index();
+    for (const Tavrine::SettingProperty flag : Tavrine::FlagProperties)
+    {
+        Tavrine::SetFlag(info, flag, evaluation.Flag(index, flag));
+    }
+    // Without any there is no slot to look for.
+    for (std::size_t row = 0; row < Tavrine::PropertyCount && setting.Model().HasDependencies(index); ++row)
     {
         const auto property = static_cast<Tavrine::SettingProperty>(row);
-        const bool shaped = Tavrine::IsFlag(property) ||
-                            (forced && property != Tavrine::SettingProperty::CurrentValue &&
-                             setting.Model().SlotOfAttribute(setting.Index(), property) != Tavrine::NoIndex);
+        const bool shaped = !Tavrine::IsFlag(property) && property != Tavrine::SettingProperty::CurrentValue &&
+                            setting.Model().SlotOfAttribute(index, property) != Tavrine::NoIndex;
         if (shaped)
         {
-            Tavrine::SetProperty(info, property, evaluation.Now(setting.Index(), property));
+            Tavrine::SetProperty(info, property, evaluation.Now(index, property));
         }
     }
 }
@@ -175,9 +178,18 @@ void RedfishConfigSettingManager::TakeModel(const std::shared_ptr<const Tavrine:
     }
     if (!model->Registry().Attributes.empty())
     {
-        m_Settings.emplace(model->Attribute(0).Name(),
-                           MakeSetting(std::make_shared<Tavrine::EvaluatedModel>(model), 0));
+        KeepSetting(std::make_shared<Tavrine::EvaluatedModel>(model), 0);
     }
+}
+
+const RedfishConfigSetting*
+RedfishConfigSettingManager::KeepSetting(const std::shared_ptr<Tavrine::EvaluatedModel>& model, std::size_t index)
+{
+    // Settings are asked about in the order of their names, mostly.
+    const auto kept =
+        m_Settings.emplace_hint(m_Settings.end(), model->Model()->Attribute(index).Name(), MakeSetting(model, index));
+    model->Keep(index, *kept->second);
+    return kept->second.get();
 }
 
 std::shared_ptr<RedfishConfigSetting>
@@ -199,10 +211,9 @@ const Tavrine::SettingModel& RedfishConfigSettingManager::Model() const { return
 
 const RedfishConfigSetting* RedfishConfigSettingManager::SettingNamed(const std::string& name)
 {
-    const auto made = m_Settings.lower_bound(name);
-    if (m_Settings.empty() || (made != m_Settings.end() && made->first == name))
+    if (m_Settings.empty())
     {
-        return m_Settings.empty() ? nullptr : made->second.get();
+        return nullptr;
     }
     const auto& index = Model().Registry().AttributeIndex;
     const auto found = index.find(name);
@@ -210,9 +221,9 @@ const RedfishConfigSetting* RedfishConfigSettingManager::SettingNamed(const std:
     {
         return nullptr;
     }
-    const std::shared_ptr<RedfishConfigSetting> setting =
-        MakeSetting(m_Settings.begin()->second->Evaluated(), found->second);
-    return m_Settings.emplace_hint(made, name, setting)->second.get();
+    const std::shared_ptr<Tavrine::EvaluatedModel>& model = m_Settings.begin()->second->Evaluated();
+    const RedfishConfigSetting* const kept = model->Kept(found->second);
+    return kept != nullptr ? kept : KeepSetting(model, found->second);
 }
 
 const Tavrine::DependencyEvaluation& RedfishConfigSettingManager::Now() const

@@ -128,6 +128,8 @@ void AddRegistryProperty(RegistryAttribute& attribute, SettingProperty property,
     }
 }
 
+void SetFlag(Info& info, SettingProperty flag, bool on) { info.*std::get<bool Info::*>(RowOf(flag).Member) = on; }
+
 void SetProperty(RedfishConfigSettingInfoStru& info, SettingProperty property, const RegistryScalar& value)
 {
     const Overloaded cases{

@@ -61,5 +61,6 @@ void AddRegistryProperty(RegistryAttribute& attribute, SettingProperty property,
 
 /// Writes a value that SuitedTo accepted into the public record; null empties.
 void SetProperty(RedfishConfigSettingInfoStru& info, SettingProperty property, const RegistryScalar& value);
+void SetFlag(RedfishConfigSettingInfoStru& info, SettingProperty flag, bool on);
 
 } // namespace Tavrine

@@ -80,6 +80,17 @@ std::size_t CommonBytes(std::string_view left, std::string_view right)
     return common;
 }
 
+bool PrecedesLowered(std::string_view left, std::string_view right)
+{
+    const std::locale locale;
+    const auto& letters = std::use_facet<std::ctype<char>>(locale);
+    return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
+                                        [&letters](char one, char two) {
+                                            return static_cast<unsigned char>(letters.tolower(one)) <
+                                                   static_cast<unsigned char>(letters.tolower(two));
+                                        });
+}
+
 bool IsWord(std::string_view text, std::string_view lowered)
 {
     return std::equal(text.begin(), text.end(), lowered.begin(), lowered.end(),
@@ -111,25 +122,13 @@ bool CaseInsensitiveComparator::operator()(const std::string& left, const std::s
     {
         return left.size() < right.size();
     }
-    const auto precedes = [&](const auto& lower)
+    const char one = LoweredAscii(left[common]);
+    const char other = LoweredAscii(right[common]);
+    if (one != other && std::locale() == std::locale::classic())
     {
-        return std::lexicographical_compare(
-            left.begin() + static_cast<std::ptrdiff_t>(common), left.end(),
-            right.begin() + static_cast<std::ptrdiff_t>(common), right.end(),
-            [&lower](char one, char two)
-            { return static_cast<unsigned char>(lower(one)) < static_cast<unsigned char>(lower(two)); });
-    };
-    static const std::locale& classic = std::locale::classic();
-    const std::locale locale;
-    if (locale == classic)
-    {
-        const char one = LoweredAscii(left[common]);
-        const char other = LoweredAscii(right[common]);
-        return one != other ? static_cast<unsigned char>(one) < static_cast<unsigned char>(other)
-                            : precedes(LoweredAscii);
+        return static_cast<unsigned char>(one) < static_cast<unsigned char>(other);
     }
-    const auto& letters = std::use_facet<std::ctype<char>>(locale);
-    return precedes([&letters](char letter) { return letters.tolower(letter); });
+    return PrecedesLowered(std::string_view(left).substr(common), std::string_view(right).substr(common));
 }
 
 boost::json::value VariantToJson(const SettingVariant& value)

@@ -43,6 +43,62 @@ TEST(SettingValues, OtherKindsArePassedOverWithALine)
     EXPECT_NE(sink.Records()[0].Text.find("List"), std::string::npos);
 }
 
+TEST(SettingValues, OfOneNameTheLastCountsWhereTheFirstStands)
+{
+    struct Row
+    {
+        const char* Attributes;
+        SettingValueMap Expected;
+        const char* Key;
+        std::size_t Lines;
+    };
+    const Row rows[] = {
+        {R"({"A":1,"B":2,"A":3})", {{"A", std::int64_t{3}}, {"B", std::int64_t{2}}}, "A", 0},
+        {R"({"A":1,"a":2})", {{"A", std::int64_t{2}}}, "A", 0},
+        {R"({"A":1,"a":2,"A":3})", {{"A", std::int64_t{2}}}, "A", 0},
+        {R"({"A":1,"A":[]})", {}, "", 1},
+        {R"({"A":1,"a":2,"A":{"A":4}})", {{"a", std::int64_t{2}}}, "a", 1},
+        {R"({"A":[1,{"A":2}],"A":3})", {{"A", std::int64_t{3}}}, "A", 0},
+    };
+    for (const Row& row : rows)
+    {
+        const CapturingLogSink sink;
+        SettingValueMap values;
+        EXPECT_THAT(ReadSettingValues(std::string(R"({"Attributes":)") + row.Attributes + "}", values), HasCode(0));
+        EXPECT_EQ(values, row.Expected) << row.Attributes;
+        EXPECT_EQ(values.empty() ? "" : values.begin()->first, row.Key) << row.Attributes;
+        EXPECT_EQ(sink.Records().size(), row.Lines) << row.Attributes;
+    }
+}
+
+TEST(SettingValues, AttributesOfTheTopLevelAlone)
+{
+    for (const char* text :
+         {R"([{"Attributes":{"A":1}}])", R"([{"Attributes":1},{"A":1}])", R"([[{"Attributes":{"A":1}},{"A":1}]])",
+          R"({"Oem":{"Attributes":{"A":1}}})", R"({"Oem":{"Attributes":1,"x":{"A":1}}})",
+          R"({"Attributes":{"A":1},"Attributes":2})", R"({"Attributes":{"A":1},"Attributes":["A"]})"})
+    {
+        SettingValueMap values;
+        EXPECT_THAT(ReadSettingValues(text, values), Fails(27, "no object \"Attributes\"")) << text;
+    }
+    for (const char* text :
+         {R"({"Attributes":{"B":2},"Attributes":{"A":1}})", R"({"Attributes":[],"Attributes":{"A":1}})",
+          R"({"x":[{"Attributes":3}],"Attributes":{"A":1},"y":{"B":2},"z":"B"})", R"({"Attributes":{"A":1}})",
+          R"({"\u0041ttributes":{"\u0041":1}})"})
+    {
+        SettingValueMap values;
+        EXPECT_THAT(ReadSettingValues(text, values), HasCode(0)) << text;
+        EXPECT_EQ(values, (SettingValueMap{{"A", std::int64_t{1}}})) << text;
+    }
+}
+
+TEST(SettingValues, NamesAndTextsWithEscapes)
+{
+    SettingValueMap values;
+    EXPECT_THAT(ReadSettingValues(R"({"Attributes":{"a\tb\u00e9":"x\n\"y","c":"\\"}})", values), HasCode(0));
+    EXPECT_EQ(values, (SettingValueMap{{"a\tb\u00e9", "x\n\"y"}, {"c", "\\"}}));
+}
+
 TEST(SettingValues, FailureKeepsTheMap)
 {
     for (const char* text : {"", "nonsense", "{}", "[]", "null", R"({"Attributes":[]})", R"({"Attributes":null})",
