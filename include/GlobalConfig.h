@@ -1,7 +1,9 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "Export.h"
 
@@ -32,6 +34,12 @@ class TAVRINE_EXPORT GlobalConfig
     /// Empty when the configuration is usable, else one line that names file,
     /// line, column and cause.
     static std::string LoadError();
+
+    /// What the file has and nobody reads, since it is mistyped, most likely: items and tables of
+    /// other names than these, and what is of a kind that GetConfigItem or GetTable leaves out.
+    /// One line each that names file, line and name; at most ten, and one that counts the others.
+    /// Empty for a file that cannot be used, see LoadError().
+    static std::vector<std::string> Unread(const std::set<std::string>& items, const std::set<std::string>& tables);
 
     /// Forgets what was read, so that the next use reads anew.
     static void Reload();

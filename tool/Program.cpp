@@ -20,6 +20,7 @@
 #include "Options.h"
 #include "PendingFallback.h"
 #include "Progress.h"
+#include "SettingNames.h"
 #include "Signals.h"
 #include "StandardStreams.h"
 
@@ -88,7 +89,14 @@ void NameBmc(Answer& answer, const std::string& name)
 Answer AskBmc(const Options& options, const std::function<void(const std::string&)>& warn, Bmc& bmc)
 {
     Answer before;
-    before.Notes = bmc.Warnings();
+    for (const std::string& line : GlobalConfig::Unread({HiddenKeywordsItem}, {LegacyNamesTable}))
+    {
+        before.Notes.push_back("warning: " + line);
+    }
+    for (std::string& warning : bmc.Warnings())
+    {
+        before.Notes.push_back(std::move(warning));
+    }
     // Before the password is asked for.
     warn(StderrLines(before));
     std::optional<Failure> failure = bmc.Prepare();

@@ -14,7 +14,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr const char* HiddenKeywordsItem = "HIDDEN_CONFIG_KEYWORDS_LIST";
 constexpr std::string_view TakenOutOfKeywords = " \t\n\v\f\r\"";
 
 /// By ASCII alone, whatever the locale.

@@ -22,8 +22,12 @@ std::string BareName(const std::string& name, const Prefixes& prefixes);
 /// The bare names in the order in which they were given, each once.
 std::vector<std::string> BareNames(const std::vector<std::string>& names, const Prefixes& prefixes);
 
+/// What the library and the tool read of the configuration file: an item and a table.
+inline constexpr const char* HiddenKeywordsItem = "HIDDEN_CONFIG_KEYWORDS_LIST";
+inline constexpr const char* LegacyNamesTable = "legacy_names";
+
 /// The configured keywords of settings that are not to be shown
-/// ("HIDDEN_CONFIG_KEYWORDS_LIST"): split at commas, white space and double quotes
+/// (HiddenKeywordsItem): split at commas, white space and double quotes
 /// taken out. Nothing is configured: none.
 std::vector<std::string> HiddenKeywords();
 

@@ -123,17 +123,20 @@ std::optional<std::string> ArrayText(const toml::array& array)
     return joined;
 }
 
-std::map<std::string, std::string> StringMembers(const toml::table& table)
+void AddTable(const std::string& name, const toml::table& table, Content& content)
 {
-    std::map<std::string, std::string> members;
+    std::map<std::string, std::string>& members = content.Tables[name];
     for (const auto& [key, node] : table)
     {
         if (const auto* text = node.as_string())
         {
             members.emplace(key.str(), text->get());
         }
+        else
+        {
+            content.NoTexts.emplace(name + "." + std::string(key.str()), key.source().begin.line);
+        }
     }
-    return members;
 }
 
 Content FromTable(const toml::table& root)
@@ -142,13 +145,16 @@ Content FromTable(const toml::table& root)
     for (const auto& [key, node] : root)
     {
         const std::string name(key.str());
+        const auto* const array = node.as_array();
+        if (array == nullptr || !array->empty())
+        {
+            content.Lines.emplace(name, key.source().begin.line);
+        }
         if (const auto* table = node.as_table())
         {
-            content.Tables.emplace(name, StringMembers(*table));
-            continue;
+            AddTable(name, *table, content);
         }
-        const auto* array = node.as_array();
-        if (const auto text = array != nullptr ? ArrayText(*array) : ScalarText(node))
+        else if (const auto text = array != nullptr ? ArrayText(*array) : ScalarText(node))
         {
             content.Items.emplace(name, *text);
         }
@@ -171,7 +177,9 @@ Content Parse(const std::string& path, const std::string& text)
     }
     try
     {
-        return FromTable(toml::parse(text, path));
+        Content content = FromTable(toml::parse(text, path));
+        content.Path = path;
+        return content;
     }
     catch (const toml::parse_error& failure)
     {
@@ -223,6 +231,45 @@ Content Load(const std::vector<Candidate>& candidates)
         }
     }
     return {};
+}
+
+std::vector<std::string> Unread(const Content& content, const std::set<std::string>& items,
+                                const std::set<std::string>& tables)
+{
+    constexpr std::size_t MostLines = 10;
+    std::vector<std::string> lines;
+    std::size_t more = 0;
+    const auto tell = [&](const std::string& name, std::size_t line, const char* what)
+    {
+        if (lines.size() == MostLines)
+        {
+            ++more;
+            return;
+        }
+        lines.push_back(OnOneLine(content.Path + ": line " + std::to_string(line) + ": " + name + what));
+    };
+    for (const auto& [name, line] : content.Lines)
+    {
+        const bool isItem = items.contains(name);
+        const bool isTable = tables.contains(name);
+        const bool read = (isItem && content.Items.contains(name)) || (isTable && content.Tables.contains(name));
+        if (!read)
+        {
+            tell(name, line, isItem || isTable ? " is of another kind than expected and left out" : " is not known");
+        }
+    }
+    for (const auto& [name, line] : content.NoTexts)
+    {
+        if (tables.contains(name.substr(0, name.find('.'))))
+        {
+            tell(name, line, " is no text and left out");
+        }
+    }
+    if (more != 0)
+    {
+        lines.push_back(OnOneLine(content.Path) + ": " + std::to_string(more) + " more like these");
+    }
+    return lines;
 }
 
 } // namespace Tavrine::ConfigFile

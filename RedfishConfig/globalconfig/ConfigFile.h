@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -30,11 +31,21 @@ struct Content
 {
     /// One line that names file, place and cause; the rest is empty then.
     std::string Error;
+    /// The file; empty where there is none.
+    std::string Path;
     std::map<std::string, std::string> Items;
     std::map<std::string, std::map<std::string, std::string>> Tables;
+    /// Items and tables, those of a kind that is left out included, to the line where they stand.
+    std::map<std::string, std::size_t> Lines;
+    /// Members of tables, as TABLE.NAME, that are no texts and so left out.
+    std::map<std::string, std::size_t> NoTexts;
 };
 
 /// Reads the first candidate that exists; none at all gives empty content.
 Content Load(const std::vector<Candidate>& candidates);
+
+/// See GlobalConfig::Unread.
+std::vector<std::string> Unread(const Content& content, const std::set<std::string>& items,
+                                const std::set<std::string>& tables);
 
 } // namespace Tavrine::ConfigFile

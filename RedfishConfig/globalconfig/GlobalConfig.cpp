@@ -65,6 +65,11 @@ std::map<std::string, std::string> GlobalConfig::GetTable(const std::string& nam
 
 std::string GlobalConfig::LoadError() { return CurrentContent()->Error; }
 
+std::vector<std::string> GlobalConfig::Unread(const std::set<std::string>& items, const std::set<std::string>& tables)
+{
+    return ConfigFile::Unread(*CurrentContent(), items, tables);
+}
+
 void GlobalConfig::Reload()
 {
     Cache& cache = TheCache();

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <map>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,6 +17,9 @@ namespace
 
 using Tavrine::GlobalConfig;
 using testdata::ScopedEnvironment;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
 using testing::StartsWith;
 
 class GlobalConfigTest : public testing::Test
@@ -59,6 +63,56 @@ TEST_F(GlobalConfigTest, BrokenFileAnswersTwoAndKeepsTheValue)
     EXPECT_EQ(value, "former");
     EXPECT_TRUE(GlobalConfig::GetTable("legacy_names").empty());
     EXPECT_THAT(GlobalConfig::LoadError(), StartsWith(Path() + ": line 2, column "));
+}
+
+TEST_F(GlobalConfigTest, TellsWhatNobodyReads)
+{
+    Write("HIDDEN_CONFIG_KEYWORD_LIST = ['Secret']\n"
+          "empty = []\n"
+          "good = 1\n"
+          "nested = [['a']]\n"
+          "[names]\n"
+          "one = 'two'\n"
+          "\"th\\nree\" = 4\n"
+          "[nested_table]\n"
+          "[good_table]\n"
+          "five.six = 'seven'\n"
+          "eight = 'nine'\n"
+          "[Names]\n"
+          "ten = 11\n");
+    const auto unread = [](const std::set<std::string>& items, const std::set<std::string>& tables)
+    { return GlobalConfig::Unread(items, tables); };
+    EXPECT_THAT(unread({"HIDDEN_CONFIG_KEYWORDS_LIST", "good", "nested", "nested_table"}, {"names", "good_table"}),
+                ElementsAre(Path() + ": line 1: HIDDEN_CONFIG_KEYWORD_LIST is not known",
+                            Path() + ": line 12: Names is not known",
+                            Path() + ": line 4: nested is of another kind than expected and left out",
+                            Path() + ": line 8: nested_table is of another kind than expected and left out",
+                            Path() + ": line 10: good_table.five is no text and left out",
+                            Path() + ": line 7: names.th ree is no text and left out"));
+    Write("good = 1\n[names]\n'a.b' = 'c'\n");
+    GlobalConfig::Reload();
+    EXPECT_THAT(unread({"good", "another"}, {"names"}), IsEmpty());
+    EXPECT_THAT(unread({"names"}, {"good"}), SizeIs(2));
+}
+
+TEST_F(GlobalConfigTest, TellsTenThingsThatNobodyReadsAndCountsTheOthers)
+{
+    std::string text = "[names]\n";
+    for (int number = 0; number < 13; ++number)
+    {
+        text += std::to_string(number) + " = 1\n";
+    }
+    Write(text);
+    const std::vector<std::string> lines = GlobalConfig::Unread({}, {"names"});
+    ASSERT_THAT(lines, SizeIs(11));
+    EXPECT_EQ(lines.front(), Path() + ": line 2: names.0 is no text and left out");
+    EXPECT_EQ(lines.back(), Path() + ": 3 more like these");
+}
+
+TEST_F(GlobalConfigTest, NothingIsUnreadOfAFileThatCannotBeUsed)
+{
+    Write("good = 1\nbad = = 2\n");
+    EXPECT_THAT(GlobalConfig::Unread({}, {}), IsEmpty());
 }
 
 TEST_F(GlobalConfigTest, NamedFileThatIsMissingIsAFailure)

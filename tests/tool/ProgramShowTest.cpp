@@ -229,6 +229,20 @@ TEST(ProgramShow, HiddenKeywordsHideInBothForms)
               Parsed(R"({"UEFI.Empty":null,"UEFI.Mode":"Uefi","UEFI.Timeout":255})"));
 }
 
+TEST(ProgramShow, WarnsOfWhatNobodyReadsInTheConfiguration)
+{
+    const TestMachine machine;
+    Launch launch = Simulated(machine, {"show", "Mode"});
+    const std::string config =
+        machine.Folder().Write("config.toml", "HIDDEN_KEYWORDS = \"Mode\"\n[legacy_names]\nA = 1\n");
+    launch.Variables["TAVRINE_CONFIG"] = config;
+    const Finished shown = RunToEnd(launch);
+    EXPECT_EQ(shown.Status, 0);
+    EXPECT_EQ(shown.Output, "UEFI.Mode=Uefi\n");
+    EXPECT_EQ(shown.Errors, "tavrine: warning: " + config + ": line 1: HIDDEN_KEYWORDS is not known\n" +
+                                "tavrine: warning: " + config + ": line 3: legacy_names.A is no text and left out\n");
+}
+
 TEST(ProgramGroups, LinesAndJsonNameSettingsAsShowDoes)
 {
     const TestMachine machine;
