@@ -20,7 +20,7 @@ struct PendingValues
 };
 
 /// Reads the ordinary settings, without those that the configuration hides.
-/// @param front  not used before, since an object keeps what it has read; of text output.
+/// @param front  has read nothing since the last change, since an object keeps what it has read; of text output.
 /// @return 0, and `values` is filled; otherwise why they could not be read.
 RedfishConfigResult ReadPendingValues(RedfishConfigProc& front, PendingValues& values);
 

@@ -265,12 +265,12 @@ class Restorer
         const std::string prefix = PrefixesOf(m_Options).First;
         if (m_Options.DryRun)
         {
-            FindWaiting(plan, *m_Bmc.Front(0), m_Answer);
+            FindWaiting(plan, *NextFront(), m_Answer);
         }
         else
         {
             SendRestore(
-                plan, m_Options, [&] { return m_Bmc.Front(0); }, m_Answer.Notes);
+                plan, m_Options, [&] { return NextFront(); }, m_Answer.Notes);
         }
         TellRestore(plan, m_Options, prefix, m_Answer);
         if (m_Options.Reboot)
@@ -325,7 +325,7 @@ class Restorer
 
     std::optional<Failure> Judge(RestorePlan& plan)
     {
-        const std::unique_ptr<RedfishConfigProc> front = m_Bmc.StandardFront(0);
+        std::unique_ptr<RedfishConfigProc> front = m_Bmc.StandardFront(0);
         std::unique_ptr<RedfishConfigSettingManager> manager;
         RedfishConfigResult result = m_Bmc.SettingManagers()(*front, manager);
         if (IsSuccess(result.ErrorCode()))
@@ -339,8 +339,16 @@ class Restorer
             result =
                 JudgeRestore(*manager, m_Options.SameSystem, m_Options.SystemType == SystemTypeUefi, isReported, plan);
         }
+        if (m_Options.SystemType == SystemTypeBios)
+        {
+            m_Judging = std::move(front);
+        }
         return IsSuccess(result.ErrorCode()) ? std::nullopt : std::optional(m_Causes.Explain(result));
     }
+
+    /// The one that the plan was judged by, where it is as Front makes them: it has the values and the registry, and
+    /// nothing was sent since. Each further one reads anew.
+    std::unique_ptr<RedfishConfigProc> NextFront() { return m_Judging ? std::move(m_Judging) : m_Bmc.Front(0); }
 
     void Reboot(const RestorePlan& plan)
     {
@@ -368,6 +376,7 @@ class Restorer
     Bmc& m_Bmc;
     Answer m_Answer;
     CauseLog m_Causes;
+    std::unique_ptr<RedfishConfigProc> m_Judging;
 };
 
 /// Why settings are not where they should be. What befell many of them, a lost connection for example, is told once

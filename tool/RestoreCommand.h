@@ -39,7 +39,7 @@ std::optional<Failure> OtherSystem(const SavedHeader& header, const SystemResour
 
 /// Hands the calls of a plan to the library and finds out what became of each setting, by
 /// the library's answers and then by what the BMC itself says.
-/// @param freshFront  gives an object of text output that was not used yet.
+/// @param freshFront  gives an object of text output that has not read anything since the last change.
 /// @param notes  receives what could not be found out.
 void SendRestore(RestorePlan& plan, const Options& options,
                  const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
@@ -117,6 +118,26 @@ TEST_F(ProgramReturn, AStartThatTakesAWhileIsWaitedFor)
     EXPECT_EQ(back.Status, 0) << back.Errors;
     EXPECT_NE(back.Errors.find("waiting for the system to start"), std::string::npos) << back.Errors;
     EXPECT_EQ(RunToEnd(bmc.Tool({"show", "BootFailLimit"})).Output, "BIOS.BootFailLimit=3\n");
+}
+
+TEST_F(ProgramReturn, ARestoreReadsTheValuesOnceBeforeItsChangeAndOnceBehindIt)
+{
+    const RunningBmc bmc({"--access-log", Name("log")});
+    const Finished restored = RunToEnd(bmc.Tool({"restore", Folder().Write("saved.conf", "BootFailLimit=3\n")}));
+    EXPECT_EQ(restored.Status, 0) << restored.Errors;
+    EXPECT_EQ(restored.Output, "BIOS.BootFailLimit\t3\tsent, takes effect after a reboot\n");
+    std::istringstream lines(Content("log"));
+    std::string requests;
+    for (std::string line; std::getline(lines, line);)
+    {
+        const json::value request = Parsed(line);
+        if (request.at("path").as_string().ends_with("/Bios/Settings"))
+        {
+            requests += request.at("method").as_string();
+            requests += ' ';
+        }
+    }
+    EXPECT_EQ(requests, "GET PATCH GET ");
 }
 
 TEST_F(ProgramReturn, ADryRunChangesNothing)
