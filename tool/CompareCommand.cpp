@@ -57,12 +57,6 @@ std::vector<std::string> NamesBehindFirst(const Options& options)
     return {options.Names.begin() + std::min<std::ptrdiff_t>(1, std::ssize(options.Names)), options.Names.end()};
 }
 
-std::string ValueText(const json::value& value)
-{
-    const json::string* text = value.if_string();
-    return text != nullptr ? std::string(*text) : json::serialize(value);
-}
-
 std::string ShownValue(const json::value& value, const Options& options, const char* absent)
 {
     if (value.is_null())
@@ -170,16 +164,20 @@ void TakePendingMatches(const std::string& word, const json::object& all, Redfis
 }
 
 /// The settings of a saved file by bare name, whatever prefix stands in front there.
-SettingStringMap BareSettings(const SavedSettings& saved, const Prefixes& prefixes)
+/// @return what is wrong with them; empty for nothing.
+std::string TakeBareSettings(const SavedSettings& saved, const Prefixes& prefixes, SettingStringMap& bare)
 {
-    SettingStringMap bare;
     for (const auto& [name, text] : saved.Settings)
     {
-        const std::string stripped = BareName(name, prefixes);
+        const std::string inForce = BareName(name, prefixes);
         // A file can come from a system of another kind.
-        bare[stripped == name ? BareName(name, {"BIOS", "UEFI"}) : stripped] = text;
+        const std::string stripped = inForce == name ? BareName(name, {"BIOS", "UEFI"}) : inForce;
+        if (!bare.emplace(stripped, text).second)
+        {
+            return UnderTwoNames(stripped);
+        }
     }
-    return bare;
+    return {};
 }
 
 /// A text of a file as a value of the kind that stands beside it, where it suits that; a
@@ -194,28 +192,6 @@ json::value LikeCurrent(const std::string& text, const json::value& current)
     const bool suits = !failure && ((current.is_number() && parsed.is_number() && ValueText(parsed) == number) ||
                                     (current.is_bool() && parsed.is_bool()));
     return suits ? parsed : json::value(ValidUtf8(text));
-}
-
-/// The values in force by bare name.
-RedfishConfigResult ReadInForce(RedfishConfigProc& front, TypedSettings& values)
-{
-    SettingStringMap given;
-    const RedfishConfigResult result = front.QueryGroupSettingValues(given);
-    if (!IsSuccess(result.ErrorCode()))
-    {
-        return result;
-    }
-    TypedSettings typed;
-    const auto entry = given.find(front.GetSecondPrefix());
-    if (entry != given.end() && !ReadTypedSettings(entry->second, "", typed))
-    {
-        return {CodeInternal, "", ""};
-    }
-    for (auto& [name, value] : typed)
-    {
-        values[name.substr(1)] = std::move(value);
-    }
-    return result;
 }
 
 /// The settings of a file that a command line means, under the names to be shown: all
@@ -346,14 +322,19 @@ Answer CompareFile(const Options& options, const CompareWay& way)
     CauseLog causes;
     const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(true);
     const Prefixes prefixes = ShownPrefixes(*front);
+    SettingStringMap saved;
+    if (const std::string error = TakeBareSettings(file, prefixes, saved); !error.empty())
+    {
+        AddFailure(answer, {CodeParameter, "The file " + path + " cannot be compared: " + error, {}, {}});
+        return answer;
+    }
     TypedSettings inForce;
-    const RedfishConfigResult result = ReadInForce(*front, inForce);
+    const RedfishConfigResult result = ReadTypedValues(*front, inForce);
     if (!IsSuccess(result.ErrorCode()))
     {
         AddFailure(answer, causes.Explain(result));
         return answer;
     }
-    const SettingStringMap saved = BareSettings(file, prefixes);
     Comparison comparison;
     std::size_t absent = 0;
     for (const auto& [shownName, bare] : ChosenOfFile(saved, NamesBehindFirst(options), prefixes, path, answer))

@@ -73,6 +73,14 @@ Answer Import(RedfishConfigProc& front, const Options& options)
         AddFailure(answer, {CodeOpenFile, "Unable to read the file " + file + ": " + lost, {}, {}});
         return answer;
     }
+    if (content.empty() && file == "-")
+    {
+        AddFailure(answer, {CodeParameter,
+                            "Standard input is empty, and would empty what the BMC keeps: that takes an empty file",
+                            {},
+                            {}});
+        return answer;
+    }
     if (ValidUtf8(content) != content)
     {
         AddFailure(answer, {CodeParameter, "The file " + file + " cannot be sent: it is no text in UTF-8", {}, {}});

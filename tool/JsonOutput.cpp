@@ -109,4 +109,31 @@ bool ReadTypedSettings(const std::string& text, const std::string& prefix, Typed
     return true;
 }
 
+std::string ValueText(const json::value& value)
+{
+    const json::string* text = value.if_string();
+    return text != nullptr ? std::string(*text) : json::serialize(value);
+}
+
+RedfishConfigResult ReadTypedValues(RedfishConfigProc& front, TypedSettings& values)
+{
+    SettingStringMap given;
+    const RedfishConfigResult result = front.QueryGroupSettingValues(given);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        return result;
+    }
+    TypedSettings typed;
+    const auto entry = given.find(front.GetSecondPrefix());
+    if (entry != given.end() && !ReadTypedSettings(entry->second, "", typed))
+    {
+        return {CodeInternal, "", ""};
+    }
+    for (auto& [name, value] : typed)
+    {
+        values[name.substr(1)] = std::move(value);
+    }
+    return result;
+}
+
 } // namespace Tavrine::Tool

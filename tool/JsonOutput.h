@@ -8,6 +8,7 @@
 #include <boost/json/value.hpp>
 
 #include "Answer.h"
+#include "RedfishConfigProc.h"
 #include "ValueTypes.h"
 
 namespace Tavrine::Tool
@@ -27,6 +28,14 @@ boost::json::object GroupsObject(const SettingGroupMap& groups);
 /// each name gets `prefix` and a point in front. An empty text is no settings.
 /// @return false when the text is no JSON object.
 bool ReadTypedSettings(const std::string& text, const std::string& prefix, TypedSettings& settings);
+
+/// What a value reads as: a text as it stands, all else as JSON writes it.
+std::string ValueText(const boost::json::value& value);
+
+/// The typed values in force of all settings, by bare name.
+/// @param front  of typed output.
+/// @return as QueryGroupSettingValues; 13 for what is no object.
+RedfishConfigResult ReadTypedValues(RedfishConfigProc& front, TypedSettings& values);
 
 /// The text with every byte that is no UTF-8 replaced by U+FFFD, so that it can
 /// stand in a document.

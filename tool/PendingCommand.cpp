@@ -14,9 +14,11 @@
 #include "JsonOutput.h"
 #include "MissingActions.h"
 #include "Options.h"
+#include "PendingValues.h"
 #include "SettingManager.h"
 #include "SettingNames.h"
 #include "SettingPairs.h"
+#include "SettingSelection.h"
 #include "TextOutput.h"
 #include "ValueConversions.h"
 
@@ -27,16 +29,10 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeNothingPending = 2;
 constexpr int CodeNotFound = 20;
 constexpr int CodeRefused = 26;
 
 using TypedFront = std::function<std::unique_ptr<RedfishConfigProc>(bool)>;
-
-bool Answered(const RedfishConfigResult& result)
-{
-    return IsSuccess(result.ErrorCode()) || result == CodeNothingPending;
-}
 
 /// A bare 26 where the values in force are there: the library found no way from the Bios
 /// resource to a settings object. These values are at hand then, so that asking costs nothing.
@@ -79,13 +75,13 @@ class NamedReader
         {
             return;
         }
-        result.SetErrorMsg(NamedMessage(result, name, shownName));
+        result.SetErrorMsg(WithShownName(result.ErrorMsg(), name, shownName));
         const Failure failure = ExplainPending(*m_Front, result, m_Causes, shownName);
         if (MissesAction(failure))
         {
             m_Answer.Notes.emplace_back(MissingActionHint);
         }
-        if (failure.Code == CodeConnection || failure.Code == CodeNotReady)
+        if (IsUnreachable(failure.Code))
         {
             m_Unreachable = failure;
         }
@@ -95,14 +91,6 @@ class NamedReader
     const RedfishConfigProc& Front() const { return *m_Front; }
 
   private:
-    static std::string NamedMessage(RedfishConfigResult& result, const std::string& name, const std::string& shownName)
-    {
-        std::string message = result.ErrorMsg();
-        const std::string bare = "setting " + name;
-        const std::size_t at = message.find(bare);
-        return at == std::string::npos ? message : message.replace(at, bare.size(), "setting " + shownName);
-    }
-
     /// @return false when the BMC does not report such a setting either.
     bool TakeFromAll(const std::string& name, const std::string& shownName, SettingCompareMap& compared)
     {
@@ -132,22 +120,9 @@ class NamedReader
 /// The kinds of the values in force, by bare name: the library compares texts.
 TypedSettings ReadKinds(const TypedFront& freshFront)
 {
-    const std::unique_ptr<RedfishConfigProc> front = freshFront(true);
-    SettingStringMap given;
-    TypedSettings typed;
-    TypedSettings bare;
-    if (IsSuccess(front->QueryGroupSettingValues(given).ErrorCode()))
-    {
-        const auto entry = given.find(front->GetSecondPrefix());
-        if (entry != given.end() && ReadTypedSettings(entry->second, "", typed))
-        {
-            for (auto& [name, value] : typed)
-            {
-                bare[name.substr(1)] = value;
-            }
-        }
-    }
-    return bare;
+    TypedSettings kinds;
+    ReadTypedValues(*freshFront(true), kinds); // without them all values are texts
+    return kinds;
 }
 
 json::value ValueOf(const std::string& text, const json::value& kind)

@@ -5,7 +5,6 @@
 
 #include "Answer.h"
 #include "RedfishConfigProc.h"
-#include "SetSend.h"
 
 namespace Tavrine::Tool
 {

@@ -11,14 +11,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-/// "There are no pending values": an answer, not a failure.
-constexpr int CodeNothingPending = 2;
-
-bool Answered(const RedfishConfigResult& result)
-{
-    return IsSuccess(result.ErrorCode()) || result == CodeNothingPending;
-}
-
 RedfishConfigResult Good() { return {CodeSucceed, "", ""}; }
 
 void Add(const Prefixes& prefixes, const SettingCompareMap& compared, PendingValues& values)
@@ -34,6 +26,11 @@ void Add(const Prefixes& prefixes, const SettingCompareMap& compared, PendingVal
 }
 
 } // namespace
+
+bool Answered(const RedfishConfigResult& result)
+{
+    return IsSuccess(result.ErrorCode()) || result == CodeNothingPending;
+}
 
 RedfishConfigResult ReadPendingValues(RedfishConfigProc& front, PendingValues& values)
 {

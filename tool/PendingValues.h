@@ -19,6 +19,12 @@ struct PendingValues
     std::map<std::string, std::string, CaseInsensitiveComparator> Pending;
 };
 
+/// "There are no pending values."
+inline constexpr int CodeNothingPending = 2;
+
+/// Whether a comparison with the pending values came to an end: that there are none is an answer, too.
+bool Answered(const RedfishConfigResult& result);
+
 /// Reads the ordinary settings, without those that the configuration hides.
 /// @param front  has read nothing since the last change, since an object keeps what it has read; of text output.
 /// @return 0, and `values` is filled; otherwise why they could not be read.

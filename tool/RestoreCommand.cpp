@@ -40,9 +40,9 @@ constexpr const char* Blot = "********";
 
 using FrontMaker = std::function<std::unique_ptr<RedfishConfigProc>()>;
 
-std::string WordOf(const RestoreSetting& setting)
+std::string WordOf(const RestoreSetting& setting, const std::string& shownName)
 {
-    const std::string reason = setting.Why.empty() ? "" : ": " + setting.Why;
+    const std::string reason = setting.Why.empty() ? "" : ": " + WithShownName(setting.Why, setting.Name, shownName);
     switch (setting.Outcome)
     {
     case RestoreOutcome::Planned:
@@ -231,7 +231,7 @@ void TellTable(const RestorePlan& plan, const Options& options, const std::strin
     {
         const std::string value = setting.Secret ? Blot : setting.Value;
         const std::string shown = prefix + "." + setting.Name;
-        const std::string word = WordOf(setting);
+        const std::string word = WordOf(setting, shown);
         if (options.Json)
         {
             answer.Data[ValidUtf8(shown)] = json::object{{"value", ValidUtf8(value)}, {"outcome", ValidUtf8(word)}};
@@ -404,11 +404,11 @@ void TellOutcome(const RestorePlan& plan, RestoreOutcome outcome, const Options&
         std::size_t& count = alike[setting.Why];
         if (options.Json || (count > 0 && count <= NamesInMessage))
         {
-            AddFailure(answer, {setting.Code, shown + ": " + WordOf(setting), shown, {}});
+            AddFailure(answer, {setting.Code, shown + ": " + WordOf(setting, shown), shown, {}});
         }
         else if (count > NamesInMessage)
         {
-            AddFailure(answer, {setting.Code, fmt::format("{} settings: {}", count, WordOf(setting)), {}, {}});
+            AddFailure(answer, {setting.Code, fmt::format("{} settings: {}", count, WordOf(setting, shown)), {}, {}});
             count = 0;
         }
     }
@@ -484,7 +484,8 @@ void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& fr
         {
             for (const std::size_t index : indices)
             {
-                SetOutcome(plan.Settings[index], RestoreOutcome::NotSent, CodeConnection, "a request before it failed");
+                SetOutcome(plan.Settings[index], RestoreOutcome::NotSent, CodeConnection,
+                           stopped ? "a request before it failed" : "the run was stopped");
             }
             continue;
         }

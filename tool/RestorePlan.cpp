@@ -1,10 +1,12 @@
 #include "RestorePlan.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "ConfigOptions.h"
 #include "OrderedLookup.h"
+#include "SetSend.h"
 #include "ValueConversions.h"
 
 namespace Tavrine::Tool
@@ -39,7 +41,7 @@ class Judge
         {
             RedfishConfigSettingInfoStru info;
             RedfishConfigResult known = m_Manager.GetSettingProperties(setting.Name, info);
-            std::string current;
+            std::optional<std::string>& current = m_Current.emplace_back();
             setting.Secret = info.SettingType == "Password";
             setting.Stranger = known.ErrorCode() == CodeUnknown;
             if (known.ErrorCode() != CodeSucceed)
@@ -50,11 +52,12 @@ class Judge
             {
                 Settle(setting, RestoreOutcome::NotSent, CodeFiltered, "it is a protected setting, which set changes");
             }
-            else if (GetOptionalVarAsString(info.CurrentValue, current) && current == setting.Value)
+            else if (std::string text; GetOptionalVarAsString(info.CurrentValue, text))
             {
-                setting.Outcome = RestoreOutcome::InPlace;
+                setting.Outcome = text == setting.Value ? RestoreOutcome::InPlace : RestoreOutcome::Planned;
+                current = std::move(text);
             }
-            else if (!info.CurrentValue && !isReported(setting.Name))
+            else if (!isReported(setting.Name))
             {
                 Settle(setting, RestoreOutcome::NotSent, CodeUnknown, "this system does not report the setting now");
             }
@@ -151,14 +154,21 @@ class Judge
         {
             const std::size_t index = IndexOf(entry.first);
             RestoreSetting& setting = m_Plan.Settings[index];
-            if (sent.Find(entry.first) == contexts.end())
+            const auto context = sent.Find(entry.first);
+            if (context == contexts.end())
             {
                 Settle(setting, RestoreOutcome::NotSent, CodeSucceed,
                        "it belongs to one system alone; --same-system brings it back");
                 continue;
             }
-            Settle(setting, RestoreOutcome::Planned, CodeSucceed, {});
-            call.push_back(index);
+            // Written by hand it may be "03" or "True"; the BMC will show it as it was sent.
+            setting.Value = PlainText(context->second);
+            const bool isInPlace = m_Current[index] == setting.Value;
+            Settle(setting, isInPlace ? RestoreOutcome::InPlace : RestoreOutcome::Planned, CodeSucceed, {});
+            if (!isInPlace)
+            {
+                call.push_back(index);
+            }
         }
         if (!call.empty())
         {
@@ -169,6 +179,8 @@ class Judge
     Manager& m_Manager;
     filterAction m_Action;
     RestorePlan& m_Plan;
+    /// By setting of the plan.
+    std::vector<std::optional<std::string>> m_Current;
 };
 
 } // namespace
@@ -186,7 +198,7 @@ std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes,
         bare.emplace_hint(bare.end(), stripped, value);
         if (bare.size() == before)
         {
-            return "the setting " + stripped + " stands in it under two names";
+            return UnderTwoNames(stripped);
         }
     }
     plan = {};

@@ -32,6 +32,7 @@ struct RestoreSetting
 {
     /// Bare name.
     std::string Name;
+    /// As the file has it; once judged, as the BMC gets it.
     std::string Value;
     RestoreOutcome Outcome = RestoreOutcome::Planned;
     /// Result code and reason, where it is not what was wanted.

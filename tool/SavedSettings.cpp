@@ -479,4 +479,9 @@ std::optional<Failure> ReadSavedSettings(const std::string& path, SavedSettings&
     return std::nullopt;
 }
 
+std::string UnderTwoNames(const std::string& bareName)
+{
+    return "the setting " + bareName + " stands in it under two names";
+}
+
 } // namespace Tavrine::Tool

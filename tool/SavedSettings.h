@@ -62,4 +62,7 @@ std::optional<Failure> ReadSavedSettings(const std::string& path, SavedSettings&
 /// @return empty, or why it could not be read.
 std::string ReadWholeFile(const std::string& path, std::size_t most, std::string& text);
 
+/// What is wrong with a file that has one setting with different prefixes.
+std::string UnderTwoNames(const std::string& bareName);
+
 } // namespace Tavrine::Tool

@@ -89,16 +89,6 @@ std::vector<std::string> ForcedLines(const Info& info)
     return lines;
 }
 
-std::string Joined(const std::vector<std::string>& names)
-{
-    std::string text;
-    for (const std::string& name : names)
-    {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text;
-}
-
 std::vector<std::string> SplitLines(std::string_view text)
 {
     std::vector<std::string> lines;
@@ -300,8 +290,8 @@ std::string DescriptionText(const SettingDescription& description, std::optional
     screen.Field("Forced now", ForcedLines(info));
     screen.Field("Help", SplitLines(info.HelpText.value_or("")));
     screen.Field("Warning", SplitLines(info.WarningText.value_or("")));
-    screen.Field("Depends on", orNothing(Joined(description.Relations.DependsOn)));
-    screen.Field("Needed by", orNothing(Joined(description.Relations.NeededBy)));
+    screen.Field("Depends on", orNothing(fmt::format("{}", fmt::join(description.Relations.DependsOn, ", "))));
+    screen.Field("Needed by", orNothing(fmt::format("{}", fmt::join(description.Relations.NeededBy, ", "))));
     return std::move(screen).Text();
 }
 

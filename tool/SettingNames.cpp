@@ -39,6 +39,13 @@ std::string BareName(const std::string& name, const Prefixes& prefixes)
     return name;
 }
 
+std::string WithShownName(std::string message, const std::string& name, const std::string& shownName)
+{
+    const std::string bare = "setting " + name;
+    const std::size_t at = message.find(bare);
+    return at == std::string::npos ? message : message.replace(at, bare.size(), "setting " + shownName);
+}
+
 std::vector<std::string> BareNames(const std::vector<std::string>& names, const Prefixes& prefixes)
 {
     std::vector<std::string> bare;

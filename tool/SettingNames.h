@@ -22,6 +22,9 @@ std::string BareName(const std::string& name, const Prefixes& prefixes);
 /// The bare names in the order in which they were given, each once.
 std::vector<std::string> BareNames(const std::vector<std::string>& names, const Prefixes& prefixes);
 
+/// A message of the setting manager, in which the first "setting NAME" becomes "setting SHOWN".
+std::string WithShownName(std::string message, const std::string& name, const std::string& shownName);
+
 /// What the library and the tool read of the configuration file: an item and a table.
 inline constexpr const char* HiddenKeywordsItem = "HIDDEN_CONFIG_KEYWORDS_LIST";
 inline constexpr const char* LegacyNamesTable = "legacy_names";

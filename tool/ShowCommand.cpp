@@ -49,7 +49,6 @@ void PutInto(Answer& answer, const ShownSettings& settings, const Options& optio
 }
 
 /// Adds what the library gave in the form that the options ask for.
-
 RedfishConfigResult Collect(const SettingStringMap& given, const Options& options, const Prefixes& prefixes,
                             const std::string& prefix, ShownSettings& settings)
 {

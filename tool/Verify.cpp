@@ -43,16 +43,6 @@ constexpr milliseconds ValuesLag(60'000);
 constexpr std::uint32_t LongestWait = 86'400;
 constexpr const char* GracefulRestart = "GracefulRestart";
 
-std::string Joined(const std::vector<std::string>& words)
-{
-    std::string text;
-    for (const std::string& word : words)
-    {
-        text += (text.empty() ? "" : ", ") + word;
-    }
-    return text;
-}
-
 bool IsOn(const SystemResource& system) { return system.PowerState.empty() || system.PowerState == "On"; }
 
 /// Whether the firmware is still at work (DSP0268, "BootProgressTypes").
@@ -88,12 +78,6 @@ class GrowingPause
     milliseconds m_Until;
     milliseconds m_Next = FirstPause;
 };
-
-std::string TextOf(const json::value& value)
-{
-    const json::string* text = value.if_string();
-    return text != nullptr ? std::string(*text) : json::serialize(value);
-}
 
 /// The values of these settings that are in force now; of one without a value there is
 /// no entry.
@@ -132,7 +116,7 @@ std::optional<Failure> ReadValues(const RebootMeans& means, const std::vector<Ex
         }
         if (const auto value = group.find(shown); value != group.end() && !value->second.is_null())
         {
-            values[one.Name] = TextOf(value->second);
+            values[one.Name] = ValueText(value->second);
         }
     }
     return std::nullopt;
@@ -260,8 +244,10 @@ std::optional<Failure> PostReset(const RebootMeans& means, SystemResource& syste
     const std::vector<std::string>& types = system.ResetTypes;
     if (!types.empty() && std::find(types.begin(), types.end(), type) == types.end())
     {
-        return Failure{
-            CodeParameter, "The BMC does not offer the reset " + type + "; it offers: " + Joined(types), {}, {}};
+        return Failure{CodeParameter,
+                       fmt::format("The BMC does not offer the reset {}; it offers: {}", type, fmt::join(types, ", ")),
+                       {},
+                       {}};
     }
     std::string response;
     const std::string body = json::serialize(json::object{{"ResetType", type}});

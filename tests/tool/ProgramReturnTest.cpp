@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -118,6 +119,37 @@ TEST_F(ProgramReturn, AStartThatTakesAWhileIsWaitedFor)
     EXPECT_EQ(back.Status, 0) << back.Errors;
     EXPECT_NE(back.Errors.find("waiting for the system to start"), std::string::npos) << back.Errors;
     EXPECT_EQ(RunToEnd(bmc.Tool({"show", "BootFailLimit"})).Output, "BIOS.BootFailLimit=3\n");
+}
+
+TEST_F(ProgramReturn, ValuesWrittenByHandAreSentAndJudgedAsTheBmcHasThem)
+{
+    const Finished sent = Run({"restore", "-"}, "BootFailLimit=03\nNumLock=False\nPowerOnDelaySeconds=+35\n");
+    EXPECT_EQ(sent.Status, 0) << sent.Errors;
+    EXPECT_EQ(sent.Output, "UEFI.BootFailLimit\t3\tsent, takes effect after a reboot\n"
+                           "UEFI.NumLock\tfalse\tsent, takes effect after a reboot\n"
+                           "UEFI.PowerOnDelaySeconds\t35\tsent, takes effect after a reboot\n");
+    Good({"reboot", "--wait", "20"});
+    const Finished again = Run({"restore", "-", "--dry-run"}, "BootFailLimit=+3\nNumLock=FALSE\n");
+    EXPECT_EQ(again.Output, "UEFI.BootFailLimit\t3\tin place\nUEFI.NumLock\tfalse\tin place\n");
+}
+
+TEST_F(ProgramReturn, ARefusalNamesTheSettingAsTheTableDoes)
+{
+    const Finished refused = Run({"restore", "-"}, "BootFailLimit=21\n");
+    EXPECT_EQ(refused.Output,
+              "UEFI.BootFailLimit\t21\trefused: The new value is invalid: the setting UEFI.BootFailLimit takes a whole "
+              "number from 0 to 20.\n");
+}
+
+TEST_F(ProgramReturn, OneSettingUnderTwoNamesIsNeitherRestoredNorCompared)
+{
+    const std::string file = Folder().Write("two.conf", "BootFailLimit=1\nUEFI.BootFailLimit=2\n");
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"compare", file}, {"restore", file}})
+    {
+        const Finished refused = Run(words);
+        EXPECT_EQ(refused.Status, 16) << words.front();
+        EXPECT_THAT(refused.Errors, testing::HasSubstr("BootFailLimit stands in it under two names"));
+    }
 }
 
 TEST_F(ProgramReturn, ARestoreReadsTheValuesOnceBeforeItsChangeAndOnceBehindIt)
@@ -315,8 +347,15 @@ TEST_F(ProgramReturn, AnImportAfterAnExportLeavesTheFileAsItWas)
     EXPECT_EQ(Content("out"), content);
     Good({"custom-default", "import", Name("out")});
     EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, content);
-    const Finished fromInput = Run({"custom-default", "import", "-"}, "");
+    const Finished fromInput = Run({"custom-default", "import", "-"}, "a=b");
     EXPECT_EQ(fromInput.Status, 0) << fromInput.Errors;
+    EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, "a=b");
+    const Finished fromNothing = Run({"custom-default", "import", "-"}, "");
+    EXPECT_EQ(fromNothing.Status, 16);
+    EXPECT_THAT(fromNothing.Errors, testing::HasSubstr("Standard input is empty"));
+    EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, "a=b");
+    Folder().Write("in", "");
+    Good({"custom-default", "import", Name("in")});
     EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, "");
     Folder().Write("in", "\xFF");
     EXPECT_EQ(Run({"custom-default", "import", Name("in")}).Status, 16);
