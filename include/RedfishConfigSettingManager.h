@@ -232,5 +232,5 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     Tavrine::SettingGroupMap m_Groups;
     /// In hexadecimal mode the settings, by AttributeKey alone and in the order of m_Values, that the
     /// last UpdateSettingValue did not name: the caller does not know their values.
-    std::vector<Tavrine::RedfishConfigSettingInfoStru> m_SettingInfos;
+    std::vector<Tavrine::RedfishConfigSettingInfoStru> m_NotTold;
 };

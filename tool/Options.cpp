@@ -26,7 +26,6 @@ namespace
 
 constexpr std::size_t LongestLanguage = 35;
 constexpr std::size_t LongestPrefix = 64;
-constexpr std::uint32_t LongestWaitReady = 86'400;
 
 /// CLI11 takes "[A,B]" and "{}" for lists. Here they are texts like any other (a shell
 /// pattern, a file name), so they are parsed behind a mark.
@@ -173,7 +172,7 @@ void AddConnectionOptions(CLI::App& app, Options& options, Written& written)
         [&](const std::string& text) { return ReadNumber<std::uint32_t>(text, 0, 20, options.Retries); });
     add("--wait-ready", "SECONDS", "Wait so long, in all, for a BMC that says it is busy",
         [&](const std::string& text)
-        { return ReadNumber<std::uint32_t>(text, 1, LongestWaitReady, options.WaitReady); });
+        { return ReadNumber<std::uint32_t>(text, 1, LongestWait, options.WaitReady); });
 }
 
 void AddSimulatorOptions(CLI::App& app, Options& options)

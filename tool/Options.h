@@ -13,6 +13,9 @@
 namespace Tavrine::Tool
 {
 
+/// Seconds that one can wait for a BMC or a system: a day.
+inline constexpr std::uint32_t LongestWait = 86'400;
+
 /// What a command line asks for, checked. File names are not yet opened.
 struct Options
 {

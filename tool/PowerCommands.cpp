@@ -29,8 +29,6 @@ namespace
 constexpr std::array<std::string_view, 6> StartingTypes = {"On",           "ForceOn",    "GracefulRestart",
                                                            "ForceRestart", "PowerCycle", "FullPowerCycle"};
 
-constexpr std::uint32_t LongestWait = 86'400;
-
 json::array Names(const std::vector<std::string>& names, const std::string& prefix)
 {
     json::array array;

@@ -40,7 +40,6 @@ constexpr milliseconds PauseSlice(100);
 /// How long values may lag behind a system that is back and does not tell when it
 /// applied them.
 constexpr milliseconds ValuesLag(60'000);
-constexpr std::uint32_t LongestWait = 86'400;
 constexpr const char* GracefulRestart = "GracefulRestart";
 
 bool IsOn(const SystemResource& system) { return system.PowerState.empty() || system.PowerState == "On"; }

@@ -8,7 +8,7 @@
 RedfishConfigSettingManager::RedfishConfigSettingManager(const std::string& schema, Tavrine::SettingValueMap&& values,
                                                          const bool& flag, const Tavrine::Config_Options& options)
     : m_ErrorList(), m_Schema(schema), m_Values(std::move(values)), m_ForcedProperties(), m_Settings(),
-      m_SettingTypeCreators(), m_Flag(flag), m_Options(options), m_Groups(), m_SettingInfos()
+      m_SettingTypeCreators(), m_Flag(flag), m_Options(options), m_Groups(), m_NotTold()
 {
     m_SettingTypeCreators["String"] = &RedfishConfigSettingManager::createTextSetting;
     m_SettingTypeCreators["Integer"] = &RedfishConfigSettingManager::createNumericSetting;

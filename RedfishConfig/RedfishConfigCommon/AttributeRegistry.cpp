@@ -6,6 +6,7 @@
 
 #include <boost/json/value.hpp>
 
+#include "CodePoints.h"
 #include "RegistryStream.h"
 
 namespace Tavrine
@@ -205,7 +206,10 @@ class RegistryReader
         }
         const std::string lastPart = menu.Path.substr(menu.Path.rfind('/') + 1);
         menu.DisplayName = TextOf(object, "DisplayName").value_or(std::string());
-        menu.DisplayName = !menu.DisplayName.empty() ? menu.DisplayName : !menu.Name.empty() ? menu.Name : lastPart;
+        menu.DisplayName = CutText(!menu.DisplayName.empty() ? menu.DisplayName
+                                   : !menu.Name.empty()      ? menu.Name
+                                                             : lastPart,
+                                   MaxMenuName);
         for (const SettingProperty flag : FlagProperties)
         {
             menu.Flags[static_cast<std::size_t>(flag)] = FlagOf(object, PropertyWord(flag));
@@ -221,11 +225,20 @@ class RegistryReader
         {
             m_Notes.Add("Menu path " + Quoted(menu.Path) + " occurs twice, so the later menu is skipped.");
             // Dependencies may still name the menu that was left out.
-            m_MenuByName.try_emplace(menu.Name, m_MenuByPath[menu.Path]);
+            NameMenu(menu.Name, m_MenuByPath[menu.Path]);
             return;
         }
-        m_MenuByName.try_emplace(menu.Name, index);
+        NameMenu(menu.Name, index);
         m_Registry.Menus.push_back(std::move(menu));
+    }
+
+    /// What names nothing means no menu.
+    void NameMenu(const std::string& name, std::size_t index)
+    {
+        if (!name.empty())
+        {
+            m_MenuByName.try_emplace(name, index);
+        }
     }
 
     static std::size_t LastCut(std::string_view path)
@@ -466,7 +479,7 @@ class RegistryReader
     std::size_t AttributeOf(const std::string& name) const
     {
         const auto found = m_Registry.AttributeIndex.find(name);
-        return found != m_Registry.AttributeIndex.end() ? found->second : NoIndex;
+        return found != m_Registry.AttributeIndex.end() && !name.empty() ? found->second : NoIndex;
     }
 
     AttributeRegistry& m_Registry;

@@ -135,6 +135,8 @@ constexpr std::size_t MaxRegistryMenus = 20'000;
 constexpr std::size_t MaxRegistryDependencies = 200'000;
 constexpr std::size_t MaxDependencyTerms = 64;
 constexpr std::size_t MaxMenuDepth = 32;
+/// Bytes of a menu's display name: the names of the menus below have it in front.
+constexpr std::size_t MaxMenuName = 128;
 constexpr std::size_t MaxRegistryDepth = 32;
 constexpr std::size_t MaxRegistryBytes = std::size_t{128} << 20;
 

@@ -66,4 +66,18 @@ std::optional<std::size_t> CodePoints(std::string_view text)
     return count;
 }
 
+std::string CutText(std::string text, std::size_t most)
+{
+    if (text.size() <= most)
+    {
+        return text;
+    }
+    std::size_t end = most;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
+    {
+        --end;
+    }
+    return text.substr(0, end) + "...";
+}
+
 } // namespace Tavrine

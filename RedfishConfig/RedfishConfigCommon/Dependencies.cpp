@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "CodePoints.h"
+
 namespace Tavrine
 {
 
@@ -30,20 +32,6 @@ const char* ConditionWords(TermCondition condition)
     static constexpr std::array words = {" is ",       " is not ",      " is above ",
                                          " is below ", " is at least ", " is at most "};
     return words[static_cast<std::size_t>(condition)];
-}
-
-std::string CutText(std::string text)
-{
-    if (text.size() <= MaxConditionText)
-    {
-        return text;
-    }
-    std::size_t end = MaxConditionText;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
-    {
-        --end;
-    }
-    return text.substr(0, end) + "...";
 }
 
 /// A value that a map holds under the name, whatever its case.
@@ -206,7 +194,7 @@ bool DependencyEvaluation::Holds(const DependencyTerm& term) const
     {
         return false;
     }
-    const RegistryScalar now = Now(term.Attribute, *term.Property);
+    const RegistryScalar& now = Now(term.Attribute, *term.Property);
     // Nothing can be said of a value that is not known, not even that it differs.
     if (!HasValue(now) && HasValue(term.Value))
     {
@@ -278,11 +266,11 @@ bool DependencyEvaluation::Flag(std::size_t attribute, SettingProperty flag) con
     return FlagWithCause(attribute, flag).On;
 }
 
-RegistryScalar DependencyEvaluation::Now(std::size_t attribute, SettingProperty property) const
+const RegistryScalar& DependencyEvaluation::Now(std::size_t attribute, SettingProperty property) const
 {
     if (IsFlag(property))
     {
-        return Flag(attribute, property);
+        return FlagScalar(Flag(attribute, property));
     }
     if (const RegistryDependency* winner = WinnerOf(m_Model->SlotOfAttribute(attribute, property)))
     {
@@ -327,7 +315,7 @@ std::string ConditionText(const RegistryDependency& dependency)
             break;
         }
     }
-    return CutText(std::move(text));
+    return CutText(std::move(text), MaxConditionText);
 }
 
 } // namespace Tavrine

@@ -50,8 +50,9 @@ class DependencyEvaluation
     void MoveValues(const std::vector<std::string>& names, const SettingValueMap& values);
 
     /// Flags count as set, too, where a menu around the setting has them. The
-    /// current value of a setting that no dependency names is not known here.
-    RegistryScalar Now(std::size_t attribute, SettingProperty property) const;
+    /// current value of a setting that no dependency names is not known here. Until values move; texts
+    /// may be long, and conditions read them over and over.
+    const RegistryScalar& Now(std::size_t attribute, SettingProperty property) const;
     bool Flag(std::size_t attribute, SettingProperty flag) const;
 
     /// The dependency that gives a property its present value, directly or by a

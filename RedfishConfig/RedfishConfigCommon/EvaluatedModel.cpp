@@ -27,14 +27,18 @@ const DependencyEvaluation& EvaluatedModel::Now(const SettingValueMap& values)
     {
         return *m_Now;
     }
-    if (m_Now)
+    // Without memory it is given up, and worked out anew at the next question.
+    std::optional<DependencyEvaluation> now = std::exchange(m_Now, std::nullopt);
+    if (now)
     {
-        m_Now->MoveValues(std::exchange(m_Moved, {}), values);
+        now->MoveValues(m_Moved, values);
     }
     else
     {
-        m_Now.emplace(*m_Model, values);
+        now.emplace(*m_Model, values);
     }
+    m_Moved.clear();
+    m_Now = std::move(now);
     if (!m_Now->Settled())
     {
         Log(4, __FILE__, __LINE__).Stream()
@@ -59,9 +63,14 @@ void EvaluatedModel::ValuesMoved(std::vector<std::string> names)
     // To look for that many is no better than to look at all.
     if (!m_Now || m_Moved.size() > FewNames)
     {
-        m_Now.reset();
-        m_Moved.clear();
+        AllMoved();
     }
+}
+
+void EvaluatedModel::AllMoved()
+{
+    m_Now.reset();
+    m_Moved.clear();
 }
 
 } // namespace Tavrine

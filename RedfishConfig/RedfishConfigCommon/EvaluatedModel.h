@@ -38,6 +38,8 @@ class EvaluatedModel
     const OptionalVar* ValueOf(const std::string& name, const SettingValueMap& values);
     /// @param names  the values that are other than before.
     void ValuesMoved(std::vector<std::string> names);
+    /// Which ones is not known.
+    void AllMoved();
 
   private:
     std::shared_ptr<const SettingModel> m_Model;

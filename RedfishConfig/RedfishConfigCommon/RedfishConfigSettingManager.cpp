@@ -232,6 +232,7 @@ const Tavrine::DependencyEvaluation& RedfishConfigSettingManager::Now() const
 }
 
 void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
+try
 {
     // Before the first operation there is no model yet; it starts with these values.
     std::vector<std::string> moved;
@@ -245,7 +246,7 @@ void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValue
     }
     if (m_Options.HexValueMode)
     {
-        m_SettingInfos = LeftOut(values, m_Values);
+        m_NotTold = LeftOut(values, m_Values);
     }
     if (!moved.empty())
     {
@@ -256,6 +257,18 @@ void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValue
         }
     }
 }
+// GCOV_EXCL_START
+// Memory alone can do this, with some of the values taken over.
+catch (...)
+{
+    m_ForcedProperties.clear();
+    if (!m_Settings.empty())
+    {
+        m_Settings.begin()->second->Evaluated()->AllMoved();
+    }
+    throw;
+}
+// GCOV_EXCL_STOP
 
 RedfishConfigResult RedfishConfigSettingManager::FindSetting(const std::string& name,
                                                              const RedfishConfigSetting*& setting)
@@ -304,12 +317,11 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std:
 
 const Tavrine::SettingStringMap& RedfishConfigSettingManager::ForcedOn(const RedfishConfigSetting& setting)
 {
-    const auto [entry, isNew] = m_ForcedProperties.try_emplace(setting.Attribute().Name());
-    if (isNew)
-    {
-        entry->second = ForcedProperties(setting.Index(), Now());
-    }
-    return entry->second;
+    const std::string& name = setting.Attribute().Name();
+    const auto known = m_ForcedProperties.find(name);
+    return known != m_ForcedProperties.end()
+               ? known->second
+               : m_ForcedProperties.emplace(name, ForcedProperties(setting.Index(), Now())).first->second;
 }
 
 void RedfishConfigSettingManager::TakeRegistryOf(RedfishConfigSettingManager& other)
@@ -322,11 +334,11 @@ void RedfishConfigSettingManager::TakeRegistryOf(RedfishConfigSettingManager& ot
     m_Settings.clear();
     m_Groups.clear();
     m_ForcedProperties.clear();
-    m_Schema = other.m_Schema;
     if (!other.m_Settings.empty())
     {
         TakeModel(other.m_Settings.begin()->second->Evaluated()->Model());
     }
+    m_Schema = other.m_Schema;
 }
 
 RedfishConfigResult RedfishConfigSettingManager::UnknownSetting(const std::string& name) const

@@ -53,7 +53,7 @@ RedfishConfigResult NoDefault(const std::string& name)
 std::string DefaultAsDecimal(const RedfishConfigSetting& setting, const std::string& text,
                              const DependencyEvaluation& now)
 {
-    const Tavrine::RegistryScalar number = now.Now(setting.Index(), Tavrine::SettingProperty::DefaultValue);
+    const Tavrine::RegistryScalar& number = now.Now(setting.Index(), Tavrine::SettingProperty::DefaultValue);
     const std::string decimal = Tavrine::ScalarText(number);
     const bool converted = setting.Options().HexValueMode && std::holds_alternative<Tavrine::ExactInteger>(number) &&
                            text == Tavrine::HexToDec(decimal);
@@ -154,7 +154,7 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const std::
         const bool noDefault = IsDefaultAction(action) &&
                                !Tavrine::HasValue(now.Now(setting.Index(), Tavrine::SettingProperty::DefaultValue));
         result = noDefault ? NoDefault(name)
-                           : JudgeWanted(ReadWanted(setting, value, m_Values, m_SettingInfos, action), now, context);
+                           : JudgeWanted(ReadWanted(setting, value, m_Values, m_NotTold, action), now, context);
     }
     if (result != 0)
     {
@@ -196,7 +196,7 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const Setti
             continue;
         }
         wanted.push_back(ReadWanted(setting, now != nullptr ? DefaultAsDecimal(setting, text, *now) : text, m_Values,
-                                    m_SettingInfos, action));
+                                    m_NotTold, action));
     }
     JudgeAll(wanted, m_Values, action, passed, failures);
     contexts = std::move(passed);

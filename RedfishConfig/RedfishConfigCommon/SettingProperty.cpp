@@ -106,14 +106,21 @@ std::optional<RegistryScalar> SuitedTo(SettingProperty property, RegistryScalar 
     return std::visit(cases, RowOf(property).Member);
 }
 
-RegistryScalar PropertyOfRegistry(const RegistryAttribute& attribute, SettingProperty property)
+const RegistryScalar& FlagScalar(bool on)
 {
+    static const std::array<RegistryScalar, 2> flags = {false, true};
+    return flags[on ? 1 : 0];
+}
+
+const RegistryScalar& PropertyOfRegistry(const RegistryAttribute& attribute, SettingProperty property)
+{
+    static const RegistryScalar nothing;
     if (IsFlag(property))
     {
-        return attribute.Flags.test(static_cast<std::size_t>(property));
+        return FlagScalar(attribute.Flags.test(static_cast<std::size_t>(property)));
     }
     const RegistryScalar* given = GivenProperty(attribute, property);
-    return given != nullptr ? *given : RegistryScalar();
+    return given != nullptr ? *given : nothing;
 }
 
 void AddRegistryProperty(RegistryAttribute& attribute, SettingProperty property, RegistryScalar value)

@@ -53,8 +53,11 @@ bool TakesText(SettingProperty property);
 std::optional<RegistryScalar> SuitedTo(SettingProperty property, RegistryScalar value);
 
 /// What the registry itself says, no dependency applied; null where it is silent, false
-/// for a flag.
-RegistryScalar PropertyOfRegistry(const RegistryAttribute& attribute, SettingProperty property);
+/// for a flag. As long as the attribute lives.
+const RegistryScalar& PropertyOfRegistry(const RegistryAttribute& attribute, SettingProperty property);
+
+/// A flag as a value that lives on.
+const RegistryScalar& FlagScalar(bool on);
 
 /// Enters a value that SuitedTo accepted into what the registry says; once a property.
 void AddRegistryProperty(RegistryAttribute& attribute, SettingProperty property, RegistryScalar value);

@@ -36,8 +36,7 @@ constexpr int CodeIncomplete = 22;
 class LastingLocks
 {
   public:
-    LastingLocks(const Tavrine::SettingModel& model, const DependencyEvaluation& now)
-        : m_Model(model), m_Now(now), m_Lifted(model.Slots().size())
+    explicit LastingLocks(const Tavrine::SettingModel& model) : m_Model(model), m_Lifted(model.Slots().size())
     {
         const auto& dependencies = model.Registry().Dependencies;
         for (std::size_t index = 0; index < dependencies.size(); ++index)
@@ -53,28 +52,27 @@ class LastingLocks
     bool Lock(std::size_t attribute) const
     {
         return std::any_of(Tavrine::FlagProperties.begin(), Tavrine::FlagProperties.end(),
-                           [&](SettingProperty flag) {
-                               return m_Now.Flag(attribute, flag) && m_Now.Cause(attribute, flag) == nullptr &&
-                                      !CanBeLifted(attribute, flag);
-                           });
+                           [&](SettingProperty flag) { return Lasts(attribute, flag); });
     }
 
   private:
     bool IsLifted(std::size_t slot) const { return slot != Tavrine::NoIndex && m_Lifted[slot]; }
 
-    bool CanBeLifted(std::size_t attribute, SettingProperty flag) const
+    /// On the setting or a menu around it: what is lifted on one of them stays on the others.
+    bool Lasts(std::size_t attribute, SettingProperty flag) const
     {
-        bool lifted = IsLifted(m_Model.SlotOfAttribute(attribute, flag));
-        for (std::size_t menu = m_Model.Attribute(attribute).Menu; menu != Tavrine::NoIndex && !lifted;
-             menu = m_Model.Registry().Menus[menu].Parent)
+        const auto at = static_cast<std::size_t>(flag);
+        const Tavrine::RegistryAttribute& registered = m_Model.Attribute(attribute);
+        bool lasts = registered.Flags.test(at) && !IsLifted(m_Model.SlotOfAttribute(attribute, flag));
+        const auto& menus = m_Model.Registry().Menus;
+        for (std::size_t menu = registered.Menu; menu != Tavrine::NoIndex && !lasts; menu = menus[menu].Parent)
         {
-            lifted = IsLifted(m_Model.SlotOfMenu(menu, flag));
+            lasts = menus[menu].Flags[at] && !IsLifted(m_Model.SlotOfMenu(menu, flag));
         }
-        return lifted;
+        return lasts;
     }
 
     const Tavrine::SettingModel& m_Model;
-    const DependencyEvaluation& m_Now;
     /// By slot: some dependency takes the flag away.
     std::vector<bool> m_Lifted;
 };
@@ -84,7 +82,7 @@ class LastingLocks
 RedfishConfigResult RedfishConfigSettingManager::DefaultText(const RedfishConfigSetting& setting,
                                                              const DependencyEvaluation& now, std::string& text) const
 {
-    const Tavrine::RegistryScalar value = now.Now(setting.Index(), SettingProperty::DefaultValue);
+    const Tavrine::RegistryScalar& value = now.Now(setting.Index(), SettingProperty::DefaultValue);
     if (!Tavrine::HasValue(value))
     {
         const std::string& name = setting.Attribute().Name();
@@ -114,7 +112,7 @@ RedfishConfigResult RedfishConfigSettingManager::DescriptionText(const RedfishCo
 {
     const auto textOf = [&](SettingProperty property)
     {
-        const Tavrine::RegistryScalar value = now.Now(setting.Index(), property);
+        const Tavrine::RegistryScalar& value = now.Now(setting.Index(), property);
         const auto* words = std::get_if<std::string>(&value);
         return words != nullptr ? *words : std::string();
     };
@@ -213,7 +211,7 @@ RedfishConfigResult RedfishConfigSettingManager::FetchSaveSettingValues(SettingS
         return result;
     }
     const Tavrine::SettingModel& model = Model();
-    const LastingLocks locks(model, Now());
+    const LastingLocks locks(model);
     Tavrine::OrderedLookup known(m_Values);
     for (const std::size_t index : model.ByName())
     {

@@ -121,7 +121,7 @@ ValueRules RulesOf(const RedfishConfigSetting& setting, SettingKind kind, const 
     }
     rules.MinLength = NumberOf(evaluation, index, SettingProperty::MinLength);
     rules.MaxLength = NumberOf(evaluation, index, SettingProperty::MaxLength);
-    const RegistryScalar expression = evaluation.Now(index, SettingProperty::ValueExpression);
+    const RegistryScalar& expression = evaluation.Now(index, SettingProperty::ValueExpression);
     const auto* text = std::get_if<std::string>(&expression);
     if (text != nullptr && !text->empty())
     {

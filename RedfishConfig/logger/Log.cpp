@@ -54,6 +54,11 @@ Log::~Log()
     // Callers log on their way out of failures, that of memory included.
     try
     {
+        if (m_Stream->bad())
+        {
+            Logging::Lose(m_Level, "it could not be made");
+            return;
+        }
         LogRecord record;
         record.Level = m_Level;
         record.SourcePath = m_SourcePath != nullptr ? m_SourcePath : "";

@@ -25,8 +25,8 @@ struct SimulatorOptions
     std::string User = "admin";
     std::string Password = "password";
     /// Folder with bios.json, registry.LANG.json and, where it has them,
-    /// settings.json, registryfile.json and protected.json. Empty: the built-in
-    /// machine.
+    /// settings.json, registryfile.json and protected.json; or a tree of index.json
+    /// files. Empty: the built-in machine.
     std::string MachineDir;
     /// Not 0: a machine of so many attributes is made up, for measurements.
     unsigned int Attributes = 0;

@@ -11,8 +11,10 @@
 
 using namespace Tavrine;
 using namespace registrytext;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 namespace
 {
@@ -395,6 +397,34 @@ TEST(AttributeRegistry, DependenciesThatCannotBeUnderstoodAreSkippedWithANote)
         EXPECT_TRUE(outcome.Registry.Dependencies.empty()) << dependency;
         EXPECT_THAT(outcome.Notes.Lines, ElementsAre(HasSubstr(cause))) << dependency;
     }
+}
+
+TEST(AttributeRegistry, AnEmptyNameMeansNoMenuAndNoAttribute)
+{
+    const std::string term = Term("A", "EQU", "1");
+    for (const std::string& registry :
+         {Registry(Attribute("A"), Dependency(term, "", "ReadOnly", "true"), R"({"MenuPath":"./"})"),
+          Registry(Attribute("A"), Dependency(term, "", "ReadOnly", "true"), R"({"MenuPath":"./"},{"MenuPath":"./"})"),
+          Registry(Attribute("A") + "," + Attribute(""), Dependency(term, "", "ReadOnly", "true"))})
+    {
+        const ReadOutcome outcome = Read(registry);
+        EXPECT_THAT(outcome.Registry.Dependencies, IsEmpty()) << registry;
+        EXPECT_THAT(outcome.Notes.Lines, Contains(HasSubstr("no such attribute or menu"))) << registry;
+    }
+    const ReadOutcome outcome =
+        Read(Registry(Attribute("A") + "," + Attribute(""), Dependency(Term("", "EQU", "1"), "A", "ReadOnly", "true")));
+    ASSERT_EQ(outcome.Registry.Dependencies.size(), 1U);
+    EXPECT_EQ(outcome.Registry.Dependencies.front().Terms.front().Attribute, NoIndex);
+}
+
+TEST(AttributeRegistry, LongNamesOfMenusAreCut)
+{
+    const ReadOutcome outcome = Read(Registry(Attribute("A"), "",
+                                              Menu("M", "./M", std::string(127, 'x') + "\u00e9" + "yyy") + "," +
+                                                  Menu("N", "./N", std::string(128, 'x'))));
+    ASSERT_EQ(outcome.Registry.Menus.size(), 2U);
+    EXPECT_EQ(outcome.Registry.Menus[0].DisplayName, std::string(127, 'x') + "...");
+    EXPECT_EQ(outcome.Registry.Menus[1].DisplayName, std::string(128, 'x'));
 }
 
 TEST(AttributeRegistry, MenusAreReadParentsFirst)

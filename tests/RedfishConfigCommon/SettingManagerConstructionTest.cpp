@@ -23,7 +23,7 @@ void ExpectArgumentsAndNothingElse(const RedfishConfigSettingManager& manager)
     EXPECT_TRUE(manager.m_ForcedProperties.empty());
     EXPECT_TRUE(manager.m_Settings.empty());
     EXPECT_TRUE(manager.m_Groups.empty());
-    EXPECT_TRUE(manager.m_SettingInfos.empty());
+    EXPECT_TRUE(manager.m_NotTold.empty());
 }
 
 } // namespace

@@ -326,6 +326,30 @@ TEST(SavedValues, AreTheCurrentValuesThatCanEverBeWritten)
                             Pair("LockedNow", "x"), Pair("Registered", "r"), Pair("Text", "t"), Pair("Unique", "x")));
 }
 
+TEST(SavedValues, AreKeptWhereEachLockIsLiftedInItsOwnPlace)
+{
+    const std::string attributes = Attribute("A") + "," + Attribute("Own", R"(,"ReadOnly":true,"MenuPath":"./M")") +
+                                   "," + Attribute("OfParent", R"(,"MenuPath":"./Gray/Child")") + "," +
+                                   Attribute("OfMenu", R"(,"MenuPath":"./Lifted")");
+    const std::string menus = Menu("M", "./M", "M") + "," + Menu("Gray", "./Gray", "Gray", R"(,"GrayOut":true)") + "," +
+                              Menu("Child", "./Gray/Child", "Child") + "," +
+                              Menu("Lifted", "./Lifted", "Lifted", R"(,"GrayOut":true)");
+    const std::string term = Term("A", "EQU", "\"x\"");
+    const std::string dependencies = Dependency(term, "M", "ReadOnly", "false") + "," +
+                                     Dependency(term, "Child", "GrayOut", "false") + "," +
+                                     Dependency(term, "Lifted", "GrayOut", "false");
+    RedfishConfigSettingManager manager(Registry(attributes, dependencies, menus),
+                                        {{"A", "x"}, {"Own", "x"}, {"OfParent", "x"}, {"OfMenu", "x"}}, false,
+                                        Config_Options());
+    SettingStringMap saved;
+    EXPECT_EQ(manager.FetchSaveSettingValues(saved, FilterSave), 0);
+    EXPECT_THAT(saved, ElementsAre(Pair("A", "x"), Pair("OfMenu", "x")));
+    SettingStringMap contexts;
+    const SettingStringMap all = {{"OfMenu", "y"}, {"OfParent", "y"}, {"Own", "y"}};
+    EXPECT_EQ(manager.PreparePatchContext(all, contexts, FilterRestoreSameSystem), 7);
+    EXPECT_THAT(contexts, ElementsAre(Pair("OfMenu", "\"y\"")));
+}
+
 TEST(SavedValues, NeedARegistryAndTheActionOfASave)
 {
     RedfishConfigSettingManager broken("", false, Config_Options());

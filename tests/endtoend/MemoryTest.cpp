@@ -12,6 +12,7 @@
 #include "FailingMemory.h"
 #include "Log.h"
 #include "Logging.h"
+#include "RedfishConfigSettingManager.h"
 #include "RunningMachine.h"
 
 using endtoend::RunningMachine;
@@ -250,6 +251,47 @@ INSTANTIATE_TEST_SUITE_P(
         {"CompareSettingDefaultValues", Defaults},
     }),
     [](const auto& instance) { return instance.param.Name; });
+
+/// A manager in which Mode=b locks Locked.
+std::string LockingRegistry()
+{
+    return R"({"RegistryEntries":{"Attributes":[{"AttributeName":"Mode","Type":"String"},)"
+           R"({"AttributeName":"Locked","Type":"String"}],"Menus":[],"Dependencies":[{"Type":"Map","Dependency":)"
+           R"({"MapFrom":[{"MapFromAttribute":"Mode","MapFromProperty":"CurrentValue","MapFromCondition":"EQU",)"
+           R"("MapFromValue":"b"}],"MapToAttribute":"Locked","MapToProperty":"ReadOnly","MapToValue":true}}]}})";
+}
+
+TEST(Memory, TheModelFollowsValuesThatCouldNotBeTakenOver)
+{
+    std::size_t failures = 0;
+    for (bool happened = true; happened && failures < 1'000; ++failures)
+    {
+        RedfishConfigSettingManager manager(LockingRegistry(), {{"Mode", "a"}, {"Locked", "x"}}, false,
+                                            Config_Options());
+        RedfishConfigSettingInfoStru info;
+        ASSERT_EQ(manager.GetSettingProperties("Locked", info), 0);
+        ASSERT_FALSE(info.ReadOnly);
+        const SettingValueMap moved = {{"Mode", "b"}, {"New", "y"}};
+        try
+        {
+            const Failure failure(failures);
+            manager.UpdateSettingValue(moved);
+            RedfishConfigSettingInfoStru ignored;
+            manager.GetSettingProperties("Locked", ignored);
+            happened = failure.Happened();
+        }
+        catch (const std::bad_alloc&)
+        {
+        }
+        manager.UpdateSettingValue(moved);
+        ASSERT_EQ(manager.GetSettingProperties("Locked", info), 0);
+        EXPECT_TRUE(info.ReadOnly) << failures;
+        EXPECT_EQ(info.ForcedBy, (SettingStringMap{{"ReadOnly", "Mode is b"}})) << failures;
+        std::string context;
+        EXPECT_EQ(manager.PreparePatchContext("Locked", "z", context, FilterChange), 18) << failures;
+    }
+    EXPECT_GT(failures, 5U);
+}
 
 TEST(Memory, ARecordThatCannotBeMadeIsLostAndTold)
 {

@@ -224,6 +224,22 @@ TEST(Logging, SinkThatThrowsAnotherTypeIsNoticedToo)
     Logging::RemoveSink(id);
 }
 
+TEST(Logging, ARecordThatIsCutOffIsLostAndTold)
+{
+    std::size_t taken = 0;
+    const Logging::SinkId sink = Logging::AddSink(4, [&](const LogRecord&) { ++taken; });
+    {
+        Log log(1, "x.cpp", 1);
+        // As an insertion does that gets no memory.
+        log.Stream() << "half of ";
+        log.Stream().setstate(std::ios_base::badbit);
+        log.Stream() << "a sentence";
+    }
+    EXPECT_EQ(taken, 0U);
+    EXPECT_EQ(Logging::Trouble(sink), "lost 1 log record(s): it could not be made");
+    Logging::RemoveSink(sink);
+}
+
 TEST(Logging, WhatASinkLogsItselfIsDropped)
 {
     int count = 0;
