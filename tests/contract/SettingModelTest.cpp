@@ -45,7 +45,7 @@ void ExpectNothingDerived(const Manager& manager)
     EXPECT_THAT(manager.m_ForcedProperties, IsEmpty());
     EXPECT_THAT(manager.m_Settings, IsEmpty());
     EXPECT_THAT(manager.m_Groups, IsEmpty());
-    EXPECT_THAT(manager.m_SettingInfos, IsEmpty());
+    EXPECT_THAT(manager.m_NotTold, IsEmpty());
 }
 
 class SettingModel : public FrontClassTest
