@@ -28,7 +28,8 @@ class RedfishClient;
 ///
 /// Every verb can answer: 0; 1 (done, and the answer says that a reset is
 /// needed; not for GET); 24 (no connection, name, TLS, time-out, 401 or 403; the message names
-/// host, port and cause); 27 (no JSON where JSON is due, or over the size limit);
+/// host, port and cause); 27 (no JSON where JSON is due, or over the size limit,
+/// or a 2xx with more messages than are read);
 /// 32 (a 5xx other than those of 33); 33 (503, or a message id that says
 /// temporarily unavailable, shutting down or starting). A refusal (any other 4xx,
 /// or an error inside a 2xx) is 26 for GET, 18 for PATCH and for the POST with an
@@ -38,10 +39,10 @@ class RedfishClient;
 /// which is read for that once.
 ///
 /// A change that is answered with 202 and a task is watched until the task ends
-/// (DSP0266, "Asynchronous operations"), all within the time-out of the request; the
-/// final answer counts then. A task that failed or was cancelled is a refusal. One that
-/// has not ended by then, or cannot be watched, is 24 with a message that says that the
-/// BMC accepted the change. A task that waits for a reset is 1.
+/// (DSP0266, "Asynchronous operations"), all within the time-out of the request, which begins
+/// when it goes out (anew, where the BMC was busy before); the final answer counts then. A task that failed or was
+/// cancelled is a refusal. One that has not ended by then, or cannot be watched, is 24 with a message that says that
+/// the BMC accepted the change. A task that waits for a reset is 1.
 ///
 /// The message of a change that got no answer ends in what is known of it: "nothing was
 /// sent", "the change was not done" (turned away, and the new login failed), or
@@ -55,10 +56,11 @@ class TAVRINE_EXPORT BMCBaseAssistant
     BMCBaseAssistant(const BMCBaseAssistant&) = delete;
     BMCBaseAssistant& operator=(const BMCBaseAssistant&) = delete;
 
-    /// @param errors      receives one entry a refused setting: 10 bad value, 9
-    ///                    unknown, 18 not writable or not told.
-    /// @param secretBody  the body may hold values that must not be logged; no body
-    ///                    is, so this changes nothing.
+    /// @param errors      receives one entry for each refused setting and fault: 10 bad
+    ///                    value, 9 unknown, 18 not writable or not told.
+    /// @param secretBody  the body may hold values that must not be shown: its texts of four
+    ///                    bytes or more are blotted out of the BMC's words, where they stand
+    ///                    as words of their own. No body is ever logged.
     /// @param headers     added to the request; an empty value sends the header
     ///                    with no value. "Expect" is never sent, so that no
     ///                    "100-continue" is waited for.

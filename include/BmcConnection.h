@@ -43,7 +43,9 @@ struct ConnectionProfile
     /// does harm.
     std::uint32_t BusyPatience = 0;
     /// Called before each such wait with its length, from the thread of the request; may be
-    /// empty.
+    /// empty. Several threads may be in it at once. It must use neither this connection nor any
+    /// object made from its record: during a login these wait for the very request that it is
+    /// called for. It is kept for as long as such an object lives, also after the connection.
     std::function<void(std::chrono::milliseconds)> OnBusy = {};
 };
 
@@ -57,8 +59,8 @@ struct Traffic
 
 /// One BMC as its caller sees it: owns the profile, the shared client and the
 /// session (DSP0266, "Session management"). All library objects made from Info()
-/// use them while this object lives; made later they answer 24 to everything, since
-/// what the profile demanded is gone. Construction sends nothing; destruction
+/// use them, also after it; one that is made when this object and all the others are
+/// gone answers 24 to everything, since what the profile demanded is gone too. Construction sends nothing; destruction
 /// closes the session if one is open. Its operations may be called from any
 /// thread.
 class TAVRINE_EXPORT BmcConnection
@@ -78,8 +80,8 @@ class TAVRINE_EXPORT BmcConnection
     ///         otherwise the codes of BMCBaseAssistant.
     RedfishConfigResult OpenSession();
     /// Logs out. Without a session, or when it has run out, this answers 0; 28 when
-    /// the BMC never told where the session can be closed. The session is not used
-    /// any more, whatever the result.
+    /// the BMC never told where the session can be closed; otherwise the codes of
+    /// BMCBaseAssistant for DELETE. The session is not used any more, whatever the result.
     RedfishConfigResult CloseSession();
 
     /// Single requests over the same connection and session, as

@@ -37,7 +37,8 @@ class TAVRINE_EXPORT RedfishRegistryAssistant : public RedfishConfigAssistant
     virtual RedfishConfigResult UpdateSettingValueCache(const std::string name, const std::string value);
     /// Sends what is cached by PATCH to `target`, or to the settings object of the
     /// value resource where `target` is empty (DSP0266, "Settings resource"). The
-    /// cache is emptied once the request was sent.
+    /// cache is emptied by the PATCH, whatever came of it, also where none went out for lack of
+    /// a connection; it stays where the settings object was not found.
     RedfishConfigResult FlushChanges(const std::string target) override;
 
   protected:

@@ -144,7 +144,7 @@ class Collector
             Add(ReadOne(*messages, m_Refused, annotated));
         }
         const json::array* const array = messages->if_array();
-        for (std::size_t i = 0; array != nullptr && i < array->size() && m_Messages.size() < MaxMessages; ++i)
+        for (std::size_t i = 0; array != nullptr && i < array->size() && !m_List.Cut; ++i)
         {
             if ((*array)[i].is_object())
             {
@@ -177,18 +177,34 @@ class Collector
         {
             return;
         }
-        const auto same = [&message](const BmcMessage& other)
-        { return other.Key == message.Key && other.Settings == message.Settings && SameWords(other, message); };
-        if (m_Messages.size() < MaxMessages && std::none_of(m_Messages.begin(), m_Messages.end(), same))
+        m_Empty = false;
+        // A service may send one of these for each setting: they must not take the places of faults.
+        if (message.Kind == MessageKind::Success || message.Kind == MessageKind::Note || IsHeld(message))
         {
-            m_Messages.push_back(std::move(message));
+            return;
+        }
+        m_List.Cut = m_List.Messages.size() == MaxMessages;
+        if (!m_List.Cut)
+        {
+            m_List.Messages.push_back(std::move(message));
         }
     }
 
-    bool Empty() const { return m_Messages.empty(); }
-    std::vector<BmcMessage> Take() { return std::move(m_Messages); }
+    bool Empty() const { return m_Empty; }
+    MessageList Take() { return std::move(m_List); }
 
   private:
+    bool IsHeld(const BmcMessage& message) const
+    {
+        const auto same = [&message](const BmcMessage& other)
+        {
+            return message.Kind == MessageKind::ResetNeeded
+                       ? other.Kind == message.Kind
+                       : other.Key == message.Key && other.Settings == message.Settings && SameWords(other, message);
+        };
+        return std::any_of(m_List.Messages.begin(), m_List.Messages.end(), same);
+    }
+
     /// About a setting one key is one fault, in whatever words.
     static bool SameWords(const BmcMessage& left, const BmcMessage& right)
     {
@@ -197,7 +213,8 @@ class Collector
     }
 
     bool m_Refused;
-    std::vector<BmcMessage> m_Messages;
+    bool m_Empty = true;
+    MessageList m_List;
 };
 
 /// An "error" without a list: "code" and "message", the latter at times an object with
@@ -214,6 +231,15 @@ BmcMessage BareError(const json::value& error)
                 : bare.Key == "ExtendedInfo" ? MessageKind::Note // it says "see the list", which is not there
                                              : MessageKind::Refused;
     return bare;
+}
+
+/// Whether a text, of which no document is to be made, may have messages. Within a longer text, that of a file for
+/// example, the quotes would be escaped.
+bool MayHoldMessages(std::string_view body)
+{
+    const JsonShape shape = LookAtJson(body);
+    return shape.Fault.empty() && (shape.HasError || body.find(R"(@Message.ExtendedInfo")") != std::string_view::npos ||
+                                   body.find(R"("Messages")") != std::string_view::npos);
 }
 
 } // namespace
@@ -241,11 +267,15 @@ std::string SettingOfPointer(std::string_view pointer)
     return pointer == "Attributes" || pointer.size() > MaxNameBytes ? std::string() : Unescaped(pointer);
 }
 
-std::vector<BmcMessage> ReadMessages(std::string_view body, bool refused)
+MessageList ReadMessages(std::string_view body, bool refused)
 {
-    if (body.empty() || body.size() > MaxBodyBytes)
+    if (body.empty())
     {
         return {};
+    }
+    if (body.size() > MaxBodyBytes)
+    {
+        return {{}, MayHoldMessages(body)};
     }
     const std::optional<json::value> document = ParseJson(body);
     if (!document)

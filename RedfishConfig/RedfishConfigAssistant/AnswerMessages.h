@@ -29,11 +29,20 @@ struct BmcMessage
 /// with or without "#", or a bare name. Empty for none.
 std::string SettingOfPointer(std::string_view pointer);
 
-/// All messages of an answer's body, duplicates of one fault merged: those of "error"
+struct MessageList
+{
+    /// None of the kinds Success and Note, and ResetNeeded once at the most.
+    std::vector<BmcMessage> Messages;
+    /// There are more, which were not read.
+    bool Cut = false;
+};
+
+/// The messages of an answer's body, duplicates of one fault merged: those of "error"
 /// and of the top level, and those that annotate a property ("X@Message.ExtendedInfo").
-/// A body that is no JSON, or is too large to be a set of messages, has none.
+/// A body that is no JSON has none. Of one that is too large to be a set of messages none is
+/// read; it counts as cut where it has some.
 /// @param refused  the status says that the request was not done: then a message with
 ///                 an unknown key is a fault unless it says that it is none.
-std::vector<BmcMessage> ReadMessages(std::string_view body, bool refused);
+MessageList ReadMessages(std::string_view body, bool refused);
 
 } // namespace Tavrine

@@ -8,7 +8,9 @@
 #include <curl/curl.h>
 #include <fmt/format.h>
 
+#include "Blotting.h"
 #include "ChangeDelivery.h"
+#include "Log.h"
 #include "PlainText.h"
 
 namespace Tavrine
@@ -186,23 +188,21 @@ RedfishConfigResult Refused(const Judged& judged)
             ""};
 }
 
-void Hide(std::string& text, std::string_view secret)
+RedfishConfigResult Unread(const Judged& judged)
 {
-    // A shorter one would blot out half of every message.
-    constexpr std::size_t shortest = 4;
-    constexpr std::string_view blot = "********";
-    for (std::size_t at = secret.size() < shortest ? std::string::npos : text.find(secret); at != std::string::npos;
-         at = text.find(secret, at + blot.size()))
-    {
-        text.replace(at, secret.size(), blot);
-    }
+    return {27,
+            fmt::format("{}: the answer of {} ({}) holds messages that were not read, it is too large for that.",
+                        judged.Call(), judged.Request.Place, StatusText(judged.Answer.Status)),
+            ""};
 }
 
 /// What an answer's body says, free of secrets.
-std::vector<BmcMessage> CleanMessages(const AnsweredRequest& request, const HttpAnswer& answer)
+MessageList CleanMessages(const AnsweredRequest& request, const HttpAnswer& answer)
 {
     const bool failed = !answer.Success() || !request.FailedTask.empty();
-    std::vector<BmcMessage> messages = ReadMessages(answer.Body, failed);
+    MessageList list = ReadMessages(answer.Body, failed);
+    std::vector<BmcMessage>& messages = list.Messages;
+    const BodySecrets values(messages.empty() ? std::string_view() : request.SecretBody);
     const bool ask =
         request.FindWords && answer.Status != 401 && answer.Status != 503 && !Holds(messages, MessageKind::Busy);
     for (BmcMessage& message : messages)
@@ -214,10 +214,11 @@ std::vector<BmcMessage> CleanMessages(const AnsweredRequest& request, const Http
         }
         for (const std::string_view secret : request.Secrets)
         {
-            Hide(message.Text, secret);
+            Blot(message.Text, secret);
         }
+        values.BlotIn(message.Text);
     }
-    return messages;
+    return list;
 }
 
 void ListSettings(const std::vector<BmcMessage>& messages, std::vector<RedfishConfigResult>& errors)
@@ -240,8 +241,13 @@ RedfishConfigResult JudgeAnswer(const AnsweredRequest& request, const HttpAnswer
                                 std::vector<RedfishConfigResult>& errors)
 {
     const int status = answer.Status;
-    const std::vector<BmcMessage> messages = CleanMessages(request, answer);
+    const auto [messages, cut] = CleanMessages(request, answer);
     const Judged judged{request, answer, FaultWords(messages)};
+    if (cut)
+    {
+        Log(1, __FILE__, __LINE__).Stream()
+            << "Not all messages in the answer of " << request.Place << " to " << judged.Call() << " were read.";
+    }
     if (status == 401 || status == 403)
     {
         return status == 401 ? Unauthorized(judged) : Forbidden(judged);
@@ -259,18 +265,22 @@ RedfishConfigResult JudgeAnswer(const AnsweredRequest& request, const HttpAnswer
         ListSettings(messages, errors);
         return Refused(judged);
     }
+    if (cut)
+    {
+        return Unread(judged);
+    }
     const bool reset = request.Verb != HttpVerb::Get && Holds(messages, MessageKind::ResetNeeded);
     return {reset ? 1 : 0, "", ""};
 }
 
 bool IsBusy(const HttpAnswer& answer)
 {
-    return answer.Status == 503 || Holds(ReadMessages(answer.Body, !answer.Success()), MessageKind::Busy);
+    return answer.Status == 503 || Holds(ReadMessages(answer.Body, !answer.Success()).Messages, MessageKind::Busy);
 }
 
 bool AsksForReset(const HttpAnswer& answer)
 {
-    return Holds(ReadMessages(answer.Body, !answer.Success()), MessageKind::ResetNeeded);
+    return Holds(ReadMessages(answer.Body, !answer.Success()).Messages, MessageKind::ResetNeeded);
 }
 
 std::optional<std::uint32_t> RetryAfterSeconds(const HttpAnswer& answer)
@@ -293,7 +303,8 @@ std::uint32_t BusySeconds(const HttpAnswer& answer)
     {
         return *seconds;
     }
-    for (const BmcMessage& message : ReadMessages(answer.Body, !answer.Success()))
+    const MessageList list = ReadMessages(answer.Body, !answer.Success());
+    for (const BmcMessage& message : list.Messages)
     {
         if (message.Key == "ServiceTemporarilyUnavailable" && !message.Arguments.empty())
         {

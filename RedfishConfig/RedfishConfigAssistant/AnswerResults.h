@@ -27,6 +27,8 @@ struct AnsweredRequest
     bool WithCredentials = false;
     /// Texts that are blotted out of the BMC's words.
     std::vector<std::string_view> Secrets = {};
+    /// The request's body, where the texts of its values are blotted out as well; else empty.
+    std::string_view SecretBody = {};
     /// The state in which a task ended badly whose answer this is: then the request
     /// counts as refused, whatever the status.
     std::string FailedTask = {};
@@ -37,7 +39,8 @@ struct AnsweredRequest
 
 /// The result of a request that was answered, by the table of BMCBaseAssistant; a
 /// message beside code 0 or 1 is empty. `errors` receives one entry a refused setting
-/// and fault. A GET never answers 1.
+/// and fault. A GET never answers 1. No success is claimed (code 27) while there are messages
+/// that were not read; the log tells of these in any case.
 RedfishConfigResult JudgeAnswer(const AnsweredRequest& request, const HttpAnswer& answer,
                                 std::vector<RedfishConfigResult>& errors);
 

@@ -1,5 +1,7 @@
 #include "BmcConnection.h"
 
+#include <new>
+
 #include "AbortFlag.h"
 #include "ClientPool.h"
 #include "Log.h"
@@ -18,10 +20,17 @@ BmcConnection::BmcConnection(const ConnectionInfo& info, const ConnectionProfile
 
 BmcConnection::~BmcConnection()
 {
-    RedfishConfigResult closed = CloseSession();
-    if (closed != 0)
+    try
     {
-        Tavrine::Log(1, __FILE__, __LINE__).Stream() << "Failed to log out: " << closed.ErrorMsg();
+        RedfishConfigResult closed = CloseSession();
+        if (closed != 0)
+        {
+            Tavrine::Log(1, __FILE__, __LINE__).Stream() << "Failed to log out: " << closed.ErrorMsg();
+        }
+    }
+    catch (const std::bad_alloc&)
+    {
+        // No words can be made of it; a session that was left open ends by the BMC's own clock.
     }
     Tavrine::Wipe(m_Info.Password);
 }

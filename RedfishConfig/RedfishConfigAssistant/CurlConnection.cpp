@@ -251,7 +251,10 @@ void CurlConnection::SetFixedOptions()
     SetOption(easy, CURLOPT_QUICK_EXIT, 1L);
     SetOption(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(m_Limits.ConnectTimeout.count()) * 1000L);
     SetOption(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(m_Limits.MaxBody));
-    m_Tls.Apply(easy);
+    if (!m_Origin.PlainHttp)
+    {
+        m_Tls.Apply(easy);
+    }
 }
 
 void CurlConnection::SetRequest(const HttpRequest& request, const Credentials& credentials, Reception& reception)
@@ -344,6 +347,31 @@ void CurlConnection::Count()
         static_cast<std::uint64_t>(std::max(head, 0L)) + static_cast<std::uint64_t>(std::max<curl_off_t>(body, 0));
 }
 
+/// @throws std::bad_alloc, UnusableCurl before anything was sent
+void CurlConnection::Transfer(const HttpRequest& request, const Credentials& credentials, Reception& reception)
+{
+    const SigpipeGuard guard;
+    // Nothing of this call may be pointed to after it.
+    const std::unique_ptr<CURL, void (*)(CURL*)> used(m_Easy.get(), &curl_easy_reset);
+    m_Tls.Forget();
+    SetFixedOptions();
+    SetRequest(request, credentials, reception);
+    reception.End.Code = Drive(request, reception);
+    if (reception.End.Code == CURLE_OK && !reception.HeadDone)
+    {
+        // curl takes a head that is cut off for a whole answer without a body.
+        reception.End.Code = CURLE_PARTIAL_FILE;
+    }
+    long status = 0;
+    long systemError = 0;
+    curl_easy_getinfo(m_Easy.get(), CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(m_Easy.get(), CURLINFO_OS_ERRNO, &systemError);
+    reception.Answer.Status = static_cast<int>(status);
+    m_Answered = m_Answered || status > 0;
+    reception.End.SystemError = static_cast<int>(systemError);
+    reception.End.Words = reception.Words.data();
+}
+
 Exchange CurlConnection::Run(const HttpRequest& request, const Credentials& credentials)
 {
     TransferLimits limits = m_Limits;
@@ -359,26 +387,14 @@ Exchange CurlConnection::Run(const HttpRequest& request, const Credentials& cred
     }
     else if (m_Multi && m_Easy)
     {
-        const SigpipeGuard guard;
-        // Nothing of this call may be pointed to after it.
-        const std::unique_ptr<CURL, void (*)(CURL*)> used(m_Easy.get(), &curl_easy_reset);
-        m_Tls.Forget();
-        SetFixedOptions();
-        SetRequest(request, credentials, reception);
-        reception.End.Code = Drive(request, reception);
-        if (reception.End.Code == CURLE_OK && !reception.HeadDone)
+        try
         {
-            // curl takes a head that is cut off for a whole answer without a body.
-            reception.End.Code = CURLE_PARTIAL_FILE;
+            Transfer(request, credentials, reception);
         }
-        long status = 0;
-        long systemError = 0;
-        curl_easy_getinfo(m_Easy.get(), CURLINFO_RESPONSE_CODE, &status);
-        curl_easy_getinfo(m_Easy.get(), CURLINFO_OS_ERRNO, &systemError);
-        reception.Answer.Status = static_cast<int>(status);
-        m_Answered = m_Answered || status > 0;
-        reception.End.SystemError = static_cast<int>(systemError);
-        reception.End.Words = reception.Words.data();
+        catch (const UnusableCurl& fault)
+        {
+            return {{}, TransportFault{24, m_Origin.Text() + ": " + fault.what() + ".", false, Delivery::NotSent}};
+        }
     }
     if (reception.Thrown)
     {

@@ -47,6 +47,7 @@ class CurlConnection
   private:
     struct Reception;
 
+    void Transfer(const HttpRequest& request, const Credentials& credentials, Reception& reception);
     void SetFixedOptions();
     void SetRequest(const HttpRequest& request, const Credentials& credentials, Reception& reception);
     CURLcode Drive(const HttpRequest& request, Reception& reception);

@@ -1,21 +1,29 @@
 #pragma once
 
-#include <new>
+#include <stdexcept>
 
 #include <curl/curl.h>
 
 namespace Tavrine
 {
 
-/// Sets an option of a transfer. One that curl finds no memory for must not be left out: it may be
+/// The curl of this machine cannot do what a request depends on, which then must not go out. The text is the end of a
+/// sentence.
+class UnusableCurl : public std::runtime_error
+{
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// @throws std::bad_alloc, UnusableCurl for any code but CURLE_OK
+void RequireSet(CURLoption option, CURLcode code);
+
+/// Sets an option of a transfer. One that curl does not take must not be left out: it may be
 /// what a change depends on, or whom to trust.
-/// @throws std::bad_alloc
+/// @throws std::bad_alloc, UnusableCurl
 template <class Value> void SetOption(CURL* handle, CURLoption option, Value value)
 {
-    if (curl_easy_setopt(handle, option, value) == CURLE_OUT_OF_MEMORY)
-    {
-        throw std::bad_alloc();
-    }
+    RequireSet(option, curl_easy_setopt(handle, option, value));
 }
 
 } // namespace Tavrine

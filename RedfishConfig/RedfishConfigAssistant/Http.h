@@ -39,6 +39,8 @@ struct HttpRequest
     const SettingStringMap* Headers = nullptr;
     /// Goes out even after AbortRequests().
     bool DespiteAbort = false;
+    /// The texts in the body's values are blotted out of the BMC's words.
+    bool SecretBody = false;
 };
 
 struct HttpAnswer
@@ -51,12 +53,14 @@ struct HttpAnswer
     unsigned int Redirects = 0;
 
     bool Success() const { return Status >= 200 && Status < 300; }
-    /// The value of a header, empty where it is missing.
-    std::string Header(const std::string& lowerName) const
+    /// The value of a header, empty where it is missing. No copy: it may be a token.
+    const std::string& Header(const std::string& lowerName) const&
     {
+        static const std::string none;
         const auto found = Headers.find(lowerName);
-        return found == Headers.end() ? std::string() : found->second;
+        return found == Headers.end() ? none : found->second;
     }
+    const std::string& Header(const std::string& lowerName) const&& = delete;
 };
 
 /// Why there is no answer: never mixed with an answer's status.
@@ -78,6 +82,8 @@ struct Exchange
 {
     HttpAnswer Answer;
     std::optional<TransportFault> Fault;
+    /// When the request went out that this came of, the last one where it was sent again.
+    std::chrono::steady_clock::time_point Begun = {};
 };
 
 /// The code of a refused request (see BMCBaseAssistant).

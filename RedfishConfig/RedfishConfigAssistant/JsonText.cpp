@@ -1,7 +1,5 @@
 #include "JsonText.h"
 
-#include <exception>
-
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
@@ -67,18 +65,11 @@ std::optional<json::value> ParseJson(std::string_view text)
     {
         return std::nullopt;
     }
-    try
-    {
-        json::error_code ec;
-        // Read and never changed, so its memory may grow alone and go at one stroke.
-        json::value document = json::parse(json::string_view(text.data(), text.size()), ec,
-                                           json::make_shared_resource<json::monotonic_resource>(), JsonOptions());
-        return ec ? std::nullopt : std::optional(std::move(document));
-    }
-    catch (const std::exception&) // memory alone can do this
-    {
-        return std::nullopt;
-    }
+    json::error_code ec;
+    // Read and never changed, so its memory may grow alone and go at one stroke.
+    json::value document = json::parse(json::string_view(text.data(), text.size()), ec,
+                                       json::make_shared_resource<json::monotonic_resource>(), JsonOptions());
+    return ec ? std::nullopt : std::optional(std::move(document));
 }
 
 const json::value* Member(const json::value* parent, std::string_view name)

@@ -31,7 +31,8 @@ JsonShape LookAtJson(std::string_view text);
 /// For parsers that are to take what LookAtJson takes.
 boost::json::parse_options JsonOptions();
 
-/// The document, or nothing when LookAtJson refuses it. Never throws.
+/// The document, or nothing when LookAtJson refuses it. Throws where memory runs out: an answer that could not be
+/// read must not count as one that says nothing.
 std::optional<boost::json::value> ParseJson(std::string_view text);
 
 /// The member of an object; null when `parent` is null, is no object or lacks it.

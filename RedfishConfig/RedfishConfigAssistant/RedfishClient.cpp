@@ -94,10 +94,15 @@ std::string_view WithoutPoint(std::string_view text)
 }
 
 constexpr int CodeBroken = 32;
+/// Of an answer whose messages were not all read.
+constexpr int CodeUnread = 27;
 
-/// Whether a BMC that answers a change with this status may have done it. What it does not
+/// Whether a BMC that answers a change so may have done it, or part of it. What it does not
 /// know how to do it has not done.
-bool LeavesOpen(int status) { return status >= 500 && status != 501 && status != 505; }
+bool LeavesOpen(int code, int status)
+{
+    return code == CodeUnread || (code == CodeBroken && status >= 500 && status != 501 && status != 505);
+}
 
 /// What is known of a change that got no answer.
 std::string TextAfterChange(const TransportFault& fault)
@@ -181,18 +186,12 @@ RedfishConfigResult RedfishClient::Change(const HttpRequest& request, std::strin
     {
         return {RefusalCode(request.Verb, errors != nullptr), fault, ""};
     }
-    const auto begun = std::chrono::steady_clock::now();
     Exchange exchange = Send(request);
     if (exchange.Fault)
     {
         return {exchange.Fault->Code, TextAfterChange(*exchange.Fault), ""};
     }
-    RedfishConfigResult result = ConcludeTask(request, begun, exchange, errors);
-    if (result == CodeBroken && LeavesOpen(exchange.Answer.Status))
-    {
-        result = {CodeBroken, fmt::format("{}; {}.", WithoutPoint(result.ErrorMsg()), DeliveryWords::OutcomeUnknown),
-                  ""};
-    }
+    RedfishConfigResult result = ConcludeTask(request, exchange, errors);
     response = std::move(exchange.Answer.Body);
     return result;
 }
@@ -211,8 +210,8 @@ RedfishConfigResult RedfishClient::Delete(std::string_view path, std::string& re
 
 /// The result of an answered change, that of its task included, whose last answer is
 /// left in `exchange`.
-RedfishConfigResult RedfishClient::ConcludeTask(const HttpRequest& request, std::chrono::steady_clock::time_point begun,
-                                                Exchange& exchange, std::vector<RedfishConfigResult>* errors)
+RedfishConfigResult RedfishClient::ConcludeTask(const HttpRequest& request, Exchange& exchange,
+                                                std::vector<RedfishConfigResult>* errors)
 {
     std::optional<TaskEnd> task;
     if (exchange.Answer.Status == 202)
@@ -222,12 +221,14 @@ RedfishConfigResult RedfishClient::ConcludeTask(const HttpRequest& request, std:
             const std::lock_guard lock(m_Mutex);
             return SendOnce({HttpVerb::Get, path, {}, timeout, nullptr, false});
         };
-        task = FollowTask(exchange.Answer, {m_Connection.Place(), request.Path, begun, begun + request.Timeout, read});
+        // What was waited for before, a busy BMC or another thread, is none of the request's own time.
+        task = FollowTask(exchange.Answer,
+                          {m_Connection.Place(), request.Path, exchange.Begun, exchange.Begun + request.Timeout, read});
     }
     const std::lock_guard lock(m_Mutex);
     if (!task)
     {
-        return Judge(request, exchange, errors);
+        return JudgeChange(request, exchange, errors, {});
     }
     if (!task->Doubt.empty())
     {
@@ -238,7 +239,7 @@ RedfishConfigResult RedfishClient::ConcludeTask(const HttpRequest& request, std:
     }
     const bool reset = AsksForReset(exchange.Answer);
     exchange.Answer = std::move(task->Answer);
-    RedfishConfigResult result = Judge(request, exchange, errors, task->FailedState);
+    RedfishConfigResult result = JudgeChange(request, exchange, errors, task->FailedState);
     return result == 0 && reset ? RedfishConfigResult(1, "", "") : result;
 }
 
@@ -381,7 +382,9 @@ Exchange RedfishClient::Run(const HttpRequest& request)
     }
     Log(4, __FILE__, __LINE__).Stream() << Call(request) << " to " << m_Connection.Place().Text();
     const Credentials credentials{m_User.Get(), m_Password.Get(), m_Session.Token.Get()};
+    const auto begun = std::chrono::steady_clock::now();
     Exchange exchange = m_Connection.Run(request, credentials);
+    exchange.Begun = begun;
     if (exchange.Fault)
     {
         Log(4, __FILE__, __LINE__).Stream() << Call(request) << " failed: " << exchange.Fault->Text;
@@ -406,6 +409,7 @@ RedfishConfigResult RedfishClient::Judge(const HttpRequest& request, const Excha
                              request.Path,  m_Connection.Place().Text(),
                              authenticated, {m_Password.Get(), m_Session.Token.Get()}};
     answered.FailedTask = failedTask;
+    answered.SecretBody = request.SecretBody ? request.Body : std::string_view();
     const auto deadline = std::chrono::steady_clock::now() + LookupTimeoutOfAll;
     // After a refused login a read would send the same password once more; after a logout
     // nobody waits for words.
@@ -421,6 +425,18 @@ RedfishConfigResult RedfishClient::Judge(const HttpRequest& request, const Excha
         m_RetryAfter = BusySeconds(exchange.Answer);
     }
     return result;
+}
+
+RedfishConfigResult RedfishClient::JudgeChange(const HttpRequest& request, const Exchange& exchange,
+                                               std::vector<RedfishConfigResult>* errors, const std::string& failedTask)
+{
+    RedfishConfigResult result = Judge(request, exchange, errors, failedTask);
+    if (!LeavesOpen(result, exchange.Answer.Status))
+    {
+        return result;
+    }
+    return {result.ErrorCode(), fmt::format("{}; {}.", WithoutPoint(result.ErrorMsg()), DeliveryWords::OutcomeUnknown),
+            ""};
 }
 
 /// Nothing in here may log in: the answer that is being judged points to the token.

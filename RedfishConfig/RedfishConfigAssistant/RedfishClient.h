@@ -92,8 +92,8 @@ class RedfishClient
     Exchange Send(const HttpRequest& request);
     Exchange Persist(Repeat repeat, const std::function<Exchange()>& once);
     bool WaitOut(const Exchange& exchange, std::uint32_t turn);
-    RedfishConfigResult ConcludeTask(const HttpRequest& request, std::chrono::steady_clock::time_point begun,
-                                     Exchange& exchange, std::vector<RedfishConfigResult>* errors);
+    RedfishConfigResult ConcludeTask(const HttpRequest& request, Exchange& exchange,
+                                     std::vector<RedfishConfigResult>* errors);
     bool PauseBeforeRetry(std::uint32_t attempt) const;
     std::string RequestFault(const HttpRequest& request) const;
 
@@ -105,6 +105,8 @@ class RedfishClient
     RedfishConfigResult TakeSession(const HttpAnswer& answer);
     RedfishConfigResult Judge(const HttpRequest& request, const Exchange& exchange,
                               std::vector<RedfishConfigResult>* errors, const std::string& failedTask = {});
+    RedfishConfigResult JudgeChange(const HttpRequest& request, const Exchange& exchange,
+                                    std::vector<RedfishConfigResult>* errors, const std::string& failedTask);
     std::string FindWords(const BmcMessage& message, std::chrono::steady_clock::time_point deadline);
 
     std::mutex m_Mutex;

@@ -341,8 +341,13 @@ std::optional<StoredText> RegistryStore::Load(const std::string& key) const
 
 void RegistryStore::Save(const std::string& key, const StoredText& stored) const
 {
-    if (!IsOn() || stored.Tag.empty() || stored.Text.size() > m_Limits.TextBytes)
+    if (!IsOn() || stored.Tag.empty())
     {
+        return;
+    }
+    if (stored.Text.size() > m_Limits.TextBytes)
+    {
+        Tell(m_Folder, "one is larger than " + std::to_string(m_Limits.TextBytes) + " bytes");
         return;
     }
     std::string fault;

@@ -95,10 +95,22 @@ Sha256Digest Sha256Of(std::string_view bytes)
     return digest;
 }
 
+std::string TlsLibraryFault(const char* name)
+{
+    // Those in brackets are not in use. What curl hands over to the check is an object of its own library.
+    const std::string used = name == nullptr ? "no library" : name;
+    return used.starts_with("OpenSSL/") ? "" : "curl speaks TLS by " + used + ", certificates are checked by OpenSSL";
+}
+
 TlsCheck::TlsCheck(TlsRules rules) : m_Rules(std::move(rules)) {}
 
 void TlsCheck::Apply(CURL* handle)
 {
+    static const std::string fault = TlsLibraryFault(curl_version_info(CURLVERSION_NOW)->ssl_version);
+    if (!fault.empty())
+    {
+        throw UnusableCurl(fault);
+    }
     const bool byChain = m_Rules.Verify && !m_Rules.Pin;
     SetOption(handle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     SetOption(handle, CURLOPT_SSL_VERIFYPEER, byChain ? 1L : 0L);

@@ -31,6 +31,10 @@ struct TlsRules
     std::optional<Sha256Digest> Pin;
 };
 
+/// Why certificates cannot be checked with a curl that speaks TLS by this library, as
+/// curl_version_info_data::ssl_version names it (null for none); empty when they can.
+std::string TlsLibraryFault(const char* name);
+
 /// Applies the rules to a curl handle and remembers what the server showed in the
 /// last handshake. Must outlive the handle's transfers and stay where it is.
 class TlsCheck
@@ -40,6 +44,7 @@ class TlsCheck
     TlsCheck(const TlsCheck&) = delete;
     TlsCheck& operator=(const TlsCheck&) = delete;
 
+    /// @throws std::bad_alloc, UnusableCurl where the rules cannot be applied
     void Apply(CURL* handle);
     const TlsRules& Rules() const { return m_Rules; }
     /// Forgets what the last handshake showed.

@@ -1,5 +1,6 @@
 #include "TransportFaults.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <system_error>
@@ -49,7 +50,8 @@ std::string TimeoutText(const Circumstances& of)
 {
     return of.End.Connected
                ? fmt::format("time-out, no whole answer came within {} s", of.Limits.RequestTimeout.count())
-               : fmt::format("time-out, no connection stood within {} s", of.Limits.ConnectTimeout.count());
+               : fmt::format("time-out, no connection stood within {} s",
+                             std::min(of.Limits.ConnectTimeout, of.Limits.RequestTimeout).count());
 }
 
 std::string CertificateText(const Circumstances& of)

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "AnswerMessages.h"
+#include "Logging.h"
 #include "SharedData.h"
 #include "TestServer.h"
 
@@ -50,6 +51,19 @@ std::string ListOf(const std::string& messages)
     return R"({"error":{"code":"Base.1.8.GeneralError","message":"A general error has occurred.",)"
            R"("@Message.ExtendedInfo":[)" +
            messages + "]}}";
+}
+
+/// Messages of one kind, each about a setting of its own.
+std::string ManyOf(const std::string& id, std::size_t count)
+{
+    std::string many;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        const std::string number = std::to_string(i);
+        many += (i == 0 ? R"({"MessageId":")" : R"(,{"MessageId":")") + id + R"(","Message":"No )" + number +
+                R"(","RelatedProperties":["S)" + number + R"("]})";
+    }
+    return many;
 }
 
 } // namespace
@@ -269,17 +283,65 @@ TEST(AnswerResults, AnErrorWithoutListInsideA200IsAFault)
 
 TEST(AnswerResults, FloodsOfMessagesAreCut)
 {
-    std::string many;
-    for (int i = 0; i < 2000; ++i)
+    for (const std::size_t count : {500U, 501U, 2000U})
     {
-        many += (i == 0 ? "" : ",") + std::string(R"({"MessageId":"B.PropertyUnknown","Message":"No )") +
-                std::to_string(i) + R"(","RelatedProperties":["S)" + std::to_string(i) + R"("]})";
+        const CapturingLogSink log(1);
+        std::vector<RedfishConfigResult> errors;
+        RedfishConfigResult result = JudgePatch(400, ListOf(ManyOf("B.PropertyUnknown", count)), errors);
+        EXPECT_THAT(result, HasCode(18));
+        EXPECT_EQ(errors.size(), 500U);
+        EXPECT_LT(result.ErrorMsg().size(), 4200U);
+        EXPECT_EQ(log.Records().size(), count == 500U ? 0U : 1U) << count;
     }
+}
+
+TEST(AnswerResults, WhatIsNoFaultTakesNoPlaceOfOne)
+{
+    for (const char* harmless : {"B.Success", "B.PropertyValueModified", "B.ResetRequired", "Oem.1.0.Unheard"})
+    {
+        std::vector<RedfishConfigResult> errors;
+        const std::string refusal = R"(,{"MessageId":"B.PropertyNotWritable","MessageArgs":["Mode"]})";
+        EXPECT_THAT(JudgePatch(200, ListOf(ManyOf(harmless, 552) + refusal), errors), HasCode(18)) << harmless;
+        EXPECT_EQ(Listed(errors), std::vector<std::string>{"Mode=18"}) << harmless;
+    }
+    EXPECT_THAT(JudgePatch(200, ListOf(ManyOf("B.Success", 552) + R"(,{"MessageId":"B.ResetRequired"})"), noErrors),
+                HasCode(1));
+}
+
+TEST(AnswerResults, AFaultIsNoDuplicateOfAHarmlessMessage)
+{
     std::vector<RedfishConfigResult> errors;
-    RedfishConfigResult result = JudgePatch(400, ListOf(many), errors);
-    EXPECT_THAT(result, HasCode(18));
-    EXPECT_EQ(errors.size(), 500U);
-    EXPECT_LT(result.ErrorMsg().size(), 4200U);
+    EXPECT_THAT(JudgePatch(200,
+                           ListOf(R"({"MessageId":"Oem.1.Odd","Severity":"OK","RelatedProperties":["A"]},)"
+                                  R"({"MessageId":"Oem.1.Odd","Severity":"Critical","RelatedProperties":["A"]})"),
+                           errors),
+                HasCode(18));
+    EXPECT_EQ(Listed(errors), std::vector<std::string>{"A=18"});
+}
+
+TEST(AnswerResults, AnAnswerWhoseMessagesAreNotReadIsNoSuccess)
+{
+    const std::string filler = R"("Filler":")" + std::string(1024U * 1024U, 'x') + "\"";
+    const std::string refusal = R"([{"MessageId":"B.PropertyNotWritable","MessageArgs":["Mode"]}])";
+    for (const std::string& member :
+         {R"("error":{"@Message.ExtendedInfo":)" + refusal + "}", R"("@Message.ExtendedInfo":)" + refusal,
+          R"("Attributes":{"Mode@Message.ExtendedInfo":)" + refusal + "}", R"("Messages":)" + refusal,
+          std::string(R"("error":{"code":"1","message":"It failed."})")})
+    {
+        const CapturingLogSink log(1);
+        const std::string body = "{" + filler + "," + member + "}";
+        EXPECT_THAT(JudgePatch(200, body, noErrors), Fails(27, "PATCH /settings")) << member;
+        EXPECT_EQ(log.Records().size(), 1U) << member;
+        EXPECT_THAT(JudgePatch(400, body, noErrors), HasCode(18)) << member;
+        EXPECT_THAT(JudgePatch(503, body, noErrors), HasCode(33)) << member;
+    }
+    const CapturingLogSink log(1);
+    for (const std::string member : {R"("Content":"\"Messages\" and X@Message.ExtendedInfo\" of a file")",
+                                     R"("error":"none")", R"("X":{"error":{}})"})
+    {
+        EXPECT_THAT(JudgePatch(200, "{" + filler + "," + member + "}", noErrors), HasCode(0)) << member;
+    }
+    EXPECT_TRUE(log.Records().empty());
 }
 
 TEST(AnswerResults, BodiesAboveOneMebibyteHaveNoMessages)
@@ -287,8 +349,10 @@ TEST(AnswerResults, BodiesAboveOneMebibyteHaveNoMessages)
     constexpr std::size_t limit = 1024U * 1024U;
     std::string body = ListOf(R"({"MessageId":"B.PropertyUnknown","RelatedProperties":["S"]})");
     body.resize(limit, ' ');
-    EXPECT_EQ(ReadMessages(body, true).size(), 1U);
-    EXPECT_TRUE(ReadMessages(body + " ", true).empty());
+    EXPECT_EQ(ReadMessages(body, true).Messages.size(), 1U);
+    EXPECT_FALSE(ReadMessages(body, true).Cut);
+    EXPECT_TRUE(ReadMessages(body + " ", true).Messages.empty());
+    EXPECT_TRUE(ReadMessages(body + " ", true).Cut);
 }
 
 TEST(AnswerResults, ControlCharactersOfTheBmcDoNotReachAMessage)

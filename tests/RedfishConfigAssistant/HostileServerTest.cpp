@@ -75,6 +75,11 @@ TEST(HostileServer, StallsInTheTlsHandshake)
     info.Flags = 0;
     info.RequestTimeout = 30;
     EXPECT_THAT(Get(info), Fails(24, "time-out, no connection stood within 1 s"));
+
+    // Whichever of the two limits is over first.
+    info.RequestTimeout = 1;
+    info.ConnectTimeout = 30;
+    EXPECT_THAT(Get(info), Fails(24, "time-out, no connection stood within 1 s"));
 }
 
 TEST(HostileServer, StallsWithinTheBody)

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Logging.h"
 #include "SharedData.h"
 #include "TemporaryFolder.h"
 
@@ -272,6 +273,21 @@ TEST(RegistryStore, WhatWasNotUsedForLongestGoes)
     fixture.Store.Save("large", {"/p", "\"1\"", std::string(6'001, 'x')});
     EXPECT_EQ(fixture.TextOf("large"), "(none)");
     EXPECT_NE(fixture.TextOf("c"), "(none)");
+}
+
+TEST(RegistryStore, ATextThatIsTooLargeIsTold)
+{
+    Fixture fixture;
+    fixture.Store = RegistryStore(fixture.Folder.string(), {6'000, 10'000, 100});
+    for (const std::size_t size : {6'000U, 6'001U})
+    {
+        const CapturingLogSink log(3);
+        fixture.Store.Save("large", {"/p", "\"1\"", std::string(size, 'x')});
+        ASSERT_EQ(log.Records().size(), size > 6'000U ? 1U : 0U);
+        EXPECT_EQ(log.Records().empty() ? "6000 bytes"
+                                        : log.Records()[0].Text.substr(log.Records()[0].Text.size() - 10),
+                  "6000 bytes");
+    }
 }
 
 TEST(RegistryStore, TheNumberOfFilesHasAnEnd)

@@ -207,6 +207,45 @@ TEST(RestVerbs, AnswersAreTakenUpToTheLimit)
     }
 }
 
+TEST(RestVerbs, AnAnswerWhoseMessagesAreNotReadLeavesAChangeOpen)
+{
+    const TestServer server(
+        Body(R"({"error":{"code":"1","message":"No."},"Filler":")" + std::string(1'100'000, 'x') + "\"}"));
+    BMCBaseAssistant client(server.Info(), Kind);
+    std::vector<RedfishConfigResult> errors;
+    EXPECT_THAT(client.PatchData("/x", "{}", errors, true, {}),
+                Fails(27, "; whether the change was done is not known."));
+    std::string response = "old";
+    const RedfishConfigResult read = client.GetData("/x", response);
+    EXPECT_THAT(read, Fails(27, "GET /x"));
+    EXPECT_THAT(read, testing::Not(Fails(27, "whether")));
+    EXPECT_EQ(response, "old");
+}
+
+TEST(RestVerbs, ValuesOfASecretBodyAreBlottedOutOfTheBmcsWords)
+{
+    const std::string words = "The value 'hunter22' for the property AdminPassword is not of its type.";
+    const TestServer server(Body(R"({"error":{"@Message.ExtendedInfo":[{"MessageId":"B.PropertyValueTypeError",)"
+                                 R"("Message":")" +
+                                     words + R"(","RelatedProperties":["#/Attributes/AdminPassword"]}]}})",
+                                 400));
+    const std::string body = R"({"Attributes":{"AdminPassword":"hunter22"}})";
+    const std::string blotted = "The value '********' for the property AdminPassword is not of its type.";
+    BMCBaseAssistant client(server.Info(), Kind);
+    std::string response;
+    for (const bool secret : {true, false})
+    {
+        const std::string& expected = secret ? blotted : words;
+        std::vector<RedfishConfigResult> errors;
+        EXPECT_THAT(client.PatchData("/x", body, errors, secret, {}), Fails(18, expected));
+        EXPECT_THAT(client.PostData("/x", body, response, errors, secret, 20), Fails(18, expected));
+        ASSERT_EQ(errors.size(), 2U);
+        EXPECT_THAT(errors[0], Fails(10, expected));
+        EXPECT_THAT(errors[1], Fails(10, expected));
+        EXPECT_THAT(client.PostData("/x", body, response, secret, 20), Fails(28, expected));
+    }
+}
+
 TEST(RestVerbs, GzipIsUnpacked)
 {
     const std::string body = "[\"" + std::string(500'000, 'x') + "\"]";

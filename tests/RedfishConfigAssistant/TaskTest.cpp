@@ -511,6 +511,21 @@ TEST(Task, ASessionThatRunsOutUnderATaskIsOpenedAnew)
     EXPECT_EQ(server.Requests().back().Header("X-Auth-Token"), "token-2");
 }
 
+TEST(Task, TheWaitForABusyBmcIsNoneOfItsTime)
+{
+    Script script({{"/settings", {{503, "", {{"Retry-After", "2"}}}, Accepted()}}, {Monitor, {{204}}}});
+    const TestServer server(script.Handler());
+    auto info = server.Info();
+    info.RequestTimeout = 2;
+    TavrineConnection::ConnectionProfile profile;
+    profile.BusyPatience = 60;
+    const TavrineConnection::BmcConnection connection(info, profile);
+    std::vector<RedfishConfigResult> errors;
+    EXPECT_THAT(BMCBaseAssistant(connection.Info(), Kind).PatchData("/settings", "{}", errors, true, {}), HasCode(0));
+    EXPECT_EQ(server.Calls(),
+              (std::vector<std::string>{"PATCH /settings", "PATCH /settings", std::string("GET ") + Monitor}));
+}
+
 TEST(Task, HostileTextsAreHarmless)
 {
     const std::string deep = std::string(10'000, '[') + std::string(10'000, ']');

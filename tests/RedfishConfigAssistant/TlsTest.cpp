@@ -95,6 +95,29 @@ TEST(Tls, CaFilesThatCannotBeUsed)
     EXPECT_THAT(Get(Verified(server), {.CaFile = empty.Path(), .PinnedSha256 = ""}), HasCode(24));
 }
 
+TEST(Tls, AnOptionThatCurlRefusesStopsTheRequest)
+{
+    const std::string tooLong(8'000'001, 'x');
+    const TestServer server(Answers, &Good());
+    EXPECT_THAT(Get(Verified(server), {.CaFile = tooLong, .PinnedSha256 = ""}), Fails(24, ": curl refuses "));
+    auto info = server.Info();
+    info.User = tooLong;
+    EXPECT_THAT(Get(info, {}), Fails(24, ": curl refuses "));
+    EXPECT_TRUE(server.Calls().empty());
+}
+
+TEST(Tls, CertificatesAreCheckedWithOpenSslAlone)
+{
+    EXPECT_EQ(TlsLibraryFault("OpenSSL/3.0.2"), "");
+    EXPECT_EQ(TlsLibraryFault("OpenSSL/3.0.2 (GnuTLS/3.7.3)"), "");
+    for (const char* name : {"GnuTLS/3.7.3", "(OpenSSL/3.0.2) GnuTLS/3.7.3", "NSS/3.68", "mbedTLS/2.28.0", ""})
+    {
+        EXPECT_NE(TlsLibraryFault(name).find(name), std::string::npos) << name;
+        EXPECT_NE(TlsLibraryFault(name), "") << name;
+    }
+    EXPECT_NE(TlsLibraryFault(nullptr), "");
+}
+
 TEST(Tls, CertificateForAnotherNameIsRefused)
 {
     const Certificate other = MakeCertificate("DNS:other.example");
