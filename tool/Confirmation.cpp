@@ -1,5 +1,6 @@
 #include "Confirmation.h"
 
+#include <termios.h>
 #include <unistd.h>
 
 #include "Options.h"
@@ -13,18 +14,29 @@ namespace
 {
 
 constexpr std::size_t LongestReply = 16;
+/// A terminal hands no longer line over, unless it does not wait for lines.
+constexpr std::size_t LongestLine = 4096;
 
 bool HasTerminal() { return isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1; }
 
-/// A line as the terminal hands it over, without its end.
+/// The begin of a line as the terminal hands it over, without its end. The rest of it is taken from the terminal as
+/// well: it would be a command to the shell that reads there next.
 std::string ReadReply()
 {
     std::string reply;
     char byte = 0;
-    while (reply.size() < LongestReply && WaitForInput(STDIN_FILENO) && read(STDIN_FILENO, &byte, 1) == 1 &&
-           byte != '\n')
+    for (std::size_t count = 0; WaitForInput(STDIN_FILENO) && read(STDIN_FILENO, &byte, 1) == 1 && byte != '\n';
+         ++count)
     {
-        reply.push_back(byte);
+        if (count == LongestLine)
+        {
+            tcflush(STDIN_FILENO, TCIFLUSH);
+            break;
+        }
+        if (count < LongestReply)
+        {
+            reply.push_back(byte);
+        }
     }
     return reply;
 }

@@ -18,6 +18,7 @@
 #include "Options.h"
 #include "SettingManager.h"
 #include "SettingSelection.h"
+#include "Signals.h"
 #include "TextOutput.h"
 #include "TextSearch.h"
 
@@ -39,6 +40,13 @@ struct Found
     std::vector<std::string> Places;
 };
 
+struct Findings
+{
+    std::map<std::string, Found> Settings;
+    /// Texts of which nobody knows whether they have the words.
+    std::size_t GivenUp = 0;
+};
+
 SearchedTexts TextsOf(const std::string& name, const RedfishConfigSettingTexts& words)
 {
     SearchedTexts texts = {
@@ -56,7 +64,9 @@ SearchedTexts TextsOf(const std::string& name, const RedfishConfigSettingTexts& 
 }
 
 /// Where the words are; nothing when one of them is nowhere.
-std::vector<std::string> PlacesOf(const SearchedTexts& texts, const std::vector<TextSearch>& words)
+/// @param givenUp  grows by the texts that a word was given up on.
+std::vector<std::string> PlacesOf(const SearchedTexts& texts, const std::vector<TextSearch>& words,
+                                  std::size_t& givenUp)
 {
     std::vector<bool> hits(texts.size());
     for (const TextSearch& word : words)
@@ -64,11 +74,14 @@ std::vector<std::string> PlacesOf(const SearchedTexts& texts, const std::vector<
         bool found = false;
         for (std::size_t index = 0; index < texts.size(); ++index)
         {
-            if (!texts[index].second.empty() && word.FoundIn(texts[index].second))
+            const Occurrence occurrence =
+                texts[index].second.empty() ? Occurrence::None : word.LookIn(texts[index].second);
+            if (occurrence == Occurrence::Found)
             {
                 hits[index] = true;
                 found = true;
             }
+            givenUp += occurrence == Occurrence::GivenUp ? 1 : 0;
         }
         if (!found)
         {
@@ -86,9 +99,9 @@ std::vector<std::string> PlacesOf(const SearchedTexts& texts, const std::vector<
     return places;
 }
 
-/// All settings, those included that have a value and are in no registry.
+/// All settings, those included that have a value and are in no registry. A stop signal ends it with a failure.
 RedfishConfigResult Search(RedfishConfigProc& front, const ManagerReader& readManager,
-                           const std::vector<TextSearch>& words, std::map<std::string, Found>& found)
+                           const std::vector<TextSearch>& words, Findings& findings)
 {
     std::unique_ptr<RedfishConfigSettingManager> manager;
     RedfishConfigResult result = readManager(front, manager);
@@ -105,15 +118,15 @@ RedfishConfigResult Search(RedfishConfigProc& front, const ManagerReader& readMa
         {
             return;
         }
-        if (std::vector<std::string> places = PlacesOf(texts, words); !places.empty())
+        if (std::vector<std::string> places = PlacesOf(texts, words, findings.GivenUp); !places.empty())
         {
-            found[shownName] = {displayName, std::move(places)};
+            findings.Settings[shownName] = {displayName, std::move(places)};
         }
     };
     std::set<std::string> registered;
     for (const std::string& name : manager->GetSettingNames())
     {
-        if (name.empty())
+        if (name.empty() || StopSignal() != 0)
         {
             continue;
         }
@@ -127,12 +140,12 @@ RedfishConfigResult Search(RedfishConfigProc& front, const ManagerReader& readMa
     for (const auto& [key, value] : values)
     {
         const std::string bare = BareGroupKey(key, prefixes);
-        if (!registered.contains(bare))
+        if (!registered.contains(bare) && StopSignal() == 0)
         {
             judge(bare, {}, {{"name", bare}, {"values", value}});
         }
     }
-    return result;
+    return StopSignal() == 0 ? result : RedfishConfigResult(CodeConnection, "The search was stopped", "");
 }
 
 json::object FoundObject(const std::map<std::string, Found>& found)
@@ -175,24 +188,30 @@ Answer FindSettings(RedfishConfigProc& front, const ManagerReader& readManager, 
     {
         words.emplace_back(word, options.Regex);
     }
-    std::map<std::string, Found> found;
-    const RedfishConfigResult result = Search(front, readManager, words, found);
+    Findings findings;
+    const RedfishConfigResult result = Search(front, readManager, words, findings);
     if (!IsSuccess(result.ErrorCode()))
     {
         AddFailure(answer, causes.Explain(result));
         return answer;
     }
-    if (found.empty())
+    if (findings.GivenUp > 0)
+    {
+        answer.Notes.push_back("warning: the search was given up on " + std::to_string(findings.GivenUp) +
+                               (findings.GivenUp == 1 ? " text" : " texts") +
+                               " as it took too long, so that settings or places may be missing");
+    }
+    if (findings.Settings.empty())
     {
         AddFailure(answer, {CodeNotFound, "Unable to find a setting with what is looked for", {}, {}});
     }
     if (options.Json)
     {
-        answer.Data = FoundObject(found);
+        answer.Data = FoundObject(findings.Settings);
     }
     else
     {
-        answer.Text = FoundTable(found, columns);
+        answer.Text = FoundTable(findings.Settings, columns);
     }
     return answer;
 }

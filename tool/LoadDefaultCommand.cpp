@@ -1,28 +1,23 @@
 #include "LoadDefaultCommand.h"
 
-#include <algorithm>
 #include <locale>
-#include <optional>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 #include <boost/algorithm/string/predicate.hpp>
 #include <boost/json/object.hpp>
 
-#include "BIOSCompatibleModule.h"
 #include "Bmc.h"
 #include "CauseLog.h"
-#include "ChangeDelivery.h"
 #include "Confirmation.h"
 #include "JsonOutput.h"
+#include "LoadDefaultSend.h"
 #include "MissingActions.h"
 #include "NamePatterns.h"
 #include "Options.h"
-#include "PendingValues.h"
 #include "SettingManager.h"
 #include "SettingNames.h"
 #include "SettingPairs.h"
-#include "SettingSelection.h"
 #include "TextOutput.h"
 #include "ValueConversions.h"
 
@@ -33,8 +28,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeReboot = 1;
-constexpr int CodeRefused = 18;
 constexpr const char* ResetRequest = "reset-bios";
 constexpr const char* PostRequest = "post";
 
@@ -60,73 +53,79 @@ std::string WhatIsWiped(const Options& options)
                         : "This resets all settings of the system to their defaults";
 }
 
-/// One setting on its way to its default.
-struct DefaultLoad
-{
-    std::string Name;
-    /// Under what the BMC knows it.
-    std::string Key;
-    RedfishConfigResult Result;
-    /// Nobody knows whether its request was carried out.
-    std::optional<Failure> Open;
-};
-
 constexpr const char* Sent = "sent, takes effect after a reboot";
-constexpr const char* InPlace = "in place";
-constexpr const char* Unknown = "unknown";
 
-/// What the BMC shows of a load, or else has answered.
-const char* OutcomeOf(RedfishConfigProc& front, const DefaultLoad& load, const PendingValues& values)
+std::string WordOf(LoadOutcome outcome)
 {
-    SettingStringMap defaults;
-    const bool hasDefault =
-        IsSuccess(front.QuerySettingDefaultValues(defaults, load.Name).ErrorCode()) && defaults.size() == 1;
-    const auto isDefault = [&](const std::string& value) { return Equal(defaults.begin()->second, value); };
-    const auto effective = values.Effective.find(load.Key);
-    const auto pending = values.Pending.find(load.Key);
-    if (pending != values.Pending.end() && (!load.Open || (hasDefault && isDefault(pending->second))))
+    switch (outcome)
     {
+    case LoadOutcome::Sent:
         return Sent;
+    case LoadOutcome::InPlace:
+        return "in place";
+    case LoadOutcome::Failed:
+        return "failed";
+    case LoadOutcome::NotSent:
+        return "not sent";
+    default:
+        return "unknown";
     }
-    if (effective == values.Effective.end())
-    {
-        return load.Open ? Unknown : load.Result == CodeReboot ? Sent : InPlace;
-    }
-    if (hasDefault)
-    {
-        return isDefault(effective->second) && pending == values.Pending.end() ? InPlace : Unknown;
-    }
-    return load.Open || load.Result == CodeReboot ? Unknown : InPlace;
 }
 
-/// Of a load whose outcome is not known.
-Failure UnknownLoad(const DefaultLoad& load, const std::string& shown, bool isRead)
+/// @param reason  empty for none.
+void PutOutcome(const std::string& shown, const std::string& word, const std::string& reason, const Options& options,
+                Answer& answer)
 {
-    if (!load.Open)
+    if (!options.Json)
     {
-        return {CodeRefused,
-                shown + ": the BMC accepted the change, but does not show it among its pending values",
-                shown,
-                {}};
+        answer.Text += EscapeText(shown) + ": " + word + (reason.empty() ? "" : ": " + EscapeText(reason)) + "\n";
+        return;
     }
-    return {
-        load.Open->Code,
-        shown + ": " + std::string(DeliveryWords::OutcomeUnknown) +
-            (isRead ? "; the BMC does not show it among its pending values" : "; its pending value could not be read"),
-        shown,
-        {}};
+    json::object entry{{"outcome", word}};
+    if (!reason.empty())
+    {
+        entry["reason"] = ValidUtf8(reason);
+    }
+    answer.Data[ValidUtf8(shown)] = std::move(entry);
 }
 
-void PutOutcome(const std::string& shown, const std::string& word, const Options& options, Answer& answer)
+/// What is told of a setting beyond its outcome. A run that a signal stops tells no failures, but this it must tell.
+std::string ReasonOf(const DefaultLoad& load)
 {
-    if (options.Json)
+    const std::string reason = load.Why ? load.Why->Message : "";
+    const std::string named = load.ShownName + ": ";
+    return reason.starts_with(named) ? reason.substr(named.size()) : reason;
+}
+
+void TellLoad(const DefaultLoad& load, const Options& options, Answer& answer)
+{
+    PutOutcome(load.ShownName, WordOf(load.Outcome), ReasonOf(load), options, answer);
+    if (!load.Why)
     {
-        answer.Data[ValidUtf8(shown)] = json::object{{"outcome", word}};
+        return;
     }
-    else
+    Failure failure = *load.Why;
+    if (load.Outcome != LoadOutcome::Failed)
     {
-        answer.Text += EscapeText(shown) + ": " + word + "\n";
+        failure.Message.insert(0,
+                               load.ShownName + (load.Outcome == LoadOutcome::NotSent ? ": not sent, since " : ": "));
     }
+    AddFailure(answer, std::move(failure));
+}
+
+WaitingDefaults WaitingOf(const std::vector<DefaultLoad>& loads)
+{
+    WaitingDefaults waiting;
+    for (const DefaultLoad& load : loads)
+    {
+        waiting.Unknown = waiting.Unknown || load.Outcome == LoadOutcome::Unknown;
+        waiting.Any = waiting.Any || load.Outcome == LoadOutcome::Sent;
+        if (load.Expected)
+        {
+            waiting.Expected.push_back({load.Key, *load.Expected});
+        }
+    }
+    return waiting;
 }
 
 /// The defaults that a load of all of them brings, of the settings that have values and can
@@ -238,85 +237,20 @@ Answer LoadAllDefaults(RedfishConfigProc& front, const Options& options)
         AddFailure(answer, failure);
         return answer;
     }
-    PutOutcome(front.m_Prefix, Sent, options, answer);
+    PutOutcome(front.m_Prefix, Sent, {}, options, answer);
     return answer;
 }
 
 Answer LoadSingleDefaults(const Options& options, const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
-                          std::vector<ExpectedValue>& expected)
+                          WaitingDefaults& waiting)
 {
     Answer answer;
-    CauseLog causes;
-    const std::unique_ptr<RedfishConfigProc> front = freshFront();
-    const Prefixes prefixes = ShownPrefixes(*front);
-    Config_Options naming;
-    naming.LegacyNameMode = options.LegacyNames;
-    std::vector<DefaultLoad> loads;
-    bool stopped = false;
-    for (const std::string& name : BareNames(options.Names, prefixes))
-    {
-        const std::string shown = prefixes.First + "." + name;
-        if (stopped)
-        {
-            AddFailure(answer, {CodeConnection, shown + ": not sent, since a request before it failed", shown, {}});
-            continue;
-        }
-        const RedfishConfigResult result = front->PostDefaultvalue(name, "");
-        const Failure failure = causes.Explain(result, shown);
-        const bool isOpen = !IsSuccess(failure.Code) && DeliveryIn(failure.Message) == Delivery::Sent;
-        if (IsSuccess(failure.Code) || isOpen)
-        {
-            DefaultLoad& load =
-                loads.emplace_back(DefaultLoad{name, name, result, isOpen ? std::optional(failure) : std::nullopt});
-            BIOSCompatibleModule(naming).ConvertNameFromOldToNew(name, load.Key);
-        }
-        if (IsSuccess(failure.Code))
-        {
-            continue;
-        }
-        stopped = IsUnreachable(failure.Code);
-        if (MissesAction(failure))
-        {
-            answer.Notes.emplace_back(MissingActionHint);
-        }
-        if (isOpen)
-        {
-            answer.Notes.push_back("warning: " + shown + ": " + failure.Message);
-            continue;
-        }
-        AddFailure(answer, failure);
-    }
-    PendingValues values;
-    const std::unique_ptr<RedfishConfigProc> reader = freshFront();
-    RedfishConfigResult read(CodeSucceed, "", "");
-    if (!loads.empty())
-    {
-        read = ReadPendingValues(*reader, values);
-        WarnOfDefaults(*reader, answer.Notes);
-    }
-    const bool known = !loads.empty() && IsSuccess(read.ErrorCode());
-    if (!IsSuccess(read.ErrorCode()))
-    {
-        answer.Notes.push_back("warning: the pending values could not be read back: " + causes.Explain(read).Message);
-    }
+    const std::vector<DefaultLoad> loads = SendDefaults(options, freshFront, answer.Notes);
     for (const DefaultLoad& load : loads)
     {
-        if (known && !values.Effective.contains(load.Key))
-        {
-            AddPendingValue(*reader, load.Key, values); // protected, or hidden from groups
-        }
-        const std::string shown = prefixes.First + "." + load.Name;
-        const std::string outcome = OutcomeOf(*front, load, values);
-        PutOutcome(shown, outcome, options, answer);
-        if (outcome == Unknown)
-        {
-            AddFailure(answer, UnknownLoad(load, shown, values.Effective.contains(load.Key)));
-        }
-        else if (const auto pending = values.Pending.find(load.Key); pending != values.Pending.end())
-        {
-            expected.push_back({load.Key, pending->second});
-        }
+        TellLoad(load, options, answer);
     }
+    waiting = WaitingOf(loads);
     return answer;
 }
 
@@ -326,15 +260,16 @@ Answer RunLoadDefault(const Options& options, Bmc& bmc)
     {
         return RunWhole(options, bmc);
     }
-    std::vector<ExpectedValue> expected;
+    WaitingDefaults waiting;
     Answer answer = LoadSingleDefaults(
-        options, [&] { return bmc.DecimalFront(); }, expected);
-    if (options.Reboot && expected.empty())
+        options, [&] { return bmc.DecimalFront(); }, waiting);
+    if (options.Reboot && (waiting.Unknown || !waiting.Any))
     {
-        answer.Notes.emplace_back("not restarted, since nothing waits for it");
+        answer.Notes.emplace_back(waiting.Unknown ? "not restarted, since what the BMC has received is not known"
+                                                  : "not restarted, since nothing waits for it");
         return answer;
     }
-    RebootAndVerify(MeansOf(bmc), options, expected, answer);
+    RebootAndVerify(MeansOf(bmc), options, waiting.Expected, answer);
     return answer;
 }
 

@@ -20,6 +20,17 @@ namespace Tavrine::Tool
 class Bmc;
 struct Options;
 
+/// What a `loaddefault` of single settings leaves to a restart.
+struct WaitingDefaults
+{
+    /// What has to be in force after it.
+    std::vector<ExpectedValue> Expected;
+    /// Also what Expected does not have, where it cannot be found out.
+    bool Any = false;
+    /// What the BMC received of some setting is not known.
+    bool Unknown = false;
+};
+
 /// `--post`, `--yes`, `--reboot` and `--wait`.
 void AddLoadDefaultOptions(CLI::App& command, Options& options);
 
@@ -31,9 +42,8 @@ Answer RunLoadDefault(const Options& options, Bmc& bmc);
 
 /// Loads the defaults of the settings that `options` names, one after the other.
 /// @param freshFront  gives an object of text output that was not used yet.
-/// @param expected  receives what has to be in force after a reboot.
 Answer LoadSingleDefaults(const Options& options, const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
-                          std::vector<ExpectedValue>& expected);
+                          WaitingDefaults& waiting);
 
 /// Asks for the defaults of all settings: by the reset action, or with `--post` by the
 /// firmware at its next start.

@@ -14,6 +14,9 @@ namespace Tavrine::Tool
 namespace
 {
 
+/// As many as the kernel follows.
+constexpr int MostLinks = 40;
+
 /// A file under a temporary name, removed unless it was renamed.
 class TemporaryFile
 {
@@ -72,42 +75,55 @@ mode_t NewFileMode(mode_t mode)
     return mode & ~mask;
 }
 
-/// The new name lasts only when its folder is on the disk.
-bool SyncFolder(const std::filesystem::path& file)
+/// The new name lasts only when its folder is on the disk. Where that cannot be had, the new file stands all the same.
+void SyncFolder(const std::filesystem::path& file)
 {
     const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
     const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
+    if (descriptor >= 0)
     {
-        return false;
+        fsync(descriptor);
+        close(descriptor);
     }
-    // Some file systems cannot sync a folder and say so with EINVAL.
-    const bool synced = fsync(descriptor) == 0 || errno == EINVAL;
-    const int cause = errno;
-    close(descriptor);
-    errno = cause;
-    return synced;
+}
+
+/// Where links lead in the end, be there a file yet or not.
+std::filesystem::path Followed(std::filesystem::path path, std::error_code& error)
+{
+    std::error_code noLink;
+    for (int links = 0; std::filesystem::is_symlink(path, noLink) && !error; ++links)
+    {
+        path = path.parent_path() / std::filesystem::read_symlink(path, error);
+        if (links == MostLinks)
+        {
+            error = std::make_error_code(std::errc::too_many_symbolic_link_levels);
+        }
+    }
+    return path;
 }
 
 } // namespace
 
 std::string WriteWholeFile(const std::string& path, std::string_view text, mode_t mode)
 {
-    std::error_code noSuchFile;
-    const std::filesystem::path real = std::filesystem::canonical(path, noSuchFile);
-    const std::string target = noSuchFile ? path : real.string();
     struct stat former = {};
-    const bool exists = stat(target.c_str(), &former) == 0;
+    const bool exists = stat(path.c_str(), &former) == 0;
     if (exists && !S_ISREG(former.st_mode))
     {
         return "is no plain file";
     }
+    std::error_code error;
+    const std::string target = Followed(path, error).string();
+    if (error)
+    {
+        return error.message();
+    }
     TemporaryFile file(target);
-    if (!file.Good() || !file.Fill(text, exists ? former.st_mode & mode : NewFileMode(mode)) ||
-        !file.RenameTo(target) || !SyncFolder(target))
+    if (!file.Good() || !file.Fill(text, exists ? former.st_mode & mode : NewFileMode(mode)) || !file.RenameTo(target))
     {
         return std::strerror(errno);
     }
+    SyncFolder(target);
     return {};
 }
 

@@ -48,7 +48,7 @@ std::string WordOf(const RestoreSetting& setting, const std::string& shownName)
     case RestoreOutcome::Planned:
         return "would be sent";
     case RestoreOutcome::InPlace:
-        return "in place";
+        return "in place" + reason;
     case RestoreOutcome::Waiting:
         return "already waits for a reboot";
     case RestoreOutcome::Sent:
@@ -477,21 +477,24 @@ void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& fr
                  std::vector<std::string>& notes)
 {
     CauseLog causes;
-    bool stopped = false;
+    std::optional<int> stopped;
     for (const std::vector<std::size_t>& indices : plan.Calls)
     {
         if (stopped || StopSignal() != 0)
         {
             for (const std::size_t index : indices)
             {
-                SetOutcome(plan.Settings[index], RestoreOutcome::NotSent, CodeConnection,
+                SetOutcome(plan.Settings[index], RestoreOutcome::NotSent, stopped.value_or(CodeConnection),
                            stopped ? "a request before it failed" : "the run was stopped");
             }
             continue;
         }
         const RestoreCall call = MakeCall(plan, indices, options.SameSystem, *freshFront());
         const Failure failure = causes.Explain(call.Result);
-        stopped = !IsSuccess(failure.Code) && IsUnreachable(failure.Code);
+        if (IsUnreachable(failure.Code))
+        {
+            stopped = failure.Code;
+        }
         if (MissesAction(failure))
         {
             notes.emplace_back(MissingActionHint);
@@ -503,6 +506,13 @@ void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& fr
     if (!IsSuccess(result.ErrorCode()))
     {
         notes.push_back("warning: the values could not be read back: " + causes.Explain(result).Message);
+        for (RestoreSetting& setting : plan.Settings)
+        {
+            if (setting.Outcome == RestoreOutcome::InPlace)
+            {
+                setting.Why = "whether it waits for a reboot is not known";
+            }
+        }
         return;
     }
     JudgeByValues(plan, values);

@@ -17,7 +17,7 @@ enum class RestoreOutcome
 {
     /// To be sent, or (with `--dry-run`) it would be.
     Planned,
-    /// In force or, where the BMC was not asked for more, pending.
+    /// In force or, where the BMC was not asked or did not answer, pending.
     InPlace,
     /// The BMC had it before, and it waits for a reboot.
     Waiting,

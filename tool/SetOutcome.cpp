@@ -1,5 +1,7 @@
 #include "SetOutcome.h"
 
+#include <algorithm>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -12,6 +14,7 @@
 #include "ChangeDelivery.h"
 #include "JsonOutput.h"
 #include "Options.h"
+#include "Secret.h"
 #include "TextOutput.h"
 #include "ValueConversions.h"
 
@@ -64,17 +67,38 @@ std::string TextOf(const SetSetting& setting, const Options& options)
     return options.Hex && value.is_number() ? DecToHex(setting.Context) : EscapeText(setting.Context);
 }
 
-/// The BMC's own words may repeat a value that it was sent.
-void HideValues(const SetPlan& plan, std::string& text)
+/// A secret that the BMC was sent, in the two forms in which its own words may repeat it.
+struct SentSecret
 {
+    explicit SentSecret(const SetSetting& setting) : Setting(setting), Json(QuotedJson(setting.Value)) {}
+
+    const SetSetting& Setting;
+    Secret Json;
+};
+/// Few, as a rule, while there may be thousands of answers to look through.
+using SentSecrets = std::deque<SentSecret>;
+
+SentSecrets SecretsOf(const SetPlan& plan)
+{
+    SentSecrets secrets;
     for (const SetSetting& setting : plan.Settings)
     {
-        const std::string escaped = json::serialize(json::value(setting.Value));
-        for (const std::string_view value :
-             {std::string_view(escaped).substr(1, escaped.size() - 2), std::string_view(setting.Value)})
+        if (setting.Secret && setting.WasSent)
         {
-            const bool isToHide = setting.Secret && setting.WasSent && value.size() >= ShortestBlotted;
-            std::size_t at = isToHide ? text.find(value) : std::string::npos;
+            secrets.emplace_back(setting);
+        }
+    }
+    return secrets;
+}
+
+void HideValues(SentSecrets& secrets, std::string& text)
+{
+    for (SentSecret& secret : secrets)
+    {
+        const std::string_view json = secret.Json.Text();
+        for (const std::string_view value : {json.substr(1, json.size() - 2), std::string_view(secret.Setting.Value)})
+        {
+            std::size_t at = value.size() >= ShortestBlotted ? text.find(value) : std::string::npos;
             for (; at != std::string::npos; at = text.find(value, at + std::string_view(Blot).size()))
             {
                 text.replace(at, value.size(), Blot);
@@ -85,22 +109,23 @@ void HideValues(const SetPlan& plan, std::string& text)
 
 /// Whether an answer about `subject`, or with none about all that was sent, has a password in it that is too short to
 /// be blotted out: it could be read off what is left.
-bool HoldsShortPassword(const SetPlan& plan, const SetSetting* subject, const Failure& failure)
+bool HoldsShortPassword(const SentSecrets& secrets, const SetSetting* subject, const Failure& failure)
 {
     const std::string text = failure.Message + failure.Cause;
-    const auto isIn = [&](const SetSetting& setting)
+    const auto isIn = [&](const SentSecret& secret)
     {
-        const bool isMeant = setting.Password && setting.WasSent && (subject == nullptr || subject == &setting);
+        const SetSetting& setting = secret.Setting;
+        const bool isMeant = setting.Password && (subject == nullptr || subject == &setting);
         const bool isShort = !setting.Value.empty() && setting.Value.size() < ShortestBlotted;
         return isMeant && isShort && text.find(setting.Value) != std::string::npos;
     };
-    return failure.Code != CodeConnection && std::ranges::any_of(plan.Settings, isIn);
+    return failure.Code != CodeConnection && std::ranges::any_of(secrets, isIn);
 }
 
 /// @param subject  the setting that it is about; null for the whole request.
-void AddHidden(const SetPlan& plan, const SetSetting* subject, Answer& answer, Failure failure)
+void AddHidden(SentSecrets& secrets, const SetSetting* subject, Answer& answer, Failure failure)
 {
-    if (HoldsShortPassword(plan, subject, failure))
+    if (HoldsShortPassword(secrets, subject, failure))
     {
         const std::optional<Delivery> told = DeliveryIn(failure.Message);
         failure.Message = (subject != nullptr ? subject->ShownName + ": " : "") +
@@ -108,22 +133,23 @@ void AddHidden(const SetPlan& plan, const SetSetting* subject, Answer& answer, F
                           (told ? "; " + std::string(WordsOf(*told)) : "");
         failure.Cause.clear();
     }
-    HideValues(plan, failure.Message);
-    HideValues(plan, failure.Cause);
+    HideValues(secrets, failure.Message);
+    HideValues(secrets, failure.Cause);
     AddFailure(answer, std::move(failure));
 }
 
 void AddFailures(const SetPlan& plan, const std::optional<Failure>& failure, Answer& answer)
 {
+    SentSecrets secrets = SecretsOf(plan);
     for (const std::string& note : plan.Notes)
     {
-        HideValues(plan, answer.Notes.emplace_back(note));
+        HideValues(secrets, answer.Notes.emplace_back(note));
     }
     for (const std::optional<Failure>& one : {plan.Stop, failure})
     {
         if (one)
         {
-            AddHidden(plan, nullptr, answer, *one);
+            AddHidden(secrets, nullptr, answer, *one);
         }
     }
     for (const SetOutcome outcome :
@@ -133,7 +159,7 @@ void AddFailures(const SetPlan& plan, const std::optional<Failure>& failure, Ans
         {
             if (setting.Outcome == outcome && setting.Why)
             {
-                AddHidden(plan, &setting, answer, *setting.Why);
+                AddHidden(secrets, &setting, answer, *setting.Why);
             }
         }
     }

@@ -1,9 +1,11 @@
 #include "SetPlan.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
+#include <variant>
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
@@ -12,6 +14,7 @@
 #include "JsonOutput.h"
 #include "MissingActions.h"
 #include "Options.h"
+#include "Secret.h"
 #include "ValueConversions.h"
 
 namespace json = boost::json;
@@ -46,6 +49,49 @@ void Refuse(SetSetting& setting, Failure failure)
 
 void Refuse(SetSetting& setting, RedfishConfigResult result) { Refuse(setting, Refusal(std::move(result), setting)); }
 
+/// The value in the JSON text that a check gave; nothing for a number beyond 64 bits.
+OptionalVar ValueIn(const std::string& context)
+{
+    json::error_code failure;
+    json::value value = json::parse(context, failure);
+    if (auto* text = value.if_string())
+    {
+        OptionalVar found = SettingVariant(std::string(*text));
+        Wipe(*text); // it may be a password
+        return found;
+    }
+    if (const auto* number = value.if_int64())
+    {
+        return SettingVariant(*number);
+    }
+    const auto* flag = value.if_bool();
+    return flag != nullptr ? OptionalVar(SettingVariant(*flag)) : std::nullopt;
+}
+
+void WipeValue(std::string& text) { Wipe(text); }
+
+void WipeValue(OptionalVar& value)
+{
+    if (auto* text = value ? std::get_if<std::string>(&*value) : nullptr)
+    {
+        Wipe(*text);
+    }
+}
+
+/// By name, values of which some may be passwords.
+template <typename Map> struct Wiped
+{
+    Map Values;
+
+    ~Wiped()
+    {
+        for (auto& entry : Values)
+        {
+            WipeValue(entry.second);
+        }
+    }
+};
+
 class Planner
 {
   public:
@@ -56,6 +102,7 @@ class Planner
 
     SetPlan Make(const std::vector<SettingPair>& pairs)
     {
+        m_Plan.Settings.reserve(pairs.size());
         for (const SettingPair& pair : pairs)
         {
             SetSetting& setting = m_Plan.Settings.emplace_back();
@@ -175,12 +222,13 @@ class Planner
         const bool raw = setting.Effective && (setting.Effective->is_number() || setting.Effective->is_bool());
         if (!raw)
         {
-            if (ValidUtf8(setting.Value) != setting.Value)
+            if (Secret(ValidUtf8(setting.Value)).Text() != setting.Value)
             {
                 return CannotSend(setting, "it is no text in UTF-8");
             }
-            setting.Context = json::serialize(json::value(setting.Value));
-            setting.Value = setting.Context.substr(1, setting.Context.size() - 2);
+            setting.Context = Secret(QuotedJson(setting.Value)).Text();
+            Wipe(setting.Value); // what follows may need other memory
+            setting.Value.assign(setting.Context, 1, setting.Context.size() - 2);
             return true;
         }
         const bool hexadecimal = m_Options.Hex && setting.Effective->is_number();
@@ -222,7 +270,6 @@ class Planner
 
     void PlanChecked()
     {
-        SettingValueMap current;
         for (std::size_t index = 0; index < m_Plan.Settings.size(); ++index)
         {
             SetSetting& setting = m_Plan.Settings[index];
@@ -230,7 +277,7 @@ class Planner
             if (setting.Outcome == SetOutcome::Planned && m_Reported[index] &&
                 m_Manager->GetSettingProperties(setting.Key, info) == CodeSucceed)
             {
-                current[setting.Key] = info.CurrentValue;
+                m_Current.Values[setting.Key] = info.CurrentValue;
                 std::string text;
                 if (setting.Effective && GetOptionalVarAsString(info.CurrentValue, text) &&
                     text == CheckedText(setting, info.CurrentValue))
@@ -243,49 +290,50 @@ class Planner
                 }
             }
         }
-        m_Manager->UpdateSettingValue(current);
-        if (JudgeTogether(current))
+        m_Manager->UpdateSettingValue(m_Current.Values);
+        if (JudgeTogether())
         {
-            PutInOrder(current);
+            PutInOrder();
         }
     }
 
-    std::string TextOf(const SetSetting& setting, const SettingValueMap& current) const
+    std::string TextOf(const SetSetting& setting) const
     {
-        const auto entry = current.find(setting.Key);
-        return CheckedText(setting, entry == current.end() ? OptionalVar() : entry->second);
+        const auto entry = m_Current.Values.find(setting.Key);
+        return CheckedText(setting, entry == m_Current.Values.end() ? OptionalVar() : entry->second);
     }
 
     /// @return false when nothing can be judged.
-    bool JudgeTogether(const SettingValueMap& current)
+    bool JudgeTogether()
     {
-        SettingStringMap wanted;
+        Wiped<SettingStringMap> wanted;
         for (const SetSetting& setting : m_Plan.Settings)
         {
             if (setting.Outcome == SetOutcome::Planned)
             {
-                wanted[setting.Key] = TextOf(setting, current);
+                wanted.Values[setting.Key] = TextOf(setting);
             }
         }
-        if (wanted.empty())
+        if (wanted.Values.empty())
         {
             return true;
         }
-        SettingStringMap contexts;
-        RedfishConfigResult result = m_Manager->PreparePatchContext(wanted, contexts, FilterChange);
-        std::vector<RedfishConfigResult> errors = m_Manager->TakeErrors();
+        Wiped<SettingStringMap> contexts;
+        RedfishConfigResult result = m_Manager->PreparePatchContext(wanted.Values, contexts.Values, FilterChange);
+        std::unordered_map<std::string, RedfishConfigResult> errors;
+        for (RedfishConfigResult& error : m_Manager->TakeErrors())
+        {
+            errors.try_emplace(error.ErrorSetting(), error);
+        }
         if (result != CodeSucceed && errors.empty())
         {
             return Stop(result);
         }
         for (SetSetting& setting : m_Plan.Settings)
         {
-            const auto error =
-                std::find_if(errors.begin(), errors.end(),
-                             [&](RedfishConfigResult& one) { return one.ErrorSetting() == setting.Key; });
-            if (error != errors.end())
+            if (const auto error = errors.find(setting.Key); error != errors.end())
             {
-                Refuse(setting, *error);
+                Refuse(setting, error->second);
             }
         }
         return true;
@@ -293,7 +341,7 @@ class Planner
 
     /// The library judges one change after the other, each by those that are queued. So a
     /// setting that another one of the call must set free goes behind that one.
-    void PutInOrder(SettingValueMap& current)
+    void PutInOrder()
     {
         for (bool progress = true; std::exchange(progress, false);)
         {
@@ -303,7 +351,7 @@ class Planner
                 {
                     SetSetting& setting = m_Plan.Settings[index];
                     const bool waits = setting.Outcome == SetOutcome::Planned && setting.Context.empty();
-                    if (waits && setting.Protected == wantProtected && Queue(index, current))
+                    if (waits && setting.Protected == wantProtected && Queue(index))
                     {
                         progress = true;
                     }
@@ -315,64 +363,62 @@ class Planner
             if (setting.Outcome == SetOutcome::Planned && setting.Context.empty())
             {
                 std::string context;
-                Refuse(setting,
-                       m_Manager->PreparePatchContext(setting.Key, TextOf(setting, current), context, FilterChange));
+                Refuse(setting, m_Manager->PreparePatchContext(setting.Key, TextOf(setting), context, FilterChange));
             }
         }
     }
 
-    bool Queue(std::size_t index, SettingValueMap& current)
+    bool Queue(std::size_t index)
     {
         SetSetting& setting = m_Plan.Settings[index];
-        std::string context;
-        if (m_Manager->PreparePatchContext(setting.Key, TextOf(setting, current), context, FilterChange) != CodeSucceed)
+        if (m_Manager->PreparePatchContext(setting.Key, TextOf(setting), setting.Context, FilterChange) != CodeSucceed)
         {
             return false;
         }
-        setting.Context = context;
         RedfishConfigSettingInfoStru info;
         m_Manager->GetSettingProperties(setting.Key, info);
         AddToRequests(index, IsRelated(setting.Key, info.DependencyNames));
-        EnterValue(setting, current);
+        // In hexadecimal mode each costs a walk over the whole registry, so there only where another setting looks.
+        if (!m_Options.Hex || !info.DependencyNames.empty())
+        {
+            EnterValue(setting);
+        }
         return true;
     }
 
     /// Lets the checks that follow see the change, as the library's value cache does.
-    void EnterValue(const SetSetting& setting, SettingValueMap& current)
+    void EnterValue(const SetSetting& setting)
     {
-        json::error_code failure;
-        const json::value value = json::parse(setting.Context, failure);
-        if (const auto* text = value.if_string())
+        OptionalVar value = ValueIn(setting.Context);
+        if (!value)
         {
-            current[setting.Key] = SettingVariant(std::string(*text));
+            return;
         }
-        else if (const auto* number = value.if_int64())
+        const auto entry = m_Current.Values.insert_or_assign(setting.Key, std::move(value)).first;
+        if (m_Options.Hex)
         {
-            current[setting.Key] = SettingVariant(*number);
+            m_Manager->UpdateSettingValue(m_Current.Values); // what is not named counts as not turned into decimal
+            return;
         }
-        else if (const auto* flag = value.if_bool())
-        {
-            current[setting.Key] = SettingVariant(*flag);
-        }
-        m_Manager->UpdateSettingValue(current); // all of them, which tells what has been turned into decimal
+        Wiped<SettingValueMap> changed;
+        changed.Values.insert(*entry);
+        m_Manager->UpdateSettingValue(changed.Values);
     }
 
     /// The library's rule for sending what is queued before a related setting joins it.
     /// Like there, what was sent otherwise still counts.
     bool IsRelated(const std::string& name, const std::vector<std::string>& dependencies)
     {
-        const auto holds = [](const std::vector<std::string>& names, const std::string& one)
-        { return std::find(names.begin(), names.end(), one) != names.end(); };
-        const bool related = holds(m_QueuedDependencies, name) ||
-                             std::any_of(m_QueuedNames.begin(), m_QueuedNames.end(),
-                                         [&](const std::string& queued) { return holds(dependencies, queued); });
+        const bool related =
+            m_QueuedDependencies.contains(name) ||
+            std::ranges::any_of(dependencies, [this](const std::string& one) { return m_QueuedNames.contains(one); });
         if (related)
         {
             m_QueuedDependencies.clear();
             m_QueuedNames.clear();
         }
-        m_QueuedDependencies.insert(m_QueuedDependencies.end(), dependencies.begin(), dependencies.end());
-        m_QueuedNames.push_back(name);
+        m_QueuedDependencies.insert(dependencies.begin(), dependencies.end());
+        m_QueuedNames.insert(name);
         return related;
     }
 
@@ -396,11 +442,19 @@ class Planner
     std::unique_ptr<RedfishConfigSettingManager> m_Manager;
     /// By index: the BMC names the setting among its values.
     std::vector<bool> m_Reported;
-    std::vector<std::string> m_QueuedNames;
-    std::vector<std::string> m_QueuedDependencies;
+    /// Of the settings that the BMC names, as they stand with what is queued.
+    Wiped<SettingValueMap> m_Current;
+    std::unordered_set<std::string> m_QueuedNames;
+    std::unordered_set<std::string> m_QueuedDependencies;
 };
 
 } // namespace
+
+SetSetting::~SetSetting()
+{
+    Wipe(Value);
+    Wipe(Context);
+}
 
 SetPlan MakeSetPlan(RedfishConfigProc& front, const ManagerReader& readManager, const Options& options,
                     const std::vector<SettingPair>& pairs, CauseLog& causes)

@@ -33,8 +33,15 @@ enum class SetOutcome
     NotSent,
 };
 
+/// One setting of a `set`. Its texts are wiped when it goes, whatever they are: what is
+/// a password is known only once the registry has been read.
 struct SetSetting
 {
+    SetSetting() = default;
+    SetSetting(SetSetting&&) = default;
+    SetSetting& operator=(SetSetting&&) = default;
+    ~SetSetting();
+
     /// Bare name, as the caller wrote it.
     std::string Name;
     /// Under what the BMC knows it.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <unordered_map>
 #include <utility>
 
 #include <boost/json/parse.hpp>
@@ -11,6 +12,7 @@
 #include "MissingActions.h"
 #include "Options.h"
 #include "PendingValues.h"
+#include "Secret.h"
 #include "Signals.h"
 #include "ValueConversions.h"
 
@@ -169,26 +171,26 @@ class Sender
     /// once as often as it likes.
     void CollectErrors()
     {
-        m_Errors.insert(m_Errors.end(), m_Front.m_ErrorList.begin(), m_Front.m_ErrorList.end());
+        for (RedfishConfigResult& error : m_Front.m_ErrorList)
+        {
+            m_Errors.try_emplace(error.ErrorSetting(), error);
+        }
         m_Front.m_ErrorList.clear();
     }
 
     std::optional<Failure> OwnError(const SetSetting& setting)
     {
-        const std::string fullName = m_Front.m_Prefix + "." + setting.Key;
-        for (RedfishConfigResult& error : m_Errors)
+        const auto error = m_Errors.find(m_Front.m_Prefix + "." + setting.Key);
+        if (error == m_Errors.end())
         {
-            if (error.ErrorSetting() == fullName)
-            {
-                Failure failure = FailureOf(error, setting.ShownName);
-                if (failure.Message.find(setting.ShownName) == std::string::npos)
-                {
-                    failure.Message.insert(0, setting.ShownName + ": ");
-                }
-                return failure;
-            }
+            return std::nullopt;
         }
-        return std::nullopt;
+        Failure failure = FailureOf(error->second, setting.ShownName);
+        if (failure.Message.find(setting.ShownName) == std::string::npos)
+        {
+            failure.Message.insert(0, setting.ShownName + ": ");
+        }
+        return failure;
     }
 
     RequestEnd Settle(const RedfishConfigResult& result)
@@ -303,9 +305,9 @@ class Sender
         const auto effective = values.Effective.find(setting.Key);
         const bool known = effective != values.Effective.end();
         const bool waits = known && pending != values.Pending.end();
-        const std::string wanted = PlainText(setting.Context);
-        const bool inForce = known && !waits && IsText(setting, effective->second, wanted);
-        if (inForce || (waits && pending->second == wanted))
+        Secret wanted(PlainText(setting.Context));
+        const bool inForce = known && !waits && IsText(setting, effective->second, wanted.Text());
+        if (inForce || (waits && pending->second == wanted.Text()))
         {
             setting.Outcome = SetOutcome::Changed;
             setting.Why.reset();
@@ -364,7 +366,8 @@ class Sender
     const FrontMaker& m_FreshFront;
     /// What the next answer is about.
     Indices m_InFlight;
-    std::vector<RedfishConfigResult> m_Errors;
+    /// By full name, the first of each.
+    std::unordered_map<std::string, RedfishConfigResult> m_Errors;
     std::vector<std::pair<SetSetting*, RequestEnd>> m_ToReadBack;
     std::optional<Failure> m_Failed;
     bool m_Explained = false;
@@ -382,10 +385,12 @@ std::optional<Failure> SendPlan(SetPlan& plan, RedfishConfigProc& front, const O
 std::string PlainText(const std::string& context)
 {
     json::error_code failure;
-    const json::value value = json::parse(context, failure);
-    if (const auto* text = value.if_string())
+    json::value value = json::parse(context, failure);
+    if (auto* text = value.if_string())
     {
-        return std::string(*text);
+        std::string plain(*text);
+        Wipe(*text); // it may be a password
+        return plain;
     }
     return context;
 }

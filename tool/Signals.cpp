@@ -28,6 +28,28 @@ void OnStop(int signal)
     TavrineConnection::BmcConnection::AbortRequests();
 }
 
+bool WaitFor(int descriptor, short event)
+{
+    if (descriptor < 0)
+    {
+        errno = EBADF; // ppoll would wait for ever
+        return false;
+    }
+    const HeldStopSignals held;
+    pollfd awaited{descriptor, event, 0};
+    int ready = -1;
+    // Signals get through inside ppoll alone, so none can come between test and wait.
+    while (StopSignal() == 0 && ready < 0)
+    {
+        ready = ppoll(&awaited, 1, nullptr, &held.Former());
+        if (ready < 0 && errno != EINTR)
+        {
+            break;
+        }
+    }
+    return ready > 0;
+}
+
 } // namespace
 
 void InstallStopSignals()
@@ -71,26 +93,8 @@ HeldStopSignals::HeldStopSignals()
 
 HeldStopSignals::~HeldStopSignals() { pthread_sigmask(SIG_SETMASK, &m_Former, nullptr); }
 
-bool WaitForInput(int descriptor)
-{
-    if (descriptor < 0)
-    {
-        errno = EBADF; // ppoll would wait for ever
-        return false;
-    }
-    const HeldStopSignals held;
-    pollfd input{descriptor, POLLIN, 0};
-    int ready = -1;
-    // Signals get through inside ppoll alone, so none can come between test and wait.
-    while (StopSignal() == 0 && ready < 0)
-    {
-        ready = ppoll(&input, 1, nullptr, &held.Former());
-        if (ready < 0 && errno != EINTR)
-        {
-            break;
-        }
-    }
-    return ready > 0;
-}
+bool WaitForInput(int descriptor) { return WaitFor(descriptor, POLLIN); }
+
+bool WaitForOutput(int descriptor) { return WaitFor(descriptor, POLLOUT); }
 
 } // namespace Tavrine::Tool

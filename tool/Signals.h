@@ -36,4 +36,7 @@ class HeldStopSignals
 /// @return false when there is nothing to read: a signal came, or the wait failed.
 bool WaitForInput(int descriptor);
 
+/// Likewise until `descriptor` can be written to.
+bool WaitForOutput(int descriptor);
+
 } // namespace Tavrine::Tool

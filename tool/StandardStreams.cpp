@@ -19,13 +19,22 @@ int WriteAll(int descriptor, std::string_view text)
     while (!text.empty())
     {
         const ssize_t count = write(descriptor, text.data(), text.size());
-        if (count >= 0)
+        const int cause = count < 0 ? errno : 0;
+        if (cause == 0)
         {
             text.remove_prefix(static_cast<std::size_t>(count));
         }
-        else if (errno != EINTR || StopSignal() != 0)
+        else if (cause == EAGAIN)
         {
-            return errno;
+            // Whoever shares the descriptor has made it one that does not wait.
+            if (!WaitForOutput(descriptor))
+            {
+                return StopSignal() != 0 ? EINTR : errno;
+            }
+        }
+        else if (cause != EINTR || StopSignal() != 0)
+        {
+            return cause;
         }
     }
     return 0;

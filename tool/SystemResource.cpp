@@ -46,16 +46,19 @@ std::string Text(const json::object& from, std::initializer_list<std::string_vie
     return text != nullptr ? std::string(*text) : std::string();
 }
 
-const json::array* Array(const json::object& from, std::initializer_list<std::string_view> names)
+/// As it stands there, since it may be most of a large document; an empty one where there is none.
+const json::array& Array(const json::object& from, std::initializer_list<std::string_view> names)
 {
+    static const json::array none;
     const json::value* value = Find(from, names);
-    return value != nullptr ? value->if_array() : nullptr;
+    const json::array* found = value != nullptr ? value->if_array() : nullptr;
+    return found != nullptr ? *found : none;
 }
 
-std::vector<std::string> Texts(const json::array* array)
+std::vector<std::string> Texts(const json::array& array)
 {
     std::vector<std::string> texts;
-    for (const json::value& value : array != nullptr ? *array : json::array())
+    for (const json::value& value : array)
     {
         if (const json::string* text = value.if_string())
         {
@@ -141,8 +144,7 @@ RedfishConfigResult ReadSystem(const BmcRequests& requests, SystemResource& syst
         return result;
     }
     system = {};
-    const json::array* members = Array(*collection, {"Members"});
-    for (const json::value& member : members != nullptr ? *members : json::array())
+    for (const json::value& member : Array(*collection, {"Members"}))
     {
         if (const json::object* link = member.if_object(); link != nullptr && system.Path.empty())
         {
@@ -193,8 +195,7 @@ RedfishConfigResult ReadBios(const BmcRequests& requests, const SystemResource& 
     bios.ChangeTime = Text(*object, {"@Redfish.Settings", "Time"});
     const json::value* defaults = Find(*object, {"ResetBiosToDefaultsPending"});
     bios.DefaultsPending = defaults != nullptr && defaults->is_bool() && defaults->get_bool();
-    const json::array* messages = Array(*object, {"@Redfish.Settings", "Messages"});
-    for (const json::value& message : messages != nullptr ? *messages : json::array())
+    for (const json::value& message : Array(*object, {"@Redfish.Settings", "Messages"}))
     {
         if (message.is_object() && bios.Messages.size() < MostMessages)
         {
@@ -212,8 +213,11 @@ RedfishConfigResult ReadResetTypes(const BmcRequests& requests, SystemResource& 
         return {CodeSucceed, "", ""};
     }
     RedfishConfigResult result = GetObject(requests, system.ResetInfo, info);
-    const json::array* parameters = info ? Array(*info, {"Parameters"}) : nullptr;
-    for (const json::value& value : parameters != nullptr ? *parameters : json::array())
+    if (!info)
+    {
+        return result;
+    }
+    for (const json::value& value : Array(*info, {"Parameters"}))
     {
         const json::object* parameter = value.if_object();
         if (parameter != nullptr && Text(*parameter, {"Name"}) == "ResetType")

@@ -8,13 +8,15 @@
 #include <pcre2.h>
 
 #include "JsonOutput.h"
+#include "Signals.h"
 
 namespace Tavrine::Tool
 {
 namespace
 {
 
-/// Far above what an honest search takes, and done in well under a second.
+/// Of one text, over all places where a search starts: PCRE2's own limit counts anew at each place. Far above what an
+/// honest search takes, and done in well under a second.
 constexpr std::uint32_t MostSteps = 1'000'000;
 constexpr std::uint32_t MostHeapKilobytes = 16 * 1024;
 
@@ -32,6 +34,12 @@ const unsigned char* Bytes(const std::string& text)
     return reinterpret_cast<const unsigned char*>(text.data()); // NOLINT(*-reinterpret-cast): PCRE2's own type of text
 }
 
+int EndWhereItTakesTooLong(pcre2_callout_block*, void* steps)
+{
+    auto& count = *static_cast<std::uint32_t*>(steps);
+    return ++count > MostSteps || StopSignal() != 0 ? PCRE2_ERROR_CALLOUT : 0;
+}
+
 } // namespace
 
 struct TextSearch::Compiled
@@ -43,7 +51,7 @@ struct TextSearch::Compiled
 
 TextSearch::TextSearch(const std::string& word, bool regex) : m_Compiled(std::make_unique<Compiled>())
 {
-    const std::uint32_t options = PCRE2_UTF | PCRE2_CASELESS | (regex ? PCRE2_UCP : PCRE2_LITERAL);
+    const std::uint32_t options = PCRE2_UTF | PCRE2_CASELESS | (regex ? PCRE2_UCP | PCRE2_AUTO_CALLOUT : PCRE2_LITERAL);
     int cause = 0;
     std::size_t place = 0;
     m_Compiled->Code.reset(pcre2_compile(Bytes(word), word.size(), options, &cause, &place, nullptr));
@@ -57,7 +65,6 @@ TextSearch::TextSearch(const std::string& word, bool regex) : m_Compiled(std::ma
     }
     m_Compiled->Data.reset(pcre2_match_data_create(1, nullptr));
     m_Compiled->Limits.reset(pcre2_match_context_create(nullptr));
-    pcre2_set_match_limit(m_Compiled->Limits.get(), MostSteps);
     pcre2_set_heap_limit(m_Compiled->Limits.get(), MostHeapKilobytes);
 }
 
@@ -65,15 +72,22 @@ TextSearch::TextSearch(TextSearch&&) noexcept = default;
 TextSearch& TextSearch::operator=(TextSearch&&) noexcept = default;
 TextSearch::~TextSearch() = default;
 
-bool TextSearch::FoundIn(const std::string& text) const
+Occurrence TextSearch::LookIn(const std::string& text) const
 {
     if (m_Compiled->Code == nullptr)
     {
-        return false;
+        return Occurrence::None;
     }
     const std::string subject = ValidUtf8(text);
-    return pcre2_match(m_Compiled->Code.get(), Bytes(subject), subject.size(), 0, PCRE2_NO_UTF_CHECK,
-                       m_Compiled->Data.get(), m_Compiled->Limits.get()) >= 0;
+    std::uint32_t steps = 0;
+    pcre2_set_callout(m_Compiled->Limits.get(), EndWhereItTakesTooLong, &steps);
+    const int found = pcre2_match(m_Compiled->Code.get(), Bytes(subject), subject.size(), 0, PCRE2_NO_UTF_CHECK,
+                                  m_Compiled->Data.get(), m_Compiled->Limits.get());
+    if (found >= 0)
+    {
+        return Occurrence::Found;
+    }
+    return found == PCRE2_ERROR_NOMATCH ? Occurrence::None : Occurrence::GivenUp;
 }
 
 } // namespace Tavrine::Tool

@@ -6,6 +6,15 @@
 namespace Tavrine::Tool
 {
 
+/// Whether a text has what is looked for.
+enum class Occurrence
+{
+    None,
+    Found,
+    /// It took too many steps or too much memory, or a stop signal came.
+    GivenUp
+};
+
 /// One thing to look for in texts, in whatever case.
 class TextSearch
 {
@@ -19,9 +28,8 @@ class TextSearch
     /// Why `word` cannot be looked for; empty when it can.
     const std::string& Error() const { return m_Error; }
 
-    /// Whether the text has it somewhere. An expression that runs into its limits on a
-    /// text does not match it.
-    bool FoundIn(const std::string& text) const;
+    /// Whether the text has it somewhere.
+    Occurrence LookIn(const std::string& text) const;
 
   private:
     struct Compiled;

@@ -1,11 +1,31 @@
 #!/usr/bin/env bash
 # Holds docs/limits.md to the sources: check_limits.sh [FOLDER]
-# Each row's number is the value of its constant, and its test is written somewhere.
+# Each row's number is the value of its constant, its test is written somewhere, and what is named like a limit has a row.
 set -uo pipefail
 
 root=$(cd "${1:-.}" && pwd -P)
 table=$root/docs/limits.md
 failed=0
+
+# What is named like a limit and limits nothing from outside: own pauses, options of the command line, what is shown of
+# something that was taken, and what is of this program alone.
+no_limits="
+RedfishConfig/RedfishConfigAssistant/RedfishClient.cpp:LongestOwnWait
+RedfishConfig/RedfishConfigAssistant/TaskFollower.cpp:LongestPause
+RedfishConfig/RedfishConfigCommon/AttributeDraft.cpp:LongestWord
+RedfishConfig/RedfishConfigCommon/PatchContexts.cpp:MostOwnEvaluations
+tool/Answer.cpp:LargestStatus
+tool/Confirmation.cpp:LongestLine
+tool/Confirmation.cpp:LongestReply
+tool/Heap.cpp:LargestBlock
+tool/Options.cpp:LongestLanguage
+tool/Options.cpp:LongestPrefix
+tool/Options.h:LongestWait
+tool/OutputFile.cpp:MostLinks
+tool/SavedSettings.cpp:LongestShownName
+tool/Secret.cpp:LongestEscape
+tool/Verify.cpp:LongestPause
+"
 
 complain() { printf '%s: %s\n' "$table" "$*" >&2; failed=1; }
 
@@ -34,5 +54,15 @@ while IFS='|' read -r _ what limit constant source _ name _; do
     fi
     grep -rqsE "TEST(_F|_P)?\(${name%.*}, ${name#*.}\)" "$root/tests" || complain "$what: no such test: $name"
 done <"$table"
+
+named=$(cd "$root" && grep -rHoE 'constexpr [^=;(]*\b(Most|Largest|Longest|Deepest)[A-Z][A-Za-z]*' \
+    --include='*.h' --include='*.cpp' include tool RedfishConfig simulator | sed -E 's/:.* /:/')
+while IFS=: read -r source constant; do
+    grep -qF "| \`$constant\` | \`$source\` |" "$table" || grep -qxF "$source:$constant" <<<"$no_limits" ||
+        complain "no row for $constant of $source"
+done <<<"$named"
+for known in $no_limits; do
+    grep -qxF "$known" <<<"$named" || complain "$0 knows of what is not there: $known"
+done
 [ "$rows" -ge 10 ] || complain "the table has $rows rows"
 exit "$failed"

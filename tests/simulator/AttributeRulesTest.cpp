@@ -144,7 +144,8 @@ TEST_F(RulesTest, TermsAreJoinedFromTheLeft)
 
 TEST_F(RulesTest, ConditionsOnFlagsAndCirclesEnd)
 {
-    Load(R"({"Attributes":[{"AttributeName":"A"},{"AttributeName":"B"},{"AttributeName":"C"}],"Dependencies":[
+    Load(R"({"Attributes":[{"AttributeName":"A"},{"AttributeName":"B"},
+        {"AttributeName":"C","Hidden":false}],"Dependencies":[
         {"Dependency":{"MapFrom":[{"MapFromAttribute":"A","MapFromProperty":"CurrentValue","MapFromCondition":"EQU",
             "MapFromValue":1}],"MapToAttribute":"A","MapToProperty":"GrayOut","MapToValue":true}},
         {"Dependency":{"MapFrom":[{"MapFromAttribute":"A","MapFromProperty":"GrayOut","MapFromCondition":"EQU",
@@ -154,6 +155,9 @@ TEST_F(RulesTest, ConditionsOnFlagsAndCirclesEnd)
     const RulesNow gray = Now(R"({"A":1})");
     EXPECT_FALSE(gray.IsWritable("B"));
     EXPECT_TRUE(Now(R"({"A":0})").IsWritable("B"));
+    // Each round turns it over, and the last one is even.
+    EXPECT_FALSE(gray.Flag("C", "Hidden"));
+    EXPECT_TRUE(gray.IsWritable("C"));
 }
 
 TEST_F(RulesTest, ADependencyLiftsALockOfTheRegistryButNotThatOfAnother)

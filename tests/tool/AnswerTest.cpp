@@ -70,6 +70,20 @@ TEST(CauseLog, ABareFailureIsExplainedByTheLibrarysOwnLine)
     EXPECT_EQ(causes.Explain({24, "lost", ""}).Cause, "");
 }
 
+TEST(CauseLog, OnlyTheLastLinesAreKept)
+{
+    for (const auto& [behind, cause] : {std::pair{63, "first"}, {64, ""}})
+    {
+        CauseLog causes;
+        Log(1, "a.cpp", 1).Stream() << "Failed though: first";
+        for (int line = 0; line < behind; ++line)
+        {
+            Log(1, "a.cpp", 2).Stream() << "Failed though: ";
+        }
+        EXPECT_EQ(causes.Explain({26, "", ""}).Cause, cause) << behind;
+    }
+}
+
 TEST(CauseLog, TheQuotedPartOfALineIsTheCause)
 {
     EXPECT_EQ(QuotedCause("Failed to get schema though: no answer"), "no answer");

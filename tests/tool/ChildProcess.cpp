@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <stdexcept>
 #include <string_view>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -63,6 +64,11 @@ std::vector<char*> Pointers(std::vector<std::string>& texts)
     else
     {
         dup2(output, STDOUT_FILENO);
+    }
+    if (launch.NonBlockingOutput != 0)
+    {
+        fcntl(STDOUT_FILENO, F_SETPIPE_SZ, launch.NonBlockingOutput);
+        fcntl(STDOUT_FILENO, F_SETFL, O_WRONLY | O_NONBLOCK);
     }
     execve(arguments[0], arguments, environment);
     _exit(126);
@@ -148,6 +154,13 @@ std::string ChildProcess::ReadOutputLine()
         line.push_back(byte);
     }
     return line;
+}
+
+int ChildProcess::UnreadOutput() const
+{
+    int count = -1;
+    ioctl(m_Output, FIONREAD, &count);
+    return count;
 }
 
 void ChildProcess::Signal(int signal) const

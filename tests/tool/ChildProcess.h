@@ -23,6 +23,8 @@ struct Launch
     /// The reader of standard output goes away after so many bytes.
     std::size_t ReadAtMost = std::string::npos;
     bool CloseOutput = false;
+    /// Standard output is a pipe of this many bytes whose writer is not made to wait.
+    int NonBlockingOutput = 0;
 };
 
 struct Finished
@@ -46,6 +48,8 @@ class ChildProcess
     pid_t Id() const { return m_Id; }
     /// One line of standard output without its end; empty when there is no more.
     std::string ReadOutputLine();
+    /// Bytes of standard output that wait to be read.
+    int UnreadOutput() const;
     /// From any thread, also while another waits, as long as the child cannot end by itself
     /// meanwhile: its number may be another's then. Nothing once it was waited for.
     void Signal(int signal) const;

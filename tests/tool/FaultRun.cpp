@@ -51,7 +51,8 @@ std::string MakeStateBefore()
     client.set_basic_auth(User, Password);
     const std::string system = Systems;
     const auto patched =
-        client.Patch(system + "/Bios/Settings", R"({"Attributes":{"Setting000001":"Disabled"}})", "application/json");
+        client.Patch(system + "/Bios/Settings",
+                     R"({"Attributes":{"Setting000001":")" + std::string(WaitingValue) + R"("}})", "application/json");
     const auto written =
         client.Post(system + "/Actions/Oem/ZorvanComputerSystem.DSWriteFile",
                     R"({"FileName":"custom_default","Content":"kept","Create":true})", "application/json");

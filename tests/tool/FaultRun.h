@@ -42,6 +42,10 @@ struct FaultOutcome
 
 FaultOutcome RunWithFaults(const FaultRun& run);
 
+/// Of the one setting that waits for a reboot before the tool is run.
+inline constexpr const char* WaitingValue = "Disabled";
+inline constexpr const char* ValueInForce = "Enabled";
+
 /// The state of every such BMC before the tool is run: one setting waits for a reboot, and
 /// custom defaults are there.
 std::string StateBefore();

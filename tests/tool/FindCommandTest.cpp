@@ -81,6 +81,25 @@ TEST(FindCommand, NothingFoundIsTold)
     }
 }
 
+TEST(FindCommand, WhatItGaveUpOnIsTold)
+{
+    const Configured nothing("");
+    KnowingFront front = Machine();
+    const std::string endless = "^(?:(a+)+b|a*!|Seal)$";
+    EXPECT_TRUE(Find(front, {endless}, true).Notes.empty());
+    front.Group.second["Two.LooseEnd"] = std::string(40, 'a') + "!";
+    const Answer one = Find(front, {endless}, true);
+    EXPECT_EQ(one.Code, 0);
+    EXPECT_EQ(one.Text, "Two.Seal\tSeal\tname, display name\n");
+    EXPECT_EQ(one.Notes, Words{"warning: the search was given up on 1 text as it took too long, so that settings or "
+                               "places may be missing"});
+    front.Group.second["Two.Another"] = std::string(50, 'a') + "!";
+    const Answer two = Find(front, {"^(?:(a+)+b|a*!)$"}, true);
+    EXPECT_EQ(two.Code, 20);
+    EXPECT_EQ(two.Notes, Words{"warning: the search was given up on 2 texts as it took too long, so that settings or "
+                               "places may be missing"});
+}
+
 TEST(FindCommand, JsonTellsThePlaces)
 {
     const Configured nothing("");

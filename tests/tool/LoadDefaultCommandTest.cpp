@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include <boost/json/serialize.hpp>
+
 #include "FakeFront.h"
 #include "Options.h"
 
@@ -75,16 +77,16 @@ Options OptionsFor(const std::vector<std::string>& names)
     return options;
 }
 
-Answer Load(Script& script, const std::vector<std::string>& names, std::vector<ExpectedValue>& expected)
+Answer Load(Script& script, const std::vector<std::string>& names, WaitingDefaults& waiting)
 {
     return LoadSingleDefaults(
-        OptionsFor(names), [&] { return std::make_unique<ScriptedFront>(script); }, expected);
+        OptionsFor(names), [&] { return std::make_unique<ScriptedFront>(script); }, waiting);
 }
 
 Answer Load(Script& script, const std::vector<std::string>& names)
 {
-    std::vector<ExpectedValue> expected;
-    return Load(script, names, expected);
+    WaitingDefaults waiting;
+    return Load(script, names, waiting);
 }
 
 using Calls = std::vector<std::pair<std::string, std::string>>;
@@ -156,6 +158,7 @@ TEST(LoadDefaultCommand, ARefusedLoadOfAllIsAFailure)
     EXPECT_EQ(answer.Text, "");
 }
 
+/// Code 0 alone tells nothing: it is also that of a change that the BMC took and keeps waiting.
 TEST(LoadDefaultCommand, EachSettingIsToldByWhatTheBmcShows)
 {
     struct Case
@@ -165,16 +168,43 @@ TEST(LoadDefaultCommand, EachSettingIsToldByWhatTheBmcShows)
         int Read;
         SettingStringMap Effective;
         SettingCompareMap Pending;
+        const char* Default;
         std::string Word;
         int Exit;
+        const char* Expected;
     };
+    const std::string sent = "sent, takes effect after a reboot";
+    const std::string notShown =
+        "unknown: no failure was reported, but the BMC does not show the default among its pending values";
+    const std::string open = "unknown: whether it has its default, or gets it with a reboot, is not known";
+    const std::string unread = open + "; its pending value could not be read";
+    const std::string noDefault = open + "; its default could not be read";
     const SettingStringMap shown = {{"BIOS.A", "1"}};
     const Case cases[] = {
-        {"accepted and shown", 1, 0, shown, {{"BIOS.A", {"1", "5"}}}, "sent, takes effect after a reboot", 0},
-        {"accepted, not shown", 1, 0, shown, {}, "unknown", 18},
-        {"accepted, unreadable", 1, 24, {}, {}, "sent, takes effect after a reboot", 0},
-        {"nothing to do", 0, 0, shown, {}, "in place", 0},
-        {"waits already", 0, 0, shown, {{"BIOS.A", {"1", "5"}}}, "sent, takes effect after a reboot", 0},
+        {"accepted and shown", 1, 0, shown, {{"BIOS.A", {"1", "5"}}}, "5", sent, 0, "5"},
+        {"accepted and shown, no default", 1, 0, shown, {{"BIOS.A", {"1", "5"}}}, nullptr, sent, 0, "5"},
+        {"accepted, not shown", 1, 0, shown, {}, "5", notShown, 18, nullptr},
+        {"accepted, not shown, no default", 1, 0, shown, {}, nullptr, noDefault, 18, nullptr},
+        {"accepted, another value waits", 1, 0, shown, {{"BIOS.A", {"1", "4"}}}, "5", notShown, 18, nullptr},
+        {"accepted, another value than the one in force waits",
+         1,
+         0,
+         shown,
+         {{"BIOS.A", {"1", "4"}}},
+         "1",
+         notShown,
+         18,
+         nullptr},
+        {"accepted, unreadable", 1, 24, {}, {}, "5", sent, 0, "5"},
+        {"accepted, unreadable, no default", 1, 24, {}, {}, nullptr, sent, 0, nullptr},
+        {"nothing to do", 0, 0, shown, {}, "1", "in place", 0, nullptr},
+        {"taken and dropped", 0, 0, shown, {}, "5", notShown, 18, nullptr},
+        {"waits already", 0, 0, shown, {{"BIOS.A", {"1", "5"}}}, "5", sent, 0, "5"},
+        {"another value waits", 0, 0, shown, {{"BIOS.A", {"1", "4"}}}, "5", notShown, 18, nullptr},
+        {"nothing to do or taken, unreadable", 0, 32, {}, {}, "5", unread, 32, nullptr},
+        {"nothing to do or taken, without a value", 0, 0, {}, {}, "5", unread, 18, nullptr},
+        {"nothing to do or taken, no default", 0, 0, shown, {}, nullptr, noDefault, 18, nullptr},
+        {"a value waits, no default", 0, 0, shown, {{"BIOS.A", {"1", "5"}}}, nullptr, noDefault, 18, nullptr},
     };
     for (const Case& one : cases)
     {
@@ -183,11 +213,15 @@ TEST(LoadDefaultCommand, EachSettingIsToldByWhatTheBmcShows)
         script.Read = RedfishConfigResult(one.Read, "", "");
         script.Effective = one.Effective;
         script.Pending = one.Pending;
-        std::vector<ExpectedValue> expected;
-        const Answer answer = Load(script, {"BIOS.A"}, expected);
+        script.Defaults = one.Default != nullptr ? SettingStringMap{{"A", one.Default}} : SettingStringMap();
+        WaitingDefaults waiting;
+        const Answer answer = Load(script, {"BIOS.A"}, waiting);
         EXPECT_EQ(answer.Text, "BIOS.A: " + one.Word + "\n") << one.What;
         EXPECT_EQ(answer.Code, one.Exit) << one.What;
-        EXPECT_EQ(expected.size(), one.Pending.size()) << one.What;
+        EXPECT_EQ(waiting.Any, one.Word == sent) << one.What;
+        EXPECT_EQ(waiting.Unknown, one.Exit != 0) << one.What;
+        ASSERT_EQ(waiting.Expected.size(), one.Expected != nullptr ? 1U : 0U) << one.What;
+        EXPECT_TRUE(one.Expected == nullptr || waiting.Expected[0].Text == one.Expected) << one.What;
         EXPECT_EQ(script.Asked, (Calls{{"A", ""}})) << one.What;
     }
 }
@@ -199,7 +233,8 @@ TEST(LoadDefaultCommand, WhatIsInForceAlreadyIsInPlace)
     script.Effective = {{"BIOS.A", "5"}, {"BIOS.B", "1"}};
     script.Defaults = {{"A", "5"}, {"B", "2"}};
     const Answer answer = Load(script, {"A", "B"});
-    EXPECT_EQ(answer.Text, "BIOS.A: in place\nBIOS.B: unknown\n");
+    EXPECT_EQ(answer.Text, "BIOS.A: in place\nBIOS.B: unknown: no failure was reported, but the BMC does not show the "
+                           "default among its pending values\n");
     EXPECT_EQ(answer.Code, 18);
     ASSERT_EQ(answer.Errors.size(), 1U);
     EXPECT_EQ(answer.Errors[0].Setting, "BIOS.B");
@@ -213,16 +248,17 @@ TEST(LoadDefaultCommand, OfALostRequestTheBmcTellsWhetherItArrived)
         SettingCompareMap Pending;
         int Read;
         std::string Word;
-        std::string Failure;
+        std::string Doubt;
     };
-    const std::string open = "BIOS.A: whether the change was done is not known";
+    const std::string open = "whether the change was done is not known";
+    const std::string notShown = open + "; the BMC does not show it among its pending values";
     const Case cases[] = {
         {"1", {{"BIOS.A", {"1", "5"}}}, 0, "sent, takes effect after a reboot", ""},
         {"5", {}, 0, "in place", ""},
-        {"1", {}, 0, "unknown", open + "; the BMC does not show it among its pending values"},
-        {"1", {{"BIOS.A", {"1", "4"}}}, 0, "unknown", open + "; the BMC does not show it among its pending values"},
-        {"5", {{"BIOS.A", {"5", "4"}}}, 0, "unknown", open + "; the BMC does not show it among its pending values"},
-        {"1", {}, 24, "unknown", open + "; its pending value could not be read"},
+        {"1", {}, 0, "unknown: ", notShown},
+        {"1", {{"BIOS.A", {"1", "4"}}}, 0, "unknown: ", notShown},
+        {"5", {{"BIOS.A", {"5", "4"}}}, 0, "unknown: ", notShown},
+        {"1", {}, 24, "unknown: ", open + "; its pending value could not be read"},
     };
     for (const Case& one : cases)
     {
@@ -234,11 +270,11 @@ TEST(LoadDefaultCommand, OfALostRequestTheBmcTellsWhetherItArrived)
         script.Pending = one.Pending;
         const Answer answer = Load(script, {"A", "B"});
         EXPECT_EQ(script.Asked, (Calls{{"A", ""}})) << "a change was sent behind one that got lost";
-        EXPECT_EQ(answer.Text, "BIOS.A: " + one.Word + "\n");
+        EXPECT_EQ(answer.Text, "BIOS.A: " + one.Word + one.Doubt + "\nBIOS.B: not sent: a request before it failed\n");
         EXPECT_EQ(answer.Code, 24);
-        ASSERT_EQ(answer.Errors.size(), one.Failure.empty() ? 1U : 2U);
-        EXPECT_EQ(answer.Errors[0].Message, "BIOS.B: not sent, since a request before it failed");
-        EXPECT_EQ(answer.Errors.back().Message, one.Failure.empty() ? answer.Errors[0].Message : one.Failure);
+        ASSERT_EQ(answer.Errors.size(), one.Doubt.empty() ? 1U : 2U);
+        EXPECT_TRUE(one.Doubt.empty() || answer.Errors[0].Message == "BIOS.A: " + one.Doubt);
+        EXPECT_EQ(answer.Errors.back().Message, "BIOS.B: not sent, since a request before it failed");
         ASSERT_EQ(answer.Notes.size(), one.Read == 0 ? 1U : 2U);
         EXPECT_EQ(answer.Notes.front(), "warning: BIOS.A: h: gone; whether the change was done is not known.");
         EXPECT_EQ(answer.Notes.back().starts_with("warning: the pending values could not be read back: "),
@@ -249,30 +285,58 @@ TEST(LoadDefaultCommand, OfALostRequestTheBmcTellsWhetherItArrived)
 TEST(LoadDefaultCommand, OneRefusedSettingDoesNotKeepTheOthersBack)
 {
     Script script;
-    script.Answers.emplace("B", RedfishConfigResult(21, "B has no default", "BIOS.B"));
+    script.Answers.emplace("B", RedfishConfigResult(21, "BIOS.B: it has no default", "BIOS.B"));
     script.Effective = {{"BIOS.A", "1"}, {"BIOS.B", "1"}, {"BIOS.C", "1"}};
     script.Pending = {{"BIOS.A", {"1", "5"}}, {"BIOS.C", {"1", "6"}}};
-    std::vector<ExpectedValue> expected;
-    const Answer answer = Load(script, {"A", "B", "BIOS.C", "A"}, expected);
+    script.Defaults = {{"A", "5"}, {"C", "6"}};
+    WaitingDefaults waiting;
+    const Answer answer = Load(script, {"A", "B", "BIOS.C", "A"}, waiting);
     EXPECT_EQ(script.Asked, (Calls{{"A", ""}, {"B", ""}, {"C", ""}}));
     EXPECT_EQ(answer.Code, 21);
     ASSERT_EQ(answer.Errors.size(), 1U);
     EXPECT_EQ(answer.Errors[0].Setting, "BIOS.B");
-    EXPECT_EQ(answer.Text, "BIOS.A: sent, takes effect after a reboot\nBIOS.C: sent, takes effect after a reboot\n");
-    ASSERT_EQ(expected.size(), 2U);
-    EXPECT_EQ(expected[0].Name + "=" + expected[0].Text, "A=5");
-    EXPECT_EQ(expected[1].Name + "=" + expected[1].Text, "C=6");
+    EXPECT_EQ(answer.Errors[0].Message, "BIOS.B: it has no default");
+    EXPECT_EQ(answer.Text, "BIOS.A: sent, takes effect after a reboot\nBIOS.B: failed: it has no default\n"
+                           "BIOS.C: sent, takes effect after a reboot\n");
+    EXPECT_FALSE(waiting.Unknown);
+    ASSERT_EQ(waiting.Expected.size(), 2U);
+    EXPECT_EQ(waiting.Expected[0].Name + "=" + waiting.Expected[0].Text, "A=5");
+    EXPECT_EQ(waiting.Expected[1].Name + "=" + waiting.Expected[1].Text, "C=6");
 }
 
-TEST(LoadDefaultCommand, BehindALostConnectionNothingElseIsSent)
+/// Each name has its outcome, also where the failures are not told.
+TEST(LoadDefaultCommand, BehindABmcThatCannotBeReachedNothingElseIsSent)
+{
+    for (const int code : {24, 33})
+    {
+        Script script;
+        script.Answers.emplace("B", RedfishConfigResult(code, "gone", ""));
+        script.Read = RedfishConfigResult(24, "gone", "");
+        const Answer answer = Load(script, {"A", "B", "C", "D"});
+        EXPECT_EQ(script.Asked, (Calls{{"A", ""}, {"B", ""}}));
+        EXPECT_EQ(answer.Text, "BIOS.A: sent, takes effect after a reboot\nBIOS.B: failed: gone\n"
+                               "BIOS.C: not sent: a request before it failed\n"
+                               "BIOS.D: not sent: a request before it failed\n");
+        EXPECT_EQ(answer.Code, code);
+        ASSERT_EQ(answer.Errors.size(), 3U);
+        EXPECT_EQ(answer.Errors[1].Message, "BIOS.C: not sent, since a request before it failed");
+        EXPECT_EQ(answer.Errors[2].Setting, "BIOS.D");
+        EXPECT_EQ(answer.Errors[2].Code, code);
+    }
+}
+
+TEST(LoadDefaultCommand, DataHasTheReasonBesideTheOutcome)
 {
     Script script;
-    script.Answers.emplace("B", RedfishConfigResult(24, "gone", ""));
-    script.Read = RedfishConfigResult(24, "gone", "");
-    const Answer answer = Load(script, {"A", "B", "C", "D"});
-    EXPECT_EQ(script.Asked, (Calls{{"A", ""}, {"B", ""}}));
-    EXPECT_EQ(answer.Code, 24);
-    ASSERT_EQ(answer.Errors.size(), 3U);
-    EXPECT_EQ(answer.Errors[1].Message, "BIOS.C: not sent, since a request before it failed");
-    EXPECT_EQ(answer.Errors[2].Setting, "BIOS.D");
+    script.Answers.emplace("A", RedfishConfigResult(24, "gone", ""));
+    Options options = OptionsFor({"A", "B"});
+    options.Json = true;
+    WaitingDefaults waiting;
+    const Answer answer = LoadSingleDefaults(
+        options, [&] { return std::make_unique<ScriptedFront>(script); }, waiting);
+    EXPECT_EQ(boost::json::serialize(answer.Data),
+              R"({"BIOS.A":{"outcome":"failed","reason":"gone"},)"
+              R"("BIOS.B":{"outcome":"not sent","reason":"a request before it failed"}})");
+    EXPECT_EQ(answer.Text, "");
+    EXPECT_FALSE(waiting.Any || waiting.Unknown);
 }

@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <string>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -112,6 +113,23 @@ class OnTerminal
     {
         termios state{};
         return tcgetattr(m_Other, &state) == 0 && (state.c_lflag & ECHO) != 0;
+    }
+
+    /// From now on bytes are handed over as they are typed, and not echoed.
+    void WaitForNoLines() const
+    {
+        termios state{};
+        tcgetattr(m_Other, &state);
+        state.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+        EXPECT_EQ(tcsetattr(m_Other, TCSANOW, &state), 0);
+    }
+
+    /// Bytes that were typed and that nobody has read.
+    int Unread() const
+    {
+        int count = -1;
+        ioctl(m_Other, FIONREAD, &count);
+        return count;
     }
 
     int Status()

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "SharedData.h"
 #include "TemporaryFolder.h"
@@ -67,6 +68,52 @@ TEST(OutputFile, ALinkIsFollowed)
     EXPECT_EQ(WriteWholeFile((folder.Path() / "link").string(), "new"), "");
     EXPECT_TRUE(fs::is_symlink(folder.Path() / "link"));
     EXPECT_EQ(testdata::ReadFile(target), "new");
+}
+
+TEST(OutputFile, ALinkToNothingYetIsFollowed)
+{
+    const testdata::TemporaryFolder folder;
+    fs::create_directory(folder.Path() / "real");
+    fs::create_symlink("real/second", folder.Path() / "first");
+    fs::create_symlink(folder.Path() / "real" / "target", folder.Path() / "real" / "second");
+    EXPECT_EQ(WriteWholeFile((folder.Path() / "first").string(), "new"), "");
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "first"));
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "real" / "second"));
+    EXPECT_EQ(testdata::ReadFile(folder.Path() / "real" / "target"), "new");
+}
+
+TEST(OutputFile, LinksInACircleAreToldAndLeftAlone)
+{
+    const testdata::TemporaryFolder folder;
+    fs::create_symlink("second", folder.Path() / "first");
+    fs::create_symlink("first", folder.Path() / "second");
+    EXPECT_EQ(WriteWholeFile((folder.Path() / "first").string(), "x"), "Too many levels of symbolic links");
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "first"));
+    EXPECT_EQ(EntriesOf(folder.Path()), 2U);
+}
+
+/// One that cannot be read cannot be synced either.
+TEST(OutputFile, AFolderThatCannotBeSyncedDoesNotTakeTheFileBack)
+{
+    constexpr uid_t nobody = 65534;
+    const testdata::TemporaryFolder folder;
+    const fs::path file = folder.Write("closed/file", "old");
+    const bool isRoot = geteuid() == 0; // who may read all
+    if (isRoot)
+    {
+        for (const fs::path& path : {folder.Path(), file.parent_path(), file})
+        {
+            ASSERT_EQ(chown(path.c_str(), nobody, static_cast<gid_t>(-1)), 0);
+        }
+    }
+    fs::permissions(file.parent_path(), fs::perms::owner_write | fs::perms::owner_exec);
+    ASSERT_TRUE(!isRoot || seteuid(nobody) == 0);
+    const std::string error = WriteWholeFile(file.string(), "new");
+    ASSERT_TRUE(!isRoot || seteuid(0) == 0);
+    fs::permissions(file.parent_path(), fs::perms::owner_all);
+    EXPECT_EQ(error, "");
+    EXPECT_EQ(testdata::ReadFile(file), "new");
+    EXPECT_EQ(EntriesOf(file.parent_path()), 1U);
 }
 
 TEST(OutputFile, WhatCannotBeWrittenIsToldAndLeftAlone)

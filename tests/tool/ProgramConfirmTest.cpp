@@ -74,6 +74,30 @@ TEST_F(ProgramConfirm, AnythingElseSendsNothing)
     }
 }
 
+/// What is left there is a command to the shell that reads next.
+TEST_F(ProgramConfirm, NothingOfALongReplyIsLeftInTheTerminal)
+{
+    for (const std::string typed : {"yes or rather echo LEFTOVER\n", "0123456789abcdefecho LEFTOVER\n"})
+    {
+        OnTerminal tool(Tool({"loaddefault", "UEFI"}));
+        ASSERT_TRUE(tool.Shows("Type yes to go on: ")) << tool.Shown();
+        tool.Type(typed);
+        EXPECT_EQ(tool.ReadToEnd(), 64) << tool.Shown();
+        EXPECT_EQ(tool.Unread(), 0);
+        EXPECT_TRUE(IsAsItWas()) << typed;
+    }
+}
+
+TEST_F(ProgramConfirm, AReplyWithoutAnEndIsNotWaitedFor)
+{
+    OnTerminal tool(Tool({"loaddefault", "UEFI"}));
+    ASSERT_TRUE(tool.Shows("Type yes to go on: ")) << tool.Shown();
+    tool.WaitForNoLines();
+    tool.Type(std::string(5000, 'y'));
+    EXPECT_EQ(tool.ReadToEnd(), 64) << tool.Shown();
+    EXPECT_TRUE(IsAsItWas());
+}
+
 TEST_F(ProgramConfirm, ASignalAtTheQuestionSendsNothing)
 {
     OnTerminal tool(Tool({"loaddefault", "UEFI", "--post"}));

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <sys/wait.h>
 #include <thread>
 
 #include "ChildProcess.h"
@@ -57,6 +58,15 @@ bool LogHas(const std::string& path, const std::string& words)
     return false;
 }
 
+/// Waits until nothing more fits the child's output.
+void WaitUntilFull(const ChildProcess& child, int bytes)
+{
+    while (child.UnreadOutput() < bytes)
+    {
+        std::this_thread::yield();
+    }
+}
+
 } // namespace
 
 TEST(ProgramStreams, AReaderThatGoesAwayIsNoError)
@@ -86,6 +96,35 @@ TEST(ProgramStreams, AFullDiskIsAnError)
         EXPECT_EQ(shown.Status, 15);
         EXPECT_EQ(shown.Errors, "tavrine: 15 Unable to write to standard output: No space left on device\n");
     }
+}
+
+TEST(ProgramStreams, AReaderIsWaitedForWhereWritingDoesNot)
+{
+    Launch launch = Simulated({"show", "--json"});
+    const std::string whole = RunToEnd(launch).Output;
+    ASSERT_GT(whole.size(), 8192U);
+    launch.NonBlockingOutput = 4096;
+    ChildProcess tool(launch);
+    WaitUntilFull(tool, launch.NonBlockingOutput);
+    const Finished shown = tool.Wait();
+    EXPECT_EQ(shown.Status, 0);
+    EXPECT_EQ(shown.Errors, "");
+    EXPECT_EQ(shown.Output, whole);
+}
+
+TEST(ProgramStreams, ASignalEndsTheWaitForAReader)
+{
+    Launch launch = Simulated({"show", "--json"});
+    launch.NonBlockingOutput = 4096;
+    ChildProcess tool(launch);
+    WaitUntilFull(tool, launch.NonBlockingOutput);
+    tool.Signal(SIGTERM);
+    siginfo_t ended;
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(tool.Id()), &ended, WEXITED | WNOWAIT), 0);
+    const Finished stopped = tool.Wait();
+    EXPECT_EQ(stopped.Status, 128 + SIGTERM) << stopped.Errors;
+    EXPECT_FALSE(stopped.Killed);
+    EXPECT_EQ(stopped.Output.size(), 4096U);
 }
 
 TEST(ProgramStreams, ALogThatCannotBeWrittenIsTold)
@@ -145,6 +184,21 @@ TEST(ProgramStreams, ASignalClosesTheSession)
         EXPECT_EQ(stopped.Errors.find("tavrine: 24 Stopped by a signal"), 0U) << stopped.Errors;
         EXPECT_TRUE(LogHas(log, "DELETE"));
     }
+}
+
+/// To the end of this search it would take minutes.
+TEST(ProgramStreams, ASignalEndsASearch)
+{
+    const testdata::TemporaryFolder folder;
+    const std::string log = (folder.Path() / "access").string();
+    const RunningBmc bmc({"--machine", BigMachine(folder), "--access-log", log});
+    ChildProcess tool(bmc.Tool({"find", "--regex", "^(?:([a-z ]+)*[#!]|.*)$"}));
+    ASSERT_TRUE(LogHas(log, "Big.v1_0_0.en.json"));
+    tool.Signal(SIGINT);
+    const Finished stopped = tool.Wait();
+    EXPECT_EQ(stopped.Status, 128 + SIGINT) << stopped.Errors;
+    EXPECT_FALSE(stopped.Killed);
+    EXPECT_EQ(stopped.Output, "");
 }
 
 TEST(ProgramStreams, HelpAndVersionTouchNothing)

@@ -337,6 +337,29 @@ TEST(RestoreCommand, BehindALostConnectionNothingElseIsSent)
     EXPECT_EQ(Find(plan, "Mode").Outcome, RestoreOutcome::NotSent);
 }
 
+TEST(RestoreCommand, WhatWasNotSentHasTheCodeOfWhatStoppedTheRun)
+{
+    Script script;
+    script.Answer = {33, "not ready", ""};
+    script.Read = {33, "not ready", ""};
+    const RestorePlan plan = Sent(script, {{"Mode", "Fixed"}, {"Size", "3"}});
+    EXPECT_EQ(Find(plan, "Mode").Outcome, RestoreOutcome::NotSent);
+    EXPECT_EQ(Find(plan, "Mode").Code, 33);
+}
+
+TEST(RestoreCommand, WhatIsInPlaceMayWaitWhereItCannotBeReadBack)
+{
+    Script script;
+    script.Read = {26, "no values", ""};
+    const RestorePlan plan = Sent(script, {{"Mode", "Free"}, {"Tag", "new"}});
+    EXPECT_EQ(Find(plan, "Mode").Outcome, RestoreOutcome::InPlace);
+    Answer answer;
+    TellRestore(plan, OptionsFor(), "BIOS", answer);
+    EXPECT_EQ(answer.Text, "BIOS.Mode\tFree\tin place: whether it waits for a reboot is not known\n"
+                           "BIOS.Tag\tnew\tsent, takes effect after a reboot\n");
+    EXPECT_EQ(answer.Code, 0);
+}
+
 TEST(RestoreCommand, StrangersAreOneFailureAndRowsEach)
 {
     SettingStringMap settings;

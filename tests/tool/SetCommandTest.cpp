@@ -93,6 +93,14 @@ TEST_F(SetCommand, InHexadecimalModeNumbersBehindOtherChangesStayThemselves)
               "{\"Attributes\":{\"NumLock\":false,\"Owner\":\"10\",\"Timeout\":200}}\n");
 }
 
+TEST_F(SetCommand, InHexadecimalModeAChangeThatOthersLookAtLeavesNumbersThemselves)
+{
+    Given.Hex = true;
+    Given.DryRun = true;
+    EXPECT_EQ(Set({"Slot=B", "Mode=Legacy", "Timeout=0x14"}).Text,
+              "{\"Attributes\":{\"Mode\":\"Legacy\",\"Timeout\":20}}\n{\"Attributes\":{\"Slot\":\"B\"}}\n");
+}
+
 TEST_F(SetCommand, InHexadecimalModeOtherKindsTakeTheirTextsAsTheyAre)
 {
     Given.Hex = true;

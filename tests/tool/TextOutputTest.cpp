@@ -89,6 +89,18 @@ TEST(GroupTree, HostileDepthIsBounded)
     EXPECT_LT(tree.find("BIOS.B"), tree.size());
 }
 
+TEST(GroupTree, MenusBelowTheDeepestStayFlat)
+{
+    std::string label = "m";
+    for (int depth = 1; depth < 31; ++depth)
+    {
+        label += "/m";
+    }
+    EXPECT_EQ(GroupTree({{label, {"BIOS.A"}}, {label + "/m", {"BIOS.B"}}}), label + "\n  BIOS.A\n  m\n    BIOS.B\n");
+    EXPECT_EQ(GroupTree({{label + "/m", {"BIOS.A"}}, {label + "/m/m", {"BIOS.B"}}}),
+              label + "\n  m\n    BIOS.A\n  m/m\n    BIOS.B\n");
+}
+
 TEST(UnescapeText, GivesBackEveryText)
 {
     std::string all;

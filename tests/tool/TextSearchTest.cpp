@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+
+using Tavrine::Tool::Occurrence;
 using Tavrine::Tool::TextSearch;
 
 TEST(TextSearch, WordsAreFoundInWhateverCase)
@@ -35,7 +39,8 @@ TEST(TextSearch, WordsAreFoundInWhateverCase)
     {
         const TextSearch search(row.Word, row.Regex);
         EXPECT_EQ(search.Error(), "") << row.Word;
-        EXPECT_EQ(search.FoundIn(row.Text), row.Found) << row.Word << " in " << row.Text;
+        EXPECT_EQ(search.LookIn(row.Text), row.Found ? Occurrence::Found : Occurrence::None)
+            << row.Word << " in " << row.Text;
     }
 }
 
@@ -45,14 +50,34 @@ TEST(TextSearch, WhatIsNoExpressionIsTold)
     {
         const TextSearch search(word, true);
         EXPECT_NE(search.Error(), "") << word;
-        EXPECT_FALSE(search.FoundIn(word));
+        EXPECT_EQ(search.LookIn(word), Occurrence::None);
     }
     EXPECT_NE(TextSearch("\xFF", false).Error(), "");
 }
 
-TEST(TextSearch, AnExpressionThatNeverEndsMatchesNothing)
+/// All of these texts match in the end.
+TEST(TextSearch, AnExpressionIsGivenUpWhereItTakesTooManySteps)
 {
-    const TextSearch search("^(a+)+$", true);
-    EXPECT_FALSE(search.FoundIn(std::string(64, 'a') + "!"));
-    EXPECT_FALSE(TextSearch("(x+x+)+y", true).FoundIn(std::string(100000, 'x')));
+    const TextSearch search("^(?:(a+)+b|a*!)$", true);
+    for (const auto& [length, occurrence] : {std::pair{18, Occurrence::Found},
+                                             {19, Occurrence::GivenUp},
+                                             {64, Occurrence::GivenUp},
+                                             {10, Occurrence::Found}})
+    {
+        EXPECT_EQ(search.LookIn(std::string(static_cast<std::size_t>(length), 'a') + "!"), occurrence) << length;
+    }
+}
+
+TEST(TextSearch, StepsCountOverAllPlacesOfAText)
+{
+    const TextSearch search("x.*[#!]", true);
+    EXPECT_EQ(search.LookIn(std::string(1000, 'x')), Occurrence::None);
+    EXPECT_EQ(search.LookIn(std::string(2000, 'x')), Occurrence::GivenUp);
+}
+
+TEST(TextSearch, AnExpressionIsGivenUpWhereItTakesTooMuchMemory)
+{
+    const TextSearch search("^(?:a|b)*c", true);
+    EXPECT_EQ(search.LookIn(std::string(50000, 'a') + "c"), Occurrence::Found);
+    EXPECT_EQ(search.LookIn(std::string(80000, 'a') + "c"), Occurrence::GivenUp);
 }

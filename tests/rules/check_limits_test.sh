@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# check_limits_test.sh CHECKER FOLDER: proves on a copy of the sources that the checker lets them pass and tells each
+# planted fault.
+set -euo pipefail
+
+checker=$1
+tree=$(mktemp -d)
+trap 'rm -rf "$tree"' EXIT
+failures=0
+
+fresh_tree()
+{
+    rm -rf "${tree:?}"/*
+    mkdir "$tree/docs"
+    cp "$1/docs/limits.md" "$tree/docs"
+    cp -r "$1/include" "$1/tool" "$1/RedfishConfig" "$1/simulator" "$1/tests" "$tree"
+}
+
+# expect WORDS: the checker fails and says them.
+expect()
+{
+    local told
+    if told=$("$checker" "$tree" 2>&1); then
+        echo "passes in spite of: $1" >&2
+        failures=$((failures + 1))
+    elif [[ "$told" != *"$1"* ]]; then
+        printf 'does not tell: %s\n%s\n' "$1" "$told" >&2
+        failures=$((failures + 1))
+    fi
+}
+
+fresh_tree "$2"
+"$checker" "$tree"
+
+echo 'constexpr std::size_t MostPlanted = 7;' >>"$tree/tool/Answer.cpp"
+expect 'no row for MostPlanted of tool/Answer.cpp'
+
+fresh_tree "$2"
+sed -i 's/LongestPassword = 4096/LongestPassword = 4097/' "$tree/tool/Password.h"
+expect '4096 is not LongestPassword of tool/Password.h'
+
+fresh_tree "$2"
+sed -i 's/OnlyTheLastLinesAreKept/Renamed/' "$tree/tests/tool/AnswerTest.cpp"
+expect 'no such test: CauseLog.OnlyTheLastLinesAreKept'
+
+fresh_tree "$2"
+sed -i 's/LongestShownName/ShownNameBytes/' "$tree/tool/SavedSettings.cpp"
+expect 'knows of what is not there: tool/SavedSettings.cpp:LongestShownName'
+
+exit "$((failures > 0))"

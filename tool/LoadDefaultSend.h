@@ -1,0 +1,58 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Answer.h"
+#include "RedfishConfigProc.h"
+
+namespace Tavrine::Tool
+{
+
+struct Options;
+
+/// What became of one setting that was to get its default.
+enum class LoadOutcome
+{
+    /// It has the default from the next start on.
+    Sent,
+    /// It has the default.
+    InPlace,
+    Unknown,
+    /// Nothing was changed.
+    Failed,
+    NotSent,
+};
+
+struct DefaultLoad
+{
+    /// Bare name, as the caller wrote it.
+    std::string Name;
+    /// Under what the BMC knows it.
+    std::string Key;
+    std::string ShownName;
+    /// Of the library's answer, or of what kept it from being asked.
+    int Code = CodeSucceed;
+    /// Nobody knows whether its request was carried out; by the answer alone.
+    bool Open = false;
+
+    LoadOutcome Outcome = LoadOutcome::Unknown;
+    /// Of Failed, and of Unknown and NotSent with a message that goes on from the setting's name.
+    std::optional<Failure> Why;
+    /// Of Sent: what has to be in force after a reboot; nothing where that cannot be found out.
+    std::optional<std::string> Expected;
+};
+
+/// Asks for the defaults of the settings that `options` names, one after the other, and finds out what became of each:
+/// by what the BMC itself says, or else by its answers. Once it cannot be reached nothing else is sent.
+/// @param freshFront  gives an object of text output that was not used yet.
+/// @param notes  receives warnings.
+/// @return a record for each name, in their order.
+std::vector<DefaultLoad> SendDefaults(const Options& options,
+                                      const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
+                                      std::vector<std::string>& notes);
+
+} // namespace Tavrine::Tool
