@@ -10,7 +10,8 @@ namespace Tavrine
 {
 
 /// Old names of settings, taken from the table "legacy_names" of the
-/// configuration file (old name = new name, compared exactly).
+/// configuration file (old name = new name, compared exactly; see GlobalConfig). Safe from
+/// any thread.
 class TAVRINE_EXPORT BIOSCompatibleModule
 {
   public:
@@ -18,8 +19,9 @@ class TAVRINE_EXPORT BIOSCompatibleModule
     virtual ~BIOSCompatibleModule();
 
     /// Writes the current form of `oldName` to `newName`. Where the table has no
-    /// such name, or LegacyNameMode is off, `newName` stays as it was.
-    /// @return 0 when a name was written; 20 otherwise.
+    /// such name, or an empty one for it, where the configuration cannot be read, or
+    /// LegacyNameMode is off, `newName` stays as it was.
+    /// @return 0 when a name was written; 20 otherwise, with the cause.
     RedfishConfigResult ConvertNameFromOldToNew(const std::string oldName, std::string& newName);
 
   private:

@@ -14,17 +14,21 @@ namespace Tavrine
 /// answer: a manager of its own over the registry that `front` keeps, with the current
 /// values, pending ones before those in force. Protected settings are among them where
 /// `front` reaches them. Registry and values are fetched where `front` has not done so yet.
-/// @return as QuerySettingValidValues of all with Config_Options::OutputFormat 2, but for a text
-/// that is no registry: that shows at the manager's first operation (GetSettingNames, for one).
-/// `manager` is untouched on failure.
+/// @return 0; 26, 13, and what a request to the BMC ended in, as for the operations of `front` (see
+/// RedfishConfigProc). A text that is no registry shows at the manager's first operation
+/// (GetSettingNames, for one), by code 27. `manager` is untouched on failure.
+///
+/// The manager is the caller's, may outlive `front`, and may be used by another thread than it
+/// afterwards; here `front` is used as by its own operations.
 TAVRINE_EXPORT RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
                                                       std::unique_ptr<RedfishConfigSettingManager>& manager);
 
 /// Spares a new front object of the same BMC the registry: it takes over the one that
-/// `manager` has, which is read where that has not been done yet. Operations that make a
-/// manager with values (QuerySaveSettingValues, and QuerySettingDefaultValues,
-/// QuerySettingDescriptions and QuerySettingValidValues) or hand out the registry still fetch
-/// it.
+/// `manager` has, which is read where that has not been done yet; a text that is no registry is taken
+/// over as well. Operations that make a manager with values (QuerySaveSettingValues, and
+/// QuerySettingDefaultValues, QuerySettingDescriptions and QuerySettingValidValues) and
+/// QueryGroupList still fetch it.
+/// Sends nothing; both objects are used.
 TAVRINE_EXPORT void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& manager);
 
 /// Whether the Bios resource, as `front` has read it, says that all settings go to their defaults at the

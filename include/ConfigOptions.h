@@ -8,16 +8,21 @@ namespace Tavrine
 /// Options of one front object, copied by value wherever they are needed.
 struct Config_Options
 {
-    /// Numbers are shown and taken in hexadecimal (text output only).
+    /// New values of settings whose current value is a number are taken in hexadecimal, and the text
+    /// output of values shows such settings so; lists of valid values have both forms. JSON,
+    /// defaults, saves and comparisons stay decimal.
     bool HexValueMode = false;
-    /// On a UEFI system: operations on single protected settings are allowed.
+    /// On a UEFI system: values, pending values and changes of single protected settings are allowed;
+    /// without it they are answered with code 34.
     bool allowProtectedSettings = false;
     /// Kept for the layout; nothing reads it.
     bool ReservedOption = false;
-    /// Names from the caller may be old names (see BIOSCompatibleModule).
+    /// Names from the caller may be old names (see BIOSCompatibleModule), which answers then
+    /// give back (see RedfishConfigProc).
     bool LegacyNameMode = false;
-    /// 0: text, one entry a setting. 1: JSON text under one key. 2: valid
-    /// values are answered with the whole attribute registry.
+    /// Of values and of comparisons with pending ones: 0 text, one entry a setting; 1 JSON text
+    /// under one key; any other, nothing. 2: valid values are answered with the whole
+    /// attribute registry.
     std::int32_t OutputFormat = 0;
 };
 static_assert(sizeof(Config_Options) == 8);

@@ -10,7 +10,9 @@ namespace Tavrine
 
 /// One log record: constructed, filled through Stream(), written out by its
 /// destructor. Levels: 1 failures and refusals, 3 entry and exit of the
-/// interface's operations, 4 detail. Where records go is told by Logging.
+/// interface's operations, 4 detail. Where records go is told by Logging. Those of level 4
+/// can hold values of settings, also passwords that are sent to protected ones; no record holds
+/// what logs in to a BMC.
 ///
 /// A record whose level no sink takes when it is made is never written: its
 /// stream, one for all such records of a thread, takes insertions and formats nothing,

@@ -10,7 +10,8 @@
 namespace Tavrine
 {
 
-/// Keeps the changes that wait for a flush and the failures of the last one.
+/// Keeps the changes that wait for a flush and the failures of the last one. One object
+/// is used by one thread at a time.
 class TAVRINE_EXPORT RedfishConfigAssistant
 {
   public:

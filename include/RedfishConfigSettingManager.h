@@ -28,7 +28,7 @@ class SettingModel;
 ///
 /// Names of settings are compared exactly; values are found in the maps that the
 /// caller gives by the rule of those maps. One object is used by one thread at a
-/// time.
+/// time; objects that share a registry (TakeRegistryOf) may be used at once.
 class TAVRINE_EXPORT RedfishConfigSettingManager
 {
   public:
@@ -44,7 +44,8 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     ~RedfishConfigSettingManager();
 
     /// Takes over the registry of another manager instead of its own. It is read once for
-    /// both, here where that has not been done yet; the values stay.
+    /// both, here where that has not been done yet; the values stay. A text that is no
+    /// registry is taken over, too, and shows at the next operation. Both objects are used.
     void TakeRegistryOf(RedfishConfigSettingManager& other);
 
     /// Brings the model up to these current values: values of settings that
@@ -151,7 +152,7 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     /// @return 0; 10 for a value that the setting does not take; 16 for FilterSave; 18
     /// when the setting is read-only, immutable, hidden or grayed out now, with the
     /// condition that makes it so; 20 for an unknown name; 21 for a default action on
-    /// a setting without one; 27. A refusal is also the one entry of the error list.
+    /// a setting without one; 27. Any of them but 16 and 27 is also the one entry of the error list.
     /// `context` is untouched on failure.
     RedfishConfigResult PreparePatchContext(const std::string name, const std::string value, std::string& context,
                                             Tavrine::filterAction action);
@@ -161,8 +162,8 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     /// FilterRestoreOtherSystem; settings without a default, or that cannot be
     /// written now, for the two defaults.
     /// @return 0 when nothing failed; 7 when some passed; the result itself where a
-    /// single one was wanted; 18 when none passed; 16 and 27 as above. The error list
-    /// has one entry a failure, in the order of `values`.
+    /// single one was refused and none passed; 18 when several were and none passed; 16 and 27 as
+    /// above, with no contexts. The error list has one entry a refusal, in the order of `values`.
     RedfishConfigResult PreparePatchContext(const Tavrine::SettingStringMap& values,
                                             Tavrine::SettingStringMap& contexts, Tavrine::filterAction action);
 

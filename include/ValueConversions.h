@@ -16,7 +16,7 @@ namespace Tavrine
 /// The JSON form of a value: string, number or boolean of its own kind.
 TAVRINE_EXPORT boost::json::value VariantToJson(const SettingVariant& value);
 
-/// Stores a text in `value`, keeping the kind that stands there: decimal text for
+/// Stores a text in `value`, keeping the kind that stands there: decimal text within 64 bits signed for
 /// an integer, "true" or "false" in any case for a boolean, the text itself for a
 /// string or where no value stood.
 /// @return false, and `value` untouched, when the text does not suit the kind.
@@ -27,7 +27,9 @@ TAVRINE_EXPORT bool TransferStringToOptionalVar(OptionalVar& value, const std::s
 /// @return false, and `text` untouched, when there is no value.
 TAVRINE_EXPORT bool GetOptionalVarAsString(const OptionalVar& value, std::string& text);
 
+/// Whether there is a value, and it is an integer.
 TAVRINE_EXPORT bool IsNumSetting(const OptionalVar& value);
+/// Whether there is a value, and it is a boolean.
 TAVRINE_EXPORT bool IsBoolenSetting(const OptionalVar& value);
 
 /// A hexadecimal number that HexToDec takes: an optional "-", an optional "0x" or

@@ -8,8 +8,9 @@ namespace Tavrine
 {
 
 /// Puts the name that the caller asked for in place of a translated one: the entry under
-/// `keyName`, or else the first whose key ends in a point and that name in any case, moves
-/// to `requestedName`. An exact match of both names loses its entry.
+/// `keyName`, or else the first whose key ends where a point and that name first stand in it,
+/// moves to `requestedName`, in place of an entry that it has. The case counts. An entry
+/// that stands under `requestedName` already, and is the one to move, is lost.
 template <typename Map>
 void MoveToRequestedName(Map& values, const std::string& keyName, const std::string& requestedName)
 {
