@@ -58,9 +58,9 @@ class TAVRINE_EXPORT BMCBaseAssistant
 
     /// @param errors      receives one entry for each refused setting and fault: 10 bad
     ///                    value, 9 unknown, 18 not writable or not told.
-    /// @param secretBody  the body may hold values that must not be shown: its texts of four
-    ///                    bytes or more are blotted out of the BMC's words, where they stand
-    ///                    as words of their own. No body is ever logged.
+    /// @param secretBody  the body may hold values that must not be logged; no body is, so
+    ///                    this changes nothing. What the BMC quotes of it stands in the
+    ///                    messages: a caller that sends a password looks through them.
     /// @param headers     added to the request; an empty value sends the header
     ///                    with no value. "Expect" is never sent, so that no
     ///                    "100-continue" is waited for.

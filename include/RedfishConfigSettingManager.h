@@ -75,7 +75,8 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     /// Group (menu) name to the names of its settings, replacing what `groups`
     /// held. Group names are the menus' display names joined by "/", without the
     /// root menu, which gives its name to settings that stand directly in it; where
-    /// two menus would share a name, the later one has its path behind. A setting
+    /// two menus would share a name, the later one has its path behind; a display name of
+    /// more than 128 bytes is cut. A setting
     /// whose menu the registry does not know, or that names none, stands under its
     /// own "MenuPath" or under "Other"; a registry without menus gives one group,
     /// "BIOS". A text that is no registry leaves `groups` empty, and GetError has
@@ -129,8 +130,8 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     /// The current values that a save keeps, as text, replacing what `values` held.
     /// Left out are settings without a value, passwords, and those that can never be
     /// written back: read-only, write-only, immutable, hidden or grayed out by the
-    /// registry itself with no dependency that could lift it. What a dependency
-    /// locks at the moment is kept, since a restore changes the cause as well.
+    /// registry itself, on the setting or on a menu around it, with no dependency that
+    /// could lift it there. What a dependency locks at the moment is kept, since a restore changes the cause as well.
     /// @return 0; 16 for an action other than FilterSave; 27.
     RedfishConfigResult FetchSaveSettingValues(Tavrine::SettingStringMap& values, Tavrine::filterAction action);
 

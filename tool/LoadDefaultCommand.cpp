@@ -249,6 +249,10 @@ Answer LoadSingleDefaults(const Options& options, const std::function<std::uniqu
     for (const DefaultLoad& load : loads)
     {
         TellLoad(load, options, answer);
+        if (options.Reboot && load.Outcome == LoadOutcome::Sent && !load.Expected)
+        {
+            answer.Notes.push_back(load.ShownName + ": its value cannot be read, so that it is not verified");
+        }
     }
     waiting = WaitingOf(loads);
     return answer;

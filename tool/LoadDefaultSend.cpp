@@ -61,6 +61,7 @@ void TakeAnswer(DefaultLoad& load, const Failure& answer, std::vector<std::strin
     }
     load.Outcome = LoadOutcome::Failed;
     load.Why = answer;
+    load.Why->Message = WithShownName(load.Why->Message, load.Key, load.ShownName);
 }
 
 void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& causes, std::vector<std::string>& notes)
@@ -166,9 +167,13 @@ std::string DoubtOf(const DefaultLoad& load, const Knowledge& known)
 void Judge(DefaultLoad& load, const Knowledge& known, const std::optional<Failure>& unread)
 {
     load.Outcome = OutcomeOf(load, known);
-    if (load.Outcome == LoadOutcome::Sent)
+    if (load.Outcome == LoadOutcome::Sent && known.Pending)
     {
-        load.Expected = known.Pending ? known.Pending : known.Default;
+        load.Expected = known.Pending;
+    }
+    else if (load.Outcome == LoadOutcome::Sent && unread)
+    {
+        load.Expected = known.Default; // without a value in what was read it is one that no BMC shows, a password
     }
     else if (load.Outcome == LoadOutcome::Unknown)
     {

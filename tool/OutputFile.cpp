@@ -14,9 +14,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-/// As many as the kernel follows.
-constexpr int MostLinks = 40;
-
 /// A file under a temporary name, removed unless it was renamed.
 class TemporaryFile
 {
@@ -87,36 +84,23 @@ void SyncFolder(const std::filesystem::path& file)
     }
 }
 
-/// Where links lead in the end, be there a file yet or not.
-std::filesystem::path Followed(std::filesystem::path path, std::error_code& error)
-{
-    std::error_code noLink;
-    for (int links = 0; std::filesystem::is_symlink(path, noLink) && !error; ++links)
-    {
-        path = path.parent_path() / std::filesystem::read_symlink(path, error);
-        if (links == MostLinks)
-        {
-            error = std::make_error_code(std::errc::too_many_symbolic_link_levels);
-        }
-    }
-    return path;
-}
-
 } // namespace
 
 std::string WriteWholeFile(const std::string& path, std::string_view text, mode_t mode)
 {
+    std::error_code noSuchFile;
+    std::error_code nothing;
+    const std::filesystem::path real = std::filesystem::canonical(path, noSuchFile);
+    if (noSuchFile && std::filesystem::is_symlink(path, nothing))
+    {
+        return "is a link that leads nowhere"; // in a folder of many users it may be anyone's
+    }
+    const std::string target = noSuchFile ? path : real.string();
     struct stat former = {};
-    const bool exists = stat(path.c_str(), &former) == 0;
+    const bool exists = stat(target.c_str(), &former) == 0;
     if (exists && !S_ISREG(former.st_mode))
     {
         return "is no plain file";
-    }
-    std::error_code error;
-    const std::string target = Followed(path, error).string();
-    if (error)
-    {
-        return error.message();
     }
     TemporaryFile file(target);
     if (!file.Good() || !file.Fill(text, exists ? former.st_mode & mode : NewFileMode(mode)) || !file.RenameTo(target))

@@ -8,7 +8,7 @@ namespace Tavrine::Tool
 {
 
 /// Writes a file so that its name never stands for half of a text: to a temporary name
-/// in the same folder, synced, renamed. Links are followed, those to nothing yet as well; a
+/// in the same folder, synced, renamed. Links to a file are followed, those to nothing refused; a
 /// file that exists keeps its permissions as far as `mode` has them; what is no plain file is
 /// refused. Where the folder cannot be synced, a loss of power may bring the former file back.
 /// @param mode  permissions of a new file before the umask, and the widest of any.

@@ -16,6 +16,7 @@
 #include "MissingActions.h"
 #include "Options.h"
 #include "OrderedLookup.h"
+#include "PendingFallback.h"
 #include "PendingValues.h"
 #include "SettingManager.h"
 #include "SettingNames.h"
@@ -40,26 +41,36 @@ constexpr const char* Blot = "********";
 
 using FrontMaker = std::function<std::unique_ptr<RedfishConfigProc>()>;
 
-std::string WordOf(const RestoreSetting& setting, const std::string& shownName)
+const char* WordOf(RestoreOutcome outcome)
 {
-    const std::string reason = setting.Why.empty() ? "" : ": " + WithShownName(setting.Why, setting.Name, shownName);
-    switch (setting.Outcome)
+    switch (outcome)
     {
     case RestoreOutcome::Planned:
         return "would be sent";
     case RestoreOutcome::InPlace:
-        return "in place" + reason;
+        return "in place";
     case RestoreOutcome::Waiting:
         return "already waits for a reboot";
     case RestoreOutcome::Sent:
         return "sent, takes effect after a reboot";
     case RestoreOutcome::Refused:
-        return "refused" + reason;
+        return "refused";
     case RestoreOutcome::NotSent:
-        return "not sent" + reason;
+        return "not sent";
     default:
-        return "unknown" + reason;
+        return "unknown";
     }
+}
+
+std::string ReasonOf(const RestoreSetting& setting, const std::string& shownName)
+{
+    return WithShownName(setting.Why, setting.Name, shownName);
+}
+
+std::string Words(const RestoreSetting& setting, const std::string& shownName)
+{
+    const std::string reason = ReasonOf(setting, shownName);
+    return WordOf(setting.Outcome) + (reason.empty() ? "" : ": " + reason);
 }
 
 /// One call of the library, and what it said.
@@ -171,6 +182,23 @@ void JudgeByValues(RestorePlan& plan, const PendingValues& values)
     }
 }
 
+/// What waits for a reboot was not to be read.
+/// @param code  of the read.
+void DoubtInPlace(RestorePlan& plan, int code)
+{
+    for (RestoreSetting& setting : plan.Settings)
+    {
+        if (setting.Outcome == RestoreOutcome::InPlace && plan.PendingUnread)
+        {
+            SetOutcome(setting, RestoreOutcome::Unknown, code, "another value may wait for a reboot");
+        }
+        else if (setting.Outcome == RestoreOutcome::InPlace)
+        {
+            setting.Why = "whether it waits for a reboot is not known";
+        }
+    }
+}
+
 /// Of a plan that nothing is sent of: what is in place may be so after a reboot alone.
 void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, Answer& answer)
 {
@@ -184,6 +212,8 @@ void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, Answer& answer)
     if (!IsSuccess(result.ErrorCode()))
     {
         answer.Notes.push_back("warning: what waits for a reboot could not be read: " + FailureOf(result).Message);
+        DoubtInPlace(plan, result.ErrorCode());
+        return;
     }
     OrderedLookup pending(values.Pending);
     for (RestoreSetting& setting : plan.Settings)
@@ -231,15 +261,17 @@ void TellTable(const RestorePlan& plan, const Options& options, const std::strin
     {
         const std::string value = setting.Secret ? Blot : setting.Value;
         const std::string shown = prefix + "." + setting.Name;
-        const std::string word = WordOf(setting, shown);
-        if (options.Json)
+        if (!options.Json)
         {
-            answer.Data[ValidUtf8(shown)] = json::object{{"value", ValidUtf8(value)}, {"outcome", ValidUtf8(word)}};
+            rows.push_back({EscapeText(shown), EscapeText(value), EscapeText(Words(setting, shown))});
+            continue;
         }
-        else
+        json::object entry{{"value", ValidUtf8(value)}, {"outcome", WordOf(setting.Outcome)}};
+        if (const std::string reason = ReasonOf(setting, shown); !reason.empty())
         {
-            rows.push_back({EscapeText(shown), EscapeText(value), EscapeText(word)});
+            entry["reason"] = ValidUtf8(reason);
         }
+        answer.Data[ValidUtf8(shown)] = std::move(entry);
     }
     if (!options.Json)
     {
@@ -327,6 +359,7 @@ class Restorer
     {
         std::unique_ptr<RedfishConfigProc> front = m_Bmc.StandardFront(0);
         std::unique_ptr<RedfishConfigSettingManager> manager;
+        const PendingFallback fallback;
         RedfishConfigResult result = m_Bmc.SettingManagers()(*front, manager);
         if (IsSuccess(result.ErrorCode()))
         {
@@ -338,6 +371,7 @@ class Restorer
             };
             result =
                 JudgeRestore(*manager, m_Options.SameSystem, m_Options.SystemType == SystemTypeUefi, isReported, plan);
+            plan.PendingUnread = fallback.Warning().has_value();
         }
         if (m_Options.SystemType == SystemTypeBios)
         {
@@ -357,7 +391,9 @@ class Restorer
         for (const RestoreSetting& setting : plan.Settings)
         {
             unknown = unknown || setting.Outcome == RestoreOutcome::Unknown;
-            const bool waits = setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Waiting;
+            const bool mayWait = setting.Outcome == RestoreOutcome::InPlace && !setting.Why.empty();
+            const bool waits =
+                mayWait || setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Waiting;
             if (waits && !setting.Secret)
             {
                 expected.push_back({setting.Name, setting.Value});
@@ -404,11 +440,11 @@ void TellOutcome(const RestorePlan& plan, RestoreOutcome outcome, const Options&
         std::size_t& count = alike[setting.Why];
         if (options.Json || (count > 0 && count <= NamesInMessage))
         {
-            AddFailure(answer, {setting.Code, shown + ": " + WordOf(setting, shown), shown, {}});
+            AddFailure(answer, {setting.Code, shown + ": " + Words(setting, shown), shown, {}});
         }
         else if (count > NamesInMessage)
         {
-            AddFailure(answer, {setting.Code, fmt::format("{} settings: {}", count, WordOf(setting, shown)), {}, {}});
+            AddFailure(answer, {setting.Code, fmt::format("{} settings: {}", count, Words(setting, shown)), {}, {}});
             count = 0;
         }
     }
@@ -506,13 +542,7 @@ void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& fr
     if (!IsSuccess(result.ErrorCode()))
     {
         notes.push_back("warning: the values could not be read back: " + causes.Explain(result).Message);
-        for (RestoreSetting& setting : plan.Settings)
-        {
-            if (setting.Outcome == RestoreOutcome::InPlace)
-            {
-                setting.Why = "whether it waits for a reboot is not known";
-            }
-        }
+        DoubtInPlace(plan, result.ErrorCode());
         return;
     }
     JudgeByValues(plan, values);

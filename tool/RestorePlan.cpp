@@ -27,6 +27,13 @@ void Settle(RestoreSetting& setting, RestoreOutcome outcome, int code, std::stri
     setting.Why = std::move(why);
 }
 
+/// Whether a text, which may be written by hand ("03", "True"), is the value.
+bool IsValue(const std::string& text, const OptionalVar& value)
+{
+    OptionalVar read = value;
+    return TransferStringToOptionalVar(read, text) && read == value;
+}
+
 class Judge
 {
   public:
@@ -54,7 +61,11 @@ class Judge
             }
             else if (std::string text; GetOptionalVarAsString(info.CurrentValue, text))
             {
-                setting.Outcome = text == setting.Value ? RestoreOutcome::InPlace : RestoreOutcome::Planned;
+                if (IsValue(setting.Value, info.CurrentValue))
+                {
+                    setting.Outcome = RestoreOutcome::InPlace;
+                    setting.Value = text;
+                }
                 current = std::move(text);
             }
             else if (!isReported(setting.Name))

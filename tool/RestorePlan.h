@@ -52,6 +52,9 @@ struct RestorePlan
     /// Settings, by index, that are handed over together, one such call behind the other.
     /// A setting that another one of the file locks goes before that one.
     std::vector<std::vector<std::size_t>> Calls;
+    /// It was judged by the values in force alone, since those that wait for a reboot could not be read: where another
+    /// value waits, nothing is in place.
+    bool PendingUnread = false;
 };
 
 /// Whether the BMC reports a setting at all, with a value or without; asked about those

@@ -233,13 +233,27 @@ BmcMessage BareError(const json::value& error)
     return bare;
 }
 
-/// Whether a text, of which no document is to be made, may have messages. Within a longer text, that of a file for
-/// example, the quotes would be escaped.
+/// Whether a name that ends so stands in a text. Within a longer text, that of a file for example, the quotes would be
+/// escaped.
+bool HasMember(std::string_view body, std::string_view end)
+{
+    for (std::size_t at = body.find(end); at != std::string_view::npos; at = body.find(end, at + 1))
+    {
+        const std::size_t behind = body.find_first_not_of(" \t\r\n", at + end.size());
+        if (behind != std::string_view::npos && body[behind] == ':')
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Whether a text, of which no document is to be made, may have messages.
 bool MayHoldMessages(std::string_view body)
 {
     const JsonShape shape = LookAtJson(body);
-    return shape.Fault.empty() && (shape.HasError || body.find(R"(@Message.ExtendedInfo")") != std::string_view::npos ||
-                                   body.find(R"("Messages")") != std::string_view::npos);
+    return shape.Fault.empty() &&
+           (shape.HasError || HasMember(body, R"(@Message.ExtendedInfo")") || HasMember(body, R"("Messages")"));
 }
 
 } // namespace

@@ -27,8 +27,6 @@ struct AnsweredRequest
     bool WithCredentials = false;
     /// Texts that are blotted out of the BMC's words.
     std::vector<std::string_view> Secrets = {};
-    /// The request's body, where the texts of its values are blotted out as well; else empty.
-    std::string_view SecretBody = {};
     /// The state in which a task ended badly whose answer this is: then the request
     /// counts as refused, whatever the status.
     std::string FailedTask = {};

@@ -17,26 +17,27 @@ BMCBaseAssistant::BMCBaseAssistant(const TavrineConnection::ConnectionInfo& conn
 BMCBaseAssistant::~BMCBaseAssistant() = default;
 
 RedfishConfigResult BMCBaseAssistant::PatchData(const std::string url, const std::string body,
-                                                std::vector<RedfishConfigResult>& errors, bool secretBody,
+                                                std::vector<RedfishConfigResult>& errors, bool /*secretBody*/,
                                                 const SettingStringMap& headers)
 {
     std::string response;
-    return m_Client->Change({HttpVerb::Patch, url, body, m_Client->RequestTimeout(), &headers, false, secretBody},
-                            response, &errors);
+    return m_Client->Change({HttpVerb::Patch, url, body, m_Client->RequestTimeout(), &headers, false}, response,
+                            &errors);
 }
 
 RedfishConfigResult BMCBaseAssistant::PostData(const std::string url, const std::string body, std::string& response,
-                                               std::vector<RedfishConfigResult>& errors, bool secretBody, int timeout)
+                                               std::vector<RedfishConfigResult>& errors, bool /*secretBody*/,
+                                               int timeout)
 {
-    return m_Client->Change({HttpVerb::Post, url, body, m_Client->TimeoutOf(timeout), nullptr, false, secretBody},
-                            response, &errors);
+    return m_Client->Change({HttpVerb::Post, url, body, m_Client->TimeoutOf(timeout), nullptr, false}, response,
+                            &errors);
 }
 
 RedfishConfigResult BMCBaseAssistant::PostData(const std::string url, const std::string body, std::string& response,
-                                               bool secretBody, int timeout)
+                                               bool /*secretBody*/, int timeout)
 {
-    return m_Client->Change({HttpVerb::Post, url, body, m_Client->TimeoutOf(timeout), nullptr, false, secretBody},
-                            response, nullptr);
+    return m_Client->Change({HttpVerb::Post, url, body, m_Client->TimeoutOf(timeout), nullptr, false}, response,
+                            nullptr);
 }
 
 RedfishConfigResult BMCBaseAssistant::GetData(const std::string url, std::string& response)

@@ -239,16 +239,16 @@ void CurlConnection::SetFixedOptions()
     CURL* const easy = m_Easy.get();
     const char* const scheme = m_Origin.PlainHttp ? "http" : "https";
     SetOption(easy, CURLOPT_NOSIGNAL, 1L);
-    SetOption(easy, CURLOPT_PROXY, "");
+    WishOption(easy, CURLOPT_PROXY, "");
     SetOption(easy, CURLOPT_PROTOCOLS_STR, scheme);
     SetOption(easy, CURLOPT_FOLLOWLOCATION, 0L);
     SetOption(easy, CURLOPT_PATH_AS_IS, 1L);
     SetOption(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     SetOption(easy, CURLOPT_ACCEPT_ENCODING, "gzip");
-    SetOption(easy, CURLOPT_USERAGENT, "tavrine");
-    SetOption(easy, CURLOPT_TCP_KEEPALIVE, 1L);
+    WishOption(easy, CURLOPT_USERAGENT, "tavrine");
+    WishOption(easy, CURLOPT_TCP_KEEPALIVE, 1L);
     // A resolver that hangs must not hold up a time-out or an abort.
-    SetOption(easy, CURLOPT_QUICK_EXIT, 1L);
+    WishOption(easy, CURLOPT_QUICK_EXIT, 1L);
     SetOption(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(m_Limits.ConnectTimeout.count()) * 1000L);
     SetOption(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(m_Limits.MaxBody));
     if (!m_Origin.PlainHttp)

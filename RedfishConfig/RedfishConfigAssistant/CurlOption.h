@@ -1,5 +1,6 @@
 #pragma once
 
+#include <new>
 #include <stdexcept>
 
 #include <curl/curl.h>
@@ -24,6 +25,16 @@ void RequireSet(CURLoption option, CURLcode code);
 template <class Value> void SetOption(CURL* handle, CURLoption option, Value value)
 {
     RequireSet(option, curl_easy_setopt(handle, option, value));
+}
+
+/// Sets an option that a transfer can go without where curl does not know it.
+/// @throws std::bad_alloc
+template <class Value> void WishOption(CURL* handle, CURLoption option, Value value)
+{
+    if (curl_easy_setopt(handle, option, value) == CURLE_OUT_OF_MEMORY)
+    {
+        throw std::bad_alloc();
+    }
 }
 
 } // namespace Tavrine

@@ -39,8 +39,6 @@ struct HttpRequest
     const SettingStringMap* Headers = nullptr;
     /// Goes out even after AbortRequests().
     bool DespiteAbort = false;
-    /// The texts in the body's values are blotted out of the BMC's words.
-    bool SecretBody = false;
 };
 
 struct HttpAnswer

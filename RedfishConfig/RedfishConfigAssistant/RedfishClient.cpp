@@ -409,7 +409,6 @@ RedfishConfigResult RedfishClient::Judge(const HttpRequest& request, const Excha
                              request.Path,  m_Connection.Place().Text(),
                              authenticated, {m_Password.Get(), m_Session.Token.Get()}};
     answered.FailedTask = failedTask;
-    answered.SecretBody = request.SecretBody ? request.Body : std::string_view();
     const auto deadline = std::chrono::steady_clock::now() + LookupTimeoutOfAll;
     // After a refused login a read would send the same password once more; after a logout
     // nobody waits for words.
@@ -519,6 +518,7 @@ RedfishConfigResult RedfishClient::TakeSession(const HttpAnswer& answer)
     {
         return {27, m_Connection.Place().Text() + ": the answer to the login holds no usable X-Auth-Token.", ""};
     }
+    m_Session.Path.clear(); // that of a session before
     m_Session.Token.Set(token.Get());
     auto path = ResolveWithin(m_Connection.Place(), SessionsPath, answer.Header("location"));
     if (!path)

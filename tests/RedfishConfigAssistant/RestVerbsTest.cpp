@@ -222,30 +222,6 @@ TEST(RestVerbs, AnAnswerWhoseMessagesAreNotReadLeavesAChangeOpen)
     EXPECT_EQ(response, "old");
 }
 
-TEST(RestVerbs, ValuesOfASecretBodyAreBlottedOutOfTheBmcsWords)
-{
-    const std::string words = "The value 'hunter22' for the property AdminPassword is not of its type.";
-    const TestServer server(Body(R"({"error":{"@Message.ExtendedInfo":[{"MessageId":"B.PropertyValueTypeError",)"
-                                 R"("Message":")" +
-                                     words + R"(","RelatedProperties":["#/Attributes/AdminPassword"]}]}})",
-                                 400));
-    const std::string body = R"({"Attributes":{"AdminPassword":"hunter22"}})";
-    const std::string blotted = "The value '********' for the property AdminPassword is not of its type.";
-    BMCBaseAssistant client(server.Info(), Kind);
-    std::string response;
-    for (const bool secret : {true, false})
-    {
-        const std::string& expected = secret ? blotted : words;
-        std::vector<RedfishConfigResult> errors;
-        EXPECT_THAT(client.PatchData("/x", body, errors, secret, {}), Fails(18, expected));
-        EXPECT_THAT(client.PostData("/x", body, response, errors, secret, 20), Fails(18, expected));
-        ASSERT_EQ(errors.size(), 2U);
-        EXPECT_THAT(errors[0], Fails(10, expected));
-        EXPECT_THAT(errors[1], Fails(10, expected));
-        EXPECT_THAT(client.PostData("/x", body, response, secret, 20), Fails(28, expected));
-    }
-}
-
 TEST(RestVerbs, GzipIsUnpacked)
 {
     const std::string body = "[\"" + std::string(500'000, 'x') + "\"]";

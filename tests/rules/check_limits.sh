@@ -21,7 +21,6 @@ tool/Heap.cpp:LargestBlock
 tool/Options.cpp:LongestLanguage
 tool/Options.cpp:LongestPrefix
 tool/Options.h:LongestWait
-tool/OutputFile.cpp:MostLinks
 tool/SavedSettings.cpp:LongestShownName
 tool/Secret.cpp:LongestEscape
 tool/Verify.cpp:LongestPause

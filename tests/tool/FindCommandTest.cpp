@@ -96,8 +96,13 @@ TEST(FindCommand, WhatItGaveUpOnIsTold)
     front.Group.second["Two.Another"] = std::string(50, 'a') + "!";
     const Answer two = Find(front, {"^(?:(a+)+b|a*!)$"}, true);
     EXPECT_EQ(two.Code, 20);
+    EXPECT_EQ(two.Message, "No setting with what is looked for was found before the search was given up");
     EXPECT_EQ(two.Notes, Words{"warning: the search was given up on 2 texts as it took too long, so that settings or "
                                "places may be missing"});
+    Options options;
+    options.Names = {endless};
+    options.Regex = options.Json = true;
+    EXPECT_EQ(FindSettings(front, ReadTextManager, options, {}).More, (boost::json::object{{"givenUp", 2}}));
 }
 
 TEST(FindCommand, JsonTellsThePlaces)

@@ -129,8 +129,23 @@ TEST_F(ProgramReturn, ValuesWrittenByHandAreSentAndJudgedAsTheBmcHasThem)
                            "UEFI.NumLock\tfalse\tsent, takes effect after a reboot\n"
                            "UEFI.PowerOnDelaySeconds\t35\tsent, takes effect after a reboot\n");
     Good({"reboot", "--wait", "20"});
-    const Finished again = Run({"restore", "-", "--dry-run"}, "BootFailLimit=+3\nNumLock=FALSE\n");
-    EXPECT_EQ(again.Output, "UEFI.BootFailLimit\t3\tin place\nUEFI.NumLock\tfalse\tin place\n");
+    // The last one is read-only.
+    const Finished again = Run({"restore", "-", "--dry-run"}, "BootFailLimit=+3\nNumLock=FALSE\nPostTimeMs=074210\n");
+    EXPECT_EQ(again.Output, "UEFI.BootFailLimit\t3\tin place\nUEFI.NumLock\tfalse\tin place\n"
+                            "UEFI.PostTimeMs\t74210\tin place\n");
+}
+
+TEST_F(ProgramReturn, NothingIsInPlaceWhereWhatWaitsCannotBeRead)
+{
+    const RunningBmc bmc({"--fault", "GET */Bios/Settings status 500"});
+    const std::string file = Folder().Write("saved.conf", "BootFailLimit=5\n");
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"restore", file, "--reboot"}, {"restore", file, "--dry-run"}})
+    {
+        const Finished restored = RunToEnd(bmc.Tool(words));
+        EXPECT_NE(restored.Status, 0);
+        EXPECT_EQ(restored.Output, "BIOS.BootFailLimit\t5\tunknown: another value may wait for a reboot\n");
+    }
 }
 
 TEST_F(ProgramReturn, ARefusalNamesTheSettingAsTheTableDoes)

@@ -58,13 +58,15 @@ bool LogHas(const std::string& path, const std::string& words)
     return false;
 }
 
-/// Waits until nothing more fits the child's output.
-void WaitUntilFull(const ChildProcess& child, int bytes)
+/// Waits until nothing more fits the child's output; false where that does not come.
+bool BecomesFull(const ChildProcess& child, int bytes)
 {
-    while (child.UnreadOutput() < bytes)
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (child.UnreadOutput() < bytes && std::chrono::steady_clock::now() < deadline)
     {
         std::this_thread::yield();
     }
+    return child.UnreadOutput() == bytes;
 }
 
 } // namespace
@@ -105,7 +107,7 @@ TEST(ProgramStreams, AReaderIsWaitedForWhereWritingDoesNot)
     ASSERT_GT(whole.size(), 8192U);
     launch.NonBlockingOutput = 4096;
     ChildProcess tool(launch);
-    WaitUntilFull(tool, launch.NonBlockingOutput);
+    ASSERT_TRUE(BecomesFull(tool, launch.NonBlockingOutput));
     const Finished shown = tool.Wait();
     EXPECT_EQ(shown.Status, 0);
     EXPECT_EQ(shown.Errors, "");
@@ -117,7 +119,7 @@ TEST(ProgramStreams, ASignalEndsTheWaitForAReader)
     Launch launch = Simulated({"show", "--json"});
     launch.NonBlockingOutput = 4096;
     ChildProcess tool(launch);
-    WaitUntilFull(tool, launch.NonBlockingOutput);
+    ASSERT_TRUE(BecomesFull(tool, launch.NonBlockingOutput));
     tool.Signal(SIGTERM);
     siginfo_t ended;
     ASSERT_EQ(waitid(P_PID, static_cast<id_t>(tool.Id()), &ended, WEXITED | WNOWAIT), 0);

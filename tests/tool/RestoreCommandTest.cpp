@@ -360,6 +360,28 @@ TEST(RestoreCommand, WhatIsInPlaceMayWaitWhereItCannotBeReadBack)
     EXPECT_EQ(answer.Code, 0);
 }
 
+TEST(RestoreCommand, NothingIsInPlaceWhereAnotherValueMayWait)
+{
+    Script script;
+    script.Read = {26, "no values", ""};
+    RestorePlan plan = PlanOf({{"Mode", "Free"}});
+    plan.PendingUnread = true;
+    std::vector<std::string> notes;
+    SendRestore(
+        plan, OptionsFor(), [&] { return std::make_unique<ScriptedFront>(script); }, notes);
+    EXPECT_EQ(plan.Settings.front().Outcome, RestoreOutcome::Unknown);
+    EXPECT_EQ(plan.Settings.front().Code, 26);
+    Options options = OptionsFor();
+    options.Json = true;
+    Answer answer;
+    TellRestore(plan, options, "BIOS", answer);
+    EXPECT_EQ(answer.Data,
+              (boost::json::object{
+                  {"BIOS.Mode",
+                   {{"value", "Free"}, {"outcome", "unknown"}, {"reason", "another value may wait for a reboot"}}}}));
+    EXPECT_EQ(answer.Code, 26);
+}
+
 TEST(RestoreCommand, StrangersAreOneFailureAndRowsEach)
 {
     SettingStringMap settings;
