@@ -11,8 +11,8 @@
 namespace
 {
 
-/// 0, or 1 for what is in force only after a reboot, is success.
-bool IsGood(const RedfishConfigResult& result) { return result == 0 || result == 1; }
+/// 0, 1 for what is in force only after a reboot, and 4 for a password are success.
+bool IsGood(const RedfishConfigResult& result) { return result == 0 || result == 1 || result == 4; }
 
 /// A bare result has no text of its own; ResultMessageTable has those of the codes.
 int Fail(RedfishConfigResult result)
@@ -58,7 +58,7 @@ int Change(const TavrineConnection::ConnectionInfo& bmc, const std::string& sett
     {
         std::cout << name << " is " << values.first << " and becomes " << values.second << "\n";
     }
-    return result == 0 ? 0 : Fail(result);
+    return result == 0 || result == 2 ? 0 : Fail(result); // 2: nothing waits, as with a value that was in place
 }
 
 } // namespace
