@@ -10,6 +10,7 @@
 
 #include <boost/json/array.hpp>
 #include <boost/json/parse.hpp>
+#include <fmt/format.h>
 
 #include "DisplayWidth.h"
 #include "JsonOutput.h"
