@@ -257,13 +257,18 @@ void TellStrangers(const RestorePlan& plan, const Options& options, Answer& answ
 void TellTable(const RestorePlan& plan, const Options& options, const std::string& prefix, Answer& answer)
 {
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(plan.Settings.size());
     for (const RestoreSetting& setting : plan.Settings)
     {
         const std::string value = setting.Secret ? Blot : setting.Value;
         const std::string shown = prefix + "." + setting.Name;
         if (!options.Json)
         {
-            rows.push_back({EscapeText(shown), EscapeText(value), EscapeText(Words(setting, shown))});
+            std::vector<std::string>& row = rows.emplace_back(); // a list in braces would copy each text
+            row.reserve(3);
+            row.push_back(EscapeText(shown));
+            row.push_back(EscapeText(value));
+            row.push_back(EscapeText(Words(setting, shown)));
             continue;
         }
         json::object entry{{"value", ValidUtf8(value)}, {"outcome", WordOf(setting.Outcome)}};

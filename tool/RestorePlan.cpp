@@ -47,7 +47,7 @@ class Judge
         for (RestoreSetting& setting : m_Plan.Settings)
         {
             RedfishConfigSettingInfoStru info;
-            RedfishConfigResult known = m_Manager.GetSettingProperties(setting.Name, info);
+            RedfishConfigResult known = m_Manager.GetSettingOutline(setting.Name, info);
             std::optional<std::string>& current = m_Current.emplace_back();
             setting.Secret = info.SettingType == "Password";
             setting.Stranger = known.ErrorCode() == CodeUnknown;
@@ -213,11 +213,12 @@ std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes,
         }
     }
     plan = {};
-    for (const auto& [name, value] : bare)
+    plan.Settings.reserve(bare.size());
+    for (auto& [name, value] : bare)
     {
         RestoreSetting& setting = plan.Settings.emplace_back();
         setting.Name = name;
-        setting.Value = value;
+        setting.Value = std::move(value);
     }
     return {};
 }

@@ -8,6 +8,7 @@
 #include "BiosBasicSettingProc.h"
 #include "BiosRedfishProcCreator.h"
 #include "BiosSettingAssistant.h"
+#include "OrderedLookup.h"
 #include "RedfishConfigSettingManager.h"
 #include "Results.h"
 #include "Trace.h"
@@ -89,7 +90,8 @@ RedfishConfigResult BiosRedfishConfigProc::StageRestore(const SettingStringMap& 
             TAVRINE_LOG(LogFailure) << "Can not create BIOS redfish procs.";
             return result;
         }
-        proc->m_Assistant->m_ChangedValues[name] = text;
+        SettingStringMap& changed = proc->m_Assistant->m_ChangedValues;
+        PutNear(changed, changed.end(), name, text);
         proc->m_Assistant->UpdateSettingValueCache(name, text);
     }
     return BareResult(ResultSuccess);

@@ -298,21 +298,47 @@ RedfishConfigResult RedfishConfigSettingManager::GetSettingProperties(const std:
     }
     const RedfishConfigSetting& setting = *known;
     info = InfoOf(setting.Attribute());
-    if (setting.Kind() == SettingKind::Unknown)
-    {
-        info.SettingType.reset();
-    }
+    TypeAndValue(setting, info);
     ApplyDependencies(setting, Now(), info);
-    if (const Tavrine::OptionalVar* const value = setting.Evaluated()->ValueOf(name, m_Values))
-    {
-        info.CurrentValue = *value;
-    }
     info.DependencyNames = setting.Model().RelatedSettings(setting.Index());
     if (Now().MayForce(setting.Index()))
     {
         info.ForcedBy = ForcedOn(setting);
     }
     return result;
+}
+
+RedfishConfigResult RedfishConfigSettingManager::GetSettingOutline(const std::string& name,
+                                                                   RedfishConfigSettingInfoStru& info)
+{
+    const RedfishConfigSetting* known = nullptr;
+    const RedfishConfigResult result = FindSetting(name, known);
+    if (result != 0)
+    {
+        return result;
+    }
+    const Tavrine::RegistryAttribute& attribute = known->Attribute();
+    info = {};
+    info.AttributeKey = attribute.Name();
+    info.SettingType = attribute.Type;
+    info.IsProtected = attribute.IsProtected;
+    constexpr auto value = Tavrine::SettingProperty::CurrentValue;
+    SetProperty(info, value, PropertyOfRegistry(attribute, value));
+    TypeAndValue(*known, info);
+    return result;
+}
+
+void RedfishConfigSettingManager::TypeAndValue(const RedfishConfigSetting& setting,
+                                               RedfishConfigSettingInfoStru& info) const
+{
+    if (setting.Kind() == SettingKind::Unknown)
+    {
+        info.SettingType.reset();
+    }
+    if (const OptionalVar* const value = setting.Evaluated()->ValueOf(setting.Attribute().Name(), m_Values))
+    {
+        info.CurrentValue = *value;
+    }
 }
 
 const Tavrine::SettingStringMap& RedfishConfigSettingManager::ForcedOn(const RedfishConfigSetting& setting)

@@ -166,6 +166,10 @@ TEST_P(RealRegistry, CurrentValuesAreThoseOfTheBiosResourceAndDependenciesSettle
         RedfishConfigSettingInfoStru info;
         EXPECT_EQ(manager.GetSettingProperties(name, info), registered.contains(name) ? 0 : 20) << name;
         EXPECT_TRUE(!registered.contains(name) || info.CurrentValue == value) << name;
+        RedfishConfigSettingInfoStru outline;
+        EXPECT_EQ(manager.GetSettingOutline(name, outline), registered.contains(name) ? 0 : 20) << name;
+        EXPECT_EQ(outline.SettingType, info.SettingType) << name;
+        EXPECT_EQ(outline.CurrentValue, info.CurrentValue) << name;
     }
     for (const LogRecord& record : sink.Records())
     {

@@ -29,6 +29,14 @@ RedfishConfigSettingInfoStru InfoOf(RedfishConfigSettingManager& manager, const 
     RedfishConfigSettingInfoStru info;
     RedfishConfigResult result = manager.GetSettingProperties(name, info);
     EXPECT_EQ(result.ErrorCode(), 0) << result.ErrorMsg();
+    RedfishConfigSettingInfoStru outline;
+    outline.HelpText = "cleared";
+    EXPECT_EQ(manager.GetSettingOutline(name, outline), 0);
+    EXPECT_EQ(outline.AttributeKey, info.AttributeKey);
+    EXPECT_EQ(outline.SettingType, info.SettingType) << name;
+    EXPECT_EQ(outline.IsProtected, info.IsProtected) << name;
+    EXPECT_EQ(outline.CurrentValue, info.CurrentValue) << name;
+    EXPECT_EQ(outline.HelpText, std::nullopt);
     return info;
 }
 
@@ -92,6 +100,7 @@ TEST(SettingManager, UnknownNameIsCode20WithTheNameAsSetting)
     EXPECT_EQ(result.ErrorCode(), 20);
     EXPECT_EQ(result.ErrorMsg(), "Unable to find the setting Nothing");
     EXPECT_EQ(result.ErrorSetting(), "Nothing");
+    EXPECT_EQ(manager.GetSettingOutline("Nothing", info).ErrorMsg(), result.ErrorMsg());
     EXPECT_EQ(info.HelpText, "kept");
 }
 
