@@ -1,7 +1,8 @@
 # The headers that most sources read, parsed once for all objects and once for all test
 # programs, which makes a build with tests more than twice as fast. The release build does
-# without, so that a source of a library or program which forgets an include is found.
-option(TAVRINE_PRECOMPILE "Parse common headers once" OFF)
+# without, and the thread sanitizer's parses them for test programs alone (TESTS), so that a source of a
+# library or program which forgets an include is found.
+set(TAVRINE_PRECOMPILE OFF CACHE STRING "Parse common headers once: ON, OFF or TESTS")
 
 set(TAVRINE_COMMON_HEADERS
   <algorithm> <array> <atomic> <chrono> <cstdint> <filesystem> <fstream> <functional> <map> <memory> <mutex> <optional>
@@ -20,9 +21,11 @@ if(TAVRINE_PRECOMPILE)
     endif()
   endforeach()
   file(WRITE ${CMAKE_BINARY_DIR}/precompiled.cpp "int main() { return 0; }\n")
-  add_library(tavrine_precompiled_objects OBJECT ${CMAKE_BINARY_DIR}/precompiled.cpp)
-  target_link_libraries(tavrine_precompiled_objects PRIVATE tavrine_warnings)
-  target_precompile_headers(tavrine_precompiled_objects PRIVATE ${TAVRINE_COMMON_HEADERS})
+  if(NOT TAVRINE_PRECOMPILE STREQUAL "TESTS")
+    add_library(tavrine_precompiled_objects OBJECT ${CMAKE_BINARY_DIR}/precompiled.cpp)
+    target_link_libraries(tavrine_precompiled_objects PRIVATE tavrine_warnings)
+    target_precompile_headers(tavrine_precompiled_objects PRIVATE ${TAVRINE_COMMON_HEADERS})
+  endif()
   if(TAVRINE_TESTS)
     add_executable(tavrine_precompiled_programs ${CMAKE_BINARY_DIR}/precompiled.cpp)
     find_package(GTest REQUIRED)
@@ -37,7 +40,7 @@ endif()
 function(tavrine_precompile target set)
   if(TAVRINE_PRECOMPILE AND set STREQUAL "own")
     target_precompile_headers(${target} PRIVATE ${TAVRINE_COMMON_HEADERS} <gtest/gtest.h> <gmock/gmock.h>)
-  elseif(TAVRINE_PRECOMPILE)
+  elseif(TARGET tavrine_precompiled_${set})
     target_precompile_headers(${target} REUSE_FROM tavrine_precompiled_${set})
   endif()
 endfunction()
