@@ -29,7 +29,7 @@ class RedfishClient;
 /// Every verb can answer: 0; 1 (done, and the answer says that a reset is
 /// needed; not for GET); 24 (no connection, name, TLS, time-out, 401 or 403; the message names
 /// host, port and cause); 27 (no JSON where JSON is due, or over the size limit,
-/// or a 2xx with more messages than are read);
+/// or a 2xx whose messages fill more than 16 MiB and were not all read);
 /// 32 (a 5xx other than those of 33); 33 (503, or a message id that says
 /// temporarily unavailable, shutting down or starting). A refusal (any other 4xx,
 /// or an error inside a 2xx) is 26 for GET, 18 for PATCH and for the POST with an
@@ -41,12 +41,14 @@ class RedfishClient;
 /// A change that is answered with 202 and a task is watched until the task ends
 /// (DSP0266, "Asynchronous operations"), all within the time-out of the request, which begins
 /// when it goes out (anew, where the BMC was busy before); the final answer counts then. A task that failed or was
-/// cancelled is a refusal. One that has not ended by then, or cannot be watched, is 24 with a message that says that
+/// cancelled is a refusal. One that has not ended by then, or cannot be watched, is 24, whatever hindered it (an answer
+/// over the size limit, a new login that failed), with a message that names that and says that
 /// the BMC accepted the change. A task that waits for a reset is 1.
 ///
 /// The message of a change that got no answer ends in what is known of it: "nothing was
 /// sent", "the change was not done" (turned away, and the new login failed), or
-/// "whether the change was done is not known". DeliveryIn (ChangeDelivery.h) reads it.
+/// "whether the change was done is not known", which is not said of an action that only reads. DeliveryIn
+/// (ChangeDelivery.h) reads it.
 class TAVRINE_EXPORT BMCBaseAssistant
 {
   public:

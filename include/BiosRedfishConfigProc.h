@@ -23,9 +23,14 @@ class BiosSettingAssistant;
 ///
 /// Construction and destruction send nothing; what is queued and not flushed is lost with the
 /// last copy. Everything is fetched when it is first needed, and kept: values stay those of that
-/// moment. A change shows in the current and the pending values as soon as it is queued, and stays
-/// there when the BMC refuses it, so that the same change again answers 1, "in place". To see
-/// what the BMC has, make a new object.
+/// moment, and are read again only after a flush that failed before a related change
+/// (PatchSettingNewValue). To see what the BMC has, make a new object.
+///
+/// A queued change shows in the current and in the pending values only where these were read before and
+/// hold the name, and stays there when the BMC refuses it; where it shows among the current ones,
+/// PatchSettingNewValue answers 1, "in place", to the same change again. A checked change shows as its JSON
+/// text without double quotes, so that a text with a backslash or a double quote shows as another one; an
+/// unchecked one as it was given, without double quotes: a number of HexValueMode as if it were decimal.
 ///
 /// A copy has its own strings, options and lists, and shares the rest: the values that were and will be
 /// fetched, the queued changes, and the registry where it was read before. None of it is guarded: an
@@ -39,12 +44,14 @@ class BiosSettingAssistant;
 ///
 /// An object that was first asked for a protected setting by its name knows no others until it is
 /// asked for an ordinary one: up to then operations that read the others answer 26, and the
-/// comparison of all pending values 0 with nothing in it.
+/// comparison of all pending values 0 with nothing in it. The first PatchSettingNewValue of an ordinary
+/// setting sees no values of ordinary ones, not even that its own is in place.
 class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
 {
   public:
     /// Prefixes of names become "UEFI" for SystemTypeUefi and "BIOS" otherwise. All three are
-    /// copied; a BmcConnection that `connection` comes from outlives the object and its copies.
+    /// copied; a BmcConnection that `connection` comes from outlives the object and its copies (what
+    /// they do without it is told there).
     /// m_Options is left alone afterwards: parts of the object keep the options of construction.
     BiosRedfishConfigProc(const TavrineConnection::ConnectionInfo& connection,
                           ConfigurateSupportedSystemType systemType, const Config_Options& options);
@@ -62,7 +69,8 @@ class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
     /// Reads the registry alone.
     RedfishConfigResult QueryGroupList(SettingGroupMap& groups) override;
     /// This and the two that follow read the current values, protected ones aside, and the
-    /// registry, of which each call makes a new model. With OutputFormat 2 the protected values as well.
+    /// registry, of which each call makes a new model. This one alone reads the protected values as
+    /// well with OutputFormat 2.
     RedfishConfigResult QuerySettingValidValues(SettingStringMap& values, const std::string& setting) override;
     RedfishConfigResult QuerySettingDefaultValues(SettingStringMap& values, const std::string& setting) override;
     RedfishConfigResult QuerySettingDescriptions(SettingStringMap& values, const std::string& setting) override;
@@ -72,7 +80,7 @@ class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
     /// outside batch mode, m_ErrorList also gets what the check of the last Restore refused.
     RedfishConfigResult PatchSettingNewValue(const std::string& setting, const std::string& value,
                                              bool batchMode) override;
-    /// Reads as QuerySettingValidValues.
+    /// Reads as QuerySettingDefaultValues.
     RedfishConfigResult QuerySaveSettingValues(SettingStringMap& values) override;
     /// Reads the current values, protected ones aside, and the registry. A protected setting therefore
     /// counts as unknown in `failedValues`, and is sent all the same where it is allowed. All changes go
@@ -97,8 +105,8 @@ class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
     void SetPrefix(const std::string& first, const std::string& second) override;
     /// Sends what every resource has queued: the protected settings by one POST (60 s at most), then
     /// the others by one PATCH, in its If-None-Match (RFC 9110) the tag of the Bios resource as it was read.
-    /// What was sent is queued no more, whatever the answer; what failed before, since the settings object
-    /// or the tag was not found, waits for the next flush.
+    /// A queue is emptied by its request, whatever came of it, also where none went out for lack of a
+    /// connection; it stays where the settings object or the tag was not found.
     ///
     /// m_ErrorList then holds the failures of each resource that did not answer 0, those of its
     /// earlier flushes again, some of them repeatedly.

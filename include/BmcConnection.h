@@ -59,7 +59,8 @@ struct Traffic
 
 /// One BMC as its caller sees it: owns the profile, the shared client and the
 /// session (DSP0266, "Session management"). All library objects made from Info()
-/// use them, also after it; one that is made when this object and all the others are
+/// use them. Those that outlive this object go on over the same connection, by the profile's rules, but without the
+/// session: each request then carries the password. One that is made when this object and all the others are
 /// gone answers 24 to everything, since what the profile demanded is gone too. Construction sends nothing; destruction
 /// closes the session if one is open. Its operations may be called from any
 /// thread.

@@ -36,7 +36,8 @@ class TAVRINE_EXPORT GlobalConfig
     static std::string LoadError();
 
     /// What the file has and nobody reads, since it is mistyped, most likely: items and tables of
-    /// other names than these, and what is of a kind that GetConfigItem or GetTable leaves out.
+    /// other names than these, and what is of a kind that GetConfigItem or GetTable leaves out, save
+    /// an empty array under the name of an item.
     /// One line each that names file, line and name; at most ten, and one that counts the others.
     /// Empty for a file that cannot be used, see LoadError().
     static std::vector<std::string> Unread(const std::set<std::string>& items, const std::set<std::string>& tables);

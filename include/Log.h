@@ -10,9 +10,14 @@ namespace Tavrine
 
 /// One log record: constructed, filled through Stream(), written out by its
 /// destructor. Levels: 1 failures and refusals, 3 entry and exit of the
-/// interface's operations, 4 detail. Where records go is told by Logging. Those of level 4
-/// can hold values of settings, also passwords that are sent to protected ones; no record holds
-/// what logs in to a BMC.
+/// interface's operations, 4 detail. Where records go is told by Logging.
+///
+/// Values of settings can stand in records of level 1: in the BMC's words, which may quote them, and in
+/// its whole answer where the export of the custom defaults did not end in 0. Those of level 4 can hold
+/// others, also passwords that are sent to protected settings. What logs in to a BMC is never
+/// written, and is taken out of the BMC's words; but answers of actions on the whole system that are
+/// written whole (that of the export, and on level 4 those of the import and the reset) stand as the BMC
+/// sent them.
 ///
 /// A record whose level no sink takes when it is made is never written: its
 /// stream, one for all such records of a thread, takes insertions and formats nothing,

@@ -133,7 +133,8 @@ class TAVRINE_EXPORT RedfishConfigProc
     ///         only one is unknown; 34 a protected one is not allowed, those before it are queued.
     /// Entries that stand in the two answers stay, save those of settings in place or unknown. After 33,
     /// 34, a bad hexadecimal number and a failed read the maps have what was known by then. m_ErrorList
-    /// is that of the flush, and stays as it is where nothing was sent.
+    /// is that of the flush, which comes also when all is in place, and stays as it is where a read or the
+    /// check failed, or behind 34.
     virtual RedfishConfigResult Restore(SettingStringMap& restoreValues, SettingStringMap& doneValues,
                                         SettingStringMap& failedValues, bool restoreMode, bool reservedFlag) = 0;
     /// Does nothing: 11.

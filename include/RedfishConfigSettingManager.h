@@ -238,7 +238,7 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
     bool m_Flag;
     Tavrine::Config_Options m_Options;
     Tavrine::SettingGroupMap m_Groups;
-    /// In hexadecimal mode the settings, by AttributeKey alone and in the order of m_Values, that the
-    /// last UpdateSettingValue did not name: the caller does not know their values.
+    /// In hexadecimal mode the settings, by AttributeKey alone and in the order of m_Values, that hold a
+    /// number and that the last UpdateSettingValue did not name: the caller does not know their values.
     std::vector<Tavrine::RedfishConfigSettingInfoStru> m_NotTold;
 };

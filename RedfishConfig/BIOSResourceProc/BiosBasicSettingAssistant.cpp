@@ -1,6 +1,6 @@
 #include "BiosBasicSettingAssistant.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "OrderedLookup.h"
 #include "Results.h"

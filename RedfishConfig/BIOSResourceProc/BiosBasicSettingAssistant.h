@@ -18,8 +18,9 @@ namespace Tavrine
 class BiosBasicSettingAssistant
 {
   public:
-    /// Sends m_ChangedValues, or nothing where there are none: 0. What was sent is no longer among
-    /// them, whatever the answer.
+    /// Sends m_ChangedValues, or nothing where there are none: 0. They are emptied by the request,
+    /// whatever came of it, also where none went out for lack of a connection; they stay where what the
+    /// request needs was not found.
     virtual RedfishConfigResult FlushChanges() = 0;
     /// The current values by both queries, whatever is cached here. A query need not be a request:
     /// the standard resource takes its effective values from the text that it keeps. A failed

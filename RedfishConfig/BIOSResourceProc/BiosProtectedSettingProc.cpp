@@ -1,5 +1,7 @@
 #include "BiosProtectedSettingProc.h"
 
+#include <memory>
+
 #include "BiosProtectedSettingAssistant.h"
 
 namespace Tavrine

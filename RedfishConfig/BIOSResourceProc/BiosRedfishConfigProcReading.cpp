@@ -1,6 +1,8 @@
 // What settings hold now.
 #include "BiosRedfishConfigProc.h"
 
+#include <boost/algorithm/string/predicate.hpp>
+
 #include "BIOSCompatibleModule.h"
 #include "BiosBasicSettingProc.h"
 #include "BiosRedfishProcCreator.h"

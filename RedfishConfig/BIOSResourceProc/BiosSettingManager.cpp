@@ -1,6 +1,7 @@
 #include "BiosSettingManager.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -75,7 +76,7 @@ bool AwaitsDefaults(const BiosRedfishConfigProc& front)
     {
         return false;
     }
-    const std::optional<boost::json::value> resource = ParseJson(assistant->m_ValueResponse);
+    const std::optional<boost::json::value> resource = ParseNodes(assistant->m_ValueResponse);
     const boost::json::value* const due = resource ? FindNode(*resource, {member}) : nullptr;
     return due != nullptr && *due == true;
 }

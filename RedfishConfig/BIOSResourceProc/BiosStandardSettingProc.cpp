@@ -1,5 +1,7 @@
 #include "BiosStandardSettingProc.h"
 
+#include <memory>
+
 #include "BiosStandardSettingAssistant.h"
 #include "JsonNodes.h"
 

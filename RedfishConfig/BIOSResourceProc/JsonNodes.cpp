@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <exception>
 #include <fstream>
+#include <istream>
+#include <utility>
 
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/monotonic_resource.hpp>
@@ -56,8 +57,7 @@ std::string ReadUpTo(std::istream& file, std::size_t most)
 
 } // namespace
 
-std::optional<boost::json::value> ParseJson(const std::string& text)
-try
+std::optional<boost::json::value> ParseNodes(const std::string& text)
 {
     boost::json::error_code error;
     // Read and never changed, so its memory may grow alone and go at one stroke.
@@ -65,13 +65,6 @@ try
         boost::json::parse(text, error, boost::json::make_shared_resource<boost::json::monotonic_resource>());
     return error ? std::nullopt : std::optional(std::move(parsed));
 }
-// GCOV_EXCL_START
-// Memory alone can do this.
-catch (const std::exception&)
-{
-    return std::nullopt;
-}
-// GCOV_EXCL_STOP
 
 const boost::json::value* FindNode(const boost::json::value& root, std::initializer_list<std::string_view> path)
 {
@@ -98,7 +91,6 @@ bool ReadStringNode(const boost::json::value& root, std::initializer_list<std::s
 }
 
 bool ReadStringNode(const std::string& document, std::initializer_list<std::string_view> path, std::string& text)
-try
 {
     // A resource has thousands of values, of which this is one, so that no document is made.
     boost::json::basic_parser<StringNodeReader> parser(boost::json::parse_options(), path);
@@ -111,13 +103,6 @@ try
     text = *parser.handler().Found();
     return true;
 }
-// GCOV_EXCL_START
-// Memory alone can do this.
-catch (const std::exception&)
-{
-    return false;
-}
-// GCOV_EXCL_STOP
 
 std::string ReadDebugConfigNode(const std::string& path, std::string_view key)
 {
@@ -133,11 +118,11 @@ std::string ReadDebugConfigNode(const std::string& path, std::string_view key)
         content.clear();
     }
 
-    const std::optional<boost::json::value> root = ParseJson(content);
+    const std::optional<boost::json::value> root = ParseNodes(content);
     const boost::json::value* node = root ? FindNode(*root, {key}) : nullptr;
     const std::string text = node != nullptr ? boost::json::serialize(*node) : std::string();
     // A number that no double holds is read as infinite, which JSON has no text for.
-    if (!ParseJson(text))
+    if (!ParseNodes(text))
     {
         TAVRINE_LOG(LogFailure) << "Failed to get the schema from debug config file";
         return boost::json::serialize(boost::json::value(nullptr));

@@ -14,8 +14,10 @@ namespace Tavrine
 /// The most that is read of a debug configuration file: what a BMC's answer may have.
 inline constexpr std::size_t MaxDebugConfigBytes = 67'108'864;
 
-/// Parses a text. @return nothing when it is no JSON.
-std::optional<boost::json::value> ParseJson(const std::string& text);
+/// Parses a text. Throws where memory runs out, as all that read here: what could not be read must not count as
+/// missing. How much a document may hold is for those to say who fetch it: the REST client, and ReadDebugConfigNode.
+/// @return nothing when it is no JSON.
+std::optional<boost::json::value> ParseNodes(const std::string& text);
 
 /// Finds the node at a path of object keys. @return null when it is missing.
 const boost::json::value* FindNode(const boost::json::value& root, std::initializer_list<std::string_view> path);

@@ -1,8 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
-
-#include <boost/algorithm/string/predicate.hpp>
 
 namespace Tavrine
 {
@@ -27,7 +26,7 @@ void MoveToRequestedName(Map& values, const std::string& keyName, const std::str
     for (auto entry = values.begin(); entry != values.end(); ++entry)
     {
         const std::size_t point = entry->first.find("." + keyName);
-        if (point == std::string::npos || !boost::algorithm::iequals(entry->first.substr(point + 1), keyName))
+        if (point == std::string::npos || entry->first.size() != point + 1 + keyName.size())
         {
             continue;
         }

@@ -1,5 +1,7 @@
 #include "SystemDiscovery.h"
 
+#include <optional>
+
 #include "BMCBaseAssistant.h"
 #include "JsonNodes.h"
 #include "Results.h"
@@ -13,7 +15,7 @@ namespace
 
 bool FirstMember(const std::string& collection, std::string& memberURL)
 {
-    const std::optional<boost::json::value> root = ParseJson(collection);
+    const std::optional<boost::json::value> root = ParseNodes(collection);
     if (!root)
     {
         return false;

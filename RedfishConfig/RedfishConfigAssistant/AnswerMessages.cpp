@@ -1,10 +1,14 @@
 #include "AnswerMessages.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <utility>
 
 #include <boost/json/serialize.hpp>
 #include <boost/json/value.hpp>
 
+#include "JsonParts.h"
 #include "JsonText.h"
 #include "PlainText.h"
 
@@ -16,7 +20,6 @@ namespace
 
 namespace json = boost::json;
 
-constexpr std::size_t MaxBodyBytes = 1024U * 1024U;
 constexpr std::size_t MaxMessages = 500;
 constexpr std::size_t MaxArguments = 20;
 constexpr std::size_t MaxNameBytes = 256;
@@ -208,8 +211,8 @@ class Collector
     /// About a setting one key is one fault, in whatever words.
     static bool SameWords(const BmcMessage& left, const BmcMessage& right)
     {
-        return !left.Settings.empty() ||
-               (left.Text == right.Text && (!left.Wordless || left.Arguments == right.Arguments));
+        return !left.Settings.empty() || (left.Text == right.Text && left.Wordless == right.Wordless &&
+                                          (!left.Wordless || left.Arguments == right.Arguments));
     }
 
     bool m_Refused;
@@ -233,27 +236,18 @@ BmcMessage BareError(const json::value& error)
     return bare;
 }
 
-/// Whether a name that ends so stands in a text. Within a longer text, that of a file for example, the quotes would be
-/// escaped.
-bool HasMember(std::string_view body, std::string_view end)
+/// What of an answer can be messages.
+Keep MessageParts(std::string_view parent, std::string_view name)
 {
-    for (std::size_t at = body.find(end); at != std::string_view::npos; at = body.find(end, at + 1))
+    if (name.ends_with(ExtendedInfo))
     {
-        const std::size_t behind = body.find_first_not_of(" \t\r\n", at + end.size());
-        if (behind != std::string_view::npos && body[behind] == ':')
-        {
-            return true;
-        }
+        return Keep::All;
     }
-    return false;
-}
-
-/// Whether a text, of which no document is to be made, may have messages.
-bool MayHoldMessages(std::string_view body)
-{
-    const JsonShape shape = LookAtJson(body);
-    return shape.Fault.empty() &&
-           (shape.HasError || HasMember(body, R"(@Message.ExtendedInfo")") || HasMember(body, R"("Messages")"));
+    if (parent.empty())
+    {
+        return name == "Messages" ? Keep::All : name == "error" || name == "Attributes" ? Keep::Members : Keep::Nothing;
+    }
+    return parent == "error" && (name == "code" || name == "message") ? Keep::All : Keep::Nothing;
 }
 
 } // namespace
@@ -287,11 +281,7 @@ MessageList ReadMessages(std::string_view body, bool refused)
     {
         return {};
     }
-    if (body.size() > MaxBodyBytes)
-    {
-        return {{}, MayHoldMessages(body)};
-    }
-    const std::optional<json::value> document = ParseJson(body);
+    const auto [document, cut] = ParseParts(body, MessageParts);
     if (!document)
     {
         return {};
@@ -308,7 +298,9 @@ MessageList ReadMessages(std::string_view body, bool refused)
     {
         collector.Add(BareError(*error));
     }
-    return collector.Take();
+    MessageList list = collector.Take();
+    list.Cut = list.Cut || cut;
+    return list;
 }
 
 } // namespace Tavrine

@@ -39,8 +39,7 @@ struct MessageList
 
 /// The messages of an answer's body, duplicates of one fault merged: those of "error"
 /// and of the top level, and those that annotate a property ("X@Message.ExtendedInfo").
-/// A body that is no JSON has none. Of one that is too large to be a set of messages none is
-/// read; it counts as cut where it has some.
+/// A body that is no JSON has none. Of a larger one than JsonParts keep the messages in front are read.
 /// @param refused  the status says that the request was not done: then a message with
 ///                 an unknown key is a fault unless it says that it is none.
 MessageList ReadMessages(std::string_view body, bool refused);

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <ctime>
 #include <limits>
+#include <system_error>
 
 #include <curl/curl.h>
 #include <fmt/format.h>
@@ -189,10 +190,15 @@ RedfishConfigResult Refused(const Judged& judged)
 
 void Blot(std::string& text, std::string_view secret)
 {
-    // A shorter one would blot out half of every message.
-    constexpr std::size_t shortest = 4;
     constexpr std::string_view mark = "********";
-    for (std::size_t at = secret.size() < shortest ? std::string::npos : text.find(secret); at != std::string::npos;
+    // Marks in the places of one letter would tell which letter it is.
+    constexpr std::size_t shortest = 4;
+    if (!secret.empty() && secret.size() < shortest && text.find(secret) != std::string::npos)
+    {
+        text = mark;
+        return;
+    }
+    for (std::size_t at = secret.empty() ? std::string::npos : text.find(secret); at != std::string::npos;
          at = text.find(secret, at + mark.size()))
     {
         text.replace(at, secret.size(), mark);
@@ -202,7 +208,7 @@ void Blot(std::string& text, std::string_view secret)
 RedfishConfigResult Unread(const Judged& judged)
 {
     return {27,
-            fmt::format("{}: the answer of {} ({}) holds messages that were not read, it is too large for that.",
+            fmt::format("{}: the answer of {} ({}) holds messages that were not read, they are too large for that.",
                         judged.Call(), judged.Request.Place, StatusText(judged.Answer.Status)),
             ""};
 }

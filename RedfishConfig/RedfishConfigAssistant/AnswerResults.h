@@ -25,7 +25,7 @@ struct AnsweredRequest
     std::string Place;
     /// Credentials were sent with it.
     bool WithCredentials = false;
-    /// Texts that are blotted out of the BMC's words.
+    /// Texts that are blotted out of the BMC's words; of a short one all the words.
     std::vector<std::string_view> Secrets = {};
     /// The state in which a task ended badly whose answer this is: then the request
     /// counts as refused, whatever the status.

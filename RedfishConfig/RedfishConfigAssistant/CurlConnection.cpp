@@ -7,6 +7,9 @@
 #include <ctime>
 #include <exception>
 #include <mutex>
+#include <new>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "AbortFlag.h"

@@ -1,6 +1,7 @@
 #include "CurlOption.h"
 
 #include <new>
+#include <string>
 
 #include <fmt/format.h>
 

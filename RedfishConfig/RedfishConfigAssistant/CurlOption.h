@@ -1,6 +1,5 @@
 #pragma once
 
-#include <new>
 #include <stdexcept>
 
 #include <curl/curl.h>
@@ -28,12 +27,13 @@ template <class Value> void SetOption(CURL* handle, CURLoption option, Value val
 }
 
 /// Sets an option that a transfer can go without where curl does not know it.
-/// @throws std::bad_alloc
+/// @throws std::bad_alloc, UnusableCurl
 template <class Value> void WishOption(CURL* handle, CURLoption option, Value value)
 {
-    if (curl_easy_setopt(handle, option, value) == CURLE_OUT_OF_MEMORY)
+    const CURLcode code = curl_easy_setopt(handle, option, value);
+    if (code != CURLE_UNKNOWN_OPTION && code != CURLE_NOT_BUILT_IN)
     {
-        throw std::bad_alloc();
+        RequireSet(option, code);
     }
 }
 

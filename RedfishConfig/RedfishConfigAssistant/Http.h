@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
@@ -64,8 +65,7 @@ struct HttpAnswer
 /// Why there is no answer: never mixed with an answer's status.
 struct TransportFault
 {
-    /// 24 or 27, or 26, 18, 28 for a request that was not sent because it is
-    /// malformed.
+    /// 24 or 27; after a new login that failed the code of that.
     int Code = 24;
     std::string Text;
     /// No connection stood, so nothing was sent: another try does no harm.

@@ -1,5 +1,8 @@
 #include "JsonText.h"
 
+#include <initializer_list>
+#include <utility>
+
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>

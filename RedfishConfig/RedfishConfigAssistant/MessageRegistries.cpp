@@ -1,6 +1,9 @@
 #include "MessageRegistries.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <utility>
 
 #include "JsonText.h"
 #include "Log.h"
@@ -53,13 +56,11 @@ std::string MessageRegistries::WordsOf(const BmcMessage& message, const Resource
         {
             return {};
         }
-        entry = m_Registries.emplace(identifier, Texts()).first;
         std::string text;
         const RedfishConfigResult result = ReadRegistry(read, identifier, language, text);
-        if (result == 0 && text.size() <= MaxRegistryBytes)
-        {
-            entry->second = TextsOf(text);
-        }
+        // Entered when it is whole: one for which memory ran out is read again.
+        Texts texts = result == 0 && text.size() <= MaxRegistryBytes ? TextsOf(text) : Texts();
+        entry = m_Registries.emplace(identifier, std::move(texts)).first;
         Log(4, __FILE__, __LINE__).Stream() << "The message registry " << identifier << " gave " << entry->second.size()
                                             << " texts, code " << result.ErrorCode();
     }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "AnswerMessages.h"
 #include "RegistryLookup.h"
@@ -11,7 +13,7 @@ namespace Tavrine
 
 /// The message registries that one BMC serves (DSP0266, "Message registries"), each
 /// looked for and read at the first message that needs it and never again, whatever
-/// came of it. Used by one thread at a time.
+/// came of it, unless that threw. Used by one thread at a time.
 class MessageRegistries
 {
   public:

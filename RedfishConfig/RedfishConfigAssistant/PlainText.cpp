@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "TextBytes.h"
+
 namespace Tavrine
 {
 
@@ -11,27 +13,12 @@ namespace
 
 bool IsControl(unsigned char c) { return c < 0x20 || c == 0x7f; }
 
-/// The largest length up to `limit` that does not cut a UTF-8 sequence.
-std::size_t CharacterBoundary(const std::string& text, std::size_t limit)
-{
-    while (limit > 0 && (static_cast<unsigned char>(text[limit]) & 0xc0U) == 0x80U)
-    {
-        --limit;
-    }
-    return limit;
-}
-
 } // namespace
 
 std::string CleanText(std::string_view text, std::size_t limit)
 {
-    const std::size_t taken = std::min(text.size(), limit + 1);
-    std::string clean(text.substr(0, taken));
-    const bool cut = clean.size() > limit;
-    if (cut)
-    {
-        clean.resize(CharacterBoundary(clean, limit));
-    }
+    const bool cut = text.size() > limit;
+    std::string clean(text.substr(0, CutPosition(text, limit)));
     for (char& c : clean)
     {
         c = IsControl(static_cast<unsigned char>(c)) ? ' ' : c;
@@ -44,10 +31,7 @@ std::string CleanText(std::string_view text, std::size_t limit)
 std::string LowerAscii(std::string_view text)
 {
     std::string lower(text);
-    for (char& c : lower)
-    {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) { return LowerAscii(letter); });
     return lower;
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -10,7 +12,10 @@
 #include "ChangeDelivery.h"
 #include "JsonText.h"
 #include "Log.h"
+#include "RegistryLookup.h"
+#include "RequestTarget.h"
 #include "TaskFollower.h"
+#include "TlsCheck.h"
 
 namespace Tavrine
 {
@@ -69,11 +74,14 @@ bool IsRedirect(int status)
     return std::find(statuses.begin(), statuses.end(), status) != statuses.end();
 }
 
-/// Whether an action only reads, as those of protected settings and of files do.
-bool OnlyReads(std::string_view path)
+/// Whether a request changes nothing: the actions for protected settings and for files read, too.
+bool OnlyReads(const HttpRequest& request)
 {
     constexpr std::array<std::string_view, 2> actions = {".GetProtectedAttributes", ".DSReadFile"};
-    return std::any_of(actions.begin(), actions.end(), [&](std::string_view action) { return path.ends_with(action); });
+    return request.Verb == HttpVerb::Get ||
+           (request.Verb == HttpVerb::Post &&
+            std::any_of(actions.begin(), actions.end(),
+                        [&](std::string_view action) { return request.Path.ends_with(action); }));
 }
 
 bool IsUsableToken(const std::string& token)
@@ -104,10 +112,16 @@ bool LeavesOpen(int code, int status)
     return code == CodeUnread || (code == CodeBroken && status >= 500 && status != 501 && status != 505);
 }
 
-/// What is known of a change that got no answer.
-std::string TextAfterChange(const TransportFault& fault)
+std::string WithDelivery(std::string_view sentence, Delivery reached)
 {
-    return fmt::format("{}; {}.", WithoutPoint(fault.Text), WordsOf(fault.Reached));
+    return fmt::format("{}; {}.", WithoutPoint(sentence), WordsOf(reached));
+}
+
+/// What is known of a request that got no answer.
+std::string TextAfterChange(const HttpRequest& request, const TransportFault& fault)
+{
+    const bool harmless = fault.Reached == Delivery::Sent && OnlyReads(request);
+    return harmless ? fault.Text : WithDelivery(fault.Text, fault.Reached);
 }
 
 } // namespace
@@ -189,7 +203,7 @@ RedfishConfigResult RedfishClient::Change(const HttpRequest& request, std::strin
     Exchange exchange = Send(request);
     if (exchange.Fault)
     {
-        return {exchange.Fault->Code, TextAfterChange(*exchange.Fault), ""};
+        return {exchange.Fault->Code, TextAfterChange(request, *exchange.Fault), ""};
     }
     RedfishConfigResult result = ConcludeTask(request, exchange, errors);
     response = std::move(exchange.Answer.Body);
@@ -232,10 +246,9 @@ RedfishConfigResult RedfishClient::ConcludeTask(const HttpRequest& request, Exch
     }
     if (!task->Doubt.empty())
     {
-        return {task->Code,
-                fmt::format("{}: the BMC accepted {} {}; {}.", m_Connection.Place().Text(), Call(request),
-                            WithoutPoint(task->Doubt), DeliveryWords::OutcomeUnknown),
-                ""};
+        const std::string text = fmt::format("{}: the BMC accepted {} {}.", m_Connection.Place().Text(), Call(request),
+                                             WithoutPoint(task->Doubt));
+        return {24, OnlyReads(request) ? text : WithDelivery(text, Delivery::Sent), ""};
     }
     const bool reset = AsksForReset(exchange.Answer);
     exchange.Answer = std::move(task->Answer);
@@ -268,7 +281,7 @@ std::string RedfishClient::RequestFault(const HttpRequest& request) const
 /// once, even where the BMC says that it turned it away.
 Exchange RedfishClient::Send(const HttpRequest& request)
 {
-    const bool once = request.Verb == HttpVerb::Post && !OnlyReads(request.Path);
+    const bool once = request.Verb == HttpVerb::Post && !OnlyReads(request);
     const Repeat change = once ? Repeat::Never : Repeat::TurnedAway;
     return Persist(request.Verb == HttpVerb::Get ? Repeat::Safe : change,
                    [&]
@@ -430,12 +443,11 @@ RedfishConfigResult RedfishClient::JudgeChange(const HttpRequest& request, const
                                                std::vector<RedfishConfigResult>* errors, const std::string& failedTask)
 {
     RedfishConfigResult result = Judge(request, exchange, errors, failedTask);
-    if (!LeavesOpen(result, exchange.Answer.Status))
+    if (!LeavesOpen(result, exchange.Answer.Status) || OnlyReads(request))
     {
         return result;
     }
-    return {result.ErrorCode(), fmt::format("{}; {}.", WithoutPoint(result.ErrorMsg()), DeliveryWords::OutcomeUnknown),
-            ""};
+    return {result.ErrorCode(), WithDelivery(result.ErrorMsg(), Delivery::Sent), ""};
 }
 
 /// Nothing in here may log in: the answer that is being judged points to the token.

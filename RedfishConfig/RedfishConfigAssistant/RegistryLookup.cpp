@@ -4,6 +4,7 @@
 #include <charconv>
 #include <optional>
 #include <set>
+#include <system_error>
 #include <vector>
 
 #include <fmt/format.h>

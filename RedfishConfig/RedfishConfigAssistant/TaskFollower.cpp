@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <iterator>
+#include <utility>
 #include <vector>
 
 #include <boost/json/value.hpp>
@@ -9,6 +12,7 @@
 
 #include "AbortFlag.h"
 #include "AnswerResults.h"
+#include "JsonParts.h"
 #include "JsonText.h"
 #include "Log.h"
 #include "PlainText.h"
@@ -27,7 +31,6 @@ using Clock = std::chrono::steady_clock;
 constexpr milliseconds FirstPause{200};
 constexpr milliseconds LongestPause{5'000};
 constexpr std::uint32_t LongestRetryAfter = 30;
-constexpr std::size_t MaxTaskBytes = 1024U * 1024U;
 constexpr std::size_t MaxPathBytes = 300;
 /// Looks in a row without an answer: a service may start anew under a change.
 constexpr unsigned int MaxFaults = 3;
@@ -67,6 +70,8 @@ constexpr StateWord stateWords[] = {
 struct TaskView
 {
     Progress State = Progress::NoTask;
+    /// Too large to tell.
+    bool Unread = false;
     /// The BMC's word for the state.
     std::string Word;
     std::string Monitor;
@@ -86,11 +91,20 @@ Progress MeaningOf(std::string_view word)
     return found == std::end(stateWords) ? Progress::Working : found->Meaning;
 }
 
+/// What of an answer can tell of a task: its messages and what services add can be long.
+Keep TaskParts(std::string_view parent, std::string_view name)
+{
+    constexpr std::array<std::string_view, 7> names = {"@odata.id",  "@odata.type", "TaskMonitor", "TaskState",
+                                                       "TaskStatus", "JobState",    "JobStatus"};
+    return parent.empty() && std::find(names.begin(), names.end(), name) != names.end() ? Keep::All : Keep::Nothing;
+}
+
 TaskView LookAtTask(std::string_view body)
 {
     TaskView view;
-    const std::optional<json::value> document = body.size() > MaxTaskBytes ? std::nullopt : ParseJson(body);
-    if (!document)
+    const auto [document, cut] = ParseParts(body, TaskParts);
+    view.Unread = cut;
+    if (!document || cut)
     {
         return view;
     }
@@ -154,9 +168,9 @@ class Follower
   private:
     const std::string& Path() const { return m_Paths[m_At]; }
 
-    TaskEnd Doubtful(const std::string& why, int code = 24) const
+    TaskEnd Doubtful(const std::string& why) const
     {
-        return {{}, {}, fmt::format("as task {}, {}", CleanText(Path(), MaxPathBytes), why), code};
+        return {{}, {}, fmt::format("as task {}, {}", CleanText(Path(), MaxPathBytes), why)};
     }
 
     TaskEnd TimeOut() const
@@ -166,8 +180,7 @@ class Follower
         return {{},
                 {},
                 fmt::format("and still works on it{} after {} s: task {}", trouble, waited,
-                            CleanText(Path(), MaxPathBytes)),
-                24};
+                            CleanText(Path(), MaxPathBytes))};
     }
 
     /// One look at the task; nothing when another one is due.
@@ -180,9 +193,7 @@ class Follower
         {
             m_Trouble = exchange.Fault->Text;
             const bool final = ++m_Faults == MaxFaults || exchange.Fault->Code != 24 || AbortFlag::IsRaised();
-            return final ? std::optional(
-                               Doubtful("but it cannot be watched any more: " + m_Trouble, exchange.Fault->Code))
-                         : std::nullopt;
+            return final ? std::optional(Doubtful("but it cannot be watched any more: " + m_Trouble)) : std::nullopt;
         }
         m_Faults = 0;
         return Weigh(exchange.Answer);
@@ -206,13 +217,17 @@ class Follower
             return Doubtful("but it cannot be watched, it is answered with " + StatusText(answer.Status));
         }
         const TaskView view = answer.Success() ? LookAtTask(answer.Body) : TaskView();
+        if (view.Unread)
+        {
+            return Doubtful("but its text is too large to be read");
+        }
         m_Trouble = view.Word;
         if (HasEnded(view) || (view.State == Progress::Waiting && AsksForReset(answer)))
         {
             return EndOf(view, answer);
         }
         const bool working = answer.Status == 202 || view.State != Progress::NoTask;
-        return working ? std::nullopt : std::optional(TaskEnd{answer, {}, {}, 24});
+        return working ? std::nullopt : std::optional(TaskEnd{answer, {}, {}});
     }
 
     TaskEnd Gone(const HttpAnswer& answer)
@@ -264,12 +279,16 @@ std::optional<TaskEnd> FollowTask(const HttpAnswer& accepted, const TaskWatch& w
         Log(4, __FILE__, __LINE__).Stream() << "Following the task " << CleanText(paths.front(), MaxPathBytes);
         return Follower(watch, std::move(paths)).Run(accepted);
     }
+    if (view.Unread)
+    {
+        return TaskEnd{{}, {}, "as a task of which the answer is too large to be read"};
+    }
     if (unusable.empty())
     {
         return std::nullopt;
     }
     return TaskEnd{
-        {}, {}, fmt::format("as a task at {}, a place that is not asked", CleanText(unusable, MaxPathBytes)), 24};
+        {}, {}, fmt::format("as a task at {}, a place that is not asked", CleanText(unusable, MaxPathBytes))};
 }
 
 } // namespace Tavrine

@@ -35,8 +35,6 @@ struct TaskEnd
     /// Why the outcome is not known, as the end of a sentence that begins with "the BMC
     /// accepted PATCH /x "; empty when it is known.
     std::string Doubt;
-    /// Of a doubt.
-    int Code = 24;
 };
 
 /// Watches the task that `accepted`, an answer with status 202, names until it ends or

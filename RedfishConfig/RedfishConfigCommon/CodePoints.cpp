@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "TextBytes.h"
+
 namespace Tavrine
 {
 
@@ -68,16 +70,7 @@ std::optional<std::size_t> CodePoints(std::string_view text)
 
 std::string CutText(std::string text, std::size_t most)
 {
-    if (text.size() <= most)
-    {
-        return text;
-    }
-    std::size_t end = most;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
-    {
-        --end;
-    }
-    return text.substr(0, end) + "...";
+    return text.size() <= most ? text : text.substr(0, CutPosition(text, most)) + "...";
 }
 
 } // namespace Tavrine

@@ -1,6 +1,9 @@
 #include "Dependencies.h"
 
 #include <algorithm>
+#include <compare>
+#include <optional>
+#include <utility>
 
 #include "CodePoints.h"
 

@@ -50,8 +50,8 @@ class DependencyEvaluation
     void MoveValues(const std::vector<std::string>& names, const SettingValueMap& values);
 
     /// Flags count as set, too, where a menu around the setting has them. The
-    /// current value of a setting that no dependency names is not known here. Until values move; texts
-    /// may be long, and conditions read them over and over.
+    /// current value of a setting that no dependency names is not known here. The reference is good
+    /// until MoveValues; it is no copy, since texts may be long and conditions read them over and over.
     const RegistryScalar& Now(std::size_t attribute, SettingProperty property) const;
     bool Flag(std::size_t attribute, SettingProperty flag) const;
 

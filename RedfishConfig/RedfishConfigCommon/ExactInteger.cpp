@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <limits>
+#include <system_error>
 
 namespace Tavrine
 {

@@ -61,7 +61,7 @@ bool CallerSaw(const std::string& name, const std::vector<RedfishConfigSettingIn
     return place == unseen.end() || less(name, *place->AttributeKey);
 }
 
-/// @param unseen  settings of `values` whose value the caller did not have, in the order of their names.
+/// @param unseen  numbers of `values` that the caller did not have, in the order of their names.
 NumberForm FormOf(const RedfishConfigSetting& setting, const SettingValueMap& values,
                   const std::vector<RedfishConfigSettingInfoStru>& unseen, filterAction action)
 {

@@ -32,8 +32,8 @@ struct WantedValue
 
 /// Reads the text of a new value.
 /// @param values  the current ones.
-/// @param unseen  those of them, in order, that the caller does not have, so that it has not turned a
-///                hexadecimal number into decimal.
+/// @param unseen  the numbers of them, in order, that the caller does not have, so that it has not turned
+///                a hexadecimal one into decimal.
 WantedValue ReadWanted(const RedfishConfigSetting& setting, const std::string& text, const SettingValueMap& values,
                        const std::vector<RedfishConfigSettingInfoStru>& unseen, filterAction action);
 

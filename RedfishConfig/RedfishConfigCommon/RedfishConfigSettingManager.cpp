@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "AttributeRegistry.h"
@@ -117,8 +119,8 @@ std::vector<std::string> MergeValues(const Tavrine::SettingValueMap& values, Tav
     return moved;
 }
 
-/// The settings of `all` that `values` does not name, in order and by their names alone. `all` has all
-/// of `values`.
+/// The numbers of `all` that `values` does not name, in order and by their names alone: of anything else
+/// nobody asks whether the caller has it. `all` has all of `values`.
 std::vector<RedfishConfigSettingInfoStru> LeftOut(const Tavrine::SettingValueMap& values,
                                                   const Tavrine::SettingValueMap& all)
 {
@@ -129,7 +131,7 @@ std::vector<RedfishConfigSettingInfoStru> LeftOut(const Tavrine::SettingValueMap
     }
     for (const auto& [name, value] : all)
     {
-        if (!values.contains(name))
+        if (value && std::holds_alternative<std::int64_t>(*value) && !values.contains(name))
         {
             leftOut.emplace_back().AttributeKey = name;
         }

@@ -27,7 +27,6 @@ namespace
 constexpr int CodePartlyDone = 7;
 constexpr int CodeWrongParameter = 16;
 constexpr int CodeNotChangeable = 18;
-constexpr int CodeNoDefault = 21;
 
 bool IsDefaultAction(filterAction action)
 {
@@ -41,11 +40,6 @@ RedfishConfigResult CheckAction(filterAction action)
     return known ? RedfishConfigResult{0, "", ""}
                  : RedfishConfigResult{CodeWrongParameter, "Action " + std::to_string(action) + " changes no setting.",
                                        ""};
-}
-
-RedfishConfigResult NoDefault(const std::string& name)
-{
-    return {CodeNoDefault, "The setting " + name + " has no default value.", name};
 }
 
 /// Callers that compare with the values in force pass every number of hexadecimal
@@ -151,10 +145,15 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const std::
     {
         const RedfishConfigSetting& setting = *known;
         const DependencyEvaluation& now = Now();
-        const bool noDefault = IsDefaultAction(action) &&
-                               !Tavrine::HasValue(now.Now(setting.Index(), Tavrine::SettingProperty::DefaultValue));
-        result = noDefault ? NoDefault(name)
-                           : JudgeWanted(ReadWanted(setting, value, m_Values, m_NotTold, action), now, context);
+        if (IsDefaultAction(action))
+        {
+            std::string registered;
+            result = DefaultText(setting, now, registered);
+        }
+        if (result == 0)
+        {
+            result = JudgeWanted(ReadWanted(setting, value, m_Values, m_NotTold, action), now, context);
+        }
     }
     if (result != 0)
     {

@@ -53,7 +53,7 @@ bool TakesText(SettingProperty property);
 std::optional<RegistryScalar> SuitedTo(SettingProperty property, RegistryScalar value);
 
 /// What the registry itself says, no dependency applied; null where it is silent, false
-/// for a flag. As long as the attribute lives.
+/// for a flag. The reference is good as long as the attribute.
 const RegistryScalar& PropertyOfRegistry(const RegistryAttribute& attribute, SettingProperty property);
 
 /// A flag as a value that lives on.

@@ -12,6 +12,7 @@
 #include <boost/json/value.hpp>
 
 #include "ExactInteger.h"
+#include "TextBytes.h"
 
 namespace Tavrine
 {
@@ -38,12 +39,6 @@ std::optional<ExactInteger> ParseHex(std::string_view text)
     }
     digits += text;
     return ParseExact(digits, 16);
-}
-
-/// As the "C" locale does it.
-char LoweredAscii(char letter)
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
 /// The number of bytes that are equal at the front. By blocks, since names of one machine
@@ -94,7 +89,7 @@ bool PrecedesLowered(std::string_view left, std::string_view right)
 bool IsWord(std::string_view text, std::string_view lowered)
 {
     return std::equal(text.begin(), text.end(), lowered.begin(), lowered.end(),
-                      [](char left, char right) { return LoweredAscii(left) == right; });
+                      [](char left, char right) { return LowerAscii(left) == right; });
 }
 
 std::optional<SettingVariant> ParseAs(const SettingVariant& kind, const std::string& text)
@@ -122,8 +117,8 @@ bool CaseInsensitiveComparator::operator()(const std::string& left, const std::s
     {
         return left.size() < right.size();
     }
-    const char one = LoweredAscii(left[common]);
-    const char other = LoweredAscii(right[common]);
+    const char one = LowerAscii(left[common]);
+    const char other = LowerAscii(right[common]);
     if (one != other && std::locale() == std::locale::classic())
     {
         return static_cast<unsigned char>(one) < static_cast<unsigned char>(other);

@@ -8,6 +8,7 @@
 #include <boost/json/value.hpp>
 
 #include "CodePoints.h"
+#include "TextBytes.h"
 #include "ValueConversions.h"
 #include "ValueExpression.h"
 
@@ -78,9 +79,7 @@ std::optional<SettingProperty> BrokenTextRule(const ValueRules& rules, const std
 
 std::string AsciiLowered(std::string text)
 {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char letter)
-                   { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter; });
+    std::transform(text.begin(), text.end(), text.begin(), LowerAscii);
     return text;
 }
 

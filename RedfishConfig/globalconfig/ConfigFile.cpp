@@ -101,13 +101,8 @@ std::optional<std::string> ScalarText(const toml::node& node)
     return std::nullopt;
 }
 
-// An empty array is no item: as an empty text it would read as one empty word.
 std::optional<std::string> ArrayText(const toml::array& array)
 {
-    if (array.empty())
-    {
-        return std::nullopt;
-    }
     std::string joined;
     const char* separator = "";
     for (const toml::node& element : array)
@@ -145,14 +140,15 @@ Content FromTable(const toml::table& root)
     for (const auto& [key, node] : root)
     {
         const std::string name(key.str());
+        content.Lines.emplace(name, key.source().begin.line);
         const auto* const array = node.as_array();
-        if (array == nullptr || !array->empty())
-        {
-            content.Lines.emplace(name, key.source().begin.line);
-        }
         if (const auto* table = node.as_table())
         {
             AddTable(name, *table, content);
+        }
+        else if (array != nullptr && array->empty())
+        {
+            content.EmptyArrays.insert(name); // no item: as an empty text it would read as one empty word
         }
         else if (const auto text = array != nullptr ? ArrayText(*array) : ScalarText(node))
         {
@@ -252,7 +248,8 @@ std::vector<std::string> Unread(const Content& content, const std::set<std::stri
     {
         const bool isItem = items.contains(name);
         const bool isTable = tables.contains(name);
-        const bool read = (isItem && content.Items.contains(name)) || (isTable && content.Tables.contains(name));
+        const bool itemFits = content.Items.contains(name) || content.EmptyArrays.contains(name);
+        const bool read = (isItem && itemFits) || (isTable && content.Tables.contains(name));
         if (!read)
         {
             tell(name, line, isItem || isTable ? " is of another kind than expected and left out" : " is not known");

@@ -34,6 +34,8 @@ struct Content
     /// The file; empty where there is none.
     std::string Path;
     std::map<std::string, std::string> Items;
+    /// Those of the top level; they count as missing.
+    std::set<std::string> EmptyArrays;
     std::map<std::string, std::map<std::string, std::string>> Tables;
     /// Items and tables, those of a kind that is left out included, to the line where they stand.
     std::map<std::string, std::size_t> Lines;

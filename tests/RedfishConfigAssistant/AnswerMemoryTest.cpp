@@ -9,6 +9,7 @@
 
 #include "../endtoend/FailingMemory.h"
 #include "BmcConnection.h"
+#include "MessageRegistries.h"
 #include "TestServer.h"
 
 using namespace Tavrine;
@@ -36,6 +37,38 @@ TEST(AnswerMemory, ARefusalIsThrownOrToldAndNeverASuccess)
         }
     }
     EXPECT_GT(failures, 5U);
+}
+
+TEST(AnswerMemory, ARegistryForWhichItRanOutIsReadAgain)
+{
+    const ResourceReader read = [](const std::string& path, std::string& text)
+    {
+        text = path == "/base.json" ? R"({"Messages":{"Odd":{"Message":"Words of its own."}}})"
+               : path == "/redfish/v1/Registries"
+                   ? R"({"Members":[{"@odata.id":"/redfish/v1/Registries/Base"}]})"
+                   : R"({"Id":"Base.1.8","Location":[{"Language":"en","Uri":"/base.json"}]})";
+        return RedfishConfigResult(0, "", "");
+    };
+    BmcMessage message;
+    message.Id = "Base.1.8.Odd";
+    message.Key = "Odd";
+    const std::string language = "en";
+    std::size_t good = 0;
+    for (bool happened = true; happened; ++good)
+    {
+        MessageRegistries registries;
+        try
+        {
+            const failingmemory::Failure failure(good);
+            registries.WordsOf(message, read, language);
+            happened = failure.Happened();
+        }
+        catch (const std::bad_alloc&)
+        {
+        }
+        EXPECT_EQ(registries.WordsOf(message, read, language), "Words of its own.") << good;
+    }
+    EXPECT_GT(good, 5U);
 }
 
 TEST(ConnectionMemory, AConnectionEndsWithoutALogoutWhereThereIsNoneForIt)

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "AnswerMessages.h"
+#include "JsonParts.h"
 #include "Logging.h"
 #include "SharedData.h"
 #include "TestServer.h"
@@ -319,40 +320,53 @@ TEST(AnswerResults, AFaultIsNoDuplicateOfAHarmlessMessage)
     EXPECT_EQ(Listed(errors), std::vector<std::string>{"A=18"});
 }
 
-TEST(AnswerResults, AnAnswerWhoseMessagesAreNotReadIsNoSuccess)
+TEST(AnswerResults, MessagesOfALargeAnswerAreReadWhereTheyStand)
 {
-    const std::string filler = R"("Filler":")" + std::string(1024U * 1024U, 'x') + "\"";
+    const CapturingLogSink log(1);
+    const std::string filler = R"("Filler":")" + std::string(20'000'000, 'x') + "\"";
     const std::string refusal = R"([{"MessageId":"B.PropertyNotWritable","MessageArgs":["Mode"]}])";
     for (const std::string& member :
          {R"("error":{"@Message.ExtendedInfo":)" + refusal + "}", R"("@Message.ExtendedInfo":)" + refusal,
           R"("Attributes":{"Mode@Message.ExtendedInfo":)" + refusal + "}", R"("Messages":)" + refusal,
           std::string(R"("error":{"code":"1","message":"It failed."})")})
     {
-        const CapturingLogSink log(1);
-        const std::string body = "{" + filler + "," + member + "}";
-        EXPECT_THAT(JudgePatch(200, body, noErrors), Fails(27, "PATCH /settings")) << member;
-        EXPECT_EQ(log.Records().size(), 1U) << member;
-        EXPECT_THAT(JudgePatch(400, body, noErrors), HasCode(18)) << member;
-        EXPECT_THAT(JudgePatch(503, body, noErrors), HasCode(33)) << member;
+        EXPECT_THAT(JudgePatch(200, "{" + filler + "," + member + "}", noErrors), HasCode(18)) << member;
+        EXPECT_THAT(JudgePatch(200, "{" + member + "," + filler + "}", noErrors), HasCode(18)) << member;
     }
-    const CapturingLogSink log(1);
-    for (const std::string member : {R"("Content":"\"Messages\" and X@Message.ExtendedInfo\" of a file")",
-                                     R"("error":"none")", R"("X":{"error":{}})"})
+    for (const std::string member :
+         {R"("Content":"\"Messages\": and X@Message.ExtendedInfo\": of a file")", R"("error":"none")",
+          R"("X":{"error":{}})", R"("X":{"Messages":[{"MessageId":"B.PropertyNotWritable"}]})",
+          R"("Attributes":{"X":{"@Message.ExtendedInfo":[{"MessageId":"B.PropertyNotWritable"}]}})",
+          R"("@Message.ExtendedInfo":[{"MessageId":"Base.1.8.Success"}])"})
     {
         EXPECT_THAT(JudgePatch(200, "{" + filler + "," + member + "}", noErrors), HasCode(0)) << member;
     }
     EXPECT_TRUE(log.Records().empty());
 }
 
-TEST(AnswerResults, BodiesAboveOneMebibyteHaveNoMessages)
+TEST(AnswerResults, AnAnswerWithMoreMessagesThanAreReadIsNoSuccess)
 {
-    constexpr std::size_t limit = 1024U * 1024U;
-    std::string body = ListOf(R"({"MessageId":"B.PropertyUnknown","RelatedProperties":["S"]})");
-    body.resize(limit, ' ');
-    EXPECT_EQ(ReadMessages(body, true).Messages.size(), 1U);
-    EXPECT_FALSE(ReadMessages(body, true).Cut);
-    EXPECT_TRUE(ReadMessages(body + " ", true).Messages.empty());
-    EXPECT_TRUE(ReadMessages(body + " ", true).Cut);
+    for (const bool cut : {false, true})
+    {
+        const CapturingLogSink log(1);
+        const std::string body =
+            R"({"@Message.ExtendedInfo":[{"MessageId":"B.Success"},{"MessageId":"B.Success","Oem":")" +
+            std::string(MaxPartsBytes - (cut ? 0 : 1000), 'x') + R"("}]})";
+        EXPECT_THAT(JudgePatch(200, body, noErrors), cut ? Fails(27, "PATCH /settings") : Fails(0, ""));
+        EXPECT_EQ(log.Records().size(), cut ? 1U : 0U);
+        EXPECT_THAT(JudgePatch(400, body, noErrors), HasCode(18));
+        EXPECT_THAT(JudgePatch(503, body, noErrors), HasCode(33));
+    }
+}
+
+TEST(AnswerResults, MessagesInFrontOfThoseThatAreTooLargeAreRead)
+{
+    const MessageList list =
+        ReadMessages(R"({"@Message.ExtendedInfo":[{"MessageId":"B.PropertyUnknown"}],"Messages":[")" +
+                         std::string(MaxPartsBytes, 'x') + R"(",{"MessageId":"B.PropertyUnknown"}]})",
+                     true);
+    EXPECT_EQ(list.Messages.size(), 1U);
+    EXPECT_TRUE(list.Cut);
 }
 
 TEST(AnswerResults, ControlCharactersOfTheBmcDoNotReachAMessage)
@@ -365,13 +379,39 @@ TEST(AnswerResults, SecretsAreBlottedOutOfTheBmcsWordsAlone)
 {
     std::vector<RedfishConfigResult> errors;
     AnsweredRequest request = Patch();
-    request.Secrets = {"password", "abc", "refused"};
+    request.Secrets = {"password", "abc", "refused", ""};
     RedfishConfigResult result = JudgeAnswer(
-        request, Answer(400, ListOf(R"({"MessageId":"X","Message":"passwordpassword abc","RelatedProperties":["A"]})")),
+        request, Answer(400, ListOf(R"({"MessageId":"X","Message":"passwordpassword ab","RelatedProperties":["A"]})")),
         errors);
-    EXPECT_EQ(result.ErrorMsg(), "PATCH /settings was refused by bmc:443 (400 Bad Request): **************** abc");
+    EXPECT_EQ(result.ErrorMsg(), "PATCH /settings was refused by bmc:443 (400 Bad Request): **************** ab");
     ASSERT_EQ(errors.size(), 1U);
-    EXPECT_EQ(errors[0].ErrorMsg(), "**************** abc");
+    EXPECT_EQ(errors[0].ErrorMsg(), "**************** ab");
+}
+
+TEST(AnswerResults, WordsThatHoldAShortSecretAreLeftOut)
+{
+    for (const std::string_view secret : {"abc", "b", "x"})
+    {
+        std::vector<RedfishConfigResult> errors;
+        AnsweredRequest request = Patch();
+        request.Secrets = {secret};
+        RedfishConfigResult result = JudgeAnswer(
+            request, Answer(400, ListOf(R"({"MessageId":"X","Message":"No abc.","RelatedProperties":["A"]})")), errors);
+        const std::string words = secret == "x" ? "No abc." : "********";
+        EXPECT_EQ(result.ErrorMsg(), "PATCH /settings was refused by bmc:443 (400 Bad Request): " + words);
+        ASSERT_EQ(errors.size(), 1U);
+        EXPECT_EQ(errors[0].ErrorMsg(), words);
+    }
+}
+
+TEST(AnswerResults, TheOrderOfMessagesDoesNotDecideWhichAreOne)
+{
+    // Two that came without words, and one whose words are what stands in for them.
+    const std::string bare = R"({"MessageId":"Oem.1.Odd","MessageArgs":["1"]},)"
+                             R"({"MessageId":"Oem.1.Odd","MessageArgs":["2"]})";
+    const std::string words = R"({"MessageId":"Oem.1.Odd","Message":"Oem.1.Odd"})";
+    EXPECT_EQ(ReadMessages(ListOf(bare + "," + words), true).Messages.size(), 3U);
+    EXPECT_EQ(ReadMessages(ListOf(words + "," + bare), true).Messages.size(), 3U);
 }
 
 TEST(AnswerMessages, SettingOfPointer)

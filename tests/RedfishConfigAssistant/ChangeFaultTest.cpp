@@ -205,6 +205,28 @@ TEST(ChangeFault, HowFarAChangeCameIsReadFromItsMessage)
     }
 }
 
+TEST(ChangeFault, AnActionThatOnlyReadsLeavesNothingOpen)
+{
+    const auto told = [](const TavrineConnection::ConnectionInfo& info, const std::string& path)
+    {
+        std::string response;
+        return DeliveryIn(BMCBaseAssistant(info, Kind).PostData(path, "{}", response, false, 0).ErrorMsg());
+    };
+    const RawServer silent([](int socket, unsigned int) { ReadRequest(socket); });
+    const TestServer broken(Status(500));
+    const TestServer taskElsewhere(
+        [](const httplib::Request&, httplib::Response& response)
+        {
+            response.set_header("Location", "http://elsewhere.example/task");
+            response.status = 202;
+        });
+    for (const auto& info : {silent.Info(), broken.Info(), taskElsewhere.Info()})
+    {
+        EXPECT_EQ(told(info, "/x/Y.DSReadFile"), std::nullopt);
+        EXPECT_EQ(told(info, "/x/Y.DSWriteFile"), Delivery::Sent);
+    }
+}
+
 TEST(ChangeFault, AFailedReadSaysNothingOfChanges)
 {
     TavrineConnection::ConnectionInfo info;

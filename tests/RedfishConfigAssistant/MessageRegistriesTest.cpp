@@ -180,6 +180,34 @@ TEST(MessageRegistries, TextsOfWrongShapeAreNoTexts)
     }
 }
 
+TEST(MessageRegistries, AreReadUpToTheLimits)
+{
+    const auto told = [](const std::string& registry)
+    {
+        std::map<std::string, std::string> resources = Served();
+        resources["/store/acme"] = registry;
+        Bmc bmc(ListOf(R"({"MessageId":"Acme.2.15.Last"})"), resources);
+        return bmc.Patch().ErrorMsg();
+    };
+    const std::string last = R"("Last":{"Message":"Last words."}}})";
+    const auto ofBytes = [&](std::size_t bytes)
+    {
+        const std::string start = R"({"Messages":{)";
+        return start + std::string(bytes - start.size() - last.size(), ' ') + last;
+    };
+    constexpr std::size_t mostBytes = std::size_t{8} * 1024 * 1024;
+    EXPECT_TRUE(told(ofBytes(mostBytes)).ends_with("Last words."));
+    EXPECT_TRUE(told(ofBytes(mostBytes + 1)).ends_with("Acme.2.15.Last"));
+
+    std::string texts = R"({"Messages":{)";
+    for (int i = 1; i < 5000; ++i)
+    {
+        texts += "\"T" + std::to_string(i) + R"(":{"Message":"x"},)";
+    }
+    EXPECT_TRUE(told(texts + last).ends_with("Last words."));
+    EXPECT_TRUE(told(texts + R"("More":{"Message":"x"},)" + last).ends_with("Acme.2.15.Last"));
+}
+
 TEST(MessageRegistries, NothingIsReadWhereNothingIsMissing)
 {
     struct Row

@@ -35,6 +35,8 @@ TEST(RequestTarget, Hosts)
     {
         EXPECT_NE(HostFault(host), "") << host;
     }
+    EXPECT_EQ(HostFault(std::string(255, 'a')), "");
+    EXPECT_NE(HostFault(std::string(256, 'a')), "");
 }
 
 TEST(RequestTarget, UrlOfAnOrigin)

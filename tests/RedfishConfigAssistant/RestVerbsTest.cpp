@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "BmcConnection.h"
+#include "JsonParts.h"
 #include "Logging.h"
 #include "RawServer.h"
 #include "TestServer.h"
@@ -209,16 +210,37 @@ TEST(RestVerbs, AnswersAreTakenUpToTheLimit)
 
 TEST(RestVerbs, AnAnswerWhoseMessagesAreNotReadLeavesAChangeOpen)
 {
-    const TestServer server(
-        Body(R"({"error":{"code":"1","message":"No."},"Filler":")" + std::string(1'100'000, 'x') + "\"}"));
+    const TestServer server(Body(R"({"@Message.ExtendedInfo":[{"MessageId":"Base.1.8.Success","Oem":")" +
+                                 std::string(MaxPartsBytes, 'x') + "\"}]}"));
     BMCBaseAssistant client(server.Info(), Kind);
     std::vector<RedfishConfigResult> errors;
     EXPECT_THAT(client.PatchData("/x", "{}", errors, true, {}),
                 Fails(27, "; whether the change was done is not known."));
-    std::string response = "old";
-    const RedfishConfigResult read = client.GetData("/x", response);
-    EXPECT_THAT(read, Fails(27, "GET /x"));
+    std::string response;
+    const RedfishConfigResult read = client.PostData("/x.DSReadFile", "{}", response, false, 0);
+    EXPECT_THAT(read, Fails(27, "POST /x.DSReadFile"));
     EXPECT_THAT(read, testing::Not(Fails(27, "whether")));
+}
+
+TEST(RestVerbs, ALargeFileIsReadBesideAMessageOfSuccess)
+{
+    const std::string file = R"({"@Message.ExtendedInfo":[{"MessageId":"Base.1.8.Success"}],"Content":")" +
+                             std::string(1'200'000, 'x') + "\"}";
+    const TestServer server(Body(file));
+    std::string response;
+    EXPECT_THAT(BMCBaseAssistant(server.Info(), Kind).PostData("/x.DSReadFile", "{}", response, false, 0), HasCode(0));
+    EXPECT_EQ(response, file);
+}
+
+TEST(RestVerbs, ARefusalInsideALargeAnswerIsRead)
+{
+    const TestServer server(
+        Body(R"({"error":{"code":"1","message":"No."},"Filler":")" + std::string(1'100'000, 'x') + "\"}"));
+    BMCBaseAssistant client(server.Info(), Kind);
+    std::vector<RedfishConfigResult> errors;
+    EXPECT_THAT(client.PatchData("/x", "{}", errors, true, {}), Fails(18, "No."));
+    std::string response = "old";
+    EXPECT_THAT(client.GetData("/x", response), Fails(26, "No."));
     EXPECT_EQ(response, "old");
 }
 
@@ -349,6 +371,17 @@ TEST(RestVerbs, ChangesAreNotRedirected)
     std::vector<RedfishConfigResult> errors;
     EXPECT_THAT(client.PatchData("/x", "{}", errors, true, {}), Fails(18, "redirects to /other"));
     EXPECT_EQ(server.Calls().size(), 1U);
+}
+
+TEST(RestVerbs, WordsThatHoldAShortSecretAreLeftOut)
+{
+    const TestServer server(Body(R"({"error":{"message":"The password xyz is wrong."}})", 401));
+    auto info = server.Info();
+    info.Password = "xyz";
+    std::string response;
+    RedfishConfigResult result = BMCBaseAssistant(info, Kind).GetData("/x", response);
+    EXPECT_THAT(result, Fails(24, "(401 Unauthorized): ********"));
+    EXPECT_EQ(result.ErrorMsg().find("xyz"), std::string::npos) << result.ErrorMsg();
 }
 
 TEST(RestVerbs, SecretsReachNeitherLogNorMessage)

@@ -7,6 +7,7 @@
 
 #include "BMCBaseAssistant.h"
 #include "BmcConnection.h"
+#include "JsonParts.h"
 #include "Logging.h"
 #include "RawServer.h"
 #include "TestServer.h"
@@ -171,6 +172,26 @@ TEST(Task, AFinishedTaskIsJudgedByItsState)
         }
         EXPECT_THAT(Patch({{"/settings", {{202, row.Text}}}}).Result, Fails(row.Code, row.Words));
     }
+}
+
+TEST(Task, OneWithALongTextIsJudgedByItsState)
+{
+    const std::string oem = R"(,"Oem":")" + std::string(1'100'000, 'x') + "\"";
+    EXPECT_THAT(Patch({{"/settings", {Accepted()}}, {Monitor, {{200, TaskText("Exception", oem)}}}}).Result,
+                Fails(18, "which ended as Exception."));
+    Outcome outcome = Patch(
+        {{"/settings", {Accepted()}}, {Monitor, {{200, TaskText("Running", oem)}, {200, TaskText("Completed", oem)}}}});
+    EXPECT_THAT(outcome.Result, HasCode(0));
+    EXPECT_EQ(outcome.Calls.size(), 3U);
+}
+
+TEST(Task, OneWhoseStateIsTooLongToReadIsNotCalledDone)
+{
+    const std::string text = TaskText(std::string(MaxPartsBytes, 'x'));
+    EXPECT_THAT(Patch({{"/settings", {{202, text}}}}).Result,
+                Fails(24, "the BMC accepted PATCH /settings as a task of which the answer is too large"));
+    EXPECT_THAT(Patch({{"/settings", {Accepted()}}, {Monitor, {{200, text}}}}).Result,
+                Fails(24, std::string("as task ") + Monitor + ", but its text is too large to be read; whether"));
 }
 
 TEST(Task, FailedSettingsOfATaskAreListed)
@@ -511,12 +532,50 @@ TEST(Task, ASessionThatRunsOutUnderATaskIsOpenedAnew)
     EXPECT_EQ(server.Requests().back().Header("X-Auth-Token"), "token-2");
 }
 
-TEST(Task, TheWaitForABusyBmcIsNoneOfItsTime)
+TEST(Task, ALookThatFailsIsNoFailureOfTheChange)
 {
-    Script script({{"/settings", {{503, "", {{"Retry-After", "2"}}}, Accepted()}}, {Monitor, {{204}}}});
+    // What a code says of a request of its own, that it was refused or may be repeated, does not hold for the change.
+    const std::string large = R"({"Oem":")" + std::string(2'000, 'x') + "\"}";
+    Script script({{"/settings", {Accepted()}}, {Monitor, {{200, large}}}});
     const TestServer server(script.Handler());
     auto info = server.Info();
-    info.RequestTimeout = 2;
+    info.MaxResponseBytes = 1'000;
+    std::vector<RedfishConfigResult> errors;
+    EXPECT_THAT(BMCBaseAssistant(info, Kind).PatchData("/settings", "{}", errors, true, {}),
+                Fails(24, "but it cannot be watched any more: "));
+}
+
+TEST(Task, ANewLoginThatFailsUnderATaskIsNoFailureOfTheChange)
+{
+    for (const int status : {400, 500, 503})
+    {
+        std::atomic<int> logins{0};
+        const TestServer server(
+            [&](const httplib::Request& request, httplib::Response& response)
+            {
+                response.set_header("X-Auth-Token", "token");
+                response.set_header("Location", Monitor);
+                response.status = request.method == "GET"     ? 401
+                                  : request.method == "PATCH" ? 202
+                                  : ++logins == 1             ? 201
+                                                              : status;
+            });
+        TavrineConnection::BmcConnection connection(server.Info(), {});
+        EXPECT_THAT(connection.OpenSession(), HasCode(0));
+        std::vector<RedfishConfigResult> errors;
+        EXPECT_THAT(BMCBaseAssistant(connection.Info(), Kind).PatchData("/settings", "{}", errors, true, {}),
+                    Fails(24, "; whether the change was done is not known."))
+            << status;
+        EXPECT_EQ(logins, 2) << status;
+    }
+}
+
+TEST(Task, TheWaitForABusyBmcIsNoneOfItsTime)
+{
+    Script script({{"/settings", {{503, "", {{"Retry-After", "4"}}}, Accepted()}}, {Monitor, {{204}}}});
+    const TestServer server(script.Handler());
+    auto info = server.Info();
+    info.RequestTimeout = 3;
     TavrineConnection::ConnectionProfile profile;
     profile.BusyPatience = 60;
     const TavrineConnection::BmcConnection connection(info, profile);

@@ -61,3 +61,18 @@ TEST(SettingManagerConstruction, EveryTypeWordHasItsCreateFunction)
     EXPECT_EQ(Manager("", SettingValueMap(), false, Config_Options()).m_SettingTypeCreators, expected);
     EXPECT_EQ(Manager("", false, Config_Options()).m_SettingTypeCreators, expected);
 }
+
+TEST(SettingManagerConstruction, OfSettingsThatAnUpdateDoesNotNameOnlyNumbersAreKept)
+{
+    const SettingValueMap values{{"Flag", true},
+                                 {"Named", std::int64_t{1}},
+                                 {"None", std::nullopt},
+                                 {"Number", std::int64_t{2}},
+                                 {"Other", std::int64_t{3}},
+                                 {"Text", "a"}};
+    RedfishConfigSettingManager manager("{}", values, false, Options);
+    manager.UpdateSettingValue({{"Named", std::int64_t{4}}});
+    ASSERT_EQ(manager.m_NotTold.size(), 2U);
+    EXPECT_EQ(manager.m_NotTold[0].AttributeKey, "Number");
+    EXPECT_EQ(manager.m_NotTold[1].AttributeKey, "Other");
+}

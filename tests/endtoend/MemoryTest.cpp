@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "BiosRedfishConfigProc.h"
+#include "BiosSettingManager.h"
 #include "FailingMemory.h"
 #include "Log.h"
 #include "Logging.h"
@@ -251,6 +252,19 @@ INSTANTIATE_TEST_SUITE_P(
         {"CompareSettingDefaultValues", Defaults},
     }),
     [](const auto& instance) { return instance.param.Name; });
+
+TEST(Memory, DefaultsThatAreAwaitedAreNotDenied)
+{
+    RunningMachine machine(Attributes);
+    ASSERT_EQ(machine.Error(), "");
+    BiosRedfishConfigProc front(machine.Info(), SystemTypeBios, {});
+    const RedfishConfigResult reset = front.PostDefaultvalue("", "reset-bios");
+    ASSERT_TRUE(reset == 0 || reset == 1) << reset.ErrorCode();
+    SettingStringMap values;
+    BiosRedfishConfigProc reader(machine.Info(), SystemTypeBios, {});
+    ASSERT_EQ(reader.QueryGroupSettingValues(values), 0);
+    EXPECT_GT(FailEverywhere([&] { EXPECT_TRUE(AwaitsDefaults(reader)); }), 3U);
+}
 
 /// A manager in which Mode=b locks Locked.
 std::string LockingRegistry()

@@ -3,7 +3,11 @@
 // stands in them; nothing is made up that the body does not hold.
 #include <algorithm>
 
+#include <boost/json/serialize.hpp>
+
 #include "AnswerResults.h"
+#include "JsonParts.h"
+#include "JsonText.h"
 #include "MessageRegistries.h"
 #include "MessageTable.h"
 #include "Oracle.h"
@@ -85,12 +89,23 @@ bool IsSilent(const std::optional<PlainJson>& plain)
                       (attributes == nullptr || !HasMessages(*attributes)));
 }
 
+/// What is read in parts is what is read at one stroke.
+void CheckParts(std::string_view body)
+{
+    const auto everything = [](std::string_view, std::string_view) { return Keep::All; };
+    const JsonParts parts = ParseParts(body, everything);
+    const std::optional<boost::json::value> document = ParseJson(body);
+    FUZZ_REQUIRE(!parts.Cut, body);
+    FUZZ_REQUIRE(parts.Document.has_value() == (document && document->is_object()), body);
+    FUZZ_REQUIRE(!parts.Document || boost::json::serialize(*parts.Document) == boost::json::serialize(*document), body);
+}
+
 std::vector<BmcMessage> CheckMessages(std::string_view body, const std::optional<PlainJson>& plain)
 {
     std::vector<BmcMessage> messages = ReadMessages(body, true).Messages;
     FUZZ_REQUIRE(messages.size() <= MostMessages, body);
     FUZZ_REQUIRE(messages.empty() || !IsSilent(plain), body);
-    FUZZ_REQUIRE(!messages.empty() || ReadMessages(body, false).Messages.empty(), body);
+    FUZZ_REQUIRE(ReadMessages(body, false).Messages.size() <= messages.size(), body);
     for (const BmcMessage& message : messages)
     {
         CheckWords(message.Text, LongestWords);
@@ -180,6 +195,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     {
         return 0;
     }
+    CheckParts(parts[0]);
     const std::vector<BmcMessage> messages = CheckMessages(parts[0], plain);
     HttpAnswer answer;
     answer.Body = parts[0];

@@ -69,6 +69,7 @@ TEST_F(GlobalConfigTest, TellsWhatNobodyReads)
 {
     Write("HIDDEN_CONFIG_KEYWORD_LIST = ['Secret']\n"
           "empty = []\n"
+          "misspelt = []\n"
           "good = 1\n"
           "nested = [['a']]\n"
           "[names]\n"
@@ -82,13 +83,14 @@ TEST_F(GlobalConfigTest, TellsWhatNobodyReads)
           "ten = 11\n");
     const auto unread = [](const std::set<std::string>& items, const std::set<std::string>& tables)
     { return GlobalConfig::Unread(items, tables); };
-    EXPECT_THAT(unread({"HIDDEN_CONFIG_KEYWORDS_LIST", "good", "nested", "nested_table"}, {"names", "good_table"}),
-                ElementsAre(Path() + ": line 1: HIDDEN_CONFIG_KEYWORD_LIST is not known",
-                            Path() + ": line 12: Names is not known",
-                            Path() + ": line 4: nested is of another kind than expected and left out",
-                            Path() + ": line 8: nested_table is of another kind than expected and left out",
-                            Path() + ": line 10: good_table.five is no text and left out",
-                            Path() + ": line 7: names.th ree is no text and left out"));
+    EXPECT_THAT(
+        unread({"HIDDEN_CONFIG_KEYWORDS_LIST", "empty", "good", "nested", "nested_table"}, {"names", "good_table"}),
+        ElementsAre(Path() + ": line 1: HIDDEN_CONFIG_KEYWORD_LIST is not known",
+                    Path() + ": line 13: Names is not known", Path() + ": line 3: misspelt is not known",
+                    Path() + ": line 5: nested is of another kind than expected and left out",
+                    Path() + ": line 9: nested_table is of another kind than expected and left out",
+                    Path() + ": line 11: good_table.five is no text and left out",
+                    Path() + ": line 8: names.th ree is no text and left out"));
     Write("good = 1\n[names]\n'a.b' = 'c'\n");
     GlobalConfig::Reload();
     EXPECT_THAT(unread({"good", "another"}, {"names"}), IsEmpty());

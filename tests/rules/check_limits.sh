@@ -10,10 +10,20 @@ failed=0
 # What is named like a limit and limits nothing from outside: own pauses, options of the command line, what is shown of
 # something that was taken, and what is of this program alone.
 no_limits="
+RedfishConfig/RedfishConfigAssistant/AnswerResults.cpp:MaxPathBytes
 RedfishConfig/RedfishConfigAssistant/RedfishClient.cpp:LongestOwnWait
+RedfishConfig/RedfishConfigAssistant/RedfishClient.cpp:MaxPauseMilliseconds
+RedfishConfig/RedfishConfigAssistant/RegistryStore.cpp:MaxEntryBytes
 RedfishConfig/RedfishConfigAssistant/TaskFollower.cpp:LongestPause
+RedfishConfig/RedfishConfigAssistant/TaskFollower.cpp:MaxPathBytes
 RedfishConfig/RedfishConfigCommon/AttributeDraft.cpp:LongestWord
+RedfishConfig/RedfishConfigCommon/AttributeRegistry.cpp:MaxNameInNote
+RedfishConfig/RedfishConfigCommon/Dependencies.cpp:MaxConditionText
 RedfishConfig/RedfishConfigCommon/PatchContexts.cpp:MostOwnEvaluations
+RedfishConfig/RedfishConfigCommon/ValueTexts.cpp:MaxNamesListed
+RedfishConfig/RedfishConfigCommon/ValueTexts.cpp:MaxQuotedBytes
+simulator/include/BmcSimulator.h:MaxAttributes
+simulator/src/Scalars.cpp:MaxShownValue
 tool/Answer.cpp:LargestStatus
 tool/Confirmation.cpp:LongestLine
 tool/Confirmation.cpp:LongestReply
@@ -54,7 +64,7 @@ while IFS='|' read -r _ what limit constant source _ name _; do
     grep -rqsE "TEST(_F|_P)?\(${name%.*}, ${name#*.}\)" "$root/tests" || complain "$what: no such test: $name"
 done <"$table"
 
-named=$(cd "$root" && grep -rHoE 'constexpr [^=;(]*\b(Most|Largest|Longest|Deepest)[A-Z][A-Za-z]*' \
+named=$(cd "$root" && grep -rHoE 'constexpr [^=;(]*\b(Max|Most|Largest|Longest|Deepest)[A-Z][A-Za-z]*' \
     --include='*.h' --include='*.cpp' include tool RedfishConfig simulator | sed -E 's/:.* /:/')
 while IFS=: read -r source constant; do
     grep -qF "| \`$constant\` | \`$source\` |" "$table" || grep -qxF "$source:$constant" <<<"$no_limits" ||

@@ -4,9 +4,13 @@
 #include "HttpServer.h"
 #include "RawClient.h"
 
+#include <algorithm>
 #include <atomic>
+#include <deque>
 #include <future>
 #include <thread>
+
+#include <sys/resource.h>
 
 namespace
 {
@@ -178,6 +182,49 @@ TEST_F(ConnectionsTest, LatencyDelaysEveryAnswer)
         ASSERT_TRUE(m_Client->Get("/redfish"));
     }
     EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(120));
+}
+
+/// Room for more descriptors of this process.
+class ManyDescriptors
+{
+  public:
+    explicit ManyDescriptors(rlim_t count)
+    {
+        getrlimit(RLIMIT_NOFILE, &m_Former);
+        const rlimit wanted{std::max(count, m_Former.rlim_cur), m_Former.rlim_max};
+        m_Granted = setrlimit(RLIMIT_NOFILE, &wanted) == 0;
+    }
+    ManyDescriptors(const ManyDescriptors&) = delete;
+    ManyDescriptors& operator=(const ManyDescriptors&) = delete;
+    ~ManyDescriptors() { setrlimit(RLIMIT_NOFILE, &m_Former); }
+
+    bool Granted() const { return m_Granted; }
+
+  private:
+    rlimit m_Former{};
+    bool m_Granted = false;
+};
+
+TEST_F(ConnectionsTest, NumberOfConnectionsHasALimit)
+{
+    // Both ends are here.
+    const ManyDescriptors descriptors(2 * bmcsim::HttpServer::MaxConnections + 200);
+    if (!descriptors.Granted())
+    {
+        GTEST_SKIP() << "this process may not have as many files open";
+    }
+    std::deque<RawClient> clients;
+    for (std::size_t i = 0; i < bmcsim::HttpServer::MaxConnections; ++i)
+    {
+        RawClient& client = clients.emplace_back(m_Simulator->Port());
+        ASSERT_TRUE(client.Send(Request("GET /redfish"))) << i;
+        ASSERT_THAT(client.ReadAnswer(), StartsWith("HTTP/1.1 200")) << i;
+    }
+    RawClient oneMore(m_Simulator->Port());
+    oneMore.Send(Request("GET /redfish"));
+    EXPECT_EQ(oneMore.ReadAnswer(), "");
+    ASSERT_TRUE(clients.front().Send(Request("GET /redfish")));
+    EXPECT_THAT(clients.front().ReadAnswer(), StartsWith("HTTP/1.1 200"));
 }
 
 TEST_F(ConnectionsTest, ManyClientsAreServedAtOnce)

@@ -1,4 +1,5 @@
 #include "Fixture.h"
+#include "JsonFile.h"
 #include "Machine.h"
 #include "SharedData.h"
 
@@ -220,6 +221,45 @@ TEST_F(MachinesTest, UnusableFoldersAreNamed)
         EXPECT_THAT(error, HasSubstr(path));
         EXPECT_THAT(error, HasSubstr(reason)) << path;
     }
+}
+
+TEST_F(MachinesTest, FilesAndFoldersAreReadUpToTheLimits)
+{
+    const auto errorOf = [](const testdata::TemporaryFolder& folder)
+    {
+        std::string error;
+        bmcsim::LoadMachine(folder.Path().string(), error);
+        return error;
+    };
+    const std::string bios = m_Folder.Write("bios.json", "{}");
+    fs::resize_file(bios, bmcsim::MaxJsonFile);
+    EXPECT_THAT(errorOf(m_Folder), HasSubstr("is no JSON"));
+    fs::resize_file(bios, bmcsim::MaxJsonFile + 1);
+    EXPECT_THAT(errorOf(m_Folder), HasSubstr("is larger than 67108864 bytes"));
+
+    const testdata::TemporaryFolder tree;
+    const fs::path file = tree.Write("index.json", "{}");
+    fs::path deepest;
+    for (int depth = 0; depth < 32; ++depth)
+    {
+        deepest /= "a";
+    }
+    tree.Write(deepest / "index.json", "{}");
+    EXPECT_EQ(errorOf(tree), "");
+    tree.Write(deepest / "a/index.json", "{}");
+    EXPECT_THAT(errorOf(tree), HasSubstr("too deep"));
+
+    fs::remove_all(tree.Path() / "a");
+    fs::create_directory(tree.Path() / "Registries");
+    const auto add = [&](int number)
+    { fs::create_hard_link(file, tree.Path() / "Registries" / (std::to_string(number) + ".json")); };
+    for (int number = 1; number < 20000; ++number)
+    {
+        add(number);
+    }
+    EXPECT_EQ(errorOf(tree), "");
+    add(20000);
+    EXPECT_THAT(errorOf(tree), HasSubstr("too many files"));
 }
 
 TEST_F(MachinesTest, PlacesThatAreNoMachineAreNamed)

@@ -168,12 +168,16 @@ TEST_F(FilesTest, NumberAndSizeOfFilesEndSomewhere)
     EXPECT_EQ(At(Content(), "/Content").as_string().size(), 4'000'000U);
     for (int i = 1; i < 16; ++i)
     {
-        file["FileName"] = "file" + std::to_string(i);
+        file["FileName"] = std::string(62, 'a') + std::to_string(i + 10);
         file["Content"] = "x";
         ASSERT_EQ(Write(file), 200) << i;
     }
     file["FileName"] = "one too many";
     EXPECT_EQ(Write(file), 400);
+    file["FileName"] = std::string(65, 'a');
+    const auto longName = Post(WriteFilePath, json::serialize(file));
+    ASSERT_TRUE(longName);
+    EXPECT_THAT(Messages(longName), ElementsAre(testing::StartsWith("ActionParameterValueFormatError|")));
 }
 
 TEST_F(FilesTest, ParametersAreChecked)

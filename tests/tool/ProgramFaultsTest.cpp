@@ -59,7 +59,7 @@ const CommandRow Commands[] = {
     {.Name = "exportCustom", .Arguments = {"custom-default", "export", "@/out"}},
     {.Name = "importCustom", .Arguments = {"custom-default", "import", "@/custom"}},
     {.Name = "reboot", .Arguments = {"reboot"}},
-    {.Name = "rebootAsTask", .Arguments = {"reboot"}, .Tasks = true, .First = From::Change},
+    {.Name = "rebootAsTask", .Arguments = {"reboot"}, .FixedCode = 24, .Tasks = true, .First = From::Change},
     {.Name = "rebootAndWait", .Arguments = {"reboot", "--wait", "2"}, .First = From::Restart},
     {.Name = "results", .Arguments = {"results"}},
 };
