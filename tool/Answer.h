@@ -13,17 +13,23 @@ namespace Tavrine::Tool
 /// Exit status of a command line that cannot be understood.
 inline constexpr int StatusUsage = 64;
 
-/// Codes of ResultMessageTable that the tool builds itself.
+/// Codes of ResultMessageTable that the tool builds itself, or asks for in more than one place.
 inline constexpr int CodeSucceed = 0;
+inline constexpr int CodeNothingPending = 2;
+inline constexpr int CodeNoValue = 8;
 inline constexpr int CodeInternal = 13;
 inline constexpr int CodeExternal = 15;
 inline constexpr int CodeParameter = 16;
 inline constexpr int CodeConfiguration = 17;
+inline constexpr int CodeRefused = 18;
+inline constexpr int CodeNotFound = 20;
 inline constexpr int CodeConnection = 24;
 inline constexpr int CodeQuery = 26;
 inline constexpr int CodeUnusable = 27;
+inline constexpr int CodeActionFailed = 28;
 inline constexpr int CodeBmcFailed = 32;
 inline constexpr int CodeNotReady = 33;
+inline constexpr int CodeHidden = 34;
 inline constexpr int CodeOpenFile = 38;
 
 /// One thing that went wrong.

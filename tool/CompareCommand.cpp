@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 #include <string>
 #include <string_view>
@@ -9,17 +10,22 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
+#include <boost/json/value.hpp>
 #include <fmt/format.h>
 
 #include "Bmc.h"
 #include "CauseLog.h"
 #include "DisplayWidth.h"
 #include "JsonOutput.h"
+#include "JsonValues.h"
+#include "NamePatterns.h"
 #include "Options.h"
 #include "PendingCommand.h"
 #include "SavedSettings.h"
+#include "SettingNames.h"
 #include "SettingSelection.h"
 #include "TextOutput.h"
 #include "ValueConversions.h"
@@ -30,8 +36,6 @@ namespace Tavrine::Tool
 {
 namespace
 {
-
-constexpr int CodeNotFound = 20;
 
 /// What the two columns of one comparison are called.
 struct Titles
@@ -161,23 +165,6 @@ void TakePendingMatches(const std::string& word, const json::object& all, Redfis
     {
         AddFailure(answer, NothingMatches(word));
     }
-}
-
-/// The settings of a saved file by bare name, whatever prefix stands in front there.
-/// @return what is wrong with them; empty for nothing.
-std::string TakeBareSettings(const SavedSettings& saved, const Prefixes& prefixes, SettingStringMap& bare)
-{
-    for (const auto& [name, text] : saved.Settings)
-    {
-        const std::string inForce = BareName(name, prefixes);
-        // A file can come from a system of another kind.
-        const std::string stripped = inForce == name ? BareName(name, {"BIOS", "UEFI"}) : inForce;
-        if (!bare.emplace(stripped, text).second)
-        {
-            return UnderTwoNames(stripped);
-        }
-    }
-    return {};
 }
 
 /// A text of a file as a value of the kind that stands beside it, where it suits that; a

@@ -1,5 +1,6 @@
 #include "Confirmation.h"
 
+#include <cstddef>
 #include <termios.h>
 #include <unistd.h>
 

@@ -1,7 +1,12 @@
 #include "CustomDefaultCommand.h"
 
+#include <cstddef>
+#include <sys/types.h>
+
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
+#include <boost/json/string.hpp>
+#include <boost/json/value.hpp>
 #include <fmt/format.h>
 
 #include "Bmc.h"
@@ -67,16 +72,18 @@ Answer Import(RedfishConfigProc& front, const Options& options)
     Answer answer;
     CauseLog causes;
     const std::string& file = options.Names[1];
-    std::string content;
-    if (const std::string lost = ReadWholeFile(file, LargestCustomDefault, content); !lost.empty())
+    FileContent read;
+    if (const std::string lost = ReadWholeFile(file, LargestCustomDefault, read); !lost.empty())
     {
         AddFailure(answer, {CodeOpenFile, "Unable to read the file " + file + ": " + lost, {}, {}});
         return answer;
     }
-    if (content.empty() && file == "-")
+    const std::string& content = read.Text;
+    if (content.empty() && !read.IsPlainFile)
     {
         AddFailure(answer, {CodeParameter,
-                            "Standard input is empty, and would empty what the BMC keeps: that takes an empty file",
+                            (file == "-" ? "Standard input" : "The file " + file) +
+                                " is empty and no plain file; only an empty plain file empties what the BMC keeps",
                             {},
                             {}});
         return answer;

@@ -7,8 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include <boost/algorithm/string/replace.hpp>
-
 #include "BIOSCompatibleModule.h"
 #include "Bmc.h"
 #include "CauseLog.h"
@@ -19,16 +17,13 @@
 #include "RedfishConfigSettingManager.h"
 #include "SettingDescription.h"
 #include "SettingManager.h"
+#include "SettingNames.h"
 #include "SettingSelection.h"
 
 namespace Tavrine::Tool
 {
 namespace
 {
-
-constexpr int CodeNothingPending = 2;
-constexpr int CodeNoValue = 8;
-constexpr int CodeNotFound = 20;
 
 /// Where values of a setting are to be asked for.
 enum class Reach
@@ -123,9 +118,7 @@ class Describer
             {
                 return description;
             }
-            std::string message = result.ErrorMsg();
-            boost::algorithm::replace_first(message, "setting " + bare, "setting " + description.ShownName);
-            result.SetErrorMsg(message);
+            result.SetErrorMsg(WithShownName(result.ErrorMsg(), bare, description.ShownName));
             AddFailure(m_Answer, FailureOf(result, description.ShownName));
             return std::nullopt;
         }

@@ -1,5 +1,6 @@
 #include "FindCommand.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <set>
@@ -10,6 +11,8 @@
 
 #include <CLI/CLI.hpp>
 #include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+#include <fmt/format.h>
 
 #include "Bmc.h"
 #include "CauseLog.h"
@@ -17,6 +20,7 @@
 #include "JsonOutput.h"
 #include "Options.h"
 #include "SettingManager.h"
+#include "SettingNames.h"
 #include "SettingSelection.h"
 #include "Signals.h"
 #include "TextOutput.h"
@@ -28,8 +32,6 @@ namespace Tavrine::Tool
 {
 namespace
 {
-
-constexpr int CodeNotFound = 20;
 
 /// Where a word can be, in the order in which it is told, with the text there.
 using SearchedTexts = std::vector<std::pair<const char*, std::string>>;
@@ -43,7 +45,7 @@ struct Found
 struct Findings
 {
     std::map<std::string, Found> Settings;
-    /// Texts of which nobody knows whether they have the words.
+    /// Texts that were given up on, so that a setting or one of its places may be missing.
     std::size_t GivenUp = 0;
 };
 
@@ -63,31 +65,52 @@ SearchedTexts TextsOf(const std::string& name, const RedfishConfigSettingTexts& 
     return texts;
 }
 
-/// Where the words are; nothing when one of them is nowhere.
-/// @param givenUp  grows by the texts that a word was given up on.
-std::vector<std::string> PlacesOf(const SearchedTexts& texts, const std::vector<TextSearch>& words,
-                                  std::size_t& givenUp)
+/// What one setting has to do with the words.
+struct Searched
 {
-    std::vector<bool> hits(texts.size());
+    /// By text: it has one of the words.
+    std::vector<bool> Hits;
+    /// By text: one of the words was given up on there.
+    std::vector<bool> GivenUp;
+    /// Every word is in some text.
+    bool IsFound = true;
+    /// A word is in none of them, and was given up on nowhere.
+    bool IsRuledOut = false;
+};
+
+Searched LookFor(const std::vector<TextSearch>& words, const SearchedTexts& texts)
+{
+    Searched searched{std::vector<bool>(texts.size()), std::vector<bool>(texts.size())};
     for (const TextSearch& word : words)
     {
         bool found = false;
+        bool givenUp = false;
         for (std::size_t index = 0; index < texts.size(); ++index)
         {
-            const Occurrence occurrence =
-                texts[index].second.empty() ? Occurrence::None : word.LookIn(texts[index].second);
+            const std::string& text = texts[index].second;
+            const Occurrence occurrence = text.empty() ? Occurrence::None : word.LookIn(text);
             if (occurrence == Occurrence::Found)
             {
-                hits[index] = true;
-                found = true;
+                searched.Hits[index] = found = true;
             }
-            givenUp += occurrence == Occurrence::GivenUp ? 1 : 0;
+            else if (occurrence == Occurrence::GivenUp)
+            {
+                searched.GivenUp[index] = givenUp = true;
+            }
         }
-        if (!found)
+        searched.IsFound = searched.IsFound && found;
+        if (!found && !givenUp)
         {
-            return {};
+            searched.IsRuledOut = true;
+            break;
         }
     }
+    return searched;
+}
+
+/// Each place once that has one of the words.
+std::vector<std::string> PlacesOf(const SearchedTexts& texts, const std::vector<bool>& hits)
+{
     std::vector<std::string> places;
     for (std::size_t index = 0; index < texts.size(); ++index)
     {
@@ -97,6 +120,36 @@ std::vector<std::string> PlacesOf(const SearchedTexts& texts, const std::vector<
         }
     }
     return places;
+}
+
+/// How many texts were given up on whose place is none of these.
+std::size_t CountGivenUp(const SearchedTexts& texts, const std::vector<bool>& givenUp,
+                         const std::vector<std::string>& places)
+{
+    std::size_t count = 0;
+    for (std::size_t index = 0; index < texts.size(); ++index)
+    {
+        const bool isTold = std::find(places.begin(), places.end(), texts[index].first) != places.end();
+        count += givenUp[index] && !isTold ? 1U : 0U;
+    }
+    return count;
+}
+
+/// Adds the setting where it has all the words, and counts what may be missing of it: the whole setting, or a place.
+void Judge(const std::string& shownName, const std::string& displayName, const SearchedTexts& texts,
+           const std::vector<TextSearch>& words, Findings& findings)
+{
+    const Searched searched = LookFor(words, texts);
+    if (searched.IsRuledOut)
+    {
+        return;
+    }
+    std::vector<std::string> places = searched.IsFound ? PlacesOf(texts, searched.Hits) : std::vector<std::string>();
+    findings.GivenUp += CountGivenUp(texts, searched.GivenUp, places);
+    if (searched.IsFound)
+    {
+        findings.Settings[shownName] = {displayName, std::move(places)};
+    }
 }
 
 /// All settings, those included that have a value and are in no registry. A stop signal ends it with a failure.
@@ -114,13 +167,9 @@ RedfishConfigResult Search(RedfishConfigProc& front, const ManagerReader& readMa
     const auto judge = [&](const std::string& bare, const std::string& displayName, const SearchedTexts& texts)
     {
         const std::string shownName = prefixes.Second + "." + bare;
-        if (IsHidden(shownName, keywords))
+        if (!IsHidden(shownName, keywords))
         {
-            return;
-        }
-        if (std::vector<std::string> places = PlacesOf(texts, words, findings.GivenUp); !places.empty())
-        {
-            findings.Settings[shownName] = {displayName, std::move(places)};
+            Judge(shownName, displayName, texts, words, findings);
         }
     };
     std::set<std::string> registered;
@@ -166,12 +215,10 @@ std::string FoundTable(const std::map<std::string, Found>& found, std::optional<
     std::vector<std::vector<std::string>> rows;
     for (const auto& [name, setting] : found)
     {
-        std::string places;
-        for (const std::string& place : setting.Places)
-        {
-            places += (places.empty() ? "" : ", ") + place;
-        }
-        rows.push_back({EscapeText(name), EscapeText(setting.DisplayName), places});
+        std::vector<std::string>& row = rows.emplace_back(3);
+        row[0] = EscapeText(name);
+        row[1] = EscapeText(setting.DisplayName);
+        row[2] = fmt::format("{}", fmt::join(setting.Places, ", "));
     }
     return TableText({"SETTING", "DISPLAY NAME", "FOUND IN"}, rows, columns);
 }

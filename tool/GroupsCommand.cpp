@@ -18,8 +18,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeNotFound = 20;
-
 SettingGroupMap ShownGroups(const SettingGroupMap& groups, const std::string& prefix)
 {
     const std::vector<std::string> keywords = HiddenKeywords();

@@ -1,6 +1,7 @@
 #include "JsonOutput.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -107,12 +108,6 @@ bool ReadTypedSettings(const std::string& text, const std::string& prefix, Typed
         settings[prefix + "." + std::string(name)] = value;
     }
     return true;
-}
-
-std::string ValueText(const json::value& value)
-{
-    const json::string* text = value.if_string();
-    return text != nullptr ? std::string(*text) : json::serialize(value);
 }
 
 RedfishConfigResult ReadTypedValues(RedfishConfigProc& front, TypedSettings& values)

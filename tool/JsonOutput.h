@@ -29,9 +29,6 @@ boost::json::object GroupsObject(const SettingGroupMap& groups);
 /// @return false when the text is no JSON object.
 bool ReadTypedSettings(const std::string& text, const std::string& prefix, TypedSettings& settings);
 
-/// What a value reads as: a text as it stands, all else as JSON writes it.
-std::string ValueText(const boost::json::value& value);
-
 /// The typed values in force of all settings, by bare name.
 /// @param front  of typed output.
 /// @return as QueryGroupSettingValues; 13 for what is no object.

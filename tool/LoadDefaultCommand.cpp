@@ -15,11 +15,10 @@
 #include "MissingActions.h"
 #include "NamePatterns.h"
 #include "Options.h"
-#include "SettingManager.h"
+#include "OutcomeWords.h"
 #include "SettingNames.h"
 #include "SettingPairs.h"
 #include "TextOutput.h"
-#include "ValueConversions.h"
 
 namespace json = boost::json;
 
@@ -53,22 +52,20 @@ std::string WhatIsWiped(const Options& options)
                         : "This resets all settings of the system to their defaults";
 }
 
-constexpr const char* Sent = "sent, takes effect after a reboot";
-
-std::string WordOf(LoadOutcome outcome)
+std::string WordOf(const std::optional<LoadOutcome>& outcome)
 {
-    switch (outcome)
+    switch (outcome.value_or(LoadOutcome::Unknown))
     {
     case LoadOutcome::Sent:
-        return Sent;
+        return OutcomeWords::Sent;
     case LoadOutcome::InPlace:
-        return "in place";
+        return OutcomeWords::InPlace;
     case LoadOutcome::Failed:
         return "failed";
     case LoadOutcome::NotSent:
-        return "not sent";
+        return OutcomeWords::NotSent;
     default:
-        return "unknown";
+        return OutcomeWords::Unknown;
     }
 }
 
@@ -113,23 +110,26 @@ void TellLoad(const DefaultLoad& load, const Options& options, Answer& answer)
     AddFailure(answer, std::move(failure));
 }
 
-WaitingDefaults WaitingOf(const std::vector<DefaultLoad>& loads)
+WaitingChanges WaitingOf(const std::vector<DefaultLoad>& loads)
 {
-    WaitingDefaults waiting;
+    WaitingChanges waiting;
     for (const DefaultLoad& load : loads)
     {
         waiting.Unknown = waiting.Unknown || load.Outcome == LoadOutcome::Unknown;
-        waiting.Any = waiting.Any || load.Outcome == LoadOutcome::Sent;
         if (load.Expected)
         {
             waiting.Expected.push_back({load.Key, *load.Expected});
+        }
+        else if (load.Outcome == LoadOutcome::Sent)
+        {
+            waiting.Unreadable.push_back(load.ShownName);
         }
     }
     return waiting;
 }
 
-/// The defaults that a load of all of them brings, of the settings that have values and can
-/// be written.
+/// The defaults that a load of all of them brings, of the settings that have values, can be
+/// written and are no passwords.
 RedfishConfigResult AllDefaults(RedfishConfigProc& front, const ManagerReader& readManager,
                                 std::vector<ExpectedValue>& expected)
 {
@@ -147,7 +147,8 @@ RedfishConfigResult AllDefaults(RedfishConfigProc& front, const ManagerReader& r
     for (const auto& entry : contexts)
     {
         RedfishConfigSettingInfoStru info;
-        if (manager->GetSettingProperties(entry.first, info) == CodeSucceed && info.CurrentValue)
+        if (manager->GetSettingOutline(entry.first, info) == CodeSucceed && info.CurrentValue &&
+            info.SettingType != "Password")
         {
             expected.push_back({entry.first, defaults[entry.first]});
         }
@@ -181,6 +182,17 @@ Answer RunWhole(const Options& options, Bmc& bmc)
         RebootAndVerify(means, options, expected, answer);
     }
     return answer;
+}
+
+/// Of a BMC without the OEM actions for protected settings those are left out.
+ManagerReader ReaderOfKinds(Bmc& bmc)
+{
+    return [&bmc](RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
+    {
+        const ManagerReader read = bmc.SettingManagers();
+        const RedfishConfigResult result = read(front, manager);
+        return MissesAction(FailureOf(result)) ? read(*bmc.StandardFront(0), manager) : result;
+    };
 }
 
 } // namespace
@@ -237,22 +249,18 @@ Answer LoadAllDefaults(RedfishConfigProc& front, const Options& options)
         AddFailure(answer, failure);
         return answer;
     }
-    PutOutcome(front.m_Prefix, Sent, {}, options, answer);
+    PutOutcome(front.m_Prefix, OutcomeWords::Sent, {}, options, answer);
     return answer;
 }
 
 Answer LoadSingleDefaults(const Options& options, const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
-                          WaitingDefaults& waiting)
+                          const ManagerReader& readManager, WaitingChanges& waiting)
 {
     Answer answer;
-    const std::vector<DefaultLoad> loads = SendDefaults(options, freshFront, answer.Notes);
+    const std::vector<DefaultLoad> loads = SendDefaults(options, freshFront, readManager, answer.Notes);
     for (const DefaultLoad& load : loads)
     {
         TellLoad(load, options, answer);
-        if (options.Reboot && load.Outcome == LoadOutcome::Sent && !load.Expected)
-        {
-            answer.Notes.push_back(load.ShownName + ": its value cannot be read, so that it is not verified");
-        }
     }
     waiting = WaitingOf(loads);
     return answer;
@@ -264,16 +272,10 @@ Answer RunLoadDefault(const Options& options, Bmc& bmc)
     {
         return RunWhole(options, bmc);
     }
-    WaitingDefaults waiting;
+    WaitingChanges waiting;
     Answer answer = LoadSingleDefaults(
-        options, [&] { return bmc.DecimalFront(); }, waiting);
-    if (options.Reboot && (waiting.Unknown || !waiting.Any))
-    {
-        answer.Notes.emplace_back(waiting.Unknown ? "not restarted, since what the BMC has received is not known"
-                                                  : "not restarted, since nothing waits for it");
-        return answer;
-    }
-    RebootAndVerify(MeansOf(bmc), options, waiting.Expected, answer);
+        options, [&] { return bmc.DecimalFront(); }, ReaderOfKinds(bmc), waiting);
+    RebootForChanges(MeansOf(bmc), options, waiting, answer);
     return answer;
 }
 

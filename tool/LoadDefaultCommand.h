@@ -3,10 +3,10 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "Answer.h"
 #include "RedfishConfigProc.h"
+#include "SettingManager.h"
 #include "Verify.h"
 
 namespace CLI
@@ -20,17 +20,6 @@ namespace Tavrine::Tool
 class Bmc;
 struct Options;
 
-/// What a `loaddefault` of single settings leaves to a restart.
-struct WaitingDefaults
-{
-    /// What has to be in force after it.
-    std::vector<ExpectedValue> Expected;
-    /// Also what Expected does not have, where it cannot be found out.
-    bool Any = false;
-    /// What the BMC received of some setting is not known.
-    bool Unknown = false;
-};
-
 /// `--post`, `--yes`, `--reboot` and `--wait`.
 void AddLoadDefaultOptions(CLI::App& command, Options& options);
 
@@ -42,8 +31,9 @@ Answer RunLoadDefault(const Options& options, Bmc& bmc);
 
 /// Loads the defaults of the settings that `options` names, one after the other.
 /// @param freshFront  gives an object of text output that was not used yet.
+/// @param waiting  receives what a reboot is to bring into force.
 Answer LoadSingleDefaults(const Options& options, const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
-                          WaitingDefaults& waiting);
+                          const ManagerReader& readManager, WaitingChanges& waiting);
 
 /// Asks for the defaults of all settings: by the reset action, or with `--post` by the
 /// firmware at its next start.

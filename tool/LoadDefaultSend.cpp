@@ -1,20 +1,21 @@
 #include "LoadDefaultSend.h"
 
 #include <algorithm>
-#include <locale>
+#include <cstddef>
 #include <utility>
-
-#include <boost/algorithm/string/predicate.hpp>
 
 #include "BIOSCompatibleModule.h"
 #include "CauseLog.h"
 #include "ChangeDelivery.h"
+#include "ConfigOptions.h"
 #include "MissingActions.h"
 #include "Options.h"
+#include "OutcomeWords.h"
 #include "PendingValues.h"
-#include "SettingManager.h"
+#include "Secret.h"
 #include "SettingNames.h"
 #include "SettingSelection.h"
+#include "ValueConversions.h"
 
 namespace Tavrine::Tool
 {
@@ -22,7 +23,6 @@ namespace
 {
 
 constexpr int CodeReboot = 1;
-constexpr int CodeRefused = 18;
 
 using Text = std::optional<std::string>;
 
@@ -61,7 +61,7 @@ void TakeAnswer(DefaultLoad& load, const Failure& answer, std::vector<std::strin
     }
     load.Outcome = LoadOutcome::Failed;
     load.Why = answer;
-    load.Why->Message = WithShownName(load.Why->Message, load.Key, load.ShownName);
+    load.Why->Message = WithShownName(load.Why->Message, load.Name, load.ShownName);
 }
 
 void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& causes, std::vector<std::string>& notes)
@@ -82,7 +82,98 @@ void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& c
 }
 
 /// Neither the answer nor what kept a setting from being sent has settled it.
-bool IsToJudge(const DefaultLoad& load) { return load.Outcome == LoadOutcome::Unknown; }
+bool IsToJudge(const DefaultLoad& load) { return !load.Outcome; }
+
+/// Whether the BMC has said something about it, which may repeat what it was sent.
+bool IsAnswered(const DefaultLoad& load) { return load.Outcome == LoadOutcome::Failed && !IsUnreachable(load.Code); }
+
+/// Without the registry each may be a password.
+void TakeKinds(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, const ManagerReader& readManager,
+               CauseLog& causes)
+{
+    std::unique_ptr<RedfishConfigSettingManager> manager;
+    if (!IsSuccess(causes.Explain(readManager(front, manager)).Code))
+    {
+        return;
+    }
+    for (DefaultLoad& load : loads)
+    {
+        RedfishConfigSettingInfoStru info;
+        const bool isKnown = manager->GetSettingOutline(load.Key, info) == CodeSucceed;
+        load.Password = info.SettingType == "Password";
+        load.Secret = !isKnown || load.Password;
+        if (!load.Secret)
+        {
+            load.Kind = std::move(info.CurrentValue);
+        }
+    }
+}
+
+/// As the BMC writes a value of the setting: a registry may have a boolean as "True".
+Text DefaultOf(const DefaultLoad& load, RedfishConfigProc& front)
+{
+    SettingStringMap defaults;
+    const RedfishConfigResult result = front.QuerySettingDefaultValues(defaults, load.Name);
+    if (!IsSuccess(result.ErrorCode()) || defaults.size() != 1)
+    {
+        return std::nullopt;
+    }
+    std::string text = defaults.begin()->second;
+    OptionalVar value = load.Kind;
+    if (TransferStringToOptionalVar(value, text))
+    {
+        GetOptionalVarAsString(value, text);
+    }
+    return text;
+}
+
+void HideInAnswer(DefaultLoad& load, const Text& ownDefault, SecretTexts secrets)
+{
+    if (load.Password && ownDefault && IsShortSecret(*ownDefault))
+    {
+        secrets.push_back(*ownDefault);
+    }
+    const bool isLeftOut = HoldsShortSecret(load.Why->Message, secrets);
+    load.Why->Message = (isLeftOut ? load.ShownName + ": " : "") + WithoutSecrets(load.Why->Message, secrets);
+    load.Why->Cause = isLeftOut ? "" : WithoutSecrets(load.Why->Cause, secrets);
+}
+
+/// The BMC's words may repeat the default of a password. A short one is looked for in words about it alone.
+void HideSecrets(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, std::vector<std::string>& notes)
+{
+    std::vector<Text> defaults;
+    for (const DefaultLoad& load : loads)
+    {
+        defaults.push_back(load.Secret ? DefaultOf(load, front) : std::nullopt);
+    }
+    SecretTexts secrets;
+    for (const Text& text : defaults)
+    {
+        if (text && !IsShortSecret(*text))
+        {
+            secrets.push_back(*text);
+        }
+    }
+    for (std::string& note : notes)
+    {
+        note = WithoutSecrets(note, secrets);
+    }
+    for (std::size_t index = 0; index < loads.size(); ++index)
+    {
+        if (loads[index].Outcome == LoadOutcome::Failed)
+        {
+            HideInAnswer(loads[index], defaults[index], secrets);
+        }
+    }
+}
+
+/// What is known of one setting after the changes.
+struct Knowledge
+{
+    Text Default;
+    Text Effective;
+    Text Pending;
+};
 
 /// What the BMC holds now, of the settings that are to be judged.
 RedfishConfigResult ReadBack(const std::vector<DefaultLoad>& loads, RedfishConfigProc& reader, PendingValues& values,
@@ -104,21 +195,6 @@ RedfishConfigResult ReadBack(const std::vector<DefaultLoad>& loads, RedfishConfi
     return result;
 }
 
-Text DefaultOf(RedfishConfigProc& front, const std::string& name)
-{
-    SettingStringMap defaults;
-    const bool isKnown = IsSuccess(front.QuerySettingDefaultValues(defaults, name).ErrorCode()) && defaults.size() == 1;
-    return isKnown ? Text(defaults.begin()->second) : std::nullopt;
-}
-
-/// What is known of one setting after the changes.
-struct Knowledge
-{
-    Text Default;
-    Text Effective;
-    Text Pending;
-};
-
 Knowledge KnowledgeOf(const DefaultLoad& load, RedfishConfigProc& front, const PendingValues& values)
 {
     const auto find = [&](const auto& texts)
@@ -126,7 +202,7 @@ Knowledge KnowledgeOf(const DefaultLoad& load, RedfishConfigProc& front, const P
         const auto found = texts.find(load.Key);
         return found != texts.end() ? Text(found->second) : std::nullopt;
     };
-    return {DefaultOf(front, load.Name), find(values.Effective), find(values.Pending)};
+    return {DefaultOf(load, front), find(values.Effective), find(values.Pending)};
 }
 
 /// What the BMC shows goes before its answer. Success without a need of a reboot tells nothing by itself: it may also
@@ -142,7 +218,7 @@ LoadOutcome OutcomeOf(const DefaultLoad& load, const Knowledge& known)
     {
         return waits && known.Pending ? LoadOutcome::Sent : LoadOutcome::Unknown;
     }
-    if (!boost::algorithm::iequals(*known.Default, known.Pending.value_or(*known.Effective), std::locale::classic()))
+    if (*known.Default != known.Pending.value_or(*known.Effective))
     {
         return LoadOutcome::Unknown;
     }
@@ -158,22 +234,20 @@ std::string DoubtOf(const DefaultLoad& load, const Knowledge& known)
     }
     const std::string doubt(load.Open ? DeliveryWords::OutcomeUnknown
                                       : "whether it has its default, or gets it with a reboot, is not known");
-    return doubt + (!known.Effective ? "; its pending value could not be read"
-                    : !known.Default ? "; its default could not be read"
-                                     : "; the BMC does not show it among its pending values");
+    return doubt + "; " +
+           (!known.Effective ? OutcomeWords::NotRead
+            : !known.Default ? "its default could not be read"
+                             : OutcomeWords::NotShown);
 }
 
 /// @param unread  why nothing could be read back.
 void Judge(DefaultLoad& load, const Knowledge& known, const std::optional<Failure>& unread)
 {
     load.Outcome = OutcomeOf(load, known);
-    if (load.Outcome == LoadOutcome::Sent && known.Pending)
+    if (load.Outcome == LoadOutcome::Sent && !load.Secret)
     {
-        load.Expected = known.Pending;
-    }
-    else if (load.Outcome == LoadOutcome::Sent && unread)
-    {
-        load.Expected = known.Default; // without a value in what was read it is one that no BMC shows, a password
+        // The default alone is no value to look for where the BMC, asked, shows none.
+        load.Expected = known.Pending ? known.Pending : unread ? known.Default : std::nullopt;
     }
     else if (load.Outcome == LoadOutcome::Unknown)
     {
@@ -182,22 +256,13 @@ void Judge(DefaultLoad& load, const Knowledge& known, const std::optional<Failur
     }
 }
 
-} // namespace
-
-std::vector<DefaultLoad> SendDefaults(const Options& options,
-                                      const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
-                                      std::vector<std::string>& notes)
+/// What the BMC shows goes before what its answers let one think.
+/// @param front  that the defaults were sent through.
+void JudgeByValues(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, RedfishConfigProc& reader,
+                   CauseLog& causes, std::vector<std::string>& notes)
 {
-    CauseLog causes;
-    const std::unique_ptr<RedfishConfigProc> front = freshFront();
-    std::vector<DefaultLoad> loads = LoadsOf(options, ShownPrefixes(*front));
-    Send(loads, *front, causes, notes);
-    if (std::ranges::none_of(loads, IsToJudge))
-    {
-        return loads;
-    }
     PendingValues values;
-    std::optional<Failure> unread = causes.Explain(ReadBack(loads, *freshFront(), values, notes));
+    std::optional<Failure> unread = causes.Explain(ReadBack(loads, reader, values, notes));
     if (IsSuccess(unread->Code))
     {
         unread.reset();
@@ -210,9 +275,32 @@ std::vector<DefaultLoad> SendDefaults(const Options& options,
     {
         if (IsToJudge(load))
         {
-            Judge(load, KnowledgeOf(load, *front, values), unread);
+            Judge(load, KnowledgeOf(load, front, values), unread);
         }
     }
+}
+
+} // namespace
+
+std::vector<DefaultLoad> SendDefaults(const Options& options,
+                                      const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
+                                      const ManagerReader& readManager, std::vector<std::string>& notes)
+{
+    CauseLog causes;
+    const std::unique_ptr<RedfishConfigProc> front = freshFront();
+    std::vector<DefaultLoad> loads = LoadsOf(options, ShownPrefixes(*front));
+    Send(loads, *front, causes, notes);
+    const bool anyToJudge = std::ranges::any_of(loads, IsToJudge);
+    if (!anyToJudge && std::ranges::none_of(loads, IsAnswered))
+    {
+        return loads;
+    }
+    TakeKinds(loads, *front, readManager, causes);
+    if (anyToJudge)
+    {
+        JudgeByValues(loads, *front, *freshFront(), causes, notes);
+    }
+    HideSecrets(loads, *front, notes);
     return loads;
 }
 

@@ -8,6 +8,8 @@
 
 #include "Answer.h"
 #include "RedfishConfigProc.h"
+#include "SettingManager.h"
+#include "ValueTypes.h"
 
 namespace Tavrine::Tool
 {
@@ -21,6 +23,7 @@ enum class LoadOutcome
     Sent,
     /// It has the default.
     InPlace,
+    /// Nobody knows.
     Unknown,
     /// Nothing was changed.
     Failed,
@@ -38,21 +41,28 @@ struct DefaultLoad
     int Code = CodeSucceed;
     /// Nobody knows whether its request was carried out; by the answer alone.
     bool Open = false;
+    bool Password = false;
+    /// Its values are shown nowhere: it is a password, or may be one.
+    bool Secret = true;
+    /// A value of the setting, which tells how a text becomes one; nothing where none is known.
+    OptionalVar Kind;
 
-    LoadOutcome Outcome = LoadOutcome::Unknown;
+    /// Nothing until it is settled.
+    std::optional<LoadOutcome> Outcome;
     /// Of Failed, and of Unknown and NotSent with a message that goes on from the setting's name.
     std::optional<Failure> Why;
-    /// Of Sent: what has to be in force after a reboot; nothing where that cannot be found out.
+    /// Of Sent: what has to be in force after a reboot; nothing where that cannot be found out or is a secret.
     std::optional<std::string> Expected;
 };
 
 /// Asks for the defaults of the settings that `options` names, one after the other, and finds out what became of each:
 /// by what the BMC itself says, or else by its answers. Once it cannot be reached nothing else is sent.
 /// @param freshFront  gives an object of text output that was not used yet.
+/// @param readManager  tells what kinds of settings they are.
 /// @param notes  receives warnings.
-/// @return a record for each name, in their order.
+/// @return a record for each name, in their order, each with an outcome.
 std::vector<DefaultLoad> SendDefaults(const Options& options,
                                       const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
-                                      std::vector<std::string>& notes);
+                                      const ManagerReader& readManager, std::vector<std::string>& notes);
 
 } // namespace Tavrine::Tool

@@ -6,13 +6,6 @@
 namespace Tavrine::Tool
 {
 
-namespace
-{
-
-constexpr int CodeNotFound = 20;
-
-} // namespace
-
 bool IsPattern(const std::string& word) { return word.find_first_of("*?[") != std::string::npos; }
 
 bool MatchesPattern(const std::string& pattern, const std::string& text)

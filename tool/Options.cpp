@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <CLI/CLI.hpp>

@@ -1,6 +1,7 @@
 #include "OutputFile.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -72,30 +73,42 @@ mode_t NewFileMode(mode_t mode)
     return mode & ~mask;
 }
 
-/// The new name lasts only when its folder is on the disk. Where that cannot be had, the new file stands all the same.
-void SyncFolder(const std::filesystem::path& file)
+/// The new name lasts only when its folder is on the disk. Not every folder may be read, and not every file system
+/// knows such a sync.
+/// @return what failed else; 0 for nothing.
+int SyncFolder(const std::filesystem::path& file)
 {
     const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
     const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor >= 0)
+    if (descriptor < 0)
     {
-        fsync(descriptor);
-        close(descriptor);
+        return errno == EACCES ? 0 : errno;
     }
+    const int failure = fsync(descriptor) == 0 || errno == EINVAL ? 0 : errno;
+    close(descriptor);
+    return failure;
+}
+
+/// Why a link cannot be followed.
+std::string LinkFault(const std::error_code& error)
+{
+    const bool leadsNowhere =
+        error == std::errc::no_such_file_or_directory || error == std::errc::too_many_symbolic_link_levels;
+    return leadsNowhere ? "is a link that leads nowhere" : error.message();
 }
 
 } // namespace
 
 std::string WriteWholeFile(const std::string& path, std::string_view text, mode_t mode)
 {
-    std::error_code noSuchFile;
+    std::error_code unresolved;
     std::error_code nothing;
-    const std::filesystem::path real = std::filesystem::canonical(path, noSuchFile);
-    if (noSuchFile && std::filesystem::is_symlink(path, nothing))
+    const std::filesystem::path real = std::filesystem::canonical(path, unresolved);
+    if (unresolved && std::filesystem::is_symlink(path, nothing))
     {
-        return "is a link that leads nowhere"; // in a folder of many users it may be anyone's
+        return LinkFault(unresolved); // in a folder of many users it may be anyone's
     }
-    const std::string target = noSuchFile ? path : real.string();
+    const std::string target = unresolved ? path : real.string();
     struct stat former = {};
     const bool exists = stat(target.c_str(), &former) == 0;
     if (exists && !S_ISREG(former.st_mode))
@@ -107,8 +120,10 @@ std::string WriteWholeFile(const std::string& path, std::string_view text, mode_
     {
         return std::strerror(errno);
     }
-    SyncFolder(target);
-    return {};
+    const int failure = SyncFolder(target);
+    return failure == 0 ? std::string()
+                        : "it is there, but its folder cannot be synced, so that a loss of power may undo that: " +
+                              std::string(std::strerror(failure));
 }
 
 } // namespace Tavrine::Tool

@@ -8,6 +8,7 @@
 #include <string>
 
 #include <boost/json/object.hpp>
+#include <boost/json/value.hpp>
 
 #include "Bmc.h"
 #include "CauseLog.h"
@@ -29,9 +30,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeNotFound = 20;
-constexpr int CodeRefused = 26;
-
 using TypedFront = std::function<std::unique_ptr<RedfishConfigProc>(bool)>;
 
 /// A bare 26 where the values in force are there: the library found no way from the Bios
@@ -41,7 +39,7 @@ Failure ExplainPending(RedfishConfigProc& front, const RedfishConfigResult& resu
 {
     Failure failure = causes.Explain(result, shownName);
     SettingStringMap inForce;
-    if (result == CodeRefused && RedfishConfigResult(result).ErrorMsg().empty() &&
+    if (result == CodeQuery && RedfishConfigResult(result).ErrorMsg().empty() &&
         IsSuccess(front.QueryGroupSettingValues(inForce).ErrorCode()))
     {
         failure.Message = (shownName.empty() ? "" : shownName + ": ") +

@@ -19,9 +19,6 @@ struct PendingValues
     std::map<std::string, std::string, CaseInsensitiveComparator> Pending;
 };
 
-/// "There are no pending values."
-inline constexpr int CodeNothingPending = 2;
-
 /// Whether a comparison with the pending values came to an end: that there are none is an answer, too.
 bool Answered(const RedfishConfigResult& result);
 

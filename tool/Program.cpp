@@ -30,8 +30,6 @@ namespace
 {
 
 constexpr int SignalStatus = 128;
-constexpr int CodeRefused = 18;
-constexpr int CodeActionFailed = 28;
 
 /// The file that the log goes to, for as long as this lives.
 class LogFile

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <map>
+#include <memory>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -13,16 +15,14 @@
 #include "CauseLog.h"
 #include "DisplayWidth.h"
 #include "JsonOutput.h"
-#include "MissingActions.h"
 #include "Options.h"
-#include "OrderedLookup.h"
+#include "OutcomeWords.h"
 #include "PendingFallback.h"
-#include "PendingValues.h"
+#include "RestoreSend.h"
+#include "Secret.h"
 #include "SettingManager.h"
 #include "SettingNames.h"
 #include "SettingPairs.h"
-#include "SettingSelection.h"
-#include "Signals.h"
 #include "TextOutput.h"
 #include "Verify.h"
 
@@ -33,13 +33,7 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeNoValue = 8;
-constexpr int CodeRefused = 18;
-constexpr int CodeUnknownSetting = 20;
 constexpr std::size_t NamesInMessage = 5;
-constexpr const char* Blot = "********";
-
-using FrontMaker = std::function<std::unique_ptr<RedfishConfigProc>()>;
 
 const char* WordOf(RestoreOutcome outcome)
 {
@@ -48,17 +42,17 @@ const char* WordOf(RestoreOutcome outcome)
     case RestoreOutcome::Planned:
         return "would be sent";
     case RestoreOutcome::InPlace:
-        return "in place";
+        return OutcomeWords::InPlace;
     case RestoreOutcome::Waiting:
         return "already waits for a reboot";
     case RestoreOutcome::Sent:
-        return "sent, takes effect after a reboot";
+        return OutcomeWords::Sent;
     case RestoreOutcome::Refused:
         return "refused";
     case RestoreOutcome::NotSent:
-        return "not sent";
+        return OutcomeWords::NotSent;
     default:
-        return "unknown";
+        return OutcomeWords::Unknown;
     }
 }
 
@@ -73,156 +67,39 @@ std::string Words(const RestoreSetting& setting, const std::string& shownName)
     return WordOf(setting.Outcome) + (reason.empty() ? "" : ": " + reason);
 }
 
-/// One call of the library, and what it said.
-struct RestoreCall
+void HideIn(Answer& answer, const SecretTexts& secrets)
 {
-    RedfishConfigResult Result{CodeSucceed, "", ""};
-    /// Bare name to message.
-    SettingStringMap Refusals;
-};
-
-RestoreCall MakeCall(const RestorePlan& plan, const std::vector<std::size_t>& indices, bool sameSystem,
-                     RedfishConfigProc& front)
-{
-    RestoreCall call;
-    SettingStringMap values;
-    for (const std::size_t index : indices)
+    answer.Message = WithoutSecrets(answer.Message, secrets);
+    for (std::string& note : answer.Notes)
     {
-        values.emplace_hint(values.end(), plan.Settings[index].Name, plan.Settings[index].Value);
+        note = WithoutSecrets(note, secrets);
     }
-    SettingStringMap done;
-    SettingStringMap failed;
-    call.Result = front.Restore(values, done, failed, sameSystem, false);
-    const Prefixes prefixes = ShownPrefixes(front);
-    for (RedfishConfigResult& error : front.m_ErrorList)
+    for (Failure& failure : answer.Errors)
     {
-        call.Refusals.emplace(BareName(error.ErrorSetting(), prefixes), FailureOf(error).Message);
-    }
-    for (const auto& [name, message] : failed)
-    {
-        call.Refusals.emplace(BareName(name, prefixes), message);
-    }
-    return call;
-}
-
-void SetOutcome(RestoreSetting& setting, RestoreOutcome outcome, int code, const std::string& why)
-{
-    setting.Outcome = outcome;
-    setting.Code = code;
-    setting.Why = why;
-}
-
-/// What is known of the settings of a call from the library's answer alone. The lists of
-/// what is done say nothing: what was never sent can stand in them.
-void JudgeByAnswer(RestorePlan& plan, const std::vector<std::size_t>& indices, const RestoreCall& call,
-                   const Failure& failure)
-{
-    const bool good = IsSuccess(failure.Code);
-    for (const std::size_t index : indices)
-    {
-        RestoreSetting& setting = plan.Settings[index];
-        const auto refusal = call.Refusals.find(setting.Name);
-        if (refusal != call.Refusals.end())
-        {
-            SetOutcome(setting, RestoreOutcome::Refused, good ? CodeRefused : failure.Code, refusal->second);
-        }
-        else if (good)
-        {
-            SetOutcome(setting, RestoreOutcome::Sent, CodeSucceed, {});
-        }
-        else
-        {
-            SetOutcome(setting, RestoreOutcome::Unknown, failure.Code, failure.Message);
-        }
+        failure.Message = WithoutSecrets(failure.Message, secrets);
+        failure.Cause = WithoutSecrets(failure.Cause, secrets);
     }
 }
 
-void JudgeByValue(RestoreSetting& setting, const std::string& value, bool waits)
+WaitingChanges WaitingOf(const RestorePlan& plan, const std::string& prefix)
 {
-    if (value == setting.Value)
+    WaitingChanges waiting;
+    for (const RestoreSetting& setting : plan.Settings)
     {
-        const bool waited = setting.Outcome == RestoreOutcome::InPlace;
-        SetOutcome(setting,
-                   !waits   ? RestoreOutcome::InPlace
-                   : waited ? RestoreOutcome::Waiting
-                            : RestoreOutcome::Sent,
-                   CodeSucceed, {});
-    }
-    else if (setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::InPlace)
-    {
-        SetOutcome(setting, RestoreOutcome::Unknown, CodeRefused,
-                   "the BMC does not show the value among those that wait for a reboot");
-    }
-    else if (setting.Outcome == RestoreOutcome::Unknown)
-    {
-        if (setting.Why.ends_with('.'))
+        waiting.Unknown = waiting.Unknown || setting.Outcome == RestoreOutcome::Unknown;
+        const bool mayWait = setting.Outcome == RestoreOutcome::InPlace && !setting.Why.empty();
+        const bool waits =
+            mayWait || setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Waiting;
+        if (waits && setting.Secret)
         {
-            setting.Why.pop_back();
+            waiting.Unreadable.push_back(prefix + "." + setting.Name);
         }
-        setting.Why += "; the BMC does not show the value among those that wait for a reboot";
-    }
-}
-
-/// What the BMC itself shows goes before what the answers let one think.
-void JudgeByValues(RestorePlan& plan, const PendingValues& values)
-{
-    OrderedLookup effectiveValues(values.Effective);
-    OrderedLookup pendingValues(values.Pending);
-    for (RestoreSetting& setting : plan.Settings)
-    {
-        const bool open = setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Unknown ||
-                          setting.Outcome == RestoreOutcome::InPlace || setting.Outcome == RestoreOutcome::Refused;
-        const auto effective = effectiveValues.Find(setting.Name);
-        if (open && !setting.Secret && effective != values.Effective.end())
+        else if (waits)
         {
-            const auto pending = pendingValues.Find(setting.Name);
-            const bool waits = pending != values.Pending.end();
-            JudgeByValue(setting, waits ? pending->second : effective->second, waits);
+            waiting.Expected.push_back({setting.Name, setting.Value});
         }
     }
-}
-
-/// What waits for a reboot was not to be read.
-/// @param code  of the read.
-void DoubtInPlace(RestorePlan& plan, int code)
-{
-    for (RestoreSetting& setting : plan.Settings)
-    {
-        if (setting.Outcome == RestoreOutcome::InPlace && plan.PendingUnread)
-        {
-            SetOutcome(setting, RestoreOutcome::Unknown, code, "another value may wait for a reboot");
-        }
-        else if (setting.Outcome == RestoreOutcome::InPlace)
-        {
-            setting.Why = "whether it waits for a reboot is not known";
-        }
-    }
-}
-
-/// Of a plan that nothing is sent of: what is in place may be so after a reboot alone.
-void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, Answer& answer)
-{
-    const auto isInPlace = [](const RestoreSetting& setting) { return setting.Outcome == RestoreOutcome::InPlace; };
-    if (std::ranges::none_of(plan.Settings, isInPlace))
-    {
-        return;
-    }
-    PendingValues values;
-    const RedfishConfigResult result = ReadPendingValues(front, values);
-    if (!IsSuccess(result.ErrorCode()))
-    {
-        answer.Notes.push_back("warning: what waits for a reboot could not be read: " + FailureOf(result).Message);
-        DoubtInPlace(plan, result.ErrorCode());
-        return;
-    }
-    OrderedLookup pending(values.Pending);
-    for (RestoreSetting& setting : plan.Settings)
-    {
-        if (isInPlace(setting) && pending.Find(setting.Name) != values.Pending.end())
-        {
-            setting.Outcome = RestoreOutcome::Waiting;
-        }
-    }
+    return waiting;
 }
 
 std::string Shortened(const std::string& name)
@@ -244,7 +121,7 @@ void TellStrangers(const RestorePlan& plan, const Options& options, Answer& answ
     }
     if (count > 0)
     {
-        AddFailure(answer, {CodeUnknownSetting,
+        AddFailure(answer, {CodeNotFound,
                             fmt::format("{} {} of the file {} not known to this system and left out: {}{}", count,
                                         count == 1 ? "setting" : "settings", count == 1 ? "is" : "are", names,
                                         count > NamesInMessage ? fmt::format(" and {} more", count - NamesInMessage)
@@ -302,7 +179,7 @@ class Restorer
         const std::string prefix = PrefixesOf(m_Options).First;
         if (m_Options.DryRun)
         {
-            FindWaiting(plan, *NextFront(), m_Answer);
+            FindWaiting(plan, *NextFront(), m_Answer.Notes);
         }
         else
         {
@@ -310,10 +187,8 @@ class Restorer
                 plan, m_Options, [&] { return NextFront(); }, m_Answer.Notes);
         }
         TellRestore(plan, m_Options, prefix, m_Answer);
-        if (m_Options.Reboot)
-        {
-            Reboot(plan);
-        }
+        RebootForChanges(MeansOf(m_Bmc), m_Options, WaitingOf(plan, prefix), m_Answer);
+        HideIn(m_Answer, LongSecrets(plan)); // of what comes of the changes the BMC tells in its own words, too
         return std::move(m_Answer);
     }
 
@@ -388,30 +263,6 @@ class Restorer
     /// The one that the plan was judged by, where it is as Front makes them: it has the values and the registry, and
     /// nothing was sent since. Each further one reads anew.
     std::unique_ptr<RedfishConfigProc> NextFront() { return m_Judging ? std::move(m_Judging) : m_Bmc.Front(0); }
-
-    void Reboot(const RestorePlan& plan)
-    {
-        std::vector<ExpectedValue> expected;
-        bool unknown = false;
-        for (const RestoreSetting& setting : plan.Settings)
-        {
-            unknown = unknown || setting.Outcome == RestoreOutcome::Unknown;
-            const bool mayWait = setting.Outcome == RestoreOutcome::InPlace && !setting.Why.empty();
-            const bool waits =
-                mayWait || setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Waiting;
-            if (waits && !setting.Secret)
-            {
-                expected.push_back({setting.Name, setting.Value});
-            }
-        }
-        if (unknown || expected.empty())
-        {
-            m_Answer.Notes.emplace_back(unknown ? "not restarted, since what the BMC has received is not known"
-                                                : "not restarted, since nothing waits for it");
-            return;
-        }
-        RebootAndVerify(MeansOf(m_Bmc), m_Options, expected, m_Answer);
-    }
 
     const Options& m_Options;
     Bmc& m_Bmc;
@@ -512,45 +363,6 @@ std::optional<Failure> OtherSystem(const SavedHeader& header, const SystemResour
         notes.emplace_back("warning: the file does not tell which system it is from");
     }
     return std::nullopt;
-}
-
-void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& freshFront,
-                 std::vector<std::string>& notes)
-{
-    CauseLog causes;
-    std::optional<int> stopped;
-    for (const std::vector<std::size_t>& indices : plan.Calls)
-    {
-        if (stopped || StopSignal() != 0)
-        {
-            for (const std::size_t index : indices)
-            {
-                SetOutcome(plan.Settings[index], RestoreOutcome::NotSent, stopped.value_or(CodeConnection),
-                           stopped ? "a request before it failed" : "the run was stopped");
-            }
-            continue;
-        }
-        const RestoreCall call = MakeCall(plan, indices, options.SameSystem, *freshFront());
-        const Failure failure = causes.Explain(call.Result);
-        if (IsUnreachable(failure.Code))
-        {
-            stopped = failure.Code;
-        }
-        if (MissesAction(failure))
-        {
-            notes.emplace_back(MissingActionHint);
-        }
-        JudgeByAnswer(plan, indices, call, failure);
-    }
-    PendingValues values;
-    const RedfishConfigResult result = ReadPendingValues(*freshFront(), values);
-    if (!IsSuccess(result.ErrorCode()))
-    {
-        notes.push_back("warning: the values could not be read back: " + causes.Explain(result).Message);
-        DoubtInPlace(plan, result.ErrorCode());
-        return;
-    }
-    JudgeByValues(plan, values);
 }
 
 void TellRestore(const RestorePlan& plan, const Options& options, const std::string& prefix, Answer& answer)

@@ -1,13 +1,10 @@
 #pragma once
 
-#include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Answer.h"
-#include "RedfishConfigProc.h"
 #include "RestorePlan.h"
 #include "SystemResource.h"
 
@@ -36,14 +33,6 @@ Answer RunRestore(const Options& options, Bmc& bmc);
 /// @param notes  receives what cannot be compared.
 std::optional<Failure> OtherSystem(const SavedHeader& header, const SystemResource& system, const BiosResource& bios,
                                    const Options& options, std::vector<std::string>& notes);
-
-/// Hands the calls of a plan to the library and finds out what became of each setting, by
-/// the library's answers and then by what the BMC itself says.
-/// @param freshFront  gives an object of text output that has not read anything since the last change.
-/// @param notes  receives what could not be found out.
-void SendRestore(RestorePlan& plan, const Options& options,
-                 const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
-                 std::vector<std::string>& notes);
 
 /// Puts what became of each setting into an answer: a table of all, and a failure for
 /// each that is not where it should be. Of settings that this system does not know there is

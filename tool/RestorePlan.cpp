@@ -1,12 +1,13 @@
 #include "RestorePlan.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <utility>
 
 #include "ConfigOptions.h"
+#include "JsonValues.h"
 #include "OrderedLookup.h"
-#include "SetSend.h"
 #include "ValueConversions.h"
 
 namespace Tavrine::Tool
@@ -198,19 +199,10 @@ class Judge
 
 std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes, RestorePlan& plan)
 {
-    const Prefixes fileOwn{saved.Header.Prefix, saved.Header.Prefix};
     SettingStringMap bare;
-    for (const auto& [name, value] : saved.Settings)
+    if (std::string error = TakeBareSettings(saved, prefixes, bare); !error.empty())
     {
-        const std::string inForce = BareName(name, prefixes);
-        const bool changed = inForce != name || saved.Header.Prefix.empty();
-        const std::string stripped = changed ? inForce : BareName(name, fileOwn);
-        const std::size_t before = bare.size();
-        bare.emplace_hint(bare.end(), stripped, value);
-        if (bare.size() == before)
-        {
-            return UnderTwoNames(stripped);
-        }
+        return error;
     }
     plan = {};
     plan.Settings.reserve(bare.size());

@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <fcntl.h>
 #include <set>
 #include <sys/stat.h>
+#include <sys/types.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include <boost/algorithm/string/case_conv.hpp>
 #include <boost/json/basic_parser_impl.hpp>
@@ -345,13 +349,15 @@ std::string ParseLines(std::string_view text, SavedSettings& saved)
     return saved.Settings.empty() ? "it has no settings" : "";
 }
 
-std::string ReadDescriptor(int descriptor, std::size_t most, std::string& text)
+std::string ReadDescriptor(int descriptor, std::size_t most, FileContent& content)
 {
     struct stat kind = {};
-    if (fstat(descriptor, &kind) == 0 && S_ISDIR(kind.st_mode))
+    const bool isKnown = fstat(descriptor, &kind) == 0;
+    if (isKnown && S_ISDIR(kind.st_mode))
     {
         return std::strerror(EISDIR);
     }
+    content.IsPlainFile = isKnown && S_ISREG(kind.st_mode);
     std::array<char, 65536> buffer{};
     for (;;)
     {
@@ -368,8 +374,8 @@ std::string ReadDescriptor(int descriptor, std::size_t most, std::string& text)
         {
             return {};
         }
-        text.append(buffer.data(), count < 0 ? 0 : static_cast<std::size_t>(count));
-        if (text.size() > most)
+        content.Text.append(buffer.data(), count < 0 ? 0 : static_cast<std::size_t>(count));
+        if (content.Text.size() > most)
         {
             return fmt::format("it is larger than {} bytes", most);
         }
@@ -449,39 +455,58 @@ std::string ParseSavedSettings(std::string_view text, SavedSettings& saved)
     return document ? ParseDocument(text, saved) : ParseLines(text, saved);
 }
 
-std::string ReadWholeFile(const std::string& path, std::size_t most, std::string& text)
+std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent& content)
 {
     if (path == "-")
     {
-        return ReadDescriptor(STDIN_FILENO, most, text);
+        return ReadDescriptor(STDIN_FILENO, most, content);
     }
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
     {
         return std::strerror(errno);
     }
-    std::string error = ReadDescriptor(descriptor, most, text);
+    std::string error = ReadDescriptor(descriptor, most, content);
     close(descriptor);
     return error;
 }
 
 std::optional<Failure> ReadSavedSettings(const std::string& path, SavedSettings& saved)
 {
-    std::string text;
-    if (const std::string lost = ReadWholeFile(path, LargestSavedSettings, text); !lost.empty())
+    FileContent file;
+    if (const std::string lost = ReadWholeFile(path, LargestSavedSettings, file); !lost.empty())
     {
         return Failure{CodeOpenFile, "Unable to read the file " + path + ": " + lost, {}, {}};
     }
-    if (const std::string error = ParseSavedSettings(text, saved); !error.empty())
+    if (const std::string error = ParseSavedSettings(file.Text, saved); !error.empty())
     {
         return Failure{CodeParameter, "The file " + path + " holds no saved settings: " + error, {}, {}};
     }
     return std::nullopt;
 }
 
-std::string UnderTwoNames(const std::string& bareName)
+std::string TakeBareSettings(const SavedSettings& saved, const Prefixes& prefixes, SettingStringMap& bare)
 {
-    return "the setting " + bareName + " stands in it under two names";
+    std::vector<Prefixes> known = {prefixes, {"BIOS", "UEFI"}};
+    if (!saved.Header.Prefix.empty())
+    {
+        known.insert(known.begin() + 1, Prefixes{saved.Header.Prefix, saved.Header.Prefix});
+    }
+    for (const auto& [name, text] : saved.Settings)
+    {
+        std::string stripped = name;
+        for (auto one = known.begin(); one != known.end() && stripped.size() == name.size(); ++one)
+        {
+            stripped = BareName(name, *one);
+        }
+        const std::size_t before = bare.size();
+        bare.emplace_hint(bare.end(), stripped, text); // where it belongs in a file that save has written
+        if (bare.size() == before)
+        {
+            return "the setting " + stripped + " stands in it under two names";
+        }
+    }
+    return {};
 }
 
 } // namespace Tavrine::Tool

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "Answer.h"
+#include "SettingNames.h"
 #include "ValueTypes.h"
 
 namespace Tavrine::Tool
@@ -57,12 +59,21 @@ std::string ParseSavedSettings(std::string_view text, SavedSettings& saved);
 /// something else.
 std::optional<Failure> ReadSavedSettings(const std::string& path, SavedSettings& saved);
 
+struct FileContent
+{
+    std::string Text;
+    /// Else it may be that whatever writes into it failed: a pipe ends then as any other does.
+    bool IsPlainFile = false;
+};
+
 /// Reads a whole file, "-" for standard input.
 /// @param most  the file is refused when it is larger.
 /// @return empty, or why it could not be read.
-std::string ReadWholeFile(const std::string& path, std::size_t most, std::string& text);
+std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent& content);
 
-/// What is wrong with a file that has one setting with different prefixes.
-std::string UnderTwoNames(const std::string& bareName);
+/// The settings of a file by bare name. Off each name goes a prefix in force, else that of the file's header, else
+/// "BIOS" or "UEFI": a file may be written by hand, or come from a system of another kind.
+/// @return empty, or which setting stands in the file under two names.
+std::string TakeBareSettings(const SavedSettings& saved, const Prefixes& prefixes, SettingStringMap& bare);
 
 } // namespace Tavrine::Tool

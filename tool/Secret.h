@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <boost/json/fwd.hpp>
 
@@ -36,5 +37,25 @@ void Wipe(boost::json::string& text);
 /// A text as JSON, quotes included, which was written nowhere but in the memory that
 /// is handed out.
 std::string QuotedJson(std::string_view text);
+
+/// What is shown in a secret's place.
+inline constexpr const char* Blot = "********";
+
+/// Secrets as they are, without quotes or escapes. They belong to someone else.
+using SecretTexts = std::vector<std::string_view>;
+
+/// Whether it is too short to be blotted out: what is left of a message would tell it.
+bool IsShortSecret(std::string_view secret);
+
+/// Whether one of the short secrets stands in the text, in any form. An empty one stands nowhere.
+bool HoldsShortSecret(std::string_view text, const SecretTexts& secrets);
+
+/// A message that quotes the BMC, as it may be shown where the BMC was sent secrets that its
+/// words may repeat. They are blotted out in every form: as they are, as a message of the library
+/// holds them (control characters are blanks there, and a long text is cut), escaped for JSON, and
+/// escaped twice. With a short one in it (HoldsShortSecret) nothing of the message is left but how
+/// far the change came, where it tells that. Hand in those short ones alone that the message can
+/// be about: of "1" many messages are full.
+std::string WithoutSecrets(const std::string& text, const SecretTexts& secrets);
 
 } // namespace Tavrine::Tool

@@ -8,6 +8,7 @@
 
 #include "Bmc.h"
 #include "CauseLog.h"
+#include "JsonValues.h"
 #include "Options.h"
 #include "SetOutcome.h"
 #include "SetPlan.h"
@@ -35,26 +36,12 @@ WaitingChanges WaitingOf(const SetPlan& plan)
         {
             waiting.Expected.push_back({setting.Key, PlainText(setting.Context)});
         }
-        waiting.Unreadable += changed && setting.Secret ? 1 : 0;
+        if (changed && setting.Secret)
+        {
+            waiting.Unreadable.push_back(setting.ShownName);
+        }
     }
     return waiting;
-}
-
-void Reboot(const WaitingChanges& waiting, const Options& options, Bmc& bmc, Answer& answer)
-{
-    const bool nothing = waiting.Expected.empty() && waiting.Unreadable == 0;
-    if (waiting.Unknown || waiting.RequestFailed || nothing)
-    {
-        answer.Notes.emplace_back(waiting.Unknown ? "not restarted, since what the BMC has received is not known"
-                                  : waiting.RequestFailed ? "not restarted, since a request failed"
-                                                          : "not restarted, since nothing waits for it");
-        return;
-    }
-    if (options.Wait && waiting.Unreadable != 0)
-    {
-        answer.Notes.emplace_back("passwords cannot be read, so that whether they are in force is not verified");
-    }
-    RebootAndVerify(MeansOf(bmc), options, waiting.Expected, answer);
 }
 
 } // namespace
@@ -107,7 +94,7 @@ Answer ChangeSettings(RedfishConfigProc& front, const ManagerReader& readManager
         // A stopped run tells no failures, but this it must tell.
         for (const SetSetting& setting : plan.Settings)
         {
-            plan.Notes.push_back(setting.Why ? setting.Why->Message : std::string());
+            plan.Notes.push_back(setting.Why ? WithoutPasswords(plan, &setting, *setting.Why).Message : std::string());
         }
         std::erase(plan.Notes, std::string());
     }
@@ -128,10 +115,7 @@ Answer RunSet(const Options& options, Bmc& bmc)
     Answer answer = ChangeSettings(
         bmc.Keep(bmc.Front(TypedOutput)), bmc.SettingManagers(), options, pairs, [&] { return bmc.Front(TextOutput); },
         waiting);
-    if (options.Reboot && StopSignal() == 0)
-    {
-        Reboot(waiting, options, bmc, answer);
-    }
+    RebootForChanges(MeansOf(bmc), options, waiting, answer);
     return answer;
 }
 

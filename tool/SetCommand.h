@@ -29,19 +29,6 @@ std::string SetFault(const Options& options);
 /// `set NAME=VALUE … [--no-check] [--dry-run] [--reboot [--wait SECONDS]]`.
 Answer RunSet(const Options& options, Bmc& bmc);
 
-/// What a reboot is to bring into force.
-struct WaitingChanges
-{
-    /// Those whose values can be read afterwards.
-    std::vector<ExpectedValue> Expected;
-    /// Those whose values can not.
-    std::size_t Unreadable = 0;
-    /// Nobody knows what else waits.
-    bool Unknown = false;
-    /// A request failed, so that not everything that passed the check waits.
-    bool RequestFailed = false;
-};
-
 /// Changes these settings through `front`, whose Config_Options::OutputFormat is 1 and
 /// which was not used yet; with Options::DryRun nothing is sent but what reads.
 /// @param freshFront  gives an object of text output that was not used yet; asked for

@@ -1,18 +1,17 @@
 #include "SetOutcome.h"
 
-#include <algorithm>
-#include <deque>
+#include <cstddef>
 #include <string>
-#include <string_view>
 #include <utility>
+#include <vector>
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
-#include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
+#include <boost/json/value.hpp>
 
-#include "ChangeDelivery.h"
 #include "JsonOutput.h"
+#include "JsonValues.h"
 #include "Options.h"
 #include "Secret.h"
 #include "TextOutput.h"
@@ -24,10 +23,6 @@ namespace Tavrine::Tool
 {
 namespace
 {
-
-constexpr const char* Blot = "********";
-/// Messages are full of shorter texts.
-constexpr std::size_t ShortestBlotted = 4;
 
 const char* WordOf(SetOutcome outcome)
 {
@@ -50,106 +45,36 @@ const char* WordOf(SetOutcome outcome)
     }
 }
 
-json::value ValueOf(const std::string& context)
-{
-    json::error_code failure;
-    json::value value = json::parse(context, failure);
-    return failure ? json::value(context) : value; // a number beyond 64 bits, for example
-}
-
 std::string TextOf(const SetSetting& setting, const Options& options)
 {
-    const json::value value = ValueOf(setting.Context);
-    if (const auto* text = value.if_string())
-    {
-        return EscapeText(std::string(*text));
-    }
-    return options.Hex && value.is_number() ? DecToHex(setting.Context) : EscapeText(setting.Context);
+    const bool hexadecimal = options.Hex && ValueOfJson(setting.Context).is_number();
+    return hexadecimal ? DecToHex(setting.Context) : EscapeText(PlainText(setting.Context));
 }
 
-/// A secret that the BMC was sent, in the two forms in which its own words may repeat it.
-struct SentSecret
+/// Secrets that the BMC may repeat in an answer about `subject`, or with none about all that was sent. What may be no
+/// password at all is not looked for where it is short: of "1" all answers are full.
+SecretTexts SecretsIn(const SetPlan& plan, const SetSetting* subject, bool bmcSpeaks)
 {
-    explicit SentSecret(const SetSetting& setting) : Setting(setting), Json(QuotedJson(setting.Value)) {}
-
-    const SetSetting& Setting;
-    Secret Json;
-};
-/// Few, as a rule, while there may be thousands of answers to look through.
-using SentSecrets = std::deque<SentSecret>;
-
-SentSecrets SecretsOf(const SetPlan& plan)
-{
-    SentSecrets secrets;
+    SecretTexts secrets;
     for (const SetSetting& setting : plan.Settings)
     {
-        if (setting.Secret && setting.WasSent)
+        const bool isMeant = bmcSpeaks && setting.Password && (subject == nullptr || subject == &setting);
+        if (setting.Secret && setting.WasSent && (isMeant || !IsShortSecret(setting.Value)))
         {
-            secrets.emplace_back(setting);
+            secrets.push_back(setting.Value);
         }
     }
     return secrets;
 }
 
-void HideValues(SentSecrets& secrets, std::string& text)
-{
-    for (SentSecret& secret : secrets)
-    {
-        const std::string_view json = secret.Json.Text();
-        for (const std::string_view value : {json.substr(1, json.size() - 2), std::string_view(secret.Setting.Value)})
-        {
-            std::size_t at = value.size() >= ShortestBlotted ? text.find(value) : std::string::npos;
-            for (; at != std::string::npos; at = text.find(value, at + std::string_view(Blot).size()))
-            {
-                text.replace(at, value.size(), Blot);
-            }
-        }
-    }
-}
-
-/// Whether an answer about `subject`, or with none about all that was sent, has a password in it that is too short to
-/// be blotted out: it could be read off what is left.
-bool HoldsShortPassword(const SentSecrets& secrets, const SetSetting* subject, const Failure& failure)
-{
-    const std::string text = failure.Message + failure.Cause;
-    const auto isIn = [&](const SentSecret& secret)
-    {
-        const SetSetting& setting = secret.Setting;
-        const bool isMeant = setting.Password && (subject == nullptr || subject == &setting);
-        const bool isShort = !setting.Value.empty() && setting.Value.size() < ShortestBlotted;
-        return isMeant && isShort && text.find(setting.Value) != std::string::npos;
-    };
-    return failure.Code != CodeConnection && std::ranges::any_of(secrets, isIn);
-}
-
-/// @param subject  the setting that it is about; null for the whole request.
-void AddHidden(SentSecrets& secrets, const SetSetting* subject, Answer& answer, Failure failure)
-{
-    if (HoldsShortPassword(secrets, subject, failure))
-    {
-        const std::optional<Delivery> told = DeliveryIn(failure.Message);
-        failure.Message = (subject != nullptr ? subject->ShownName + ": " : "") +
-                          "what the BMC answered is not shown, since a new password may stand in it" +
-                          (told ? "; " + std::string(WordsOf(*told)) : "");
-        failure.Cause.clear();
-    }
-    HideValues(secrets, failure.Message);
-    HideValues(secrets, failure.Cause);
-    AddFailure(answer, std::move(failure));
-}
-
 void AddFailures(const SetPlan& plan, const std::optional<Failure>& failure, Answer& answer)
 {
-    SentSecrets secrets = SecretsOf(plan);
-    for (const std::string& note : plan.Notes)
-    {
-        HideValues(secrets, answer.Notes.emplace_back(note));
-    }
+    answer.Notes = plan.Notes;
     for (const std::optional<Failure>& one : {plan.Stop, failure})
     {
         if (one)
         {
-            AddHidden(secrets, nullptr, answer, *one);
+            AddFailure(answer, WithoutPasswords(plan, nullptr, *one));
         }
     }
     for (const SetOutcome outcome :
@@ -159,7 +84,7 @@ void AddFailures(const SetPlan& plan, const std::optional<Failure>& failure, Ans
         {
             if (setting.Outcome == outcome && setting.Why)
             {
-                AddHidden(secrets, &setting, answer, *setting.Why);
+                AddFailure(answer, WithoutPasswords(plan, &setting, *setting.Why));
             }
         }
     }
@@ -175,7 +100,7 @@ json::object DataOf(const SetPlan& plan)
                           setting.Outcome == SetOutcome::Already;
         if (good && !setting.Secret)
         {
-            entry["value"] = ValueOf(setting.Context);
+            entry["value"] = ValueOfJson(setting.Context);
         }
         if (setting.InForce)
         {
@@ -223,6 +148,16 @@ std::string BodyOf(const SetPlan& plan, const std::vector<std::size_t>& request)
 
 } // namespace
 
+Failure WithoutPasswords(const SetPlan& plan, const SetSetting* subject, Failure failure)
+{
+    const SecretTexts secrets = SecretsIn(plan, subject, failure.Code != CodeConnection);
+    const bool leftOut = HoldsShortSecret(failure.Message, secrets);
+    failure.Message =
+        (leftOut && subject != nullptr ? subject->ShownName + ": " : "") + WithoutSecrets(failure.Message, secrets);
+    failure.Cause = leftOut ? "" : WithoutSecrets(failure.Cause, secrets);
+    return failure;
+}
+
 Answer AnswerOf(const SetPlan& plan, const std::optional<Failure>& failure, const Options& options)
 {
     Answer answer;
@@ -249,7 +184,7 @@ Answer DryRunAnswerOf(const SetPlan& plan, const Options& options)
     {
         const std::string body = BodyOf(plan, request);
         oemAction = oemAction || plan.Settings[request.front()].Protected;
-        options.Json ? static_cast<void>(bodies.push_back(ValueOf(body)))
+        options.Json ? static_cast<void>(bodies.push_back(ValueOfJson(body)))
                      : static_cast<void>(answer.Text += body + "\n");
     }
     if (options.Json)

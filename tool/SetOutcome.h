@@ -10,6 +10,11 @@ namespace Tavrine::Tool
 
 struct Options;
 
+/// A failure as it may be shown: without the values of settings that are shown nowhere, which
+/// the BMC was sent and may repeat.
+/// @param subject  the setting that it is about; null for the whole call.
+Failure WithoutPasswords(const SetPlan& plan, const SetSetting* subject, Failure failure);
+
 /// Puts what became of each setting into an answer: the good news as text or data, the
 /// others as failures, those first of which least is known. Values of passwords occur
 /// nowhere in it.

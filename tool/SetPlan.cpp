@@ -1,20 +1,22 @@
 #include "SetPlan.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
-#include <variant>
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
 #include "BIOSCompatibleModule.h"
 #include "JsonOutput.h"
+#include "JsonValues.h"
 #include "MissingActions.h"
 #include "Options.h"
 #include "Secret.h"
+#include "SettingNames.h"
 #include "ValueConversions.h"
 
 namespace json = boost::json;
@@ -24,22 +26,7 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeNoValue = 8;
 constexpr int CodeInvalidValue = 10;
-constexpr int CodeNotFound = 20;
-constexpr int CodeHidden = 34;
-
-/// A refusal that speaks of a setting, with the name as the caller is shown it.
-Failure Refusal(RedfishConfigResult result, const SetSetting& setting)
-{
-    Failure failure = FailureOf(result, setting.ShownName);
-    const std::string bare = "setting " + setting.Key;
-    if (const std::size_t at = failure.Message.find(bare); at != std::string::npos)
-    {
-        failure.Message.replace(at, bare.size(), "setting " + setting.ShownName);
-    }
-    return failure;
-}
 
 void Refuse(SetSetting& setting, Failure failure)
 {
@@ -47,47 +34,27 @@ void Refuse(SetSetting& setting, Failure failure)
     setting.Why = std::move(failure);
 }
 
-void Refuse(SetSetting& setting, RedfishConfigResult result) { Refuse(setting, Refusal(std::move(result), setting)); }
-
-/// The value in the JSON text that a check gave; nothing for a number beyond 64 bits.
-OptionalVar ValueIn(const std::string& context)
+void Refuse(SetSetting& setting, RedfishConfigResult result)
 {
-    json::error_code failure;
-    json::value value = json::parse(context, failure);
-    if (auto* text = value.if_string())
+    Failure failure = FailureOf(std::move(result), setting.ShownName);
+    // An old name stands in the front object's answers, the key in those of the manager.
+    for (const std::string& name : {setting.Key, setting.Name})
     {
-        OptionalVar found = SettingVariant(std::string(*text));
-        Wipe(*text); // it may be a password
-        return found;
+        failure.Message = WithShownName(failure.Message, name, setting.ShownName);
     }
-    if (const auto* number = value.if_int64())
-    {
-        return SettingVariant(*number);
-    }
-    const auto* flag = value.if_bool();
-    return flag != nullptr ? OptionalVar(SettingVariant(*flag)) : std::nullopt;
+    Refuse(setting, std::move(failure));
 }
 
-void WipeValue(std::string& text) { Wipe(text); }
-
-void WipeValue(OptionalVar& value)
+/// By name, texts of which some may be passwords.
+struct WipedTexts
 {
-    if (auto* text = value ? std::get_if<std::string>(&*value) : nullptr)
-    {
-        Wipe(*text);
-    }
-}
+    SettingStringMap Texts;
 
-/// By name, values of which some may be passwords.
-template <typename Map> struct Wiped
-{
-    Map Values;
-
-    ~Wiped()
+    ~WipedTexts()
     {
-        for (auto& entry : Values)
+        for (auto& entry : Texts)
         {
-            WipeValue(entry.second);
+            Wipe(entry.second);
         }
     }
 };
@@ -227,8 +194,7 @@ class Planner
                 return CannotSend(setting, "it is no text in UTF-8");
             }
             setting.Context = Secret(QuotedJson(setting.Value)).Text();
-            Wipe(setting.Value); // what follows may need other memory
-            setting.Value.assign(setting.Context, 1, setting.Context.size() - 2);
+            setting.UncheckedText.assign(setting.Context, 1, setting.Context.size() - 2);
             return true;
         }
         const bool hexadecimal = m_Options.Hex && setting.Effective->is_number();
@@ -245,6 +211,7 @@ class Planner
                                        "be a number, true, false, null or a text in double quotes");
         }
         setting.Context = text;
+        setting.UncheckedText = setting.Value;
         return true;
     }
 
@@ -277,7 +244,7 @@ class Planner
             if (setting.Outcome == SetOutcome::Planned && m_Reported[index] &&
                 m_Manager->GetSettingProperties(setting.Key, info) == CodeSucceed)
             {
-                m_Current.Values[setting.Key] = info.CurrentValue;
+                m_Current[setting.Key] = info.CurrentValue;
                 std::string text;
                 if (setting.Effective && GetOptionalVarAsString(info.CurrentValue, text) &&
                     text == CheckedText(setting, info.CurrentValue))
@@ -290,7 +257,7 @@ class Planner
                 }
             }
         }
-        m_Manager->UpdateSettingValue(m_Current.Values);
+        m_Manager->UpdateSettingValue(m_Current);
         if (JudgeTogether())
         {
             PutInOrder();
@@ -299,27 +266,27 @@ class Planner
 
     std::string TextOf(const SetSetting& setting) const
     {
-        const auto entry = m_Current.Values.find(setting.Key);
-        return CheckedText(setting, entry == m_Current.Values.end() ? OptionalVar() : entry->second);
+        const auto entry = m_Current.find(setting.Key);
+        return CheckedText(setting, entry == m_Current.end() ? OptionalVar() : entry->second);
     }
 
     /// @return false when nothing can be judged.
     bool JudgeTogether()
     {
-        Wiped<SettingStringMap> wanted;
+        WipedTexts wanted;
         for (const SetSetting& setting : m_Plan.Settings)
         {
             if (setting.Outcome == SetOutcome::Planned)
             {
-                wanted.Values[setting.Key] = TextOf(setting);
+                wanted.Texts[setting.Key] = TextOf(setting);
             }
         }
-        if (wanted.Values.empty())
+        if (wanted.Texts.empty())
         {
             return true;
         }
-        Wiped<SettingStringMap> contexts;
-        RedfishConfigResult result = m_Manager->PreparePatchContext(wanted.Values, contexts.Values, FilterChange);
+        WipedTexts contexts;
+        RedfishConfigResult result = m_Manager->PreparePatchContext(wanted.Texts, contexts.Texts, FilterChange);
         std::unordered_map<std::string, RedfishConfigResult> errors;
         for (RedfishConfigResult& error : m_Manager->TakeErrors())
         {
@@ -378,31 +345,29 @@ class Planner
         RedfishConfigSettingInfoStru info;
         m_Manager->GetSettingProperties(setting.Key, info);
         AddToRequests(index, IsRelated(setting.Key, info.DependencyNames));
-        // In hexadecimal mode each costs a walk over the whole registry, so there only where another setting looks.
-        if (!m_Options.Hex || !info.DependencyNames.empty())
+        if (!info.DependencyNames.empty())
         {
             EnterValue(setting);
         }
         return true;
     }
 
-    /// Lets the checks that follow see the change, as the library's value cache does.
+    /// Lets the checks that follow see the change, as the library's value cache does. Only where another setting looks:
+    /// in hexadecimal mode it costs a walk over the whole registry, and the manager does not wipe what it keeps.
     void EnterValue(const SetSetting& setting)
     {
-        OptionalVar value = ValueIn(setting.Context);
+        OptionalVar value = VariantOfJson(setting.Context);
         if (!value)
         {
             return;
         }
-        const auto entry = m_Current.Values.insert_or_assign(setting.Key, std::move(value)).first;
+        const auto entry = m_Current.insert_or_assign(setting.Key, std::move(value)).first;
         if (m_Options.Hex)
         {
-            m_Manager->UpdateSettingValue(m_Current.Values); // what is not named counts as not turned into decimal
+            m_Manager->UpdateSettingValue(m_Current); // what is not named counts as not turned into decimal
             return;
         }
-        Wiped<SettingValueMap> changed;
-        changed.Values.insert(*entry);
-        m_Manager->UpdateSettingValue(changed.Values);
+        m_Manager->UpdateSettingValue({*entry});
     }
 
     /// The library's rule for sending what is queued before a related setting joins it.
@@ -442,8 +407,8 @@ class Planner
     std::unique_ptr<RedfishConfigSettingManager> m_Manager;
     /// By index: the BMC names the setting among its values.
     std::vector<bool> m_Reported;
-    /// Of the settings that the BMC names, as they stand with what is queued.
-    Wiped<SettingValueMap> m_Current;
+    /// Of the settings that the BMC names, as they stand with what is queued and others look at.
+    SettingValueMap m_Current;
     std::unordered_set<std::string> m_QueuedNames;
     std::unordered_set<std::string> m_QueuedDependencies;
 };
@@ -453,6 +418,7 @@ class Planner
 SetSetting::~SetSetting()
 {
     Wipe(Value);
+    Wipe(UncheckedText);
     Wipe(Context);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -39,7 +40,6 @@ struct SetSetting
 {
     SetSetting() = default;
     SetSetting(SetSetting&&) = default;
-    SetSetting& operator=(SetSetting&&) = default;
     ~SetSetting();
 
     /// Bare name, as the caller wrote it.
@@ -47,8 +47,10 @@ struct SetSetting
     /// Under what the BMC knows it.
     std::string Key;
     std::string ShownName;
-    /// The text that the library is handed.
+    /// As the caller gave it. With the check, the library is handed this text.
     std::string Value;
+    /// The text that the library is handed without the check.
+    std::string UncheckedText;
     /// The JSON text that the BMC is to receive; empty where nothing is to be sent.
     std::string Context;
     /// The value in force before; nothing where the BMC reports none.
@@ -82,6 +84,7 @@ struct SetPlan
     std::optional<Failure> Stop;
     /// A request failed, and the BMC does not show that it was done all the same.
     bool RequestFailed = false;
+    /// Shown as they stand: of what the BMC has said they quote only what may be shown.
     std::vector<std::string> Notes;
 };
 

@@ -1,22 +1,24 @@
 #include "SetSend.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
-#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
 
 #include "ChangeDelivery.h"
-#include "JsonOutput.h"
+#include "JsonValues.h"
 #include "MissingActions.h"
 #include "Options.h"
+#include "OutcomeWords.h"
 #include "PendingValues.h"
 #include "Secret.h"
+#include "SetOutcome.h"
 #include "Signals.h"
 #include "ValueConversions.h"
-
-namespace json = boost::json;
 
 namespace Tavrine::Tool
 {
@@ -25,7 +27,6 @@ namespace
 
 constexpr int CodeAlready = 1;
 constexpr int CodePassword = 4;
-constexpr int CodeRefused = 18;
 constexpr int CodeAction = 28;
 constexpr int CodeBmcInternal = 32;
 
@@ -111,8 +112,9 @@ class Sender
 
     RedfishConfigResult Patch(const SetSetting& setting, bool batchMode)
     {
-        return m_Options.NoCheck ? m_Front.PatchSettingNewValueWithOutCheck(setting.Name, setting.Value, batchMode)
-                                 : m_Front.PatchSettingNewValue(setting.Name, setting.Value, batchMode);
+        return m_Options.NoCheck
+                   ? m_Front.PatchSettingNewValueWithOutCheck(setting.Name, setting.UncheckedText, batchMode)
+                   : m_Front.PatchSettingNewValue(setting.Name, setting.Value, batchMode);
     }
 
     /// Outside batch mode the code for a password hides that of its request, and for a
@@ -281,7 +283,7 @@ class Sender
         if (!IsSuccess(result.ErrorCode()))
         {
             m_Plan.Notes.push_back("warning: the pending values could not be read back: " +
-                                   m_Causes.Explain(result).Message);
+                                   WithoutPasswords(m_Plan, nullptr, m_Causes.Explain(result)).Message);
         }
     }
 
@@ -325,8 +327,7 @@ class Sender
         }
         else if (end == RequestEnd::Unknown)
         {
-            setting.Why->Message +=
-                known ? "; the BMC does not show it among its pending values" : "; its pending value could not be read";
+            setting.Why->Message += std::string("; ") + (known ? OutcomeWords::NotShown : OutcomeWords::NotRead);
         }
     }
 
@@ -352,7 +353,8 @@ class Sender
                                          [](const SetSetting& setting) { return setting.Why.has_value(); });
         if (m_Recovered && !anyLeft)
         {
-            m_Plan.Notes.push_back("warning: the request failed, but the BMC shows the changes: " + m_Failed->Message);
+            m_Plan.Notes.push_back("warning: the request failed, but the BMC shows the changes: " +
+                                   WithoutPasswords(m_Plan, nullptr, *m_Failed).Message);
             return std::nullopt;
         }
         m_Plan.RequestFailed = true;
@@ -380,19 +382,6 @@ std::optional<Failure> SendPlan(SetPlan& plan, RedfishConfigProc& front, const O
                                 const FrontMaker& freshFront)
 {
     return Sender(plan, front, options, causes, freshFront).Send();
-}
-
-std::string PlainText(const std::string& context)
-{
-    json::error_code failure;
-    json::value value = json::parse(context, failure);
-    if (auto* text = value.if_string())
-    {
-        std::string plain(*text);
-        Wipe(*text); // it may be a password
-        return plain;
-    }
-    return context;
 }
 
 } // namespace Tavrine::Tool

@@ -3,7 +3,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string>
 
 #include "CauseLog.h"
 #include "RedfishConfigProc.h"
@@ -21,8 +20,5 @@ using FrontMaker = std::function<std::unique_ptr<RedfishConfigProc>()>;
 /// @return what failed beyond single settings, nothing in most cases.
 std::optional<Failure> SendPlan(SetPlan& plan, RedfishConfigProc& front, const Options& options, CauseLog& causes,
                                 const FrontMaker& freshFront);
-
-/// The value in a JSON text as the BMC's values are told: a string without its quotes.
-std::string PlainText(const std::string& context);
 
 } // namespace Tavrine::Tool

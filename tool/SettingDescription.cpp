@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 #include <boost/json/array.hpp>

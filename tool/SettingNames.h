@@ -22,7 +22,10 @@ std::string BareName(const std::string& name, const Prefixes& prefixes);
 /// The bare names in the order in which they were given, each once.
 std::vector<std::string> BareNames(const std::vector<std::string>& names, const Prefixes& prefixes);
 
-/// A message of the setting manager, in which the first "setting NAME" becomes "setting SHOWN".
+/// A message of the library, in which the first "setting NAME" becomes "setting SHOWN".
+/// @param name  the bare name as the message has it: in the answers of a setting manager the name that it was asked
+///              about, or the setting's key; in those of a front object the name that it was asked about, and where
+///              that is an old name and the registry has no such setting, the new one.
 std::string WithShownName(std::string message, const std::string& name, const std::string& shownName);
 
 /// What the library and the tool read of the configuration file: an item and a table.

@@ -212,7 +212,6 @@ template <typename Map> class SettingSelection
         return m_Known;
     }
 
-    static constexpr int CodeNothingPending = 2;
     static constexpr int CodePartly = 7;
 
     Prefixes m_Prefixes;

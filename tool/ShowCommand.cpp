@@ -24,9 +24,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeNotFound = 20;
-constexpr int CodeHidden = 34;
-
 /// Settings in the form of the run's output: one of the two maps is filled.
 struct ShownSettings
 {

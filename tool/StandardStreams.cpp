@@ -2,8 +2,10 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 #include "Signals.h"

@@ -1,6 +1,7 @@
 #include "SystemResource.h"
 
 #include <initializer_list>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -8,6 +9,8 @@
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
+#include <boost/json/string.hpp>
+#include <boost/json/value.hpp>
 
 #include "Answer.h"
 #include "Bmc.h"
@@ -22,7 +25,6 @@ namespace
 
 constexpr const char* SystemsPath = "/redfish/v1/Systems";
 constexpr std::string_view AttributePointer = "/Attributes/";
-constexpr int CodeParse = 27;
 /// More messages than settings that a registry can have are of no use to anyone.
 constexpr std::size_t MostMessages = 100'000;
 
@@ -81,7 +83,7 @@ RedfishConfigResult GetObject(const BmcRequests& requests, const std::string& ur
     json::value value = json::parse(response, failure, json::make_shared_resource<json::monotonic_resource>());
     if (failure || !value.is_object())
     {
-        return {CodeParse, "The answer of the BMC to GET " + url + " is no JSON object.", ""};
+        return {CodeUnusable, "The answer of the BMC to GET " + url + " is no JSON object.", ""};
     }
     object.emplace(std::move(value.get_object()));
     return {CodeSucceed, "", ""};

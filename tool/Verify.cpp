@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <map>
 #include <string_view>
 #include <thread>
@@ -16,6 +17,7 @@
 #include "CauseLog.h"
 #include "ChangeDelivery.h"
 #include "JsonOutput.h"
+#include "JsonValues.h"
 #include "Options.h"
 #include "SettingNames.h"
 #include "SettingSelection.h"
@@ -33,7 +35,6 @@ namespace
 using std::chrono::milliseconds;
 
 constexpr int CodeNotSupported = 11;
-constexpr int CodeRefused = 18;
 constexpr milliseconds FirstPause(250);
 constexpr milliseconds LongestPause(10'000);
 constexpr milliseconds PauseSlice(100);
@@ -221,6 +222,15 @@ void TellVerification(const Verification& found, const std::vector<ExpectedValue
     }
 }
 
+/// Why nothing is to be restarted for these changes; empty where it is.
+std::string WhyNotRestarted(const WaitingChanges& waiting)
+{
+    return waiting.Unknown         ? "not restarted, since what the BMC has received is not known"
+           : waiting.RequestFailed ? "not restarted, since a request failed"
+           : waiting.Expected.empty() && waiting.Unreadable.empty() ? "not restarted, since nothing waits for it"
+                                                                    : "";
+}
+
 std::optional<Failure> PostReset(const RebootMeans& means, SystemResource& system, std::string& type)
 {
     RedfishConfigResult result = ReadSystem(means.Requests, system);
@@ -401,6 +411,28 @@ void RebootAndVerify(const RebootMeans& means, const Options& options, const std
     }
     const std::string prefix = means.FreshFront()->m_Prefix;
     TellVerification(LookUntilInForce(means, system, timeBefore, expected, until), expected, options, prefix, answer);
+}
+
+void RebootForChanges(const RebootMeans& means, const Options& options, const WaitingChanges& waiting, Answer& answer)
+{
+    if (!options.Reboot || StopSignal() != 0)
+    {
+        return;
+    }
+    if (std::string why = WhyNotRestarted(waiting); !why.empty())
+    {
+        answer.Notes.push_back(std::move(why));
+        return;
+    }
+    for (const std::string& name : waiting.Unreadable)
+    {
+        if (options.Wait)
+        {
+            answer.Notes.push_back(name +
+                                   ": its new value is not verified, since it cannot be read or may be a password");
+        }
+    }
+    RebootAndVerify(means, options, waiting.Expected, answer);
 }
 
 } // namespace Tavrine::Tool

@@ -31,6 +31,19 @@ struct ExpectedValue
     std::string Text;
 };
 
+/// What a reboot is to bring into force.
+struct WaitingChanges
+{
+    /// Those whose values can be read afterwards.
+    std::vector<ExpectedValue> Expected;
+    /// Shown names of those whose values can not, or are shown nowhere.
+    std::vector<std::string> Unreadable;
+    /// Nobody knows what else waits.
+    bool Unknown = false;
+    /// A request failed, so that not everything that was meant to waits.
+    bool RequestFailed = false;
+};
+
 /// What a reboot is done with; in tests, something else than a BMC and a clock.
 struct RebootMeans
 {
@@ -86,5 +99,9 @@ std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResou
 /// is done.
 void RebootAndVerify(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
                      Answer& answer);
+
+/// The same for changes of single settings, which are restarted for only where something waits and what waits is
+/// known: otherwise a note tells why not.
+void RebootForChanges(const RebootMeans& means, const Options& options, const WaitingChanges& waiting, Answer& answer);
 
 } // namespace Tavrine::Tool

@@ -200,6 +200,20 @@ TEST_F(CompareCommand, ASavedFileStandsBesideTheMachine)
     }
 }
 
+TEST_F(CompareCommand, ThePrefixOfAFileAndThoseOfOtherSystemsAreTakenOff)
+{
+    const KnowingFront machine = Typed(R"({"Num":1,"Flag":true,"Text":"a"})");
+    const std::string file = m_Folder.Write(
+        "saved", R"({"prefix":"Rack","settings":{"Rack.Num":1,"bios.Flag":true,"UEFI.Text":"a","Two.UEFI.Num":5}})");
+    EXPECT_EQ(CompareFile(Asked({file}), From(KnowingFront(), machine)).Text,
+              "Two.Flag\ttrue\ttrue\nTwo.Num\t1\t1\nTwo.Text\ta\ta\nTwo.UEFI.Num\t\\N\t5\n");
+    const std::string twice = m_Folder.Write("twice", R"({"prefix":"Rack","settings":{"Rack.Num":1,"BIOS.Num":2}})");
+    const Answer refused = CompareFile(Asked({twice}), From(KnowingFront(), machine));
+    EXPECT_EQ(refused.Code, 16);
+    EXPECT_EQ(refused.Message,
+              "The file " + twice + " cannot be compared: the setting Num stands in it under two names");
+}
+
 TEST_F(CompareCommand, SavedTextsTakeTheKindOfTheValueInForce)
 {
     const KnowingFront machine = Typed(R"({"Num":255,"Hex":16,"Odd":1,"Flag":true,"Word":"true"})");

@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
+#include <fcntl.h>
 #include <filesystem>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 #include "FakeFront.h"
@@ -149,6 +152,25 @@ TEST(CustomDefaultCommand, AFileThatCannotBeSentIsNotSent)
     std::filesystem::resize_file(large, (std::uintmax_t{16} << 20U) + 1U);
     EXPECT_EQ(CarryCustomDefault(front, OptionsFor("import", large)).Code, 38);
     EXPECT_TRUE(front.Imported.empty());
+}
+
+TEST(CustomDefaultCommand, OnlyAnEmptyPlainFileEmptiesWhatTheBmcKeeps)
+{
+    const testdata::TemporaryFolder folder;
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    close(ends[1]); // as a command that failed does
+    const std::string pipe = "/dev/fd/" + std::to_string(ends[0]);
+    FileFront front;
+    const Answer fromPipe = CarryCustomDefault(front, OptionsFor("import", pipe));
+    close(ends[0]);
+    EXPECT_EQ(fromPipe.Code, 16);
+    EXPECT_EQ(fromPipe.Message,
+              "The file " + pipe + " is empty and no plain file; only an empty plain file empties what the BMC keeps");
+    EXPECT_EQ(CarryCustomDefault(front, OptionsFor("import", "/dev/null")).Code, 16);
+    EXPECT_TRUE(front.Imported.empty());
+    EXPECT_EQ(CarryCustomDefault(front, OptionsFor("import", folder.Write("empty", ""))).Code, 0);
+    EXPECT_EQ(front.Imported, std::vector{std::string()});
 }
 
 /// Whatever the BMC's answer looks like, what an export writes and an import sends are one.

@@ -9,9 +9,11 @@
 #include <regex>
 #include <sstream>
 
+#include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
+#include <boost/json/value.hpp>
 
 namespace json = boost::json;
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <regex>
 #include <stdexcept>
+#include <utility>
 
 #include <boost/algorithm/string/replace.hpp>
 #include <httplib.h>

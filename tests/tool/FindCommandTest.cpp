@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <boost/json/object.hpp>
 #include <boost/json/serialize.hpp>
 
 #include "ConfigFile.h"
@@ -103,6 +104,50 @@ TEST(FindCommand, WhatItGaveUpOnIsTold)
     options.Names = {endless};
     options.Regex = options.Json = true;
     EXPECT_EQ(FindSettings(front, ReadTextManager, options, {}).More, (boost::json::object{{"givenUp", 2}}));
+}
+
+TEST(FindCommand, WhatAnotherWordRulesOutIsNotGivenUp)
+{
+    const Configured nothing("");
+    KnowingFront front = Machine();
+    front.Group.second["Two.LooseEnd"] = std::string(40, 'a') + "!";
+    const std::string endless = "^(?:(a+)+b|a*!)$";
+    for (const Words& words : {Words{endless, "nowhere"}, {"nowhere", endless}})
+    {
+        const Answer none = Find(front, words, true);
+        EXPECT_EQ(none.Code, 20) << words[0];
+        EXPECT_EQ(none.Message, "Unable to find a setting with what is looked for") << words[0];
+        EXPECT_TRUE(none.Notes.empty()) << words[0];
+    }
+    for (const Words& words : {Words{endless, "loose"}, {"loose", endless}, {endless, "^(?:(a+)+c|a*!)$"}})
+    {
+        const Answer maybe = Find(front, words, true);
+        EXPECT_EQ(maybe.Message, "No setting with what is looked for was found before the search was given up");
+        EXPECT_EQ(maybe.Notes, Words{"warning: the search was given up on 1 text as it took too long, so that "
+                                     "settings or places may be missing"})
+            << words[0];
+    }
+}
+
+TEST(FindCommand, OfASettingThatWasFoundOnlyPlacesCanBeMissing)
+{
+    const Configured nothing("");
+    KnowingFront front = Machine();
+    front.Group.second["Two.LooseEnd"] = std::string(40, 'a') + "!";
+    const std::string endless = "^(?:(a+)+b|a*!|LooseEnd)$";
+    for (const Words& words : {Words{endless, "loose"}, {"loose", endless}})
+    {
+        const Answer lacking = Find(front, words, true);
+        EXPECT_EQ(lacking.Text, "Two.LooseEnd\t\tname\n");
+        EXPECT_EQ(lacking.Notes, Words{"warning: the search was given up on 1 text as it took too long, so that "
+                                       "settings or places may be missing"});
+    }
+    for (const Words& words : {Words{endless, "a!"}, {"a!", endless}})
+    {
+        const Answer whole = Find(front, words, true);
+        EXPECT_EQ(whole.Text, "Two.LooseEnd\t\tname, values\n");
+        EXPECT_TRUE(whole.Notes.empty());
+    }
 }
 
 TEST(FindCommand, JsonTellsThePlaces)

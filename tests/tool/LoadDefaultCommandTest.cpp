@@ -10,6 +10,7 @@
 
 #include <boost/json/serialize.hpp>
 
+#include "ConfigFile.h"
 #include "FakeFront.h"
 #include "Options.h"
 
@@ -32,6 +33,22 @@ struct Script
     SettingCompareMap Pending;
     SettingStringMap Defaults;
 };
+
+constexpr const char* Registry = R"({"@odata.type":"#AttributeRegistry.v1_3_6.AttributeRegistry","Id":"R.v1_0_0",
+    "RegistryEntries":{"Attributes":[
+    {"AttributeName":"A","Type":"String","CurrentValue":"1"},
+    {"AttributeName":"B","Type":"String","CurrentValue":"1"},
+    {"AttributeName":"C","Type":"String","CurrentValue":"1"},
+    {"AttributeName":"D","Type":"String","CurrentValue":"1"},
+    {"AttributeName":"Size","Type":"Integer","CurrentValue":1},
+    {"AttributeName":"Flag","Type":"Boolean","CurrentValue":true},
+    {"AttributeName":"Word","Type":"Password"}]}})";
+
+RedfishConfigResult ReadKinds(Tavrine::RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
+{
+    manager = std::make_unique<RedfishConfigSettingManager>(Registry, false, front.m_Options);
+    return {0, "", ""};
+}
 
 class ScriptedFront : public FakeFront
 {
@@ -77,15 +94,15 @@ Options OptionsFor(const std::vector<std::string>& names)
     return options;
 }
 
-Answer Load(Script& script, const std::vector<std::string>& names, WaitingDefaults& waiting)
+Answer Load(Script& script, const std::vector<std::string>& names, WaitingChanges& waiting)
 {
     return LoadSingleDefaults(
-        OptionsFor(names), [&] { return std::make_unique<ScriptedFront>(script); }, waiting);
+        OptionsFor(names), [&] { return std::make_unique<ScriptedFront>(script); }, ReadKinds, waiting);
 }
 
 Answer Load(Script& script, const std::vector<std::string>& names)
 {
-    WaitingDefaults waiting;
+    WaitingChanges waiting;
     return Load(script, names, waiting);
 }
 
@@ -198,6 +215,7 @@ TEST(LoadDefaultCommand, EachSettingIsToldByWhatTheBmcShows)
         {"accepted, unreadable", 1, 24, {}, {}, "5", sent, 0, "5"},
         {"accepted, unreadable, no default", 1, 24, {}, {}, nullptr, sent, 0, nullptr},
         {"nothing to do", 0, 0, shown, {}, "1", "in place", 0, nullptr},
+        {"nothing done, a default in another case", 0, 0, {{"BIOS.A", "RACK"}}, {}, "Rack", notShown, 18, nullptr},
         {"taken and dropped", 0, 0, shown, {}, "5", notShown, 18, nullptr},
         {"waits already", 0, 0, shown, {{"BIOS.A", {"1", "5"}}}, "5", sent, 0, "5"},
         {"another value waits", 0, 0, shown, {{"BIOS.A", {"1", "4"}}}, "5", notShown, 18, nullptr},
@@ -214,16 +232,101 @@ TEST(LoadDefaultCommand, EachSettingIsToldByWhatTheBmcShows)
         script.Effective = one.Effective;
         script.Pending = one.Pending;
         script.Defaults = one.Default != nullptr ? SettingStringMap{{"A", one.Default}} : SettingStringMap();
-        WaitingDefaults waiting;
+        WaitingChanges waiting;
         const Answer answer = Load(script, {"BIOS.A"}, waiting);
         EXPECT_EQ(answer.Text, "BIOS.A: " + one.Word + "\n") << one.What;
         EXPECT_EQ(answer.Code, one.Exit) << one.What;
-        EXPECT_EQ(waiting.Any, one.Word == sent) << one.What;
+        EXPECT_EQ(waiting.Expected.size() + waiting.Unreadable.size(), one.Word == sent ? 1U : 0U) << one.What;
         EXPECT_EQ(waiting.Unknown, one.Exit != 0) << one.What;
         ASSERT_EQ(waiting.Expected.size(), one.Expected != nullptr ? 1U : 0U) << one.What;
         EXPECT_TRUE(one.Expected == nullptr || waiting.Expected[0].Text == one.Expected) << one.What;
         EXPECT_EQ(script.Asked, (Calls{{"A", ""}})) << one.What;
     }
+}
+
+/// A registry has the default of a number or a boolean as text as well.
+TEST(LoadDefaultCommand, ADefaultIsComparedAsAValueOfItsKind)
+{
+    Script script;
+    script.Answers = {{"Flag", {0, "", ""}}, {"Size", {1, "", ""}}};
+    script.Effective = {{"BIOS.Flag", "true"}, {"BIOS.Size", "1"}};
+    script.Pending = {{"BIOS.Size", {"1", "5"}}};
+    script.Defaults = {{"Flag", "True"}, {"Size", "05"}};
+    EXPECT_EQ(Load(script, {"Flag", "Size"}).Text,
+              "BIOS.Flag: in place\nBIOS.Size: sent, takes effect after a reboot\n");
+    script.Defaults = {{"Flag", "False"}, {"Size", "6"}};
+    EXPECT_EQ(Load(script, {"Flag", "Size"}).Code, 18);
+}
+
+TEST(LoadDefaultCommand, NoPasswordIsExpected)
+{
+    struct Case
+    {
+        const char* What;
+        int Read;
+        SettingStringMap Effective;
+        SettingCompareMap Pending;
+        const ManagerReader& Kinds;
+    };
+    const ManagerReader known = ReadKinds;
+    const ManagerReader unknown = [](auto&, auto&) { return RedfishConfigResult(26, "", ""); };
+    const Case cases[] = {
+        {"without a value", 0, {}, {}, known},
+        {"not read back", 32, {}, {}, known},
+        {"shown", 0, {{"BIOS.Word", "old"}}, {{"BIOS.Word", {"old", "new"}}}, known},
+        {"not read back, perhaps none", 32, {}, {}, unknown},
+        {"shown, perhaps none", 0, {{"BIOS.Word", "old"}}, {{"BIOS.Word", {"old", "new"}}}, unknown},
+    };
+    for (const Case& one : cases)
+    {
+        Script script;
+        script.Read = RedfishConfigResult(one.Read, "", "");
+        script.Effective = one.Effective;
+        script.Pending = one.Pending;
+        script.Defaults = {{"Word", "new"}};
+        WaitingChanges waiting;
+        const Answer answer = LoadSingleDefaults(
+            OptionsFor({"Word"}), [&] { return std::make_unique<ScriptedFront>(script); }, one.Kinds, waiting);
+        EXPECT_EQ(answer.Text, "BIOS.Word: sent, takes effect after a reboot\n") << one.What;
+        EXPECT_TRUE(waiting.Expected.empty()) << one.What;
+        EXPECT_EQ(waiting.Unreadable, std::vector<std::string>{"BIOS.Word"}) << one.What;
+    }
+}
+
+TEST(LoadDefaultCommand, AFailureNamesTheSettingAsTheCallerDid)
+{
+    const Configured names("[legacy_names]\nOldTime = \"Time\"\n");
+    Script script;
+    script.Answers.emplace("OldTime", RedfishConfigResult(18, "The setting OldTime cannot be changed.", "OldTime"));
+    Options options = OptionsFor({"OldTime"});
+    options.LegacyNames = true;
+    WaitingChanges waiting;
+    const Answer answer = LoadSingleDefaults(
+        options, [&] { return std::make_unique<ScriptedFront>(script); }, ReadKinds, waiting);
+    EXPECT_EQ(answer.Text, "BIOS.OldTime: failed: The setting BIOS.OldTime cannot be changed.\n");
+}
+
+TEST(LoadDefaultCommand, ThePasswordThatABmcRepeatsIsBlottedOut)
+{
+    const auto load = [](const std::string& secret, bool json)
+    {
+        Script script;
+        script.Answers.emplace("Word", RedfishConfigResult(18, "The value " + secret + " is no good.", "Word"));
+        script.Answers.emplace("A", RedfishConfigResult(18, "Not with " + secret + ".", "A"));
+        script.Defaults = {{"Word", secret}};
+        Options options = OptionsFor({"Word", "A"});
+        options.Json = json;
+        WaitingChanges waiting;
+        return LoadSingleDefaults(
+            options, [&] { return std::make_unique<ScriptedFront>(script); }, ReadKinds, waiting);
+    };
+    const Answer shown = load("plainplain77", false);
+    EXPECT_EQ(shown.Text, "BIOS.Word: failed: The value ******** is no good.\nBIOS.A: failed: Not with ********.\n");
+    EXPECT_EQ(shown.Message, "The value ******** is no good.");
+    EXPECT_EQ(boost::json::serialize(load("plainplain77", true).Data).find("plain"), std::string::npos);
+    EXPECT_EQ(load("p7", false).Text,
+              "BIOS.Word: failed: what the BMC answered is not shown, since a new password may stand in it\n"
+              "BIOS.A: failed: Not with p7.\n");
 }
 
 /// A BMC drops a pending value rather than keep a default pending that is in force.
@@ -289,7 +392,7 @@ TEST(LoadDefaultCommand, OneRefusedSettingDoesNotKeepTheOthersBack)
     script.Effective = {{"BIOS.A", "1"}, {"BIOS.B", "1"}, {"BIOS.C", "1"}};
     script.Pending = {{"BIOS.A", {"1", "5"}}, {"BIOS.C", {"1", "6"}}};
     script.Defaults = {{"A", "5"}, {"C", "6"}};
-    WaitingDefaults waiting;
+    WaitingChanges waiting;
     const Answer answer = Load(script, {"A", "B", "BIOS.C", "A"}, waiting);
     EXPECT_EQ(script.Asked, (Calls{{"A", ""}, {"B", ""}, {"C", ""}}));
     EXPECT_EQ(answer.Code, 21);
@@ -331,12 +434,13 @@ TEST(LoadDefaultCommand, DataHasTheReasonBesideTheOutcome)
     script.Answers.emplace("A", RedfishConfigResult(24, "gone", ""));
     Options options = OptionsFor({"A", "B"});
     options.Json = true;
-    WaitingDefaults waiting;
+    WaitingChanges waiting;
     const Answer answer = LoadSingleDefaults(
-        options, [&] { return std::make_unique<ScriptedFront>(script); }, waiting);
+        options, [&] { return std::make_unique<ScriptedFront>(script); }, ReadKinds, waiting);
     EXPECT_EQ(boost::json::serialize(answer.Data),
               R"({"BIOS.A":{"outcome":"failed","reason":"gone"},)"
               R"("BIOS.B":{"outcome":"not sent","reason":"a request before it failed"}})");
     EXPECT_EQ(answer.Text, "");
-    EXPECT_FALSE(waiting.Any || waiting.Unknown);
+    EXPECT_FALSE(waiting.Unknown);
+    EXPECT_TRUE(waiting.Expected.empty() && waiting.Unreadable.empty());
 }

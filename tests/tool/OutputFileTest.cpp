@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
+#include <string>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 #include "SharedData.h"
@@ -15,6 +19,10 @@ namespace fs = std::filesystem;
 
 namespace
 {
+
+constexpr uid_t Nobody = 65534;
+/// What a sync of a folder fails with; 0: it is done.
+int g_FolderSyncFailure = 0;
 
 std::size_t EntriesOf(const fs::path& folder)
 {
@@ -29,6 +37,18 @@ mode_t ModeOf(const fs::path& file)
 }
 
 } // namespace
+
+/// Stands in for the system's own in this program: no file system fails when a test asks for it.
+extern "C" int fsync(int descriptor)
+{
+    struct stat kind = {};
+    if (g_FolderSyncFailure != 0 && fstat(descriptor, &kind) == 0 && S_ISDIR(kind.st_mode))
+    {
+        errno = g_FolderSyncFailure;
+        return -1;
+    }
+    return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
 
 TEST(OutputFile, ANewFileHasTheTextAndNothingElseIsLeft)
 {
@@ -87,7 +107,6 @@ TEST(OutputFile, LinksThatLeadNowhereAreToldAndLeftAlone)
 
 TEST(OutputFile, AFolderThatCannotBeSyncedDoesNotTakeTheFileBack)
 {
-    constexpr uid_t nobody = 65534;
     const testdata::TemporaryFolder folder;
     const fs::path file = folder.Write("closed/file", "old");
     const bool isRoot = geteuid() == 0; // who may read all
@@ -95,17 +114,52 @@ TEST(OutputFile, AFolderThatCannotBeSyncedDoesNotTakeTheFileBack)
     {
         for (const fs::path& path : {folder.Path(), file.parent_path(), file})
         {
-            ASSERT_EQ(chown(path.c_str(), nobody, static_cast<gid_t>(-1)), 0);
+            ASSERT_EQ(chown(path.c_str(), Nobody, static_cast<gid_t>(-1)), 0);
         }
     }
     fs::permissions(file.parent_path(), fs::perms::owner_write | fs::perms::owner_exec);
-    ASSERT_TRUE(!isRoot || seteuid(nobody) == 0);
+    ASSERT_TRUE(!isRoot || seteuid(Nobody) == 0);
     const std::string error = WriteWholeFile(file.string(), "new");
     ASSERT_TRUE(!isRoot || seteuid(0) == 0);
     fs::permissions(file.parent_path(), fs::perms::owner_all);
     EXPECT_EQ(error, "");
     EXPECT_EQ(testdata::ReadFile(file), "new");
     EXPECT_EQ(EntriesOf(file.parent_path()), 1U);
+}
+
+TEST(OutputFile, AFolderWhoseSyncFailsIsTold)
+{
+    const testdata::TemporaryFolder folder;
+    const fs::path file = folder.Write("file", "old");
+    for (const int failure : {EIO, EINVAL})
+    {
+        g_FolderSyncFailure = failure;
+        const std::string error = WriteWholeFile(file.string(), "new");
+        g_FolderSyncFailure = 0;
+        EXPECT_EQ(error, failure == EINVAL
+                             ? "" // the file system knows no such thing
+                             : "it is there, but its folder cannot be synced, so that a loss of power may "
+                               "undo that: Input/output error");
+        EXPECT_EQ(testdata::ReadFile(file), "new");
+        EXPECT_EQ(EntriesOf(folder.Path()), 1U);
+    }
+}
+
+TEST(OutputFile, ALinkIntoAClosedFolderIsNotSaidToLeadNowhere)
+{
+    const testdata::TemporaryFolder folder;
+    const fs::path target = folder.Write("closed/target", "old");
+    fs::create_symlink(target, folder.Path() / "link");
+    const bool isRoot = geteuid() == 0; // who may enter all
+    fs::permissions(folder.Path(), fs::perms::all);
+    fs::permissions(target.parent_path(), fs::perms::none);
+    ASSERT_TRUE(!isRoot || seteuid(Nobody) == 0);
+    const std::string error = WriteWholeFile((folder.Path() / "link").string(), "x");
+    ASSERT_TRUE(!isRoot || seteuid(0) == 0);
+    fs::permissions(target.parent_path(), fs::perms::owner_all);
+    EXPECT_EQ(error, "Permission denied");
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "link"));
+    EXPECT_EQ(testdata::ReadFile(target), "old");
 }
 
 TEST(OutputFile, WhatCannotBeWrittenIsToldAndLeftAlone)

@@ -163,3 +163,18 @@ TEST(ProgramChangeHiding, NoValueNewOrOldIsInALogBelowLevelFour)
     }
     EXPECT_NE(InsideRun(bmc.Url())({"show", "Owner"}).Output.find("Zebra9Last"), std::string::npos);
 }
+
+TEST(ProgramChangeHiding, AValueThatMayBeAPasswordIsInNoAnswerOfABmcThatRepeatsIt)
+{
+    // Without the registry and the OEM actions nothing tells what is a password.
+    const ChangeMachine machine;
+    fs::remove(fs::path(machine.Path()) / "protected.json");
+    const InsideBmc bmc(machine.Path());
+    for (const char* value : {"Zebra9", "Zebra\"nine", "Zebra\\nine", "Zebra\tnine", "Zebra/nine", "Zébra nine "})
+    {
+        const Finished set = InsideRun(bmc.Url())({"--system-type", "uefi", "set", "--no-check", "Mode=-"}, value);
+        EXPECT_EQ(set.Status, 18);
+        EXPECT_EQ(set.Errors.find("bra"), std::string::npos) << set.Errors;
+        EXPECT_NE(set.Errors.find("The value '********' for the property Mode"), std::string::npos) << set.Errors;
+    }
+}

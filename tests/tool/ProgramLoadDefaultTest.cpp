@@ -45,6 +45,16 @@ TEST(ProgramLoadDefault, AnotherValueThatWaitsIsNotTheDefault)
     EXPECT_EQ(RunToEnd(bmc.Tool({"pending"})).Output, "BIOS.AltitudeMetres=408 -> 500\n");
 }
 
+TEST(ProgramLoadDefault, ADefaultIsVerifiedWhereTheBmcLacksTheActionsForProtectedSettings)
+{
+    const RunningBmc bmc({"--fault", "POST *GetProtectedAttributes status 404"});
+    const Finished loaded =
+        RunToEnd(bmc.Tool({"--system-type", "uefi", "loaddefault", "AltitudeMetres", "--reboot", "--wait", "60"}));
+    EXPECT_EQ(loaded.Status, 0) << loaded.Errors;
+    EXPECT_EQ(loaded.Output, "UEFI.AltitudeMetres: sent, takes effect after a reboot\n"
+                             "1 of 1 new values are in force\n");
+}
+
 TEST(ProgramLoadDefault, AnInterruptedRunTellsOfEachSetting)
 {
     const RunningBmc bmc({"--http"});

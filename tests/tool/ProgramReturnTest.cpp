@@ -148,6 +148,17 @@ TEST_F(ProgramReturn, NothingIsInPlaceWhereWhatWaitsCannotBeRead)
     }
 }
 
+/// The values in force are all that the first look has, and the second one sees that another one waits.
+TEST_F(ProgramReturn, NothingIsInPlaceWhereAnotherValueWaits)
+{
+    const RunningBmc bmc({"--fault", "GET */Bios/Settings #3 status 500"});
+    ASSERT_EQ(RunToEnd(bmc.Tool({"set", "BootFailLimit=3"})).Status, 0);
+    const std::string file = Folder().Write("saved.conf", "BootFailLimit=5\n");
+    const Finished restored = RunToEnd(bmc.Tool({"restore", file, "--dry-run"}));
+    EXPECT_EQ(restored.Status, 0) << restored.Errors;
+    EXPECT_EQ(restored.Output, "BIOS.BootFailLimit\t5\twould be sent\n");
+}
+
 TEST_F(ProgramReturn, ARefusalNamesTheSettingAsTheTableDoes)
 {
     const Finished refused = Run({"restore", "-"}, "BootFailLimit=21\n");
@@ -158,12 +169,41 @@ TEST_F(ProgramReturn, ARefusalNamesTheSettingAsTheTableDoes)
 
 TEST_F(ProgramReturn, OneSettingUnderTwoNamesIsNeitherRestoredNorCompared)
 {
-    const std::string file = Folder().Write("two.conf", "BootFailLimit=1\nUEFI.BootFailLimit=2\n");
-    for (const std::vector<std::string>& words : {std::vector<std::string>{"compare", file}, {"restore", file}})
+    for (const char* lines :
+         {"BootFailLimit=1\nUEFI.BootFailLimit=2\n", "BIOS.BootFailLimit=1\nUEFI.BootFailLimit=2\n"})
     {
-        const Finished refused = Run(words);
-        EXPECT_EQ(refused.Status, 16) << words.front();
-        EXPECT_THAT(refused.Errors, testing::HasSubstr("BootFailLimit stands in it under two names"));
+        const std::string file = Folder().Write("two.conf", lines);
+        for (const std::vector<std::string>& words : {std::vector<std::string>{"compare", file}, {"restore", file}})
+        {
+            const Finished refused = Run(words);
+            EXPECT_EQ(refused.Status, 16) << words.front();
+            EXPECT_THAT(refused.Errors, testing::HasSubstr("setting BootFailLimit stands in it under two names"));
+        }
+    }
+}
+
+TEST_F(ProgramReturn, AFileOfAnotherKindOfSystemMeansTheSameToARestoreAndAComparison)
+{
+    const std::string file = Folder().Write("other.conf", "BIOS.BootFailLimit=3\n");
+    EXPECT_EQ(Run({"compare", file}).Output, "UEFI.BootFailLimit\t5\t3\n");
+    const Finished restored = Run({"restore", file, "--dry-run"});
+    EXPECT_EQ(restored.Status, 0) << restored.Errors;
+    EXPECT_EQ(restored.Output, "UEFI.BootFailLimit\t3\twould be sent\n");
+}
+
+TEST_F(ProgramReturn, AFileWithAPrefixOfItsOwnMeansTheSameToARestoreAndAComparison)
+{
+    for (const char* name : {"rack.json", "rack.conf"})
+    {
+        Good({"--prefix", "Rack,Rack", "save", Name(name)});
+        ASSERT_THAT(Content(name), testing::HasSubstr("Rack.BootFailLimit"));
+        const Finished compared = Run({"compare", Name(name), "--changed"});
+        EXPECT_EQ(compared.Output, "");
+        EXPECT_EQ(compared.Errors, "");
+        EXPECT_EQ(Run({"compare", Name(name), "BootFailLimit"}).Output, "UEFI.BootFailLimit\t5\t5\n");
+        const Finished restored = Run({"restore", Name(name), "--dry-run"});
+        EXPECT_EQ(restored.Status, 0) << restored.Errors;
+        EXPECT_THAT(restored.Output, testing::HasSubstr("UEFI.BootFailLimit\t5\tin place\n"));
     }
 }
 
@@ -365,10 +405,13 @@ TEST_F(ProgramReturn, AnImportAfterAnExportLeavesTheFileAsItWas)
     const Finished fromInput = Run({"custom-default", "import", "-"}, "a=b");
     EXPECT_EQ(fromInput.Status, 0) << fromInput.Errors;
     EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, "a=b");
-    const Finished fromNothing = Run({"custom-default", "import", "-"}, "");
-    EXPECT_EQ(fromNothing.Status, 16);
-    EXPECT_THAT(fromNothing.Errors, testing::HasSubstr("Standard input is empty"));
-    EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, "a=b");
+    for (const char* source : {"-", "/dev/stdin", "/dev/null"})
+    {
+        const Finished fromNothing = Run({"custom-default", "import", source}, "");
+        EXPECT_EQ(fromNothing.Status, 16) << source;
+        EXPECT_THAT(fromNothing.Errors, testing::HasSubstr("is empty and no plain file")) << source;
+        EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, "a=b");
+    }
     Folder().Write("in", "");
     Good({"custom-default", "import", Name("in")});
     EXPECT_EQ(Run({"custom-default", "export", "-"}).Output, "");

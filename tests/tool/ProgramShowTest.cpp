@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <string>
 #include <sys/wait.h>
 #include <thread>
 

@@ -8,8 +8,12 @@
 #include <utility>
 #include <vector>
 
+#include <boost/json/object.hpp>
+#include <boost/json/serialize.hpp>
+
 #include "FakeFront.h"
 #include "Options.h"
+#include "RestoreSend.h"
 
 using namespace Tavrine::Tool;
 using namespace tooltest;
@@ -212,6 +216,15 @@ TEST(RestorePlan, ThePrefixOfTheFileIsTakenOff)
     SavedSettings saved{{}, {{"UEFI.A", "1"}, {"B", "2"}}};
     saved.Header.Prefix = "UEFI";
     EXPECT_EQ(TakeSavedNames(saved, {"BIOS", "BIOS"}, plan), "");
+    ASSERT_EQ(plan.Settings.size(), 2U);
+    EXPECT_EQ(plan.Settings[0].Name, "A");
+    EXPECT_EQ(plan.Settings[1].Name, "B");
+}
+
+TEST(RestorePlan, ThePrefixOfAnotherKindOfSystemIsTakenOff)
+{
+    RestorePlan plan;
+    EXPECT_EQ(TakeSavedNames({{}, {{"BIOS.A", "1"}, {"UEFI.B", "2"}}}, {"UEFI", "UEFI"}, plan), "");
     ASSERT_EQ(plan.Settings.size(), 2U);
     EXPECT_EQ(plan.Settings[0].Name, "A");
     EXPECT_EQ(plan.Settings[1].Name, "B");
@@ -434,6 +447,75 @@ TEST(RestoreCommand, PasswordsAreNotShown)
     Answer answer;
     TellRestore(plan, OptionsFor(), "BIOS", answer);
     EXPECT_EQ(answer.Text, "BIOS.Word\t********\twould be sent\n");
+}
+
+/// A BMC may repeat what it was sent in its refusal of that, of something else or of all.
+TEST(RestoreCommand, PasswordsThatABmcRepeatsAreBlottedOut)
+{
+    struct Case
+    {
+        const char* What;
+        std::string Secret;
+        RedfishConfigResult Answer;
+        std::vector<RedfishConfigResult> Errors;
+        std::string OfWord;
+        std::string OfTag;
+    };
+    const std::string leftOut = "what the BMC answered is not shown, since a new password may stand in it";
+    const std::string spaced = R"(plain "77")";
+    const Case cases[] = {
+        {"refused by name",
+         "plain77",
+         {18, "no", ""},
+         {{18, "The value plain77 is bad", "BIOS.Word"}},
+         "refused: The value ******** is bad",
+         "unknown: no"},
+        {"refused with another",
+         "plain77",
+         {18, "no", ""},
+         {{18, "Not with plain77", "BIOS.Tag"}},
+         "unknown: no",
+         "refused: Not with ********"},
+        {"the whole call", "plain77", {18, "No plain77", ""}, {}, "unknown: No ********", "unknown: No ********"},
+        {"as JSON",
+         spaced,
+         {18, R"(No {"Word":"plain \"77\""})", ""},
+         {},
+         R"(unknown: No {"Word":"********"})",
+         R"(unknown: No {"Word":"********"})"},
+        {"short",
+         "77",
+         {18, "no", ""},
+         {{18, "The value 77 is bad", "BIOS.Word"}},
+         "refused: " + leftOut,
+         "unknown: no"},
+        {"short, the whole call", "77", {18, "No 77", ""}, {}, "unknown: " + leftOut, "unknown: " + leftOut},
+        {"short, and no answer", "77", {24, "h:77: gone", ""}, {}, "unknown: h:77: gone", "unknown: h:77: gone"},
+    };
+    for (const Case& one : cases)
+    {
+        Script script;
+        script.Answer = one.Answer;
+        script.Errors = one.Errors;
+        script.Read = {24, "", ""};
+        RestorePlan plan = PlanOf({{"Word", one.Secret}, {"Tag", "new"}}, false, false, {"Word"});
+        std::vector<std::string> notes;
+        SendRestore(
+            plan, OptionsFor(), [&] { return std::make_unique<ScriptedFront>(script); }, notes);
+        Answer text;
+        TellRestore(plan, OptionsFor(), "BIOS", text);
+        EXPECT_EQ(text.Text, "BIOS.Tag\tnew\t" + one.OfTag + "\nBIOS.Word\t********\t" + one.OfWord + "\n") << one.What;
+        Options options = OptionsFor();
+        options.Json = true;
+        Answer data;
+        TellRestore(plan, options, "BIOS", data);
+        std::string told = data.Message + boost::json::serialize(data.Data);
+        for (const Failure& failure : data.Errors)
+        {
+            told += failure.Message + failure.Cause;
+        }
+        EXPECT_TRUE(told.find("77") == std::string::npos || one.Answer.ErrorCode() == 24) << one.What << told;
+    }
 }
 
 TEST(RestoreCommand, FilesOfOtherSystemsNeedForce)

@@ -6,6 +6,7 @@
 
 #include "TemporaryFolder.h"
 
+using namespace Tavrine;
 using namespace Tavrine::Tool;
 
 namespace
@@ -142,6 +143,50 @@ TEST(SavedSettings, EveryFlippedBitIsReadOrRefusedWithItsLine)
         }
         EXPECT_GT(refused, 0U);
     }
+}
+
+TEST(SavedSettings, OnePrefixIsTakenOffANameTheOneInForceFirst)
+{
+    struct Row
+    {
+        const char* FileOwn;
+        const char* Name;
+        const char* Bare;
+    };
+    const Row rows[] = {
+        {"", "A", "A"},
+        {"", "One.A", "A"},
+        {"", "two.A", "A"},
+        {"", "BIOS.A", "A"},
+        {"", "uefi.A", "A"},
+        {"", "Rack.A", "Rack.A"},
+        {"Rack", "Rack.A", "A"},
+        {"Rack", "RACK.A", "A"},
+        {"Rack", "One.A", "A"},
+        {"Rack", "UEFI.A", "A"},
+        {"Rack", "One.Rack.A", "Rack.A"},
+        {"Rack", "Rack.BIOS.A", "BIOS.A"},
+        {"Rack", "BIOSA", "BIOSA"},
+        {"", ".A", ".A"},
+    };
+    for (const Row& row : rows)
+    {
+        SavedSettings saved{{}, {{row.Name, "1"}}};
+        saved.Header.Prefix = row.FileOwn;
+        SettingStringMap bare;
+        EXPECT_EQ(TakeBareSettings(saved, {"One", "Two"}, bare), "");
+        EXPECT_EQ(bare, (SettingStringMap{{row.Bare, "1"}})) << row.Name;
+    }
+}
+
+TEST(SavedSettings, OneSettingUnderTwoNamesIsTold)
+{
+    SettingStringMap bare;
+    SavedSettings saved{{}, {{"Rack.A", "1"}, {"UEFI.A", "1"}}};
+    EXPECT_EQ(TakeBareSettings(saved, {"One", "Two"}, bare), "");
+    bare.clear();
+    saved.Header.Prefix = "Rack";
+    EXPECT_EQ(TakeBareSettings(saved, {"One", "Two"}, bare), "the setting A stands in it under two names");
 }
 
 TEST(SavedSettings, FilesThatCannotBeReadOrAreTooLargeAreNamed)

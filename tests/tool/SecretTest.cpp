@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <new>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -40,6 +41,7 @@ template <typename T> struct Remains
 void Fill(SetSetting& setting)
 {
     setting.Value = Password;
+    setting.UncheckedText = Password;
     setting.Context = '"' + std::string(Password) + '"';
 }
 
@@ -102,4 +104,66 @@ TEST(QuotedJson, IsWhatADocumentHoldsOfAText)
     {
         EXPECT_EQ(QuotedJson(text), json::serialize(json::value(text)));
     }
+}
+
+TEST(WithoutSecrets, EveryFormIsBlottedOut)
+{
+    struct Row
+    {
+        const char* Secret;
+        const char* Text;
+        const char* Shown;
+    };
+    const Row rows[] = {
+        {"hunter2", "The value hunter2 is bad, hunter2!", "The value ******** is bad, ********!"},
+        {"hunter2", "hunter hunte", "hunter hunte"},
+        {"hunter2", "hunter2hunter2", "********"},
+        {"abcabc", "abcabcabc", "********"},
+        {R"(abc"de)", R"(raw abc"de, once abc\"de, twice abc\\\"de)", "raw ********, once ********, twice ********"},
+        {R"(abc\de)", R"(raw abc\de, once abc\\de, twice abc\\\\de)", "raw ********, once ********, twice ********"},
+        {"abc\tde", R"(raw abc	de, once abc\tde, twice abc\\tde)", "raw ********, once ********, twice ********"},
+        {"abc\x1f"
+         "de",
+         "as a message has it: abc de", "as a message has it: ********"},
+        {"abcde\n", "at the end: abcde", "at the end: ********"},
+        {" abcde", "abcde at the start", "******** at the start"},
+        {"a\x7f"
+         "bc",
+         "a bc", "********"},
+        {"abcdefgh", "cut: abcdef...", "cut: ********..."},
+        {"abc\"defgh", R"(cut: abc\"d... and the rest)", "cut: ********... and the rest"},
+        {"abcdefgh", "abc... abcd", "abc... abcd"},
+        {"Zürich", "Zürich", "********"},
+        {"", "nothing", "nothing"},
+        {"hunter2", "", ""},
+    };
+    for (const Row& row : rows)
+    {
+        EXPECT_EQ(WithoutSecrets(row.Text, {row.Secret}), row.Shown) << row.Secret << " in " << row.Text;
+    }
+}
+
+TEST(WithoutSecrets, OfSecretsThatOverlapNothingIsLeft)
+{
+    EXPECT_EQ(WithoutSecrets("abcd and abcdefgh", {"abcd", "abcdefgh"}), "******** and ********");
+    EXPECT_EQ(WithoutSecrets("abcdefgh", {"abcdef", "defgh"}), "********");
+    EXPECT_EQ(WithoutSecrets("words", {}), "words");
+}
+
+TEST(WithoutSecrets, WhereAShortOneStandsNothingOfTheWordsIsLeft)
+{
+    const std::string hidden = "what the BMC answered is not shown, since a new password may stand in it";
+    for (const char* secret : {"a", "abc", "a\"b", "a\\b", "a\tb"})
+    {
+        for (const std::string& form : {std::string(secret), QuotedJson(secret), QuotedJson(QuotedJson(secret))})
+        {
+            EXPECT_TRUE(HoldsShortSecret("The value " + form + " is bad.", {secret})) << form;
+            EXPECT_EQ(WithoutSecrets("The value " + form + " is bad.", {"hunter2", secret}), hidden) << form;
+        }
+        EXPECT_FALSE(HoldsShortSecret("No other", {secret, ""}));
+        EXPECT_EQ(WithoutSecrets("No other", {secret, ""}), "No other");
+    }
+    EXPECT_FALSE(HoldsShortSecret("abcd", {"abcd"}));
+    EXPECT_EQ(WithoutSecrets("abc: the connection ended; whether the change was done is not known.", {"abc"}),
+              hidden + "; whether the change was done is not known");
 }

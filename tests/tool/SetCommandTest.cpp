@@ -1,5 +1,13 @@
 #include "SetFixture.h"
 
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+#include <boost/json/value.hpp>
+
+#include "Signals.h"
+
 using namespace Tavrine;
 using namespace Tavrine::Tool;
 using namespace tooltest;
@@ -67,7 +75,7 @@ TEST_F(SetCommand, WhatWaitsForARebootIsHandedOut)
     ASSERT_EQ(Waiting.Expected.size(), 1U);
     EXPECT_EQ(Waiting.Expected[0].Name, "Timeout");
     EXPECT_EQ(Waiting.Expected[0].Text, "20");
-    EXPECT_EQ(Waiting.Unreadable, 1U);
+    EXPECT_EQ(Waiting.Unreadable, std::vector<std::string>{"BIOS.Secret"});
     EXPECT_FALSE(Waiting.Unknown);
     Front.Changes.insert({"Owner", {24, CutOff, ""}});
     Shows = [](ShownFront& shown) { shown.Result = {24, "gone", ""}; };
@@ -217,6 +225,78 @@ TEST_F(SetCommand, AValueOfAPasswordIsShownNowhere)
     EXPECT_EQ(Set({"Secret=hunter2"}).Text, "{\"Attributes\":{\"Secret\":\"********\"}}\n");
 }
 
+TEST_F(SetCommand, APasswordWithCharactersThatAreEscapedIsShownNowhere)
+{
+    Front.Changes.insert({"Secret", {4, "", ""}});
+    for (const bool noCheck : {false, true})
+    {
+        Given.NoCheck = noCheck;
+        for (const std::string password : {"abcdefgh\"ijkl", "abcd\\efgh", "abcd\tefgh",
+                                           "abcd\x1f"
+                                           "efgh"})
+        {
+            const std::string json = boost::json::serialize(boost::json::value(password));
+            Front.Done.clear();
+            Front.Flushes = {{{18, "refused", ""},
+                              {{10, "The value " + password + " is bad: {\"Secret\":" + json + "}", "BIOS.Secret"}}}};
+            EXPECT_EQ(StderrLines(Set({"Secret=" + password})),
+                      "tavrine: 10 BIOS.Secret: The value ******** is bad: {\"Secret\":\"********\"}\n")
+                << noCheck << json;
+            const std::string handed = noCheck ? json.substr(1, json.size() - 2) + "!" : password;
+            EXPECT_EQ(Front.Done.front(), "Secret=" + handed + "+");
+        }
+        // Its escaped form is not short.
+        Front.Flushes = {{{18, "refused", ""}, {{10, "The value a\"b is bad.", "BIOS.Secret"}}}};
+        EXPECT_EQ(
+            StderrLines(Set({"Secret=a\"b"})),
+            "tavrine: 10 BIOS.Secret: what the BMC answered is not shown, since a new password may stand in it\n");
+    }
+}
+
+TEST_F(SetCommand, AWarningShowsNoPasswordEither)
+{
+    Front.Changes.insert({"Secret", {4, "", ""}});
+    const std::string hidden = "what the BMC answered is not shown, since a new password may stand in it";
+    struct Row
+    {
+        std::string Password;
+        std::string Answered;
+        std::string Told;
+    };
+    const Row rows[] = {
+        {"hunter2", "h is not ready: it has hunter2.", "h is not ready: it has ********."},
+        {"rea", "h is not ready.", hidden},
+        {"a\"b", "h is not ready: it has \"a\\\"b\".", hidden},
+        {"other", "h is not ready.", "h is not ready."},
+    };
+    for (const Row& row : rows)
+    {
+        Shows = [&](ShownFront& front) { front.Result = {33, row.Answered, ""}; };
+        EXPECT_EQ(StderrLines(Set({"Owner=you", "Secret=" + row.Password})),
+                  "tavrine: warning: the pending values could not be read back: " + row.Told + "\n");
+    }
+}
+
+TEST_F(SetCommand, WhatAStoppedRunTellsShowsNoPassword)
+{
+    const auto run = [this](const std::string& password)
+    {
+        InstallStopSignals();
+        std::raise(SIGTERM);
+        Front.Changes.insert({"Secret", {4, "", ""}});
+        Front.Flushes = {{{18, "refused", ""}, {{10, "The value " + password + " is bad.", "BIOS.Secret"}}}};
+        std::string notes;
+        for (const std::string& note : Set({"Secret=" + password}).Notes)
+        {
+            notes += note + "\n";
+        }
+        std::fputs(notes.c_str(), stderr);
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(run("hunter2"), ::testing::ExitedWithCode(0), "^BIOS.Secret: The value [*]{8} is bad.\n$");
+    EXPECT_EXIT(run("val"), ::testing::ExitedWithCode(0), "^BIOS.Secret: what the BMC answered is not shown");
+}
+
 TEST_F(SetCommand, WithoutTheCheckTheOtherOperationIsUsed)
 {
     Given.NoCheck = true;
@@ -348,6 +428,18 @@ TEST_F(SetCommand, AnOldAndANewNameOfOneSettingAreOneTooMany)
     EXPECT_EQ(Front.Done, Words{"OldTimeout=20"});
     EXPECT_EQ(Set({"OldTimeout=20", "Timeout=21"}).Code, StatusUsage);
     EXPECT_EQ(Front.Done.size(), 1U);
+}
+
+TEST_F(SetCommand, ARefusalShowsAnOldNameWithItsPrefix)
+{
+    const Configured names("[legacy_names]\nOldSeal = \"Seal\"\nOldMode = \"Mode\"\n");
+    Given.LegacyNames = true;
+    Front.Single.insert({"OldSeal", {{34, "The operation on setting OldSeal fails since it is hidden.", ""}, {}}});
+    Front.Single.insert({"OldMode", Front.Single.at("Mode")});
+    const Answer answer = Set({"OldSeal=x", "OldMode=y"});
+    EXPECT_EQ(answer.Errors.at(0).Message, "The operation on setting BIOS.OldSeal fails since it is hidden.");
+    EXPECT_NE(answer.Errors.at(1).Message.find("setting BIOS.OldMode "), std::string::npos)
+        << answer.Errors.at(1).Message;
 }
 
 TEST_F(SetCommand, ASettingThatTheConfigurationHidesIsNotVerified)

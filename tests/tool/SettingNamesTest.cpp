@@ -58,3 +58,12 @@ TEST(HiddenKeywords, MatchAnywhereInTheShownName)
     EXPECT_TRUE(IsHidden("BIOS.Anything", {""}));
     EXPECT_FALSE(IsHidden("BIOS.Anything", {}));
 }
+
+TEST(WithShownName, TheFirstMentionOfASettingIsReplaced)
+{
+    EXPECT_EQ(WithShownName("Unable to find the setting Mode", "Mode", "BIOS.Mode"),
+              "Unable to find the setting BIOS.Mode");
+    EXPECT_EQ(WithShownName("The setting A needs setting A", "A", "BIOS.A"), "The setting BIOS.A needs setting A");
+    EXPECT_EQ(WithShownName("The setting BIOS.A is hidden", "A", "BIOS.A"), "The setting BIOS.A is hidden");
+    EXPECT_EQ(WithShownName("A is hidden", "A", "BIOS.A"), "A is hidden");
+}

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -283,6 +285,53 @@ TEST(Verify, WithoutWaitTheRestartIsOnlyAskedFor)
     EXPECT_EQ(machine.ResetBody, R"({"ResetType":"GracefulRestart"})");
     EXPECT_EQ(answer.Notes, std::vector<std::string>{
                                 "restart requested (GracefulRestart); what comes of the changes: tavrine results"});
+}
+
+TEST(Verify, OnlyForWhatIsKnownToWaitIsASystemRestarted)
+{
+    struct Case
+    {
+        const char* What;
+        WaitingChanges Waiting;
+        bool Wait;
+        bool Restarts;
+        std::string Note;
+    };
+    const std::string unread = "BIOS.P: its new value is not verified, since it cannot be read or may be a password";
+    const std::string unwatched = "restart requested (GracefulRestart); what comes of the changes: tavrine results";
+    const Case cases[] = {
+        {"nothing", {}, true, false, "not restarted, since nothing waits for it"},
+        {"a value", {{{"A", "new"}}, {}, false, false}, true, true, ""},
+        {"what cannot be read", {{}, {"BIOS.P"}, false, false}, true, true, unread},
+        {"what cannot be read, unwatched", {{}, {"BIOS.P"}, false, false}, false, true, unwatched},
+        {"what is not known",
+         {{{"A", "new"}}, {"BIOS.P"}, true, true},
+         true,
+         false,
+         "not restarted, since what the BMC has received is not known"},
+        {"a failed request",
+         {{{"A", "new"}}, {"BIOS.P"}, false, true},
+         true,
+         false,
+         "not restarted, since a request failed"},
+    };
+    for (const Case& one : cases)
+    {
+        FakeMachine machine;
+        machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
+        Options options;
+        Answer unasked;
+        RebootForChanges(MeansOf(machine), options, one.Waiting, unasked);
+        EXPECT_TRUE(unasked.Notes.empty()) << one.What;
+        options.Reboot = true;
+        options.Wait = one.Wait ? std::optional<std::uint32_t>(600) : std::nullopt;
+        Answer answer;
+        RebootForChanges(MeansOf(machine), options, one.Waiting, answer);
+        EXPECT_EQ(machine.Reset(), one.Restarts) << one.What;
+        EXPECT_EQ(answer.Notes, one.Note.empty() ? std::vector<std::string>() : std::vector<std::string>{one.Note})
+            << one.What;
+        EXPECT_EQ(answer.Code, 0) << one.What;
+    }
 }
 
 TEST(Verify, AResetThatIsNotOfferedIsNotSent)

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "RedfishConfigProc.h"
+#include "RestorePlan.h"
+#include "Secret.h"
+
+namespace Tavrine::Tool
+{
+
+struct Options;
+
+/// Hands the calls of a plan to the library and finds out what became of each setting, by
+/// the library's answers and then by what the BMC itself says.
+/// @param freshFront  gives an object of text output that has not read anything since the last change.
+/// @param notes  receives what could not be found out.
+void SendRestore(RestorePlan& plan, const Options& options,
+                 const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
+                 std::vector<std::string>& notes);
+
+/// Of a plan that nothing is sent of: what is in place may be so after a reboot alone.
+/// @param notes  receives what could not be found out.
+void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, std::vector<std::string>& notes);
+
+/// Passwords that the BMC may have received, whose words may repeat them; without the short ones, of which many
+/// messages are full.
+SecretTexts LongSecrets(const RestorePlan& plan);
+
+} // namespace Tavrine::Tool
