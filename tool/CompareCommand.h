@@ -1,11 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
-#include <memory>
 #include <optional>
 
 #include "Answer.h"
+#include "Fronts.h"
 #include "RedfishConfigProc.h"
 
 namespace CLI
@@ -30,7 +29,7 @@ struct CompareWay
 {
     /// Gives a front object that was not used yet: of typed output where the argument is
     /// true, else of text output.
-    std::function<std::unique_ptr<RedfishConfigProc>(bool)> FreshFront;
+    TypedFrontMaker FreshFront;
     /// Width of the table; nothing: a line a setting, its name and both values, with tabs
     /// between and "\N" for a value that is not there.
     std::optional<std::size_t> Columns;

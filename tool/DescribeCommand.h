@@ -1,11 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
-#include <memory>
 #include <optional>
 
 #include "Answer.h"
+#include "Fronts.h"
 #include "RedfishConfigProc.h"
 #include "SettingManager.h"
 
@@ -25,7 +24,7 @@ struct DescribeSources
     RedfishConfigProc& Standard;
     ManagerReader Manager;
     /// Gives one that was not used yet and may ask for protected settings.
-    std::function<std::unique_ptr<RedfishConfigProc>()> FreshFront;
+    FrontMaker FreshFront;
 };
 
 /// Everything that is known about each of the settings that `options` names, exactly or as

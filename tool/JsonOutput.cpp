@@ -90,7 +90,7 @@ json::object GroupsObject(const SettingGroupMap& groups)
     return object;
 }
 
-bool ReadTypedSettings(const std::string& text, const std::string& prefix, TypedSettings& settings)
+bool ReadTypedSettings(const std::string& text, const std::string& front, TypedSettings& settings)
 {
     if (text.empty())
     {
@@ -105,7 +105,7 @@ bool ReadTypedSettings(const std::string& text, const std::string& prefix, Typed
     }
     for (auto& [name, value] : *object)
     {
-        settings[prefix + "." + std::string(name)] = value;
+        settings[front + std::string(name)] = value;
     }
     return true;
 }
@@ -118,17 +118,9 @@ RedfishConfigResult ReadTypedValues(RedfishConfigProc& front, TypedSettings& val
     {
         return result;
     }
-    TypedSettings typed;
     const auto entry = given.find(front.GetSecondPrefix());
-    if (entry != given.end() && !ReadTypedSettings(entry->second, "", typed))
-    {
-        return {CodeInternal, "", ""};
-    }
-    for (auto& [name, value] : typed)
-    {
-        values[name.substr(1)] = std::move(value);
-    }
-    return result;
+    const bool good = entry == given.end() || ReadTypedSettings(entry->second, "", values);
+    return good ? result : RedfishConfigResult(CodeInternal, "", "");
 }
 
 } // namespace Tavrine::Tool

@@ -25,9 +25,9 @@ boost::json::object SettingsObject(const TypedSettings& settings);
 boost::json::object GroupsObject(const SettingGroupMap& groups);
 
 /// Reads the JSON object that the library gives under one key in its JSON form;
-/// each name gets `prefix` and a point in front. An empty text is no settings.
+/// each name gets `front` in front, such as "BIOS.". An empty text is no settings.
 /// @return false when the text is no JSON object.
-bool ReadTypedSettings(const std::string& text, const std::string& prefix, TypedSettings& settings);
+bool ReadTypedSettings(const std::string& text, const std::string& front, TypedSettings& settings);
 
 /// The typed values in force of all settings, by bare name.
 /// @param front  of typed output.

@@ -253,8 +253,8 @@ Answer LoadAllDefaults(RedfishConfigProc& front, const Options& options)
     return answer;
 }
 
-Answer LoadSingleDefaults(const Options& options, const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
-                          const ManagerReader& readManager, WaitingChanges& waiting)
+Answer LoadSingleDefaults(const Options& options, const FrontMaker& freshFront, const ManagerReader& readManager,
+                          WaitingChanges& waiting)
 {
     Answer answer;
     const std::vector<DefaultLoad> loads = SendDefaults(options, freshFront, readManager, answer.Notes);

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <functional>
-#include <memory>
 #include <string>
 
 #include "Answer.h"
+#include "Fronts.h"
 #include "RedfishConfigProc.h"
 #include "SettingManager.h"
 #include "Verify.h"
@@ -32,8 +31,8 @@ Answer RunLoadDefault(const Options& options, Bmc& bmc);
 /// Loads the defaults of the settings that `options` names, one after the other.
 /// @param freshFront  gives an object of text output that was not used yet.
 /// @param waiting  receives what a reboot is to bring into force.
-Answer LoadSingleDefaults(const Options& options, const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
-                          const ManagerReader& readManager, WaitingChanges& waiting);
+Answer LoadSingleDefaults(const Options& options, const FrontMaker& freshFront, const ManagerReader& readManager,
+                          WaitingChanges& waiting);
 
 /// Asks for the defaults of all settings: by the reset action, or with `--post` by the
 /// firmware at its next start.

@@ -282,8 +282,7 @@ void JudgeByValues(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, Re
 
 } // namespace
 
-std::vector<DefaultLoad> SendDefaults(const Options& options,
-                                      const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
+std::vector<DefaultLoad> SendDefaults(const Options& options, const FrontMaker& freshFront,
                                       const ManagerReader& readManager, std::vector<std::string>& notes)
 {
     CauseLog causes;

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Answer.h"
+#include "Fronts.h"
 #include "RedfishConfigProc.h"
 #include "SettingManager.h"
 #include "ValueTypes.h"
@@ -61,8 +60,7 @@ struct DefaultLoad
 /// @param readManager  tells what kinds of settings they are.
 /// @param notes  receives warnings.
 /// @return a record for each name, in their order, each with an outcome.
-std::vector<DefaultLoad> SendDefaults(const Options& options,
-                                      const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
+std::vector<DefaultLoad> SendDefaults(const Options& options, const FrontMaker& freshFront,
                                       const ManagerReader& readManager, std::vector<std::string>& notes);
 
 } // namespace Tavrine::Tool

@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,8 +29,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-using TypedFront = std::function<std::unique_ptr<RedfishConfigProc>(bool)>;
-
 /// A bare 26 where the values in force are there: the library found no way from the Bios
 /// resource to a settings object. These values are at hand then, so that asking costs nothing.
 Failure ExplainPending(RedfishConfigProc& front, const RedfishConfigResult& result, CauseLog& causes,
@@ -54,7 +51,7 @@ Failure ExplainPending(RedfishConfigProc& front, const RedfishConfigResult& resu
 class NamedReader
 {
   public:
-    NamedReader(Answer& answer, CauseLog& causes, const TypedFront& freshFront)
+    NamedReader(Answer& answer, CauseLog& causes, const TypedFrontMaker& freshFront)
         : m_Answer(answer), m_Causes(causes), m_FreshFront(freshFront), m_Front(freshFront(false))
     {
     }
@@ -110,13 +107,13 @@ class NamedReader
 
     Answer& m_Answer;
     CauseLog& m_Causes;
-    const TypedFront& m_FreshFront;
+    const TypedFrontMaker& m_FreshFront;
     std::unique_ptr<RedfishConfigProc> m_Front;
     std::optional<Failure> m_Unreachable;
 };
 
 /// The kinds of the values in force, by bare name: the library compares texts.
-TypedSettings ReadKinds(const TypedFront& freshFront)
+TypedSettings ReadKinds(const TypedFrontMaker& freshFront)
 {
     TypedSettings kinds;
     ReadTypedValues(*freshFront(true), kinds); // without them all values are texts
@@ -138,7 +135,8 @@ json::value ValueOf(const std::string& text, const json::value& kind)
     return json::value(ValidUtf8(text));
 }
 
-void PutInto(Answer& answer, const SettingCompareMap& compared, const Options& options, const TypedFront& freshFront)
+void PutInto(Answer& answer, const SettingCompareMap& compared, const Options& options,
+             const TypedFrontMaker& freshFront)
 {
     const bool kindsMatter = !compared.empty() && (options.Json || options.Hex);
     const TypedSettings kinds = kindsMatter ? ReadKinds(freshFront) : TypedSettings();
@@ -180,7 +178,7 @@ void PutDefaults(const RedfishConfigProc& front, const Options& options, Answer&
 
 } // namespace
 
-Answer ShowPending(const Options& options, const TypedFront& freshFront)
+Answer ShowPending(const Options& options, const TypedFrontMaker& freshFront)
 {
     if (options.Names.empty())
     {
@@ -199,7 +197,7 @@ Answer ShowPending(const Options& options, const TypedFront& freshFront)
     return answer;
 }
 
-Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const TypedFront& freshFront)
+Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const TypedFrontMaker& freshFront)
 {
     Answer answer;
     CauseLog causes;

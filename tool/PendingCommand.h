@@ -1,9 +1,7 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-
 #include "Answer.h"
+#include "Fronts.h"
 #include "RedfishConfigProc.h"
 
 namespace Tavrine::Tool
@@ -19,11 +17,10 @@ Answer RunPending(const Options& options, Bmc& bmc);
 /// That nothing waits is a good answer.
 /// @param freshFront  gives an object that was not used yet; of typed output where the
 ///                    argument is true, else of text output.
-Answer ShowPending(const Options& options, const std::function<std::unique_ptr<RedfishConfigProc>(bool)>& freshFront);
+Answer ShowPending(const Options& options, const TypedFrontMaker& freshFront);
 
 /// The same of all ordinary settings, through a text object that its caller keeps: what was
 /// fetched stays at hand there.
-Answer ShowAllPending(const Options& options, RedfishConfigProc& front,
-                      const std::function<std::unique_ptr<RedfishConfigProc>(bool)>& freshFront);
+Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const TypedFrontMaker& freshFront);
 
 } // namespace Tavrine::Tool

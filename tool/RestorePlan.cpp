@@ -17,10 +17,6 @@ namespace
 
 using Manager = RedfishConfigSettingManager;
 
-constexpr int CodeLocked = 18;
-constexpr int CodeUnknown = 20;
-constexpr int CodeFiltered = 34;
-
 void Settle(RestoreSetting& setting, RestoreOutcome outcome, int code, std::string why)
 {
     setting.Outcome = outcome;
@@ -51,14 +47,14 @@ class Judge
             RedfishConfigResult known = m_Manager.GetSettingOutline(setting.Name, info);
             std::optional<std::string>& current = m_Current.emplace_back();
             setting.Secret = info.SettingType == "Password";
-            setting.Stranger = known.ErrorCode() == CodeUnknown;
+            setting.Stranger = known.ErrorCode() == CodeNotFound;
             if (known.ErrorCode() != CodeSucceed)
             {
-                Settle(setting, RestoreOutcome::NotSent, CodeUnknown, "this system does not know the setting");
+                Settle(setting, RestoreOutcome::NotSent, CodeNotFound, "this system does not know the setting");
             }
             else if (uefi && info.IsProtected)
             {
-                Settle(setting, RestoreOutcome::NotSent, CodeFiltered, "it is a protected setting, which set changes");
+                Settle(setting, RestoreOutcome::NotSent, CodeHidden, "it is a protected setting, which set changes");
             }
             else if (std::string text; GetOptionalVarAsString(info.CurrentValue, text))
             {
@@ -71,7 +67,7 @@ class Judge
             }
             else if (!isReported(setting.Name))
             {
-                Settle(setting, RestoreOutcome::NotSent, CodeUnknown, "this system does not report the setting now");
+                Settle(setting, RestoreOutcome::NotSent, CodeNotFound, "this system does not report the setting now");
             }
         }
     }
@@ -150,7 +146,7 @@ class Judge
         {
             RestoreSetting& setting = m_Plan.Settings[IndexOf(refusal.ErrorSetting())];
             Settle(setting, RestoreOutcome::Refused, refusal.ErrorCode(), refusal.ErrorMsg());
-            if (refusal.ErrorCode() == CodeLocked)
+            if (refusal.ErrorCode() == CodeRefused)
             {
                 locked.emplace(setting.Name, setting.Value);
             }

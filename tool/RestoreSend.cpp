@@ -223,8 +223,8 @@ void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, std::vector<std::s
     }
 }
 
-void SendRestore(RestorePlan& plan, const Options& options,
-                 const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront, std::vector<std::string>& notes)
+void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& freshFront,
+                 std::vector<std::string>& notes)
 {
     CauseLog causes;
     std::optional<int> stopped;

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "Fronts.h"
 #include "RedfishConfigProc.h"
 #include "RestorePlan.h"
 #include "Secret.h"
@@ -18,8 +17,7 @@ struct Options;
 /// the library's answers and then by what the BMC itself says.
 /// @param freshFront  gives an object of text output that has not read anything since the last change.
 /// @param notes  receives what could not be found out.
-void SendRestore(RestorePlan& plan, const Options& options,
-                 const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront,
+void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& freshFront,
                  std::vector<std::string>& notes);
 
 /// Of a plan that nothing is sent of: what is in place may be so after a reboot alone.

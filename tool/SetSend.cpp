@@ -27,8 +27,6 @@ namespace
 
 constexpr int CodeAlready = 1;
 constexpr int CodePassword = 4;
-constexpr int CodeAction = 28;
-constexpr int CodeBmcInternal = 32;
 
 using Indices = std::vector<std::size_t>;
 
@@ -51,8 +49,9 @@ struct EndByCode
     RequestEnd End;
 };
 constexpr EndByCode EndsByCode[] = {
-    {CodeInternal, RequestEnd::NotSent}, {CodeQuery, RequestEnd::NotSent},  {CodeNotReady, RequestEnd::TurnedAway},
-    {CodeRefused, RequestEnd::Refused},  {CodeAction, RequestEnd::Refused},
+    {CodeInternal, RequestEnd::NotSent},     {CodeQuery, RequestEnd::NotSent},
+    {CodeNotReady, RequestEnd::TurnedAway},  {CodeRefused, RequestEnd::Refused},
+    {CodeActionFailed, RequestEnd::Refused},
 };
 
 /// What neither words nor code settle stays open.
@@ -68,7 +67,7 @@ RequestEnd EndOf(int code, const std::string& message)
                : *told == Delivery::TurnedAway ? RequestEnd::TurnedAway
                                                : RequestEnd::Unknown;
     }
-    if (code == CodeBmcInternal && message == "BMC internal error.")
+    if (code == CodeBmcFailed && message == "BMC internal error.")
     {
         return RequestEnd::NotSent; // the settings object has no address
     }

@@ -1,17 +1,14 @@
 #pragma once
 
-#include <functional>
-#include <memory>
 #include <optional>
 
 #include "CauseLog.h"
+#include "Fronts.h"
 #include "RedfishConfigProc.h"
 #include "SetPlan.h"
 
 namespace Tavrine::Tool
 {
-
-using FrontMaker = std::function<std::unique_ptr<RedfishConfigProc>()>;
 
 /// Sends what is planned through the object that the plan was made with, and finds out
 /// what became of each setting: by the answers, and then by what the BMC itself says,

@@ -31,8 +31,6 @@ struct ShownSettings
     TypedSettings Typed;
 };
 
-using FrontMaker = std::function<std::unique_ptr<RedfishConfigProc>()>;
-
 void PutInto(Answer& answer, const ShownSettings& settings, const Options& options)
 {
     if (options.Json)
@@ -55,7 +53,7 @@ RedfishConfigResult Collect(const SettingStringMap& given, const Options& option
         return {CodeSucceed, "", ""};
     }
     const auto entry = given.find(prefixes.Second);
-    const bool good = entry == given.end() || ReadTypedSettings(entry->second, prefix, settings.Typed);
+    const bool good = entry == given.end() || ReadTypedSettings(entry->second, prefix + ".", settings.Typed);
     return {good ? CodeSucceed : CodeInternal, "", ""};
 }
 

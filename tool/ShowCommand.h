@@ -1,9 +1,7 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-
 #include "Answer.h"
+#include "Fronts.h"
 #include "RedfishConfigProc.h"
 
 namespace Tavrine::Tool
@@ -24,7 +22,6 @@ Answer ShowAll(RedfishConfigProc& front, const Options& options);
 /// shell patterns are held against these.
 /// @param freshFront  gives an object that was not used yet; asked when `front`, after
 ///                    what it was asked before, has no group values to give.
-Answer ShowNames(RedfishConfigProc& front, const Options& options,
-                 const std::function<std::unique_ptr<RedfishConfigProc>()>& freshFront);
+Answer ShowNames(RedfishConfigProc& front, const Options& options, const FrontMaker& freshFront);
 
 } // namespace Tavrine::Tool

@@ -86,12 +86,11 @@ std::optional<Failure> ReadValues(const RebootMeans& means, const std::vector<Ex
 {
     CauseLog causes;
     const std::unique_ptr<RedfishConfigProc> front = means.FreshFront();
-    const Prefixes prefixes = ShownPrefixes(*front);
     TypedSettings group;
     const auto read = [&](const SettingStringMap& given)
     {
         return std::all_of(given.begin(), given.end(),
-                           [&](const auto& entry) { return ReadTypedSettings(entry.second, prefixes.First, group); });
+                           [&](const auto& entry) { return ReadTypedSettings(entry.second, "", group); });
     };
     SettingStringMap given;
     const RedfishConfigResult result = front->QueryGroupSettingValues(given);
@@ -105,8 +104,7 @@ std::optional<Failure> ReadValues(const RebootMeans& means, const std::vector<Ex
     }
     for (const ExpectedValue& one : expected)
     {
-        const std::string shown = prefixes.First + "." + one.Name;
-        if (!group.contains(shown))
+        if (!group.contains(one.Name))
         {
             SettingStringMap single; // protected, or hidden from groups
             if (IsSuccess(front->QuerySettingValue(one.Name, single).ErrorCode()))
@@ -114,7 +112,7 @@ std::optional<Failure> ReadValues(const RebootMeans& means, const std::vector<Ex
                 read(single);
             }
         }
-        if (const auto value = group.find(shown); value != group.end() && !value->second.is_null())
+        if (const auto value = group.find(one.Name); value != group.end() && !value->second.is_null())
         {
             values[one.Name] = ValueText(value->second);
         }

@@ -2,12 +2,12 @@
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Answer.h"
+#include "Fronts.h"
 #include "RedfishConfigProc.h"
 #include "SystemResource.h"
 
@@ -49,7 +49,7 @@ struct RebootMeans
 {
     BmcRequests Requests;
     /// Gives a front object that was not used yet, of typed output.
-    std::function<std::unique_ptr<RedfishConfigProc>()> FreshFront;
+    FrontMaker FreshFront;
     std::function<std::chrono::milliseconds()> Now;
     /// Lets so much time go by; false when the run is to end.
     std::function<bool(std::chrono::milliseconds)> Pause;

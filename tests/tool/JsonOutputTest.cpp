@@ -48,7 +48,7 @@ TEST(GroupsObject, NamesAreSorted)
 TEST(ReadTypedSettings, NamesGetThePrefixAndValuesKeepTheirKind)
 {
     TypedSettings settings;
-    EXPECT_TRUE(ReadTypedSettings(R"({"A":1,"B":"1","C":true,"D":null,"E":-9223372036854775808})", "UEFI", settings));
+    EXPECT_TRUE(ReadTypedSettings(R"({"A":1,"B":"1","C":true,"D":null,"E":-9223372036854775808})", "UEFI.", settings));
     const TypedSettings expected = {
         {"UEFI.A", 1}, {"UEFI.B", "1"}, {"UEFI.C", true}, {"UEFI.D", nullptr}, {"UEFI.E", INT64_MIN}};
     EXPECT_EQ(settings, expected);
