@@ -29,7 +29,7 @@ class RedfishClient;
 /// Every verb can answer: 0; 1 (done, and the answer says that a reset is
 /// needed; not for GET); 24 (no connection, name, TLS, time-out, 401 or 403; the message names
 /// host, port and cause); 27 (no JSON where JSON is due, or over the size limit,
-/// or a 2xx whose messages fill more than 16 MiB and were not all read);
+/// or a 2xx of which that, or messages that need more than 16 MiB of memory, keeps failures from being read);
 /// 32 (a 5xx other than those of 33); 33 (503, or a message id that says
 /// temporarily unavailable, shutting down or starting). A refusal (any other 4xx,
 /// or an error inside a 2xx) is 26 for GET, 18 for PATCH and for the POST with an

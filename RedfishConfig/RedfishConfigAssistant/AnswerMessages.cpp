@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <optional>
+#include <unordered_set>
 #include <utility>
 
 #include <boost/json/serialize.hpp>
 #include <boost/json/value.hpp>
+#include <fmt/format.h>
 
 #include "JsonParts.h"
 #include "JsonText.h"
@@ -182,13 +184,19 @@ class Collector
         }
         m_Empty = false;
         // A service may send one of these for each setting: they must not take the places of faults.
-        if (message.Kind == MessageKind::Success || message.Kind == MessageKind::Note || IsHeld(message))
+        if (message.Kind == MessageKind::Success || message.Kind == MessageKind::Note)
+        {
+            return;
+        }
+        std::string fault = FaultOf(message);
+        if (m_Held.contains(fault))
         {
             return;
         }
         m_List.Cut = m_List.Messages.size() == MaxMessages;
         if (!m_List.Cut)
         {
+            m_Held.insert(std::move(fault));
             m_List.Messages.push_back(std::move(message));
         }
     }
@@ -197,27 +205,27 @@ class Collector
     MessageList Take() { return std::move(m_List); }
 
   private:
-    bool IsHeld(const BmcMessage& message) const
+    /// The same text for all messages of one fault. About a setting one key is one fault, in whatever words.
+    static std::string FaultOf(const BmcMessage& message)
     {
-        const auto same = [&message](const BmcMessage& other)
+        if (message.Kind == MessageKind::ResetNeeded)
         {
-            return message.Kind == MessageKind::ResetNeeded
-                       ? other.Kind == message.Kind
-                       : other.Key == message.Key && other.Settings == message.Settings && SameWords(other, message);
-        };
-        return std::any_of(m_List.Messages.begin(), m_List.Messages.end(), same);
-    }
-
-    /// About a setting one key is one fault, in whatever words.
-    static bool SameWords(const BmcMessage& left, const BmcMessage& right)
-    {
-        return !left.Settings.empty() || (left.Text == right.Text && left.Wordless == right.Wordless &&
-                                          (!left.Wordless || left.Arguments == right.Arguments));
+            return {};
+        }
+        std::vector<std::string> parts = {message.Key, message.Settings.empty() ? message.Text : std::string()};
+        const std::vector<std::string>& rest = message.Settings.empty() ? message.Arguments : message.Settings;
+        if (message.Wordless || !message.Settings.empty())
+        {
+            parts.emplace_back();
+            parts.insert(parts.end(), rest.begin(), rest.end());
+        }
+        return fmt::format("{}", fmt::join(parts, "\n"));
     }
 
     bool m_Refused;
     bool m_Empty = true;
     MessageList m_List;
+    std::unordered_set<std::string> m_Held;
 };
 
 /// An "error" without a list: "code" and "message", the latter at times an object with
@@ -281,25 +289,26 @@ MessageList ReadMessages(std::string_view body, bool refused)
     {
         return {};
     }
-    const auto [document, cut] = ParseParts(body, MessageParts);
-    if (!document)
+    const JsonParts parts = ParseParts(body, MessageParts);
+    if (!parts.Document)
     {
-        return {};
+        return {{}, !parts.Whole()};
     }
-    const json::value* const error = Member(&*document, "error");
+    const json::value* const document = &*parts.Document;
+    const json::value* const error = Member(document, "error");
     Collector collector(refused);
     collector.AddAll(Member(error, ExtendedInfo));
-    collector.AddAll(Member(&*document, ExtendedInfo));
-    collector.AddAll(Member(&*document, "Messages"));
+    collector.AddAll(Member(document, ExtendedInfo));
+    collector.AddAll(Member(document, "Messages"));
     collector.AddAnnotations(error);
-    collector.AddAnnotations(&*document);
-    collector.AddAnnotations(Member(&*document, "Attributes"));
+    collector.AddAnnotations(document);
+    collector.AddAnnotations(Member(document, "Attributes"));
     if (collector.Empty() && error != nullptr && error->is_object())
     {
         collector.Add(BareError(*error));
     }
     MessageList list = collector.Take();
-    list.Cut = list.Cut || cut;
+    list.Cut = list.Cut || !parts.Whole();
     return list;
 }
 

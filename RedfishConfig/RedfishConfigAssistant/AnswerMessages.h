@@ -33,13 +33,14 @@ struct MessageList
 {
     /// None of the kinds Success and Note, and ResetNeeded once at the most.
     std::vector<BmcMessage> Messages;
-    /// There are more, which were not read.
+    /// There may be more, which were not read.
     bool Cut = false;
 };
 
 /// The messages of an answer's body, duplicates of one fault merged: those of "error"
 /// and of the top level, and those that annotate a property ("X@Message.ExtendedInfo").
-/// A body that is no JSON has none. Of a larger one than JsonParts keep the messages in front are read.
+/// A body that is no JSON has none, unless it begins as an object: then there may be some. Of more messages than
+/// JsonParts keep those in front are read.
 /// @param refused  the status says that the request was not done: then a message with
 ///                 an unknown key is a fault unless it says that it is none.
 MessageList ReadMessages(std::string_view body, bool refused);

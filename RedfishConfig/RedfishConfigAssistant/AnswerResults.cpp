@@ -208,8 +208,8 @@ void Blot(std::string& text, std::string_view secret)
 RedfishConfigResult Unread(const Judged& judged)
 {
     return {27,
-            fmt::format("{}: the answer of {} ({}) holds messages that were not read, they are too large for that.",
-                        judged.Call(), judged.Request.Place, StatusText(judged.Answer.Status)),
+            fmt::format("{}: the answer of {} ({}) cannot be read whole, and may tell of failures.", judged.Call(),
+                        judged.Request.Place, StatusText(judged.Answer.Status)),
             ""};
 }
 

@@ -20,6 +20,9 @@ namespace
 
 namespace json = boost::json;
 
+/// On the parser's stack, in its list or object, and in the table or the spare room of that.
+constexpr std::size_t ValueBytes = 3 * sizeof(json::value);
+
 /// Builds a document of the values that are kept, and passes over the others.
 class PartsHandler : public ShapeHandler
 {
@@ -70,7 +73,7 @@ class PartsHandler : public ShapeHandler
     {
         if (KeepOfNext() == Keep::All)
         {
-            m_Text.append(part.data(), part.size());
+            Append(m_Text, part, m_Left);
         }
         return ShapeHandler::on_string_part(part, size, ec);
     }
@@ -124,7 +127,7 @@ class PartsHandler : public ShapeHandler
         return ShapeHandler::on_null(ec);
     }
 
-    JsonParts Release() { return {m_HasRoot ? std::optional(m_Values.release()) : std::nullopt, m_Cut}; }
+    JsonParts Release() { return {m_HasRoot ? std::optional(m_Values.release()) : std::nullopt, m_Cut, false}; }
 
   private:
     /// An object or array that is kept, and is open.
@@ -145,6 +148,16 @@ class PartsHandler : public ShapeHandler
         }
         const Holder& holder = m_Holders.back();
         return holder.Members == Keep::All ? Keep::All : m_Rule(holder.Name, m_Name);
+    }
+
+    /// What comes in parts is held before it is known to be too large.
+    void Append(std::string& begun, json::string_view part, std::size_t most)
+    {
+        m_Cut = m_Cut || begun.size() + part.size() > most;
+        if (!m_Cut)
+        {
+            begun.append(part.data(), part.size());
+        }
     }
 
     /// Makes room for the value that comes, where it is kept whole.
@@ -169,7 +182,7 @@ class PartsHandler : public ShapeHandler
 
     bool Place(std::size_t bytes)
     {
-        const std::size_t cost = sizeof(json::value) + bytes + m_Name.size();
+        const std::size_t cost = ValueBytes + bytes + m_Name.size();
         if (m_Cut || cost > m_Left)
         {
             m_Cut = true;
@@ -227,7 +240,7 @@ class PartsHandler : public ShapeHandler
         {
             m_Name.clear();
         }
-        m_Name.append(part.data(), part.size());
+        Append(m_Name, part, MaxPartsBytes);
         m_NameEnded = last;
     }
 
@@ -251,7 +264,12 @@ class PartsHandler : public ShapeHandler
 JsonParts ParseParts(std::string_view text, KeepRule rule)
 {
     json::basic_parser<PartsHandler> parser(JsonOptions(), rule);
-    return ParseShape(parser, text).empty() ? parser.handler().Release() : JsonParts();
+    if (ParseShape(parser, text).empty())
+    {
+        return parser.handler().Release();
+    }
+    const std::size_t begin = text.find_first_not_of(" \t\r\n");
+    return {std::nullopt, false, begin != std::string_view::npos && text[begin] == '{'};
 }
 
 } // namespace Tavrine

@@ -21,8 +21,8 @@ enum class Keep
 /// Says it of a member of the object whose name is `parent`; that of the document is "".
 using KeepRule = Keep (*)(std::string_view parent, std::string_view name);
 
-/// What JsonParts keep at the most, in bytes of memory: of a document many times as large nothing but the parts is
-/// held.
+/// What JsonParts keep at the most, in bytes of memory, about: of a document many times as large little more than the
+/// parts is held.
 inline constexpr std::size_t MaxPartsBytes = 16U * 1024U * 1024U;
 
 /// Parts of a document.
@@ -32,6 +32,10 @@ struct JsonParts
     std::optional<boost::json::value> Document;
     /// More was to be kept than MaxPartsBytes: values are missing.
     bool Cut = false;
+    /// It begins as an object, and LookAtJson refuses it: what it was to say is not known.
+    bool Refused = false;
+
+    bool Whole() const { return !Cut && !Refused; }
 };
 
 /// Reads a document, however large, and keeps what the rule names. Throws where memory runs out, as ParseJson does.

@@ -70,7 +70,7 @@ constexpr StateWord stateWords[] = {
 struct TaskView
 {
     Progress State = Progress::NoTask;
-    /// Too large to tell.
+    /// It cannot be told.
     bool Unread = false;
     /// The BMC's word for the state.
     std::string Word;
@@ -102,9 +102,10 @@ Keep TaskParts(std::string_view parent, std::string_view name)
 TaskView LookAtTask(std::string_view body)
 {
     TaskView view;
-    const auto [document, cut] = ParseParts(body, TaskParts);
-    view.Unread = cut;
-    if (!document || cut)
+    const JsonParts parts = ParseParts(body, TaskParts);
+    const auto& document = parts.Document;
+    view.Unread = !parts.Whole();
+    if (!document || view.Unread)
     {
         return view;
     }
@@ -192,7 +193,10 @@ class Follower
         if (exchange.Fault)
         {
             m_Trouble = exchange.Fault->Text;
-            const bool final = ++m_Faults == MaxFaults || exchange.Fault->Code != 24 || AbortFlag::IsRaised();
+            const int code = exchange.Fault->Code;
+            m_Faults += code == 33 ? 0 : 1; // a service that has started anew lets nobody in for a while
+            const bool passes = code == 24 || code == 32 || code == 33;
+            const bool final = !passes || m_Faults == MaxFaults || AbortFlag::IsRaised();
             return final ? std::optional(Doubtful("but it cannot be watched any more: " + m_Trouble)) : std::nullopt;
         }
         m_Faults = 0;
@@ -202,7 +206,9 @@ class Follower
     std::optional<TaskEnd> Weigh(const HttpAnswer& answer)
     {
         m_RetryAfter = RetryAfterSeconds(answer);
-        if (IsBusy(answer))
+        const TaskView view = answer.Success() ? LookAtTask(answer.Body) : TaskView();
+        // What a task that has ended tells of a busy service was so while it ran.
+        if (!HasEnded(view) && IsBusy(answer))
         {
             m_Trouble = "the BMC is not ready";
             return std::nullopt;
@@ -216,10 +222,9 @@ class Follower
         {
             return Doubtful("but it cannot be watched, it is answered with " + StatusText(answer.Status));
         }
-        const TaskView view = answer.Success() ? LookAtTask(answer.Body) : TaskView();
         if (view.Unread)
         {
-            return Doubtful("but its text is too large to be read");
+            return Doubtful("but its text cannot be read");
         }
         m_Trouble = view.Word;
         if (HasEnded(view) || (view.State == Progress::Waiting && AsksForReset(answer)))
@@ -281,7 +286,7 @@ std::optional<TaskEnd> FollowTask(const HttpAnswer& accepted, const TaskWatch& w
     }
     if (view.Unread)
     {
-        return TaskEnd{{}, {}, "as a task of which the answer is too large to be read"};
+        return TaskEnd{{}, {}, "as a task, in an answer that cannot be read"};
     }
     if (unusable.empty())
     {

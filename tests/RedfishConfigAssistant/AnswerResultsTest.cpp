@@ -9,6 +9,7 @@
 
 #include "AnswerMessages.h"
 #include "JsonParts.h"
+#include "JsonText.h"
 #include "Logging.h"
 #include "SharedData.h"
 #include "TestServer.h"
@@ -356,6 +357,27 @@ TEST(AnswerResults, AnAnswerWithMoreMessagesThanAreReadIsNoSuccess)
         EXPECT_EQ(log.Records().size(), cut ? 1U : 0U);
         EXPECT_THAT(JudgePatch(400, body, noErrors), HasCode(18));
         EXPECT_THAT(JudgePatch(503, body, noErrors), HasCode(33));
+    }
+}
+
+TEST(AnswerResults, AnAnswerThatIsNoWholeObjectIsNoSuccess)
+{
+    const std::string fault = R"({"error":{"@Message.ExtendedInfo":[{"MessageId":"B.PropertyNotWritable"}]})";
+    const std::vector<std::string> tails = {
+        "",
+        R"(,"Oem":1e400})",
+        ",\"Oem\":\"\xff\"}",
+        "} and more",
+        R"(,"Oem":)" + std::string(MaxJsonDepth, '[') + std::string(MaxJsonDepth, ']') + "}",
+    };
+    for (const std::string& tail : tails)
+    {
+        EXPECT_THAT(JudgePatch(200, " " + fault + tail, noErrors), Fails(27, "cannot be read whole")) << tail;
+        EXPECT_THAT(JudgePatch(400, fault + tail, noErrors), HasCode(18)) << tail;
+    }
+    for (const std::string body : {"OK", "<html>{</html>", "[1", " ", "\"{"})
+    {
+        EXPECT_THAT(JudgePatch(200, body, noErrors), HasCode(0)) << body;
     }
 }
 

@@ -8,6 +8,7 @@
 #include "BMCBaseAssistant.h"
 #include "BmcConnection.h"
 #include "JsonParts.h"
+#include "JsonText.h"
 #include "Logging.h"
 #include "RawServer.h"
 #include "TestServer.h"
@@ -189,9 +190,30 @@ TEST(Task, OneWhoseStateIsTooLongToReadIsNotCalledDone)
 {
     const std::string text = TaskText(std::string(MaxPartsBytes, 'x'));
     EXPECT_THAT(Patch({{"/settings", {{202, text}}}}).Result,
-                Fails(24, "the BMC accepted PATCH /settings as a task of which the answer is too large"));
+                Fails(24, "the BMC accepted PATCH /settings as a task, in an answer that cannot be read"));
     EXPECT_THAT(Patch({{"/settings", {Accepted()}}, {Monitor, {{200, text}}}}).Result,
-                Fails(24, std::string("as task ") + Monitor + ", but its text is too large to be read; whether"));
+                Fails(24, std::string("as task ") + Monitor + ", but its text cannot be read; whether"));
+}
+
+TEST(Task, OneWhoseTextIsNoJsonIsNotCalledDone)
+{
+    const std::string deep = std::string(MaxJsonDepth, '[') + std::string(MaxJsonDepth, ']');
+    for (const std::string& member : {std::string(",\"Oem\":\"\xff\""), R"(,"Oem":)" + deep})
+    {
+        EXPECT_THAT(Patch({{"/settings", {Accepted()}}, {Monitor, {{200, TaskText("Exception", member)}}}}).Result,
+                    Fails(24, "but its text cannot be read"));
+    }
+}
+
+TEST(Task, OneThatHasEndedIsNotWaitedForWhateverItsMessagesSayOfABusyService)
+{
+    const std::string busy = R"(,"Messages":[{"MessageId":"Base.1.18.ServiceTemporarilyUnavailable"}])";
+    Outcome outcome = Patch({{"/settings", {Accepted()}}, {Monitor, {{200, TaskText("Exception", busy)}}}});
+    EXPECT_EQ(outcome.Calls.size(), 2U);
+    EXPECT_NE(outcome.Result.ErrorCode(), 24);
+    Outcome working = Patch(
+        {{"/settings", {Accepted()}}, {Monitor, {{200, TaskText("Running", busy)}, {200, TaskText("Completed")}}}});
+    EXPECT_THAT(working.Result, HasCode(0));
 }
 
 TEST(Task, FailedSettingsOfATaskAreListed)
@@ -568,6 +590,26 @@ TEST(Task, ANewLoginThatFailsUnderATaskIsNoFailureOfTheChange)
             << status;
         EXPECT_EQ(logins, 2) << status;
     }
+}
+
+TEST(Task, ALookAfterABusyLoginIsMadeWithThePassword)
+{
+    std::atomic<int> logins{0};
+    const TestServer server(
+        [&](const httplib::Request& request, httplib::Response& response)
+        {
+            response.set_header("X-Auth-Token", "token");
+            response.set_header("Location", Monitor);
+            response.status = request.method == "PATCH" ? 202
+                              : request.method == "GET" ? (request.has_header("Authorization") ? 204 : 401)
+                              : ++logins == 1           ? 201
+                                                        : 503;
+        });
+    TavrineConnection::BmcConnection connection(server.Info(), {});
+    EXPECT_THAT(connection.OpenSession(), HasCode(0));
+    std::vector<RedfishConfigResult> errors;
+    EXPECT_THAT(BMCBaseAssistant(connection.Info(), Kind).PatchData("/settings", "{}", errors, true, {}), HasCode(0));
+    EXPECT_EQ(logins, 2);
 }
 
 TEST(Task, TheWaitForABusyBmcIsNoneOfItsTime)
