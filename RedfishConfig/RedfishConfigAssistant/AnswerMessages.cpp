@@ -149,7 +149,7 @@ class Collector
             Add(ReadOne(*messages, m_Refused, annotated));
         }
         const json::array* const array = messages->if_array();
-        for (std::size_t i = 0; array != nullptr && i < array->size() && !m_List.Cut; ++i)
+        for (std::size_t i = 0; array != nullptr && i < array->size() && m_List.Unread.empty(); ++i)
         {
             if ((*array)[i].is_object())
             {
@@ -193,12 +193,13 @@ class Collector
         {
             return;
         }
-        m_List.Cut = m_List.Messages.size() == MaxMessages;
-        if (!m_List.Cut)
+        if (m_List.Messages.size() == MaxMessages)
         {
-            m_Held.insert(std::move(fault));
-            m_List.Messages.push_back(std::move(message));
+            m_List.Unread = "full of messages";
+            return;
         }
+        m_Held.insert(std::move(fault));
+        m_List.Messages.push_back(std::move(message));
     }
 
     bool Empty() const { return m_Empty; }
@@ -289,10 +290,10 @@ MessageList ReadMessages(std::string_view body, bool refused)
     {
         return {};
     }
-    const JsonParts parts = ParseParts(body, MessageParts);
+    JsonParts parts = ParseParts(body, MessageParts);
     if (!parts.Document)
     {
-        return {{}, !parts.Whole()};
+        return {{}, std::move(parts.Fault)};
     }
     const json::value* const document = &*parts.Document;
     const json::value* const error = Member(document, "error");
@@ -308,7 +309,7 @@ MessageList ReadMessages(std::string_view body, bool refused)
         collector.Add(BareError(*error));
     }
     MessageList list = collector.Take();
-    list.Cut = list.Cut || !parts.Whole();
+    list.Unread = list.Unread.empty() ? std::move(parts.Fault) : list.Unread;
     return list;
 }
 

@@ -33,8 +33,8 @@ struct MessageList
 {
     /// None of the kinds Success and Note, and ResetNeeded once at the most.
     std::vector<BmcMessage> Messages;
-    /// There may be more, which were not read.
-    bool Cut = false;
+    /// Why there may be more, which were not read, going on from "it is"; empty for nothing.
+    std::string Unread;
 };
 
 /// The messages of an answer's body, duplicates of one fault merged: those of "error"

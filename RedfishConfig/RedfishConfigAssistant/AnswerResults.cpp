@@ -205,11 +205,11 @@ void Blot(std::string& text, std::string_view secret)
     }
 }
 
-RedfishConfigResult Unread(const Judged& judged)
+RedfishConfigResult Unread(const Judged& judged, const std::string& why)
 {
     return {27,
-            fmt::format("{}: the answer of {} ({}) cannot be read whole, and may tell of failures.", judged.Call(),
-                        judged.Request.Place, StatusText(judged.Answer.Status)),
+            fmt::format("{}: the answer of {} ({}) is {}, and may tell of failures.", judged.Call(),
+                        judged.Request.Place, StatusText(judged.Answer.Status), why),
             ""};
 }
 
@@ -256,9 +256,9 @@ RedfishConfigResult JudgeAnswer(const AnsweredRequest& request, const HttpAnswer
                                 std::vector<RedfishConfigResult>& errors)
 {
     const int status = answer.Status;
-    const auto [messages, cut] = CleanMessages(request, answer);
+    const auto [messages, unread] = CleanMessages(request, answer);
     const Judged judged{request, answer, FaultWords(messages)};
-    if (cut)
+    if (!unread.empty())
     {
         Log(1, __FILE__, __LINE__).Stream()
             << "Not all messages in the answer of " << request.Place << " to " << judged.Call() << " were read.";
@@ -280,9 +280,9 @@ RedfishConfigResult JudgeAnswer(const AnsweredRequest& request, const HttpAnswer
         ListSettings(messages, errors);
         return Refused(judged);
     }
-    if (cut)
+    if (!unread.empty())
     {
-        return Unread(judged);
+        return Unread(judged, unread);
     }
     const bool reset = request.Verb != HttpVerb::Get && Holds(messages, MessageKind::ResetNeeded);
     return {reset ? 1 : 0, "", ""};

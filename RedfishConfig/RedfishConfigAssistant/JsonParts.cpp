@@ -127,7 +127,11 @@ class PartsHandler : public ShapeHandler
         return ShapeHandler::on_null(ec);
     }
 
-    JsonParts Release() { return {m_HasRoot ? std::optional(m_Values.release()) : std::nullopt, m_Cut, false}; }
+    JsonParts Release()
+    {
+        return {m_HasRoot ? std::optional(m_Values.release()) : std::nullopt,
+                m_Cut ? "too large to be read whole" : ""};
+    }
 
   private:
     /// An object or array that is kept, and is open.
@@ -264,12 +268,14 @@ class PartsHandler : public ShapeHandler
 JsonParts ParseParts(std::string_view text, KeepRule rule)
 {
     json::basic_parser<PartsHandler> parser(JsonOptions(), rule);
-    if (ParseShape(parser, text).empty())
+    std::string fault = ParseShape(parser, text);
+    if (fault.empty())
     {
         return parser.handler().Release();
     }
     const std::size_t begin = text.find_first_not_of(" \t\r\n");
-    return {std::nullopt, false, begin != std::string_view::npos && text[begin] == '{'};
+    const bool isObject = begin != std::string_view::npos && text[begin] == '{';
+    return {std::nullopt, isObject ? std::move(fault) : std::string()};
 }
 
 } // namespace Tavrine

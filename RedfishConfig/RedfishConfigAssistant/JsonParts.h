@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include <boost/json/value.hpp>
@@ -30,12 +31,9 @@ struct JsonParts
 {
     /// An object of what was kept; nothing for a document that is no object, or that LookAtJson refuses.
     std::optional<boost::json::value> Document;
-    /// More was to be kept than MaxPartsBytes: values are missing.
-    bool Cut = false;
-    /// It begins as an object, and LookAtJson refuses it: what it was to say is not known.
-    bool Refused = false;
-
-    bool Whole() const { return !Cut && !Refused; }
+    /// What keeps it from being read whole, such as "no JSON: incomplete JSON", going on from "it is": of what begins
+    /// as an object what LookAtJson says, else that more was to be kept than MaxPartsBytes. Empty for nothing.
+    std::string Fault;
 };
 
 /// Reads a document, however large, and keeps what the rule names. Throws where memory runs out, as ParseJson does.

@@ -26,11 +26,11 @@ std::string FaultText(const json::error_code& ec, std::size_t position)
     }
     if (ec == json::error::array_too_large || ec == json::error::object_too_large)
     {
-        return "more than " + std::to_string(MaxJsonValues) + " values";
+        return "larger than " + std::to_string(MaxJsonValues) + " values";
     }
     if (ec == json::error::exponent_overflow)
     {
-        return "a number is too large near byte " + std::to_string(position);
+        return "unusable: a number is too large near byte " + std::to_string(position);
     }
     return "no JSON: " + ec.message() + " near byte " + std::to_string(position);
 }

@@ -70,8 +70,8 @@ constexpr StateWord stateWords[] = {
 struct TaskView
 {
     Progress State = Progress::NoTask;
-    /// It cannot be told.
-    bool Unread = false;
+    /// Why it cannot be told, going on from "it is"; empty where it can.
+    std::string Unread;
     /// The BMC's word for the state.
     std::string Word;
     std::string Monitor;
@@ -102,10 +102,10 @@ Keep TaskParts(std::string_view parent, std::string_view name)
 TaskView LookAtTask(std::string_view body)
 {
     TaskView view;
-    const JsonParts parts = ParseParts(body, TaskParts);
+    JsonParts parts = ParseParts(body, TaskParts);
     const auto& document = parts.Document;
-    view.Unread = !parts.Whole();
-    if (!document || view.Unread)
+    view.Unread = std::move(parts.Fault);
+    if (!document || !view.Unread.empty())
     {
         return view;
     }
@@ -222,9 +222,9 @@ class Follower
         {
             return Doubtful("but it cannot be watched, it is answered with " + StatusText(answer.Status));
         }
-        if (view.Unread)
+        if (!view.Unread.empty())
         {
-            return Doubtful("but its text cannot be read");
+            return Doubtful("but its text is " + view.Unread);
         }
         m_Trouble = view.Word;
         if (HasEnded(view) || (view.State == Progress::Waiting && AsksForReset(answer)))
@@ -284,9 +284,9 @@ std::optional<TaskEnd> FollowTask(const HttpAnswer& accepted, const TaskWatch& w
         Log(4, __FILE__, __LINE__).Stream() << "Following the task " << CleanText(paths.front(), MaxPathBytes);
         return Follower(watch, std::move(paths)).Run(accepted);
     }
-    if (view.Unread)
+    if (!view.Unread.empty())
     {
-        return TaskEnd{{}, {}, "as a task, in an answer that cannot be read"};
+        return TaskEnd{{}, {}, "as a task, in an answer that is " + view.Unread};
     }
     if (unusable.empty())
     {

@@ -372,7 +372,11 @@ TEST(AnswerResults, AnAnswerThatIsNoWholeObjectIsNoSuccess)
     };
     for (const std::string& tail : tails)
     {
-        EXPECT_THAT(JudgePatch(200, " " + fault + tail, noErrors), Fails(27, "cannot be read whole")) << tail;
+        EXPECT_THAT(JudgePatch(200, " " + fault + tail, noErrors),
+                    Fails(27, tail.ends_with("]}")              ? "is nested deeper"
+                              : tail.find("1e400") != tail.npos ? "is unusable: a number is too large"
+                                                                : "is no JSON"))
+            << tail;
         EXPECT_THAT(JudgePatch(400, fault + tail, noErrors), HasCode(18)) << tail;
     }
     for (const std::string body : {"OK", "<html>{</html>", "[1", " ", "\"{"})
@@ -388,7 +392,7 @@ TEST(AnswerResults, MessagesInFrontOfThoseThatAreTooLargeAreRead)
                          std::string(MaxPartsBytes, 'x') + R"(",{"MessageId":"B.PropertyUnknown"}]})",
                      true);
     EXPECT_EQ(list.Messages.size(), 1U);
-    EXPECT_TRUE(list.Cut);
+    EXPECT_EQ(list.Unread, "too large to be read whole");
 }
 
 TEST(AnswerResults, ControlCharactersOfTheBmcDoNotReachAMessage)

@@ -50,7 +50,7 @@ TEST(JsonText, ValuesAreTakenUpToTheLimit)
 {
     // The array counts itself.
     EXPECT_EQ(LookAtJson(Zeros(MaxJsonValues - 1)).Fault, "");
-    EXPECT_EQ(LookAtJson(Zeros(MaxJsonValues)).Fault, "more than 4000000 values");
+    EXPECT_EQ(LookAtJson(Zeros(MaxJsonValues)).Fault, "larger than 4000000 values");
 }
 
 TEST(JsonText, WhatIsNoJsonIsRefused)
@@ -79,7 +79,7 @@ TEST(JsonText, NumbersThatNoDoubleHoldsAreRefused)
 {
     for (const char* text : {"1e400", "[-1e309]", "{\"a\":99999999999999999999e300}"})
     {
-        EXPECT_TRUE(LookAtJson(text).Fault.starts_with("a number is too large near byte ")) << LookAtJson(text).Fault;
+        EXPECT_TRUE(LookAtJson(text).Fault.starts_with("unusable: a number is too large near byte ")) << LookAtJson(text).Fault;
         EXPECT_FALSE(ParseJson(text)) << text;
     }
 }
