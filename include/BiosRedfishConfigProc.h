@@ -129,7 +129,8 @@ class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
 
   private:
     friend RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
-                                                  std::unique_ptr<RedfishConfigSettingManager>& manager);
+                                                  std::unique_ptr<RedfishConfigSettingManager>& manager,
+                                                  bool withProtected);
     friend void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& manager);
     friend bool AwaitsDefaults(const BiosRedfishConfigProc& front);
 

@@ -13,7 +13,8 @@ namespace Tavrine
 /// For a program that asks more about settings than the operations of the front object
 /// answer: a manager of its own over the registry that `front` keeps, with the current
 /// values, pending ones before those in force. Protected settings are among them where
-/// `front` reaches them. Registry and values are fetched where `front` has not done so yet.
+/// `front` reaches them, unless `withProtected` is false: then nothing is sent for them. Registry and values are
+/// fetched where `front` has not done so yet.
 /// @return 0; 26, 13, and what a request to the BMC ended in, as for the operations of `front` (see
 /// RedfishConfigProc). A text that is no registry shows at the manager's first operation
 /// (GetSettingNames, for one), by code 27. `manager` is untouched on failure.
@@ -21,7 +22,8 @@ namespace Tavrine
 /// The manager is the caller's, may outlive `front`, and may be used by another thread than it
 /// afterwards; here `front` is used as by its own operations.
 TAVRINE_EXPORT RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
-                                                      std::unique_ptr<RedfishConfigSettingManager>& manager);
+                                                      std::unique_ptr<RedfishConfigSettingManager>& manager,
+                                                      bool withProtected = true);
 
 /// Spares a new front object of the same BMC the registry: it takes over the one that
 /// `manager` has, which is read where that has not been done yet; a text that is no registry is taken

@@ -243,11 +243,11 @@ std::unique_ptr<RedfishConfigProc> Bmc::MakeFront(int outputFormat, std::int32_t
     return front;
 }
 
-ManagerReader Bmc::SettingManagers()
+ManagerReader Bmc::SettingManagers(bool withProtected)
 {
-    return [this](RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
+    return [this, withProtected](RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
     {
-        RedfishConfigResult result = ReadSettingManager(front, manager);
+        RedfishConfigResult result = ReadSettingManager(front, manager, withProtected);
         if (IsSuccess(result.ErrorCode()) && !m_Registry)
         {
             m_Registry = std::make_unique<RedfishConfigSettingManager>("", false, Config_Options());

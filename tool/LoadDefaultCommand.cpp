@@ -124,6 +124,10 @@ WaitingChanges WaitingOf(const std::vector<DefaultLoad>& loads)
         {
             waiting.Unreadable.push_back(load.ShownName);
         }
+        if (load.SecretDefault)
+        {
+            waiting.Secrets.emplace_back(std::string(load.SecretDefault->Text()));
+        }
     }
     return waiting;
 }
@@ -182,17 +186,6 @@ Answer RunWhole(const Options& options, Bmc& bmc)
         RebootAndVerify(means, options, expected, answer);
     }
     return answer;
-}
-
-/// Of a BMC without the OEM actions for protected settings those are left out.
-ManagerReader ReaderOfKinds(Bmc& bmc)
-{
-    return [&bmc](RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
-    {
-        const ManagerReader read = bmc.SettingManagers();
-        const RedfishConfigResult result = read(front, manager);
-        return MissesAction(FailureOf(result)) ? read(*bmc.StandardFront(0), manager) : result;
-    };
 }
 
 } // namespace
@@ -273,8 +266,9 @@ Answer RunLoadDefault(const Options& options, Bmc& bmc)
         return RunWhole(options, bmc);
     }
     WaitingChanges waiting;
+    // The registry tells the kinds of protected settings as well.
     Answer answer = LoadSingleDefaults(
-        options, [&] { return bmc.DecimalFront(); }, ReaderOfKinds(bmc), waiting);
+        options, [&] { return bmc.DecimalFront(); }, bmc.SettingManagers(false), waiting);
     RebootForChanges(MeansOf(bmc), options, waiting, answer);
     return answer;
 }

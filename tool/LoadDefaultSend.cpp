@@ -2,7 +2,13 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <locale>
+#include <memory>
+#include <string_view>
 #include <utility>
+
+#include <boost/algorithm/string/predicate.hpp>
 
 #include "BIOSCompatibleModule.h"
 #include "CauseLog.h"
@@ -87,6 +93,12 @@ bool IsToJudge(const DefaultLoad& load) { return !load.Outcome; }
 /// Whether the BMC has said something about it, which may repeat what it was sent.
 bool IsAnswered(const DefaultLoad& load) { return load.Outcome == LoadOutcome::Failed && !IsUnreachable(load.Code); }
 
+/// Stands in for the value of a setting that shows none.
+OptionalVar KindOfType(const std::string& type)
+{
+    return type == "Boolean" ? OptionalVar(false) : type == "Integer" ? OptionalVar(std::int64_t{0}) : std::nullopt;
+}
+
 /// Without the registry each may be a password.
 void TakeKinds(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, const ManagerReader& readManager,
                CauseLog& causes)
@@ -104,13 +116,21 @@ void TakeKinds(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, const 
         load.Secret = !isKnown || load.Password;
         if (!load.Secret)
         {
-            load.Kind = std::move(info.CurrentValue);
+            load.Kind = info.CurrentValue ? std::move(info.CurrentValue) : KindOfType(info.SettingType.value_or(""));
         }
     }
 }
 
+/// What the BMC shows tells the kind of a setting of which nothing else does.
+OptionalVar KindOf(const DefaultLoad& load, const Text& shown)
+{
+    const bool isTruth = shown == "true" || shown == "false";
+    return !load.Kind && isTruth ? OptionalVar(false) : load.Kind;
+}
+
 /// As the BMC writes a value of the setting: a registry may have a boolean as "True".
-Text DefaultOf(const DefaultLoad& load, RedfishConfigProc& front)
+/// @param shown  a value that the BMC shows.
+Text DefaultOf(const DefaultLoad& load, RedfishConfigProc& front, const Text& shown)
 {
     SettingStringMap defaults;
     const RedfishConfigResult result = front.QuerySettingDefaultValues(defaults, load.Name);
@@ -119,7 +139,7 @@ Text DefaultOf(const DefaultLoad& load, RedfishConfigProc& front)
         return std::nullopt;
     }
     std::string text = defaults.begin()->second;
-    OptionalVar value = load.Kind;
+    OptionalVar value = KindOf(load, shown);
     if (TransferStringToOptionalVar(value, text))
     {
         GetOptionalVarAsString(value, text);
@@ -127,42 +147,52 @@ Text DefaultOf(const DefaultLoad& load, RedfishConfigProc& front)
     return text;
 }
 
-void HideInAnswer(DefaultLoad& load, const Text& ownDefault, SecretTexts secrets)
+/// @param secrets  of all settings; a short one is looked for in words about its own setting alone.
+void HideInAnswer(DefaultLoad& load, SecretTexts secrets)
 {
-    if (load.Password && ownDefault && IsShortSecret(*ownDefault))
+    std::erase_if(secrets, IsShortSecret);
+    if (load.SecretDefault && IsShortSecret(load.SecretDefault->Text()))
     {
-        secrets.push_back(*ownDefault);
+        secrets.push_back(load.SecretDefault->Text());
     }
-    const bool isLeftOut = HoldsShortSecret(load.Why->Message, secrets);
-    load.Why->Message = (isLeftOut ? load.ShownName + ": " : "") + WithoutSecrets(load.Why->Message, secrets);
-    load.Why->Cause = isLeftOut ? "" : WithoutSecrets(load.Why->Cause, secrets);
+    load.Why = Hidden(std::move(*load.Why), secrets, load.ShownName);
 }
 
-/// The BMC's words may repeat the default of a password. A short one is looked for in words about it alone.
+/// The BMC's words stand behind what they are about: "warning: NAME: words".
+void HideInNote(std::string& note, const SecretTexts& secrets)
+{
+    constexpr std::string_view Mark = "warning: ";
+    constexpr std::string_view Colon = ": ";
+    const std::size_t colon = note.starts_with(Mark) ? note.find(Colon, Mark.size()) : std::string::npos;
+    if (colon != std::string::npos)
+    {
+        const std::size_t words = colon + Colon.size();
+        note = note.substr(0, words) + WithoutSecrets(note.substr(words), secrets);
+    }
+}
+
+/// The BMC's words may repeat the default of a password. What may be none is not looked for where it is short.
 void HideSecrets(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, std::vector<std::string>& notes)
 {
-    std::vector<Text> defaults;
-    for (const DefaultLoad& load : loads)
-    {
-        defaults.push_back(load.Secret ? DefaultOf(load, front) : std::nullopt);
-    }
     SecretTexts secrets;
-    for (const Text& text : defaults)
+    for (DefaultLoad& load : loads)
     {
-        if (text && !IsShortSecret(*text))
+        Text text = load.Secret ? DefaultOf(load, front, std::nullopt) : std::nullopt;
+        if (text && (load.Password || !IsShortSecret(*text)))
         {
-            secrets.push_back(*text);
+            load.SecretDefault = std::make_unique<Secret>(std::move(*text));
+            secrets.emplace_back(load.SecretDefault->Text());
         }
     }
     for (std::string& note : notes)
     {
-        note = WithoutSecrets(note, secrets);
+        HideInNote(note, secrets);
     }
-    for (std::size_t index = 0; index < loads.size(); ++index)
+    for (DefaultLoad& load : loads)
     {
-        if (loads[index].Outcome == LoadOutcome::Failed)
+        if (load.Outcome == LoadOutcome::Failed)
         {
-            HideInAnswer(loads[index], defaults[index], secrets);
+            HideInAnswer(load, secrets);
         }
     }
 }
@@ -202,7 +232,16 @@ Knowledge KnowledgeOf(const DefaultLoad& load, RedfishConfigProc& front, const P
         const auto found = texts.find(load.Key);
         return found != texts.end() ? Text(found->second) : std::nullopt;
     };
-    return {DefaultOf(load, front), find(values.Effective), find(values.Pending)};
+    const Text effective = find(values.Effective);
+    const Text pending = find(values.Pending);
+    return {DefaultOf(load, front, pending ? pending : effective), effective, pending};
+}
+
+/// A BMC may keep the default that it took in letters of its own.
+bool HasTakenDefault(const DefaultLoad& load, const Knowledge& known)
+{
+    return IsSuccess(load.Code) && known.Pending &&
+           boost::algorithm::iequals(*known.Default, *known.Pending, std::locale::classic());
 }
 
 /// What the BMC shows goes before its answer. Success without a need of a reboot tells nothing by itself: it may also
@@ -217,6 +256,10 @@ LoadOutcome OutcomeOf(const DefaultLoad& load, const Knowledge& known)
     if (!known.Default)
     {
         return waits && known.Pending ? LoadOutcome::Sent : LoadOutcome::Unknown;
+    }
+    if (HasTakenDefault(load, known))
+    {
+        return LoadOutcome::Sent;
     }
     if (*known.Default != known.Pending.value_or(*known.Effective))
     {

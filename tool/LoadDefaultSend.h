@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -7,6 +8,7 @@
 #include "Answer.h"
 #include "Fronts.h"
 #include "RedfishConfigProc.h"
+#include "Secret.h"
 #include "SettingManager.h"
 #include "ValueTypes.h"
 
@@ -43,6 +45,8 @@ struct DefaultLoad
     bool Password = false;
     /// Its values are shown nowhere: it is a password, or may be one.
     bool Secret = true;
+    /// The default, where the BMC's words are to be searched for it.
+    std::unique_ptr<Tool::Secret> SecretDefault;
     /// A value of the setting, which tells how a text becomes one; nothing where none is known.
     OptionalVar Kind;
 

@@ -84,9 +84,9 @@ int SyncFolder(const std::filesystem::path& file)
     {
         return errno == EACCES ? 0 : errno;
     }
-    const int failure = fsync(descriptor) == 0 || errno == EINVAL ? 0 : errno;
+    const int failure = fsync(descriptor) == 0 ? 0 : errno;
     close(descriptor);
-    return failure;
+    return failure == EINVAL || failure == ENOTSUP ? 0 : failure;
 }
 
 /// Why a link cannot be followed.
@@ -122,7 +122,7 @@ std::string WriteWholeFile(const std::string& path, std::string_view text, mode_
     }
     const int failure = SyncFolder(target);
     return failure == 0 ? std::string()
-                        : "it is there, but its folder cannot be synced, so that a loss of power may undo that: " +
+                        : "its folder cannot be synced, so that its new content may go with the power: " +
                               std::string(std::strerror(failure));
 }
 

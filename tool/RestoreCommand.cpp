@@ -33,7 +33,7 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr std::size_t NamesInMessage = 5;
+using OutcomeWords::NamesInMessage;
 
 const char* WordOf(RestoreOutcome outcome)
 {
@@ -67,20 +67,6 @@ std::string Words(const RestoreSetting& setting, const std::string& shownName)
     return WordOf(setting.Outcome) + (reason.empty() ? "" : ": " + reason);
 }
 
-void HideIn(Answer& answer, const SecretTexts& secrets)
-{
-    answer.Message = WithoutSecrets(answer.Message, secrets);
-    for (std::string& note : answer.Notes)
-    {
-        note = WithoutSecrets(note, secrets);
-    }
-    for (Failure& failure : answer.Errors)
-    {
-        failure.Message = WithoutSecrets(failure.Message, secrets);
-        failure.Cause = WithoutSecrets(failure.Cause, secrets);
-    }
-}
-
 WaitingChanges WaitingOf(const RestorePlan& plan, const std::string& prefix)
 {
     WaitingChanges waiting;
@@ -90,6 +76,10 @@ WaitingChanges WaitingOf(const RestorePlan& plan, const std::string& prefix)
         const bool mayWait = setting.Outcome == RestoreOutcome::InPlace && !setting.Why.empty();
         const bool waits =
             mayWait || setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Waiting;
+        if (setting.Secret)
+        {
+            waiting.Secrets.emplace_back(std::string(setting.Value));
+        }
         if (waits && setting.Secret)
         {
             waiting.Unreadable.push_back(prefix + "." + setting.Name);
@@ -110,22 +100,20 @@ std::string Shortened(const std::string& name)
 
 void TellStrangers(const RestorePlan& plan, const Options& options, Answer& answer)
 {
-    std::size_t count = 0;
-    std::string names;
+    std::vector<std::string> names;
     for (const RestoreSetting& setting : plan.Settings)
     {
-        if (setting.Stranger && count++ < NamesInMessage)
+        if (setting.Stranger)
         {
-            names += (names.empty() ? "" : ", ") + Shortened(setting.Name);
+            names.push_back(names.size() < NamesInMessage ? Shortened(setting.Name) : std::string());
         }
     }
-    if (count > 0)
+    if (!names.empty())
     {
         AddFailure(answer, {CodeNotFound,
-                            fmt::format("{} {} of the file {} not known to this system and left out: {}{}", count,
-                                        count == 1 ? "setting" : "settings", count == 1 ? "is" : "are", names,
-                                        count > NamesInMessage ? fmt::format(" and {} more", count - NamesInMessage)
-                                                               : std::string()),
+                            fmt::format("{} {} of the file {} not known to this system and left out: {}", names.size(),
+                                        names.size() == 1 ? "setting" : "settings", names.size() == 1 ? "is" : "are",
+                                        OutcomeWords::FirstNames(names)),
                             {},
                             "file " + options.Names.front()});
     }
@@ -188,7 +176,6 @@ class Restorer
         }
         TellRestore(plan, m_Options, prefix, m_Answer);
         RebootForChanges(MeansOf(m_Bmc), m_Options, WaitingOf(plan, prefix), m_Answer);
-        HideIn(m_Answer, LongSecrets(plan)); // of what comes of the changes the BMC tells in its own words, too
         return std::move(m_Answer);
     }
 

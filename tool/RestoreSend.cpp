@@ -3,13 +3,16 @@
 #include <algorithm>
 #include <cstddef>
 #include <optional>
+#include <utility>
 
 #include "Answer.h"
 #include "CauseLog.h"
 #include "MissingActions.h"
 #include "Options.h"
 #include "OrderedLookup.h"
+#include "OutcomeWords.h"
 #include "PendingValues.h"
+#include "Secret.h"
 #include "SettingNames.h"
 #include "SettingSelection.h"
 #include "Signals.h"
@@ -58,33 +61,37 @@ void Conclude(RestoreSetting& setting, RestoreOutcome outcome, int code, const s
     setting.Why = why;
 }
 
-void AddShortSecret(const RestoreSetting& setting, SecretTexts& secrets)
+/// Passwords that the BMC may have received, whose words may repeat them; of the short ones, of which many messages are
+/// full, those of the settings alone that the words can be about.
+/// @param subjects  by index.
+SecretTexts SecretsIn(const RestorePlan& plan, const std::vector<std::size_t>& subjects)
 {
-    if (setting.Secret && IsShortSecret(setting.Value))
+    SecretTexts secrets;
+    const auto add = [&](std::size_t index, bool isShort)
     {
-        secrets.push_back(setting.Value);
-    }
-}
-
-/// What was said of one setting.
-std::string RefusalOf(const RestoreSetting& setting, const std::string& message, SecretTexts secrets)
-{
-    AddShortSecret(setting, secrets);
-    return WithoutSecrets(message, secrets);
-}
-
-/// What was said of a call, which may be about each of its settings.
-std::string MessageOf(const RestorePlan& plan, const std::vector<std::size_t>& indices, const Failure& failure,
-                      SecretTexts secrets)
-{
-    for (const std::size_t index : indices)
-    {
-        if (failure.Code != CodeConnection) // with this one it is the library that speaks
+        const RestoreSetting& setting = plan.Settings[index];
+        if (setting.Secret && IsShortSecret(setting.Value) == isShort)
         {
-            AddShortSecret(plan.Settings[index], secrets);
+            secrets.push_back(setting.Value);
         }
+    };
+    for (const std::vector<std::size_t>& indices : plan.Calls)
+    {
+        std::ranges::for_each(indices, [&](std::size_t index) { add(index, false); });
     }
-    return WithoutSecrets(failure.Message, secrets);
+    std::ranges::for_each(subjects, [&](std::size_t index) { add(index, true); });
+    return secrets;
+}
+
+/// What was said of the whole, which may be about each of its settings.
+std::string WordsAboutAll(const RestorePlan& plan, Failure failure)
+{
+    std::vector<std::size_t> all;
+    for (const std::vector<std::size_t>& indices : plan.Calls)
+    {
+        all.insert(all.end(), indices.begin(), indices.end());
+    }
+    return Hidden(std::move(failure), SecretsIn(plan, all)).Message;
 }
 
 /// What is known of the settings of a call from the library's answer alone. The lists of
@@ -93,16 +100,16 @@ void JudgeByAnswer(RestorePlan& plan, const std::vector<std::size_t>& indices, c
                    const Failure& failure)
 {
     const bool good = IsSuccess(failure.Code);
-    const SecretTexts secrets = LongSecrets(plan);
-    const std::string message = MessageOf(plan, indices, failure, secrets);
+    const std::string message = Hidden(failure, SecretsIn(plan, indices)).Message;
     for (const std::size_t index : indices)
     {
         RestoreSetting& setting = plan.Settings[index];
         const auto refusal = call.Refusals.find(setting.Name);
         if (refusal != call.Refusals.end())
         {
+            // Whatever became of the call, these are the BMC's words.
             Conclude(setting, RestoreOutcome::Refused, good ? CodeRefused : failure.Code,
-                     RefusalOf(setting, refusal->second, secrets));
+                     WithoutSecrets(refusal->second, SecretsIn(plan, {index})));
         }
         else if (good)
         {
@@ -128,8 +135,9 @@ void JudgeByValue(RestoreSetting& setting, const std::string& value, bool waits)
     }
     else if (setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::InPlace)
     {
+        const bool otherWaits = waits && setting.Outcome == RestoreOutcome::InPlace;
         Conclude(setting, RestoreOutcome::Unknown, CodeRefused,
-                 "the BMC does not show the value among those that wait for a reboot");
+                 otherWaits ? OutcomeWords::OtherWaits : OutcomeWords::NotShown);
     }
     else if (setting.Outcome == RestoreOutcome::Unknown)
     {
@@ -137,7 +145,7 @@ void JudgeByValue(RestoreSetting& setting, const std::string& value, bool waits)
         {
             setting.Why.pop_back();
         }
-        setting.Why += "; the BMC does not show the value among those that wait for a reboot";
+        setting.Why += std::string("; ") + OutcomeWords::NotShown;
     }
 }
 
@@ -168,7 +176,7 @@ void DoubtInPlace(RestorePlan& plan, int code)
     {
         if (setting.Outcome == RestoreOutcome::InPlace && plan.PendingUnread)
         {
-            Conclude(setting, RestoreOutcome::Unknown, code, "another value may wait for a reboot");
+            Conclude(setting, RestoreOutcome::Unknown, code, OutcomeWords::OtherMayWait);
         }
         else if (setting.Outcome == RestoreOutcome::InPlace)
         {
@@ -178,23 +186,6 @@ void DoubtInPlace(RestorePlan& plan, int code)
 }
 
 } // namespace
-
-SecretTexts LongSecrets(const RestorePlan& plan)
-{
-    SecretTexts secrets;
-    for (const std::vector<std::size_t>& indices : plan.Calls)
-    {
-        for (const std::size_t index : indices)
-        {
-            const RestoreSetting& setting = plan.Settings[index];
-            if (setting.Secret && !IsShortSecret(setting.Value))
-            {
-                secrets.push_back(setting.Value);
-            }
-        }
-    }
-    return secrets;
-}
 
 void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, std::vector<std::string>& notes)
 {
@@ -207,7 +198,8 @@ void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, std::vector<std::s
     const RedfishConfigResult result = ReadPendingValues(front, values);
     if (!IsSuccess(result.ErrorCode()))
     {
-        notes.push_back("warning: what waits for a reboot could not be read: " + FailureOf(result).Message);
+        notes.push_back("warning: what waits for a reboot could not be read: " +
+                        WordsAboutAll(plan, FailureOf(result)));
         DoubtInPlace(plan, result.ErrorCode());
         return;
     }
@@ -217,8 +209,8 @@ void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, std::vector<std::s
         const auto waiting = pending.Find(setting.Name);
         if (isInPlace(setting) && waiting != values.Pending.end())
         {
-            // Another value waits where the plan was made without knowing what does.
-            setting.Outcome = waiting->second == setting.Value ? RestoreOutcome::Waiting : RestoreOutcome::Planned;
+            // Another value waits where the plan was made without knowing what does: it is in no call.
+            JudgeByValue(setting, waiting->second, true);
         }
     }
 }
@@ -255,7 +247,7 @@ void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& fr
     const RedfishConfigResult result = ReadPendingValues(*freshFront(), values);
     if (!IsSuccess(result.ErrorCode()))
     {
-        notes.push_back("warning: the values could not be read back: " + causes.Explain(result).Message);
+        notes.push_back("warning: the values could not be read back: " + WordsAboutAll(plan, causes.Explain(result)));
         DoubtInPlace(plan, result.ErrorCode());
         return;
     }

@@ -6,7 +6,6 @@
 #include "Fronts.h"
 #include "RedfishConfigProc.h"
 #include "RestorePlan.h"
-#include "Secret.h"
 
 namespace Tavrine::Tool
 {
@@ -23,9 +22,5 @@ void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& fr
 /// Of a plan that nothing is sent of: what is in place may be so after a reboot alone.
 /// @param notes  receives what could not be found out.
 void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, std::vector<std::string>& notes);
-
-/// Passwords that the BMC may have received, whose words may repeat them; without the short ones, of which many
-/// messages are full.
-SecretTexts LongSecrets(const RestorePlan& plan);
 
 } // namespace Tavrine::Tool

@@ -180,4 +180,17 @@ std::string WithoutSecrets(const std::string& text, const SecretTexts& secrets)
     return cover.Shown();
 }
 
+Failure Hidden(Failure failure, const SecretTexts& secrets, const std::string& shownName)
+{
+    SecretTexts looked = secrets;
+    if (failure.Code == CodeConnection)
+    {
+        std::erase_if(looked, IsShortSecret);
+    }
+    const bool leftOut = HoldsShortSecret(failure.Message, looked);
+    failure.Message = (leftOut && !shownName.empty() ? shownName + ": " : "") + WithoutSecrets(failure.Message, looked);
+    failure.Cause = leftOut ? "" : WithoutSecrets(failure.Cause, looked);
+    return failure;
+}
+
 } // namespace Tavrine::Tool

@@ -7,6 +7,8 @@
 
 #include <boost/json/fwd.hpp>
 
+#include "Answer.h"
+
 namespace Tavrine::Tool
 {
 
@@ -23,6 +25,7 @@ class Secret
     ~Secret();
 
     std::string& Text() { return m_Text; }
+    const std::string& Text() const { return m_Text; }
 
   private:
     std::string m_Text;
@@ -57,5 +60,12 @@ bool HoldsShortSecret(std::string_view text, const SecretTexts& secrets);
 /// far the change came, where it tells that. Hand in those short ones alone that the message can
 /// be about: of "1" many messages are full.
 std::string WithoutSecrets(const std::string& text, const SecretTexts& secrets);
+
+/// A failure as it may be shown. Where it is the library that speaks, the connection having failed, short secrets are
+/// not looked for. Of one that is left out for a short secret the cause goes, too.
+/// @param secrets  short ones only where it can be about them.
+/// @param shownName  stands before what is left out; empty where the failure is about no single setting, or where the
+/// name stands beside it.
+Failure Hidden(Failure failure, const SecretTexts& secrets, const std::string& shownName = {});
 
 } // namespace Tavrine::Tool

@@ -10,6 +10,7 @@
 #include "CauseLog.h"
 #include "JsonValues.h"
 #include "Options.h"
+#include "Secret.h"
 #include "SetOutcome.h"
 #include "SetPlan.h"
 #include "SettingManager.h"
@@ -36,9 +37,13 @@ WaitingChanges WaitingOf(const SetPlan& plan)
         {
             waiting.Expected.push_back({setting.Key, PlainText(setting.Context)});
         }
-        if (changed && setting.Secret)
+        if ((changed || pending) && setting.Secret)
         {
             waiting.Unreadable.push_back(setting.ShownName);
+        }
+        if (setting.Secret && (setting.WasSent || pending) && (setting.Password || !IsShortSecret(setting.Value)))
+        {
+            waiting.Secrets.emplace_back(std::string(setting.Value));
         }
     }
     return waiting;

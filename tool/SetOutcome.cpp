@@ -53,12 +53,12 @@ std::string TextOf(const SetSetting& setting, const Options& options)
 
 /// Secrets that the BMC may repeat in an answer about `subject`, or with none about all that was sent. What may be no
 /// password at all is not looked for where it is short: of "1" all answers are full.
-SecretTexts SecretsIn(const SetPlan& plan, const SetSetting* subject, bool bmcSpeaks)
+SecretTexts SecretsIn(const SetPlan& plan, const SetSetting* subject)
 {
     SecretTexts secrets;
     for (const SetSetting& setting : plan.Settings)
     {
-        const bool isMeant = bmcSpeaks && setting.Password && (subject == nullptr || subject == &setting);
+        const bool isMeant = setting.Password && (subject == nullptr || subject == &setting);
         if (setting.Secret && setting.WasSent && (isMeant || !IsShortSecret(setting.Value)))
         {
             secrets.push_back(setting.Value);
@@ -150,12 +150,7 @@ std::string BodyOf(const SetPlan& plan, const std::vector<std::size_t>& request)
 
 Failure WithoutPasswords(const SetPlan& plan, const SetSetting* subject, Failure failure)
 {
-    const SecretTexts secrets = SecretsIn(plan, subject, failure.Code != CodeConnection);
-    const bool leftOut = HoldsShortSecret(failure.Message, secrets);
-    failure.Message =
-        (leftOut && subject != nullptr ? subject->ShownName + ": " : "") + WithoutSecrets(failure.Message, secrets);
-    failure.Cause = leftOut ? "" : WithoutSecrets(failure.Cause, secrets);
-    return failure;
+    return Hidden(std::move(failure), SecretsIn(plan, subject), subject != nullptr ? subject->ShownName : "");
 }
 
 Answer AnswerOf(const SetPlan& plan, const std::optional<Failure>& failure, const Options& options)

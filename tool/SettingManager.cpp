@@ -11,7 +11,8 @@
 namespace Tavrine::Tool
 {
 
-RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
+RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager,
+                                       bool withProtected)
 {
     auto* const own = dynamic_cast<BiosRedfishConfigProc*>(&front);
     if (own == nullptr)
@@ -19,13 +20,17 @@ RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr
         return {CodeInternal, "The front object is none of the library's, so that it shares no registry.", ""};
     }
     std::unique_ptr<RedfishConfigSettingManager> taken;
-    RedfishConfigResult result = TakeSettingManager(*own, taken);
+    RedfishConfigResult result = TakeSettingManager(*own, taken, withProtected);
     if (!IsSuccess(result.ErrorCode()))
     {
         return result;
     }
     RedfishConfigSettingTexts none;
     RedfishConfigResult read = taken->GetSettingTexts("", none);
+    if (read == CodeUnusable && !withProtected)
+    {
+        return read; // the words of `schema` come with a read of protected settings
+    }
     if (read == CodeUnusable)
     {
         // What is wrong with a registry is told in the words of `schema`.

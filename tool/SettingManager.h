@@ -21,7 +21,9 @@ using ManagerReader =
 
 /// The ManagerReader of the library's own front objects: it shares the registry that the
 /// object has read. Any other object is answered with 13.
-RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager);
+/// @param withProtected  false: the current values of protected settings are left out, and nothing is sent for them.
+RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager,
+                                       bool withProtected = true);
 
 /// Adds a warning where the Bios resource, as `front` has read it, says that all settings go to their
 /// defaults at the next start: no pending value shows that.

@@ -19,6 +19,7 @@
 #include "JsonOutput.h"
 #include "JsonValues.h"
 #include "Options.h"
+#include "OutcomeWords.h"
 #include "SettingNames.h"
 #include "SettingSelection.h"
 #include "Signals.h"
@@ -181,7 +182,7 @@ Verification LookUntilInForce(const RebootMeans& means, const SystemResource& sy
 }
 
 void TellVerification(const Verification& found, const std::vector<ExpectedValue>& expected, const Options& options,
-                      const std::string& prefix, Answer& answer)
+                      const std::string& prefix, const SecretTexts& secrets, Answer& answer)
 {
     json::object data;
     std::size_t good = 0;
@@ -200,15 +201,14 @@ void TellVerification(const Verification& found, const std::vector<ExpectedValue
                         shown + (known ? ": the new value is not in force after the reboot; it is " + value->second
                                        : ": whether the new value is in force is not known, since the BMC reports "
                                          "none"),
-                        shown, CauseOf(found.Bios, one.Name)});
+                        shown, WithoutSecrets(CauseOf(found.Bios, one.Name), secrets)});
         }
     }
     if (found.Lost)
     {
-        AddFailure(answer, {found.Lost->Code,
-                            "Whether the new values are in force is not known: " + found.Lost->Message,
-                            {},
-                            found.Lost->Cause});
+        Failure lost = Hidden(*found.Lost, secrets);
+        lost.Message.insert(0, "Whether the new values are in force is not known: ");
+        AddFailure(answer, std::move(lost));
     }
     if (options.Json)
     {
@@ -361,12 +361,17 @@ RestartEnd Restart(const RebootMeans& means, const Options& options, millisecond
     return {false, std::move(asked), {}};
 }
 
-void RebootAndVerify(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
-                     Answer& answer)
+namespace
+{
+
+/// @param secrets  that the words of the BMC may repeat.
+/// @return whether the system was seen to be back.
+bool RebootAndLook(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
+                   const SecretTexts& secrets, Answer& answer)
 {
     if (!options.Reboot || StopSignal() != 0)
     {
-        return;
+        return false;
     }
     const milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
     SystemResource system;
@@ -378,7 +383,7 @@ void RebootAndVerify(const RebootMeans& means, const Options& options, const std
                             "tavrine reboot does so",
                             {},
                             {}});
-        return;
+        return false;
     }
     const std::optional<std::string> timeBefore = before ? std::optional(before->ChangeTime) : std::nullopt;
     std::string type;
@@ -386,29 +391,48 @@ void RebootAndVerify(const RebootMeans& means, const Options& options, const std
     if (end.Trouble)
     {
         const bool isOpen = DeliveryIn(end.Trouble->Message) == Delivery::Sent;
+        end.Trouble = Hidden(std::move(*end.Trouble), secrets);
         end.Trouble->Message.insert(0, end.Requested ? ""
                                        : isOpen      ? "Whether the system is restarted is not known: "
                                                      : "The system was not restarted: ");
         end.Trouble->Message += end.Requested ? "; whether the changes are in force is not known" : "";
         AddFailure(answer, std::move(*end.Trouble));
-        return;
+        return false;
     }
     if (!options.Wait)
     {
         answer.Notes.push_back("restart requested (" + type + "); what comes of the changes: tavrine results");
-        return;
+        return false;
     }
     if (!end.Warning.empty())
     {
-        answer.Notes.push_back(std::move(end.Warning));
+        answer.Notes.push_back(WithoutSecrets(end.Warning, secrets));
     }
     means.Tell("the system is back");
     if (expected.empty())
     {
-        return;
+        return true;
     }
     const std::string prefix = means.FreshFront()->m_Prefix;
-    TellVerification(LookUntilInForce(means, system, timeBefore, expected, until), expected, options, prefix, answer);
+    const Verification found = LookUntilInForce(means, system, timeBefore, expected, until);
+    TellVerification(found, expected, options, prefix, secrets, answer);
+    return true;
+}
+
+/// What is brought into force without being looked at.
+std::string NotVerified(const std::vector<std::string>& names)
+{
+    return OutcomeWords::FirstNames(names) +
+           (names.size() == 1 ? ": its new value is not verified, since it cannot be read or may be a password"
+                              : ": the new values are not verified, since they cannot be read or may be passwords");
+}
+
+} // namespace
+
+void RebootAndVerify(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
+                     Answer& answer)
+{
+    RebootAndLook(means, options, expected, {}, answer);
 }
 
 void RebootForChanges(const RebootMeans& means, const Options& options, const WaitingChanges& waiting, Answer& answer)
@@ -422,15 +446,15 @@ void RebootForChanges(const RebootMeans& means, const Options& options, const Wa
         answer.Notes.push_back(std::move(why));
         return;
     }
-    for (const std::string& name : waiting.Unreadable)
+    SecretTexts secrets;
+    for (const Secret& secret : waiting.Secrets)
     {
-        if (options.Wait)
-        {
-            answer.Notes.push_back(name +
-                                   ": its new value is not verified, since it cannot be read or may be a password");
-        }
+        secrets.emplace_back(secret.Text());
     }
-    RebootAndVerify(means, options, waiting.Expected, answer);
+    if (RebootAndLook(means, options, waiting.Expected, secrets, answer) && !waiting.Unreadable.empty())
+    {
+        answer.Notes.push_back(NotVerified(waiting.Unreadable));
+    }
 }
 
 } // namespace Tavrine::Tool

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "Answer.h"
 #include "Fronts.h"
 #include "RedfishConfigProc.h"
+#include "Secret.h"
 #include "SystemResource.h"
 
 namespace CLI
@@ -42,6 +44,8 @@ struct WaitingChanges
     bool Unknown = false;
     /// A request failed, so that not everything that was meant to waits.
     bool RequestFailed = false;
+    /// What the BMC may repeat when it tells what came of the changes. These outlive the commands' own plans.
+    std::list<Secret> Secrets = {};
 };
 
 /// What a reboot is done with; in tests, something else than a BMC and a clock.

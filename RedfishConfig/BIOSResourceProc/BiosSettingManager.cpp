@@ -20,7 +20,7 @@ namespace Tavrine
 {
 
 RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
-                                       std::unique_ptr<RedfishConfigSettingManager>& manager)
+                                       std::unique_ptr<RedfishConfigSettingManager>& manager, bool withProtected)
 {
     // As with the registry's text: ordinary values, the registry, protected values.
     SettingValueMap values;
@@ -37,7 +37,7 @@ RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
     }
     ProcMap procs;
     front.m_ProcCreator->CreateAllProcs(procs);
-    if (procs.contains(ProtectedSettings))
+    if (withProtected && procs.contains(ProtectedSettings))
     {
         values.clear();
         result = front.GetCurrentValuesMap(values, true);

@@ -49,6 +49,17 @@ TEST_F(TakenManager, HasProtectedValuesWhereTheFrontReachesThem)
                                       "POST " + std::string(ProtectedUrl)));
 }
 
+TEST_F(TakenManager, LeavesProtectedValuesOutWhereTheyAreNotAskedFor)
+{
+    TellStandard(R"({"Boot":"UEFI"})");
+    TellProtected(R"({"Secret":"s"})");
+    TellSchema();
+    const auto front = MakeUefi();
+    ASSERT_THAT(TakeSettingManager(*front, m_Taken, false), IsBare(0));
+    EXPECT_THAT(m_Taken->m_Values, ElementsAre(Pair("Boot", OptionalVar("UEFI"))));
+    EXPECT_THAT(world.Requests(), testing::Not(testing::Contains("POST " + std::string(ProtectedUrl))));
+}
+
 TEST_F(TakenManager, IsNotThereWithoutARegistry)
 {
     TellStandard(R"({"Boot":"UEFI"})");

@@ -216,6 +216,9 @@ TEST(LoadDefaultCommand, EachSettingIsToldByWhatTheBmcShows)
         {"accepted, unreadable, no default", 1, 24, {}, {}, nullptr, sent, 0, nullptr},
         {"nothing to do", 0, 0, shown, {}, "1", "in place", 0, nullptr},
         {"nothing done, a default in another case", 0, 0, {{"BIOS.A", "RACK"}}, {}, "Rack", notShown, 18, nullptr},
+        {"taken, kept in other letters", 1, 0, shown, {{"BIOS.A", {"1", "Uefi"}}}, "UEFI", sent, 0, "Uefi"},
+        {"waits already in other letters", 0, 0, shown, {{"BIOS.A", {"1", "Uefi"}}}, "UEFI", sent, 0, "Uefi"},
+        {"accepted, in force in other letters", 1, 0, {{"BIOS.A", "Uefi"}}, {}, "UEFI", notShown, 18, nullptr},
         {"taken and dropped", 0, 0, shown, {}, "5", notShown, 18, nullptr},
         {"waits already", 0, 0, shown, {{"BIOS.A", {"1", "5"}}}, "5", sent, 0, "5"},
         {"another value waits", 0, 0, shown, {{"BIOS.A", {"1", "4"}}}, "5", notShown, 18, nullptr},
@@ -256,6 +259,37 @@ TEST(LoadDefaultCommand, ADefaultIsComparedAsAValueOfItsKind)
               "BIOS.Flag: in place\nBIOS.Size: sent, takes effect after a reboot\n");
     script.Defaults = {{"Flag", "False"}, {"Size", "6"}};
     EXPECT_EQ(Load(script, {"Flag", "Size"}).Code, 18);
+}
+
+TEST(LoadDefaultCommand, WithoutTheRegistryTheBmcTellsWhatIsABoolean)
+{
+    const auto load = [](const std::string& pending, const std::string& ownDefault)
+    {
+        Script script;
+        script.Answers = {{"Flag", {1, "", ""}}};
+        script.Effective = {{"BIOS.Flag", "true"}};
+        script.Pending = {{"BIOS.Flag", {"true", pending}}};
+        script.Defaults = {{"Flag", ownDefault}};
+        WaitingChanges waiting;
+        return LoadSingleDefaults(
+            OptionsFor({"Flag"}), [&] { return std::make_unique<ScriptedFront>(script); },
+            [](auto&, auto&) { return RedfishConfigResult(26, "", ""); }, waiting);
+    };
+    EXPECT_EQ(load("false", "False").Text, "BIOS.Flag: sent, takes effect after a reboot\n");
+    EXPECT_EQ(load("false", "True").Code, 18);
+}
+
+/// Whose request got lost may have had another value waiting in these letters.
+TEST(LoadDefaultCommand, ALostDefaultIsNotTakenForOneInOtherLetters)
+{
+    Script script;
+    script.Answers.emplace("A", RedfishConfigResult(24, "h: gone; whether the change was done is not known.", ""));
+    script.Effective = {{"BIOS.A", "1"}};
+    script.Pending = {{"BIOS.A", {"1", "Uefi"}}};
+    script.Defaults = {{"A", "UEFI"}};
+    const Answer answer = Load(script, {"A"});
+    EXPECT_TRUE(answer.Text.starts_with("BIOS.A: unknown: ")) << answer.Text;
+    EXPECT_EQ(answer.Code, 24);
 }
 
 TEST(LoadDefaultCommand, NoPasswordIsExpected)
@@ -327,6 +361,31 @@ TEST(LoadDefaultCommand, ThePasswordThatABmcRepeatsIsBlottedOut)
     EXPECT_EQ(load("p7", false).Text,
               "BIOS.Word: failed: what the BMC answered is not shown, since a new password may stand in it\n"
               "BIOS.A: failed: Not with p7.\n");
+}
+
+TEST(LoadDefaultCommand, AWarningShowsNoPasswordEither)
+{
+    struct Case
+    {
+        std::string Secret;
+        std::string Told;
+    };
+    const Case cases[] = {
+        {"plain77", "Not ready for ********."},
+        {"rea", "what the BMC answered is not shown, since a new password may stand in it"},
+        {"war", "Not ready for plain77."},
+    };
+    for (const Case& one : cases)
+    {
+        Script script;
+        script.Defaults = {{"Word", one.Secret}};
+        script.Read = {33, "Not ready for plain77.", ""};
+        WaitingChanges waiting;
+        EXPECT_EQ(Load(script, {"Word"}, waiting).Notes,
+                  std::vector<std::string>{"warning: the pending values could not be read back: " + one.Told});
+        ASSERT_EQ(waiting.Secrets.size(), 1U);
+        EXPECT_EQ(waiting.Secrets.front().Text(), one.Secret);
+    }
 }
 
 /// A BMC drops a pending value rather than keep a default pending that is in force.

@@ -4,12 +4,17 @@
 
 #include <atomic>
 #include <csignal>
+#include <sstream>
 #include <string>
 #include <vector>
+
+#include <boost/json/parse.hpp>
 
 #include "ChildProcess.h"
 #include "FaultyProxy.h"
 #include "RunningBmc.h"
+#include "SharedData.h"
+#include "TemporaryFolder.h"
 
 using namespace tooltest;
 
@@ -17,6 +22,66 @@ namespace
 {
 
 bool Says(const std::string& text, const std::string& words) { return text.find(words) != std::string::npos; }
+
+/// A UEFI system with protected settings and with defaults as no value is written.
+class UefiMachine
+{
+  public:
+    UefiMachine()
+    {
+        m_Folder.Write("machine/bios.json", R"({"@odata.id":"/redfish/v1/Systems/1/Bios",
+            "@odata.type":"#Bios.v1_2_0.Bios","Id":"Bios","Name":"BIOS","AttributeRegistry":"Plain.v1_0_0",
+            "@Redfish.Settings":{"@odata.type":"#Settings.v1_3_3.Settings",
+                "SettingsObject":{"@odata.id":"/redfish/v1/Systems/1/Bios/Settings"}},
+            "Attributes":{"Flag":true,"Fixed":1,"Size":1}})");
+        m_Folder.Write("machine/registry.en.json", R"({"@odata.type":"#AttributeRegistry.v1_3_6.AttributeRegistry",
+            "Id":"Plain.v1_0_0","Name":"Plain","Language":"en","OwningEntity":"Tests","RegistryVersion":"1.0.0",
+            "RegistryEntries":{"Attributes":[
+            {"AttributeName":"Flag","Type":"Boolean","DefaultValue":"False"},
+            {"AttributeName":"Size","Type":"Integer","DefaultValue":5},
+            {"AttributeName":"Fixed","Type":"Integer","DefaultValue":5,"ReadOnly":true},
+            {"AttributeName":"Seal","Type":"Boolean","DefaultValue":"False","Oem":{"Zorvan":{"Protected":true}}}],
+            "Menus":[],"Dependencies":[]}})");
+        m_Folder.Write("machine/protected.json", R"({"Attributes":{"Seal":true}})");
+    }
+
+    /// What a simulator is started with to be this machine.
+    std::vector<std::string> With(std::vector<std::string> arguments) const
+    {
+        arguments.insert(arguments.end(), {"--machine", (m_Folder.Path() / "machine").string(), "--access-log", Log()});
+        return arguments;
+    }
+
+    /// How many of the requests so far were sent to the action that reads protected settings.
+    int ProtectedReads() const { return Count("POST", "GetProtectedAttributes"); }
+    int RegistryReads() const { return Count("GET", "/Registries/Plain.v1_0_0.en.json"); }
+
+  private:
+    std::string Log() const { return (m_Folder.Path() / "access").string(); }
+
+    int Count(const std::string& method, const std::string& end) const
+    {
+        int count = 0;
+        std::istringstream lines(testdata::ReadFile(Log()));
+        for (std::string line; std::getline(lines, line) && !lines.eof();)
+        {
+            const boost::json::value record = boost::json::parse(line);
+            const bool isMeant = record.at("method").as_string() == method.c_str() &&
+                                 std::string(record.at("path").as_string().c_str()).ends_with(end);
+            count += isMeant ? 1 : 0;
+        }
+        return count;
+    }
+
+    testdata::TemporaryFolder m_Folder;
+};
+
+Launch LoadUefi(const RunningBmc& bmc, const std::vector<std::string>& words)
+{
+    std::vector<std::string> arguments = {"--no-cache", "--system-type", "uefi", "loaddefault"};
+    arguments.insert(arguments.end(), words.begin(), words.end());
+    return bmc.Tool(arguments);
+}
 
 } // namespace
 
@@ -53,6 +118,46 @@ TEST(ProgramLoadDefault, ADefaultIsVerifiedWhereTheBmcLacksTheActionsForProtecte
     EXPECT_EQ(loaded.Status, 0) << loaded.Errors;
     EXPECT_EQ(loaded.Output, "UEFI.AltitudeMetres: sent, takes effect after a reboot\n"
                              "1 of 1 new values are in force\n");
+}
+
+/// The registry tells what kinds ordinary settings are, also of a BMC whose OEM actions fail.
+TEST(ProgramLoadDefault, AnOrdinaryDefaultNeedsNoProtectedValues)
+{
+    for (const std::string fault : {"", "status 500", "status 404", "stall"})
+    {
+        const UefiMachine machine;
+        const RunningBmc bmc(
+            machine.With(fault.empty() ? std::vector<std::string>()
+                                       : std::vector<std::string>{"--fault", "POST *GetProtectedAttributes " + fault}));
+        const Finished loaded = RunToEnd(LoadUefi(bmc, {"Flag", "Size", "--reboot", "--wait", "60"}));
+        EXPECT_EQ(loaded.Status, 0) << fault << ": " << loaded.Errors;
+        EXPECT_EQ(loaded.Output, "UEFI.Flag: sent, takes effect after a reboot\n"
+                                 "UEFI.Size: sent, takes effect after a reboot\n"
+                                 "2 of 2 new values are in force\n")
+            << fault;
+        EXPECT_FALSE(Says(loaded.Errors, "not verified")) << fault << ": " << loaded.Errors;
+        EXPECT_EQ(machine.ProtectedReads(), 0) << fault;
+    }
+}
+
+TEST(ProgramLoadDefault, WhatWasNeverSentTakesNoProtectedValues)
+{
+    const UefiMachine machine;
+    const RunningBmc bmc(machine.With({}));
+    EXPECT_EQ(RunToEnd(LoadUefi(bmc, {"NoSuch"})).Status, 20);
+    EXPECT_EQ(machine.RegistryReads(), 1);
+    EXPECT_NE(RunToEnd(LoadUefi(bmc, {"Fixed"})).Status, 0);
+    EXPECT_EQ(machine.RegistryReads(), 2);
+    EXPECT_EQ(machine.ProtectedReads(), 0);
+}
+
+TEST(ProgramLoadDefault, AProtectedSettingIsJudgedByItsKind)
+{
+    const UefiMachine machine;
+    const RunningBmc bmc(machine.With({}));
+    const Finished loaded = RunToEnd(LoadUefi(bmc, {"Seal", "--protected", "--reboot", "--wait", "60"}));
+    EXPECT_EQ(loaded.Status, 0) << loaded.Errors;
+    EXPECT_EQ(loaded.Output, "UEFI.Seal: sent, takes effect after a reboot\n1 of 1 new values are in force\n");
 }
 
 TEST(ProgramLoadDefault, AnInterruptedRunTellsOfEachSetting)

@@ -149,14 +149,19 @@ TEST_F(ProgramReturn, NothingIsInPlaceWhereWhatWaitsCannotBeRead)
 }
 
 /// The values in force are all that the first look has, and the second one sees that another one waits.
-TEST_F(ProgramReturn, NothingIsInPlaceWhereAnotherValueWaits)
+TEST_F(ProgramReturn, ADryRunSaysWhatTheRunComesToWhereAnotherValueWaits)
 {
-    const RunningBmc bmc({"--fault", "GET */Bios/Settings #3 status 500"});
-    ASSERT_EQ(RunToEnd(bmc.Tool({"set", "BootFailLimit=3"})).Status, 0);
     const std::string file = Folder().Write("saved.conf", "BootFailLimit=5\n");
-    const Finished restored = RunToEnd(bmc.Tool({"restore", file, "--dry-run"}));
-    EXPECT_EQ(restored.Status, 0) << restored.Errors;
-    EXPECT_EQ(restored.Output, "BIOS.BootFailLimit\t5\twould be sent\n");
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"restore", file, "--dry-run"}, {"restore", file}})
+    {
+        const RunningBmc bmc({"--fault", "GET */Bios/Settings #3 status 500"});
+        ASSERT_EQ(RunToEnd(bmc.Tool({"set", "BootFailLimit=3"})).Status, 0);
+        const Finished restored = RunToEnd(bmc.Tool(words));
+        EXPECT_EQ(restored.Status, 18) << words.back() << restored.Errors;
+        EXPECT_EQ(restored.Output, "BIOS.BootFailLimit\t5\tunknown: another value waits for a reboot\n")
+            << words.back();
+    }
 }
 
 TEST_F(ProgramReturn, ARefusalNamesTheSettingAsTheTableDoes)

@@ -285,7 +285,7 @@ TEST(RestoreCommand, NothingIsClaimedThatIsNotKnown)
         std::string Why;
     };
     const SettingCompareMap waiting = {{"BIOS.Tag", {"t", "new"}}};
-    const std::string notShown = "the BMC does not show the value among those that wait for a reboot";
+    const std::string notShown = "the BMC does not show it among its pending values";
     const Case cases[] = {
         {"accepted and shown", {1, "", ""}, {}, {}, 0, "t", waiting, RestoreOutcome::Sent, ""},
         {"accepted and in force", {0, "", ""}, {}, {}, 0, "new", {}, RestoreOutcome::InPlace, ""},
@@ -490,6 +490,12 @@ TEST(RestoreCommand, PasswordsThatABmcRepeatsAreBlottedOut)
          "refused: " + leftOut,
          "unknown: no"},
         {"short, the whole call", "77", {18, "No 77", ""}, {}, "unknown: " + leftOut, "unknown: " + leftOut},
+        {"short, refused by name before the answer was lost",
+         "77",
+         {24, "gone", ""},
+         {{18, "The value 77 is bad", "BIOS.Word"}},
+         "refused: " + leftOut,
+         "unknown: gone"},
         {"short, and no answer", "77", {24, "h:77: gone", ""}, {}, "unknown: h:77: gone", "unknown: h:77: gone"},
     };
     for (const Case& one : cases)
@@ -515,6 +521,36 @@ TEST(RestoreCommand, PasswordsThatABmcRepeatsAreBlottedOut)
             told += failure.Message + failure.Cause;
         }
         EXPECT_TRUE(told.find("77") == std::string::npos || one.Answer.ErrorCode() == 24) << one.What << told;
+    }
+}
+
+TEST(RestoreCommand, AWarningShowsNoPasswordEither)
+{
+    struct Case
+    {
+        std::string Secret;
+        RedfishConfigResult Read;
+        std::string Told;
+    };
+    const std::string leftOut = "what the BMC answered is not shown, since a new password may stand in it";
+    const Case cases[] = {
+        {"plain77", {33, "Not ready for plain77.", ""}, "Not ready for ********."},
+        {"rea", {33, "Not ready.", ""}, leftOut},
+        {"rea", {24, "Not ready.", ""}, "Not ready."},
+        {"other", {33, "Not ready.", ""}, "Not ready."},
+    };
+    for (const Case& one : cases)
+    {
+        Script script;
+        script.Read = one.Read;
+        RestorePlan plan = PlanOf({{"Word", one.Secret}, {"Mode", "Free"}}, false, false, {"Word"});
+        std::vector<std::string> notes;
+        ScriptedFront front(script);
+        FindWaiting(plan, front, notes);
+        SendRestore(
+            plan, OptionsFor(), [&] { return std::make_unique<ScriptedFront>(script); }, notes);
+        EXPECT_EQ(notes, (std::vector<std::string>{"warning: what waits for a reboot could not be read: " + one.Told,
+                                                   "warning: the values could not be read back: " + one.Told}));
     }
 }
 

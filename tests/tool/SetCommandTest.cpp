@@ -253,6 +253,32 @@ TEST_F(SetCommand, APasswordWithCharactersThatAreEscapedIsShownNowhere)
     }
 }
 
+TEST_F(SetCommand, APasswordThatIsOnlyPendingIsReasonForARestart)
+{
+    const std::string none = R"("Type":"Password","CurrentValue":)";
+    Front.Registry.second.replace(Front.Registry.second.find(none) + none.size(), 4, "\"hunter2\"");
+    Front.Value("Secret", "\"\"");
+    EXPECT_EQ(Set({"Secret=hunter2"}).Text, "BIOS.Secret: already ********, takes effect after a reboot\n");
+    EXPECT_EQ(Waiting.Unreadable, std::vector<std::string>{"BIOS.Secret"});
+    EXPECT_TRUE(Waiting.Expected.empty());
+    ASSERT_EQ(Waiting.Secrets.size(), 1U);
+    EXPECT_EQ(Waiting.Secrets.front().Text(), "hunter2");
+}
+
+/// What comes of the changes the BMC tells after the restart, when the plan is gone.
+TEST_F(SetCommand, PasswordsThatWereSentAreHandedToTheRestart)
+{
+    Front.Changes.insert({"Secret", {4, "", ""}});
+    for (const std::string password : {"hunter2000", "abc"})
+    {
+        Set({"Timeout=20", "Secret=" + password});
+        ASSERT_EQ(Waiting.Secrets.size(), 1U);
+        EXPECT_EQ(Waiting.Secrets.front().Text(), password);
+    }
+    Set({"Timeout=20"});
+    EXPECT_TRUE(Waiting.Secrets.empty());
+}
+
 TEST_F(SetCommand, AWarningShowsNoPasswordEither)
 {
     Front.Changes.insert({"Secret", {4, "", ""}});

@@ -303,6 +303,11 @@ TEST(Verify, OnlyForWhatIsKnownToWaitIsASystemRestarted)
         {"nothing", {}, true, false, "not restarted, since nothing waits for it"},
         {"a value", {{{"A", "new"}}, {}, false, false}, true, true, ""},
         {"what cannot be read", {{}, {"BIOS.P"}, false, false}, true, true, unread},
+        {"much that cannot be read",
+         {{}, {"A", "B", "C", "D", "E", "F", "G"}, false, false},
+         true,
+         true,
+         "A, B, C, D, E and 2 more: the new values are not verified, since they cannot be read or may be passwords"},
         {"what cannot be read, unwatched", {{}, {"BIOS.P"}, false, false}, false, true, unwatched},
         {"what is not known",
          {{{"A", "new"}}, {"BIOS.P"}, true, true},
@@ -332,6 +337,67 @@ TEST(Verify, OnlyForWhatIsKnownToWaitIsASystemRestarted)
             << one.What;
         EXPECT_EQ(answer.Code, 0) << one.What;
     }
+}
+
+TEST(Verify, NoValueIsSaidToBeUnverifiedWhereTheSystemWasNotRestarted)
+{
+    FakeMachine machine;
+    machine.Offered = R"(["On"])";
+    Options options;
+    options.Reboot = true;
+    options.Wait = 600;
+    WaitingChanges waiting;
+    waiting.Unreadable = {"BIOS.P"};
+    Answer answer;
+    RebootForChanges(MeansOf(machine), options, waiting, answer);
+    EXPECT_EQ(answer.Code, 16);
+    EXPECT_EQ(answer.Notes, std::vector<std::string>());
+}
+
+TEST(Verify, WhatTheBmcTellsOfTheChangesShowsNoPassword)
+{
+    struct Case
+    {
+        std::string Password;
+        std::string Told;
+    };
+    const Case cases[] = {
+        {"hunter2000", "Not with ********."},
+        {"wit", "what the BMC answered is not shown, since a new password may stand in it"},
+        {"old", "Not with hunter2000."},
+    };
+    for (const Case& one : cases)
+    {
+        FakeMachine machine;
+        machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
+        machine.Values = [](milliseconds) { return R"({"A":"old"})"; };
+        machine.Messages = R"([{"Message":"Not with hunter2000.","RelatedProperties":["#/Attributes/A"]}])";
+        Options options;
+        options.Reboot = true;
+        options.Wait = 600;
+        WaitingChanges waiting;
+        waiting.Expected = {{"A", "new"}};
+        waiting.Secrets.emplace_back(std::string(one.Password));
+        Answer answer;
+        RebootForChanges(MeansOf(machine), options, waiting, answer);
+        ASSERT_EQ(answer.Errors.size(), 1U);
+        EXPECT_EQ(answer.Errors[0].Message, "BIOS.A: the new value is not in force after the reboot; it is old");
+        EXPECT_EQ(answer.Errors[0].Cause, one.Told);
+    }
+}
+
+TEST(Verify, AnAnswerToTheRequestForARestartShowsNoPassword)
+{
+    FakeMachine machine;
+    machine.ResetResult = RedfishConfigResult(18, "Not with hunter2000.", "");
+    Options options;
+    options.Reboot = true;
+    WaitingChanges waiting;
+    waiting.Expected = {{"A", "new"}};
+    waiting.Secrets.emplace_back(std::string("hunter2000"));
+    Answer answer;
+    RebootForChanges(MeansOf(machine), options, waiting, answer);
+    EXPECT_EQ(answer.Message, "The system was not restarted: Not with ********.");
 }
 
 TEST(Verify, AResetThatIsNotOfferedIsNotSent)
