@@ -29,7 +29,8 @@ class RedfishClient;
 /// Every verb can answer: 0; 1 (done, and the answer says that a reset is
 /// needed; not for GET); 24 (no connection, name, TLS, time-out, 401 or 403; the message names
 /// host, port and cause); 27 (no JSON where JSON is due, or over the size limit,
-/// or a 2xx of which that, or messages that need more than 16 MiB of memory, keeps failures from being read);
+/// or a 2xx that begins as an object and cannot be read whole, or whose messages need more than 16 MiB of memory,
+/// so that failures in it may go unread);
 /// 32 (a 5xx other than those of 33); 33 (503, or a message id that says
 /// temporarily unavailable, shutting down or starting). A refusal (any other 4xx,
 /// or an error inside a 2xx) is 26 for GET, 18 for PATCH and for the POST with an

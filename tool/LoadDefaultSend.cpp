@@ -90,8 +90,8 @@ void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& c
 /// Neither the answer nor what kept a setting from being sent has settled it.
 bool IsToJudge(const DefaultLoad& load) { return !load.Outcome; }
 
-/// Whether the BMC has said something about it, which may repeat what it was sent.
-bool IsAnswered(const DefaultLoad& load) { return load.Outcome == LoadOutcome::Failed && !IsUnreachable(load.Code); }
+/// The BMC may have said something about it, and repeated what it was sent.
+bool HasFailed(const DefaultLoad& load) { return load.Outcome == LoadOutcome::Failed; }
 
 /// Stands in for the value of a setting that shows none.
 OptionalVar KindOfType(const std::string& type)
@@ -114,6 +114,7 @@ void TakeKinds(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, const 
         const bool isKnown = manager->GetSettingOutline(load.Key, info) == CodeSucceed;
         load.Password = info.SettingType == "Password";
         load.Secret = !isKnown || load.Password;
+        load.HasNames = info.SettingType == "Enumeration";
         if (!load.Secret)
         {
             load.Kind = info.CurrentValue ? std::move(info.CurrentValue) : KindOfType(info.SettingType.value_or(""));
@@ -237,10 +238,10 @@ Knowledge KnowledgeOf(const DefaultLoad& load, RedfishConfigProc& front, const P
     return {DefaultOf(load, front, pending ? pending : effective), effective, pending};
 }
 
-/// A BMC may keep the default that it took in letters of its own.
+/// A BMC may write the name of a value that it took in letters of its own.
 bool HasTakenDefault(const DefaultLoad& load, const Knowledge& known)
 {
-    return IsSuccess(load.Code) && known.Pending &&
+    return load.HasNames && IsSuccess(load.Code) && known.Pending &&
            boost::algorithm::iequals(*known.Default, *known.Pending, std::locale::classic());
 }
 
@@ -333,7 +334,7 @@ std::vector<DefaultLoad> SendDefaults(const Options& options, const FrontMaker& 
     std::vector<DefaultLoad> loads = LoadsOf(options, ShownPrefixes(*front));
     Send(loads, *front, causes, notes);
     const bool anyToJudge = std::ranges::any_of(loads, IsToJudge);
-    if (!anyToJudge && std::ranges::none_of(loads, IsAnswered))
+    if (!anyToJudge && std::ranges::none_of(loads, HasFailed))
     {
         return loads;
     }

@@ -43,6 +43,8 @@ struct DefaultLoad
     /// Nobody knows whether its request was carried out; by the answer alone.
     bool Open = false;
     bool Password = false;
+    /// Its values are names of a list, not free texts.
+    bool HasNames = false;
     /// Its values are shown nowhere: it is a password, or may be one.
     bool Secret = true;
     /// The default, where the BMC's words are to be searched for it.

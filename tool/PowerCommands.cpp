@@ -104,9 +104,9 @@ Answer RestartSystem(const RebootMeans& means, const Options& options)
         AddFailure(answer, std::move(*end.Trouble));
         return answer;
     }
-    if (!end.Warning.empty())
+    if (end.Unanswered)
     {
-        answer.Notes.push_back(std::move(end.Warning));
+        answer.Notes.push_back(UnansweredWarning(*end.Unanswered));
     }
     const std::string outcome = options.Wait ? "the system is back" : "restart requested";
     if (options.Json)

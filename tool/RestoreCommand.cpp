@@ -76,7 +76,7 @@ WaitingChanges WaitingOf(const RestorePlan& plan, const std::string& prefix)
         const bool mayWait = setting.Outcome == RestoreOutcome::InPlace && !setting.Why.empty();
         const bool waits =
             mayWait || setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Waiting;
-        if (setting.Secret)
+        if (setting.Secret && setting.Outcome != RestoreOutcome::NotSent && setting.Outcome != RestoreOutcome::Planned)
         {
             waiting.Secrets.emplace_back(std::string(setting.Value));
         }

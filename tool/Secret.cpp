@@ -164,6 +164,12 @@ bool HoldsShortSecret(std::string_view text, const SecretTexts& secrets)
     return holds;
 }
 
+SecretTexts WithoutShort(SecretTexts secrets)
+{
+    std::erase_if(secrets, IsShortSecret);
+    return secrets;
+}
+
 std::string WithoutSecrets(const std::string& text, const SecretTexts& secrets)
 {
     if (HoldsShortSecret(text, secrets))
@@ -182,11 +188,9 @@ std::string WithoutSecrets(const std::string& text, const SecretTexts& secrets)
 
 Failure Hidden(Failure failure, const SecretTexts& secrets, const std::string& shownName)
 {
-    SecretTexts looked = secrets;
-    if (failure.Code == CodeConnection)
-    {
-        std::erase_if(looked, IsShortSecret);
-    }
+    const bool isTurnedAway = failure.Message.find(DeliveryWords::NoLogin) != std::string::npos ||
+                              failure.Message.find(DeliveryWords::NoPrivilege) != std::string::npos;
+    const SecretTexts looked = failure.Code == CodeConnection && !isTurnedAway ? WithoutShort(secrets) : secrets;
     const bool leftOut = HoldsShortSecret(failure.Message, looked);
     failure.Message = (leftOut && !shownName.empty() ? shownName + ": " : "") + WithoutSecrets(failure.Message, looked);
     failure.Cause = leftOut ? "" : WithoutSecrets(failure.Cause, looked);

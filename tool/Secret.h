@@ -53,6 +53,9 @@ bool IsShortSecret(std::string_view secret);
 /// Whether one of the short secrets stands in the text, in any form. An empty one stands nowhere.
 bool HoldsShortSecret(std::string_view text, const SecretTexts& secrets);
 
+/// Those that can be blotted out of words about anything.
+SecretTexts WithoutShort(SecretTexts secrets);
+
 /// A message that quotes the BMC, as it may be shown where the BMC was sent secrets that its
 /// words may repeat. They are blotted out in every form: as they are, as a message of the library
 /// holds them (control characters are blanks there, and a long text is cut), escaped for JSON, and

@@ -336,6 +336,11 @@ std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResou
     }
 }
 
+std::string UnansweredWarning(const Failure& unanswered)
+{
+    return "warning: the request to restart has failed, but the system was restarted: " + unanswered.Message;
+}
+
 RestartEnd Restart(const RebootMeans& means, const Options& options, milliseconds until, SystemResource& system,
                    std::string& type)
 {
@@ -354,8 +359,7 @@ RestartEnd Restart(const RebootMeans& means, const Options& options, millisecond
     }
     if (!waited)
     {
-        return {
-            true, {}, "warning: the request to restart has failed, but the system was restarted: " + asked->Message};
+        return {true, {}, std::move(asked)};
     }
     asked->Message += " " + waited->Message;
     return {false, std::move(asked), {}};
@@ -404,9 +408,9 @@ bool RebootAndLook(const RebootMeans& means, const Options& options, const std::
         answer.Notes.push_back("restart requested (" + type + "); what comes of the changes: tavrine results");
         return false;
     }
-    if (!end.Warning.empty())
+    if (end.Unanswered)
     {
-        answer.Notes.push_back(WithoutSecrets(end.Warning, secrets));
+        answer.Notes.push_back(UnansweredWarning(Hidden(std::move(*end.Unanswered), secrets)));
     }
     means.Tell("the system is back");
     if (expected.empty())

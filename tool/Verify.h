@@ -76,9 +76,12 @@ struct RestartEnd
     /// It was asked for, for all that is known.
     bool Requested = false;
     std::optional<Failure> Trouble;
-    /// Empty, or that the request failed and was carried out all the same.
-    std::string Warning;
+    /// Why the request failed, which was carried out all the same.
+    std::optional<Failure> Unanswered;
 };
+
+/// The warning that tells of it.
+std::string UnansweredWarning(const Failure& unanswered);
 
 /// Asks for a reset of the system: of this type, or with an empty one for a graceful
 /// restart ("On" for a system that is off). With `--wait` it waits until the system is back, also

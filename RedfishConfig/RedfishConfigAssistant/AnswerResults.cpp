@@ -267,7 +267,7 @@ RedfishConfigResult JudgeAnswer(const AnsweredRequest& request, const HttpAnswer
     {
         return status == 401 ? Unauthorized(judged) : Forbidden(judged);
     }
-    if (status == 503 || Holds(messages, MessageKind::Busy))
+    if (status == 503 || (!request.OfTask && Holds(messages, MessageKind::Busy)))
     {
         return Busy(judged);
     }

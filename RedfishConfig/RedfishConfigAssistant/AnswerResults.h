@@ -27,6 +27,8 @@ struct AnsweredRequest
     bool WithCredentials = false;
     /// Texts that are blotted out of the BMC's words; of a short one all the words.
     std::vector<std::string_view> Secrets = {};
+    /// The answer is the text of a task that has ended: that a service was busy meanwhile says nothing of the change.
+    bool OfTask = false;
     /// The state in which a task ended badly whose answer this is: then the request
     /// counts as refused, whatever the status.
     std::string FailedTask = {};

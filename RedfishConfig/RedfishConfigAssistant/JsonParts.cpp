@@ -273,6 +273,8 @@ JsonParts ParseParts(std::string_view text, KeepRule rule)
     {
         return parser.handler().Release();
     }
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    text.remove_prefix(text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0);
     const std::size_t begin = text.find_first_not_of(" \t\r\n");
     const bool isObject = begin != std::string_view::npos && text[begin] == '{';
     return {std::nullopt, isObject ? std::move(fault) : std::string()};

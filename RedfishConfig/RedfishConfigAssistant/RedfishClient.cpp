@@ -252,7 +252,7 @@ RedfishConfigResult RedfishClient::ConcludeTask(const HttpRequest& request, Exch
     }
     const bool reset = AsksForReset(exchange.Answer);
     exchange.Answer = std::move(task->Answer);
-    RedfishConfigResult result = JudgeChange(request, exchange, errors, task->FailedState);
+    RedfishConfigResult result = JudgeChange(request, exchange, errors, *task);
     return result == 0 && reset ? RedfishConfigResult(1, "", "") : result;
 }
 
@@ -411,7 +411,7 @@ Exchange RedfishClient::Run(const HttpRequest& request)
 }
 
 RedfishConfigResult RedfishClient::Judge(const HttpRequest& request, const Exchange& exchange,
-                                         std::vector<RedfishConfigResult>* errors, const std::string& failedTask)
+                                         std::vector<RedfishConfigResult>* errors, const TaskEnd& task)
 {
     if (exchange.Fault)
     {
@@ -421,7 +421,8 @@ RedfishConfigResult RedfishClient::Judge(const HttpRequest& request, const Excha
     AnsweredRequest answered{request.Verb,  errors != nullptr,
                              request.Path,  m_Connection.Place().Text(),
                              authenticated, {m_Password.Get(), m_Session.Token.Get()}};
-    answered.FailedTask = failedTask;
+    answered.OfTask = task.IsTask;
+    answered.FailedTask = task.FailedState;
     const auto deadline = std::chrono::steady_clock::now() + LookupTimeoutOfAll;
     // After a refused login a read would send the same password once more; after a logout
     // nobody waits for words.
@@ -440,9 +441,9 @@ RedfishConfigResult RedfishClient::Judge(const HttpRequest& request, const Excha
 }
 
 RedfishConfigResult RedfishClient::JudgeChange(const HttpRequest& request, const Exchange& exchange,
-                                               std::vector<RedfishConfigResult>* errors, const std::string& failedTask)
+                                               std::vector<RedfishConfigResult>* errors, const TaskEnd& task)
 {
-    RedfishConfigResult result = Judge(request, exchange, errors, failedTask);
+    RedfishConfigResult result = Judge(request, exchange, errors, task);
     if (!LeavesOpen(result, exchange.Answer.Status) || OnlyReads(request))
     {
         return result;
@@ -512,7 +513,9 @@ RedfishConfigResult RedfishClient::LogIn()
         return {11, m_Connection.Place().Text() + " has no sessions.", ""};
     }
     RedfishConfigResult result = Judge(request, exchange, nullptr);
-    if (result == 0 || result == 1)
+    // What an answer that cannot be read may tell is of no weight beside a token.
+    const bool isUnread = result == 27 && exchange.Answer.Success();
+    if (result == 0 || result == 1 || isUnread)
     {
         result = TakeSession(exchange.Answer);
     }

@@ -18,6 +18,7 @@
 #include "PlainText.h"
 #include "RedfishConfigResult.h"
 #include "RegistryCache.h"
+#include "TaskFollower.h"
 
 namespace Tavrine
 {
@@ -105,9 +106,9 @@ class RedfishClient
     RedfishConfigResult LogIn();
     RedfishConfigResult TakeSession(const HttpAnswer& answer);
     RedfishConfigResult Judge(const HttpRequest& request, const Exchange& exchange,
-                              std::vector<RedfishConfigResult>* errors, const std::string& failedTask = {});
+                              std::vector<RedfishConfigResult>* errors, const TaskEnd& task = {});
     RedfishConfigResult JudgeChange(const HttpRequest& request, const Exchange& exchange,
-                                    std::vector<RedfishConfigResult>* errors, const std::string& failedTask);
+                                    std::vector<RedfishConfigResult>* errors, const TaskEnd& task);
     std::string FindWords(const BmcMessage& message, std::chrono::steady_clock::time_point deadline);
 
     std::mutex m_Mutex;

@@ -135,7 +135,15 @@ TaskEnd EndOf(const TaskView& view, const HttpAnswer& answer)
     TaskEnd end;
     end.Answer = answer;
     end.Answer.Status = 200;
+    end.IsTask = HasEnded(view);
     end.FailedState = view.State == Progress::Failed ? view.Word : std::string();
+    return end;
+}
+
+TaskEnd DoubtfulEnd(std::string doubt)
+{
+    TaskEnd end;
+    end.Doubt = std::move(doubt);
     return end;
 }
 
@@ -171,17 +179,15 @@ class Follower
 
     TaskEnd Doubtful(const std::string& why) const
     {
-        return {{}, {}, fmt::format("as task {}, {}", CleanText(Path(), MaxPathBytes), why)};
+        return DoubtfulEnd(fmt::format("as task {}, {}", CleanText(Path(), MaxPathBytes), why));
     }
 
     TaskEnd TimeOut() const
     {
         const auto waited = std::chrono::round<seconds>(m_Watch.Deadline - m_Watch.Begun).count();
         const std::string trouble = m_Trouble.empty() ? "" : fmt::format(" ({})", m_Trouble);
-        return {{},
-                {},
-                fmt::format("and still works on it{} after {} s: task {}", trouble, waited,
-                            CleanText(Path(), MaxPathBytes))};
+        return DoubtfulEnd(fmt::format("and still works on it{} after {} s: task {}", trouble, waited,
+                                       CleanText(Path(), MaxPathBytes)));
     }
 
     /// One look at the task; nothing when another one is due.
@@ -232,7 +238,7 @@ class Follower
             return EndOf(view, answer);
         }
         const bool working = answer.Status == 202 || view.State != Progress::NoTask;
-        return working ? std::nullopt : std::optional(TaskEnd{answer, {}, {}});
+        return working ? std::nullopt : std::optional(TaskEnd{answer, false, {}, {}});
     }
 
     TaskEnd Gone(const HttpAnswer& answer)
@@ -286,14 +292,13 @@ std::optional<TaskEnd> FollowTask(const HttpAnswer& accepted, const TaskWatch& w
     }
     if (!view.Unread.empty())
     {
-        return TaskEnd{{}, {}, "as a task, in an answer that is " + view.Unread};
+        return DoubtfulEnd("as a task, in an answer that is " + view.Unread);
     }
     if (unusable.empty())
     {
         return std::nullopt;
     }
-    return TaskEnd{
-        {}, {}, fmt::format("as a task at {}, a place that is not asked", CleanText(unusable, MaxPathBytes))};
+    return DoubtfulEnd(fmt::format("as a task at {}, a place that is not asked", CleanText(unusable, MaxPathBytes)));
 }
 
 } // namespace Tavrine

@@ -30,6 +30,8 @@ struct TaskEnd
 {
     /// The answer that stands for the whole change.
     HttpAnswer Answer;
+    /// It is the text of a task that has ended, whose messages tell how things were while it ran.
+    bool IsTask = false;
     /// The state of a task that ended badly; empty for one that ended well.
     std::string FailedState;
     /// Why the outcome is not known, as the end of a sentence that begins with "the BMC

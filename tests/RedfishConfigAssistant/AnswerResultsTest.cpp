@@ -379,6 +379,7 @@ TEST(AnswerResults, AnAnswerThatIsNoWholeObjectIsNoSuccess)
             << tail;
         EXPECT_THAT(JudgePatch(400, fault + tail, noErrors), HasCode(18)) << tail;
     }
+    EXPECT_THAT(JudgePatch(200, "\xEF\xBB\xBF" + fault + "}", noErrors), Fails(27, "is no JSON"));
     for (const std::string body : {"OK", "<html>{</html>", "[1", " ", "\"{"})
     {
         EXPECT_THAT(JudgePatch(200, body, noErrors), HasCode(0)) << body;

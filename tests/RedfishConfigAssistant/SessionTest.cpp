@@ -289,6 +289,22 @@ TEST(Session, TokensThatCannotStandInAHeader)
     }
 }
 
+TEST(Session, ATokenCountsBesideABodyThatCannotBeRead)
+{
+    for (const bool hasToken : {true, false})
+    {
+        const TestServer server(
+            [&](const httplib::Request&, httplib::Response& response)
+            {
+                response.set_header("Location", "/redfish/v1/SessionService/Sessions/1");
+                response.set_header(hasToken ? "X-Auth-Token" : "X-Other", "token");
+                AnswerJson(response, "{\"UserName\":\"admin\"", 201);
+            });
+        BmcConnection connection(server.Info(), {});
+        EXPECT_THAT(connection.OpenSession(), hasToken ? Fails(0, "") : Fails(27, "no usable X-Auth-Token"));
+    }
+}
+
 TEST(Session, TokenReachesNeitherLogNorMessage)
 {
     const CapturingLogSink sink;

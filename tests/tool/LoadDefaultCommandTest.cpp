@@ -40,6 +40,7 @@ constexpr const char* Registry = R"({"@odata.type":"#AttributeRegistry.v1_3_6.At
     {"AttributeName":"B","Type":"String","CurrentValue":"1"},
     {"AttributeName":"C","Type":"String","CurrentValue":"1"},
     {"AttributeName":"D","Type":"String","CurrentValue":"1"},
+    {"AttributeName":"Mode","Type":"Enumeration","CurrentValue":"1"},
     {"AttributeName":"Size","Type":"Integer","CurrentValue":1},
     {"AttributeName":"Flag","Type":"Boolean","CurrentValue":true},
     {"AttributeName":"Word","Type":"Password"}]}})";
@@ -216,8 +217,15 @@ TEST(LoadDefaultCommand, EachSettingIsToldByWhatTheBmcShows)
         {"accepted, unreadable, no default", 1, 24, {}, {}, nullptr, sent, 0, nullptr},
         {"nothing to do", 0, 0, shown, {}, "1", "in place", 0, nullptr},
         {"nothing done, a default in another case", 0, 0, {{"BIOS.A", "RACK"}}, {}, "Rack", notShown, 18, nullptr},
-        {"taken, kept in other letters", 1, 0, shown, {{"BIOS.A", {"1", "Uefi"}}}, "UEFI", sent, 0, "Uefi"},
-        {"waits already in other letters", 0, 0, shown, {{"BIOS.A", {"1", "Uefi"}}}, "UEFI", sent, 0, "Uefi"},
+        {"another value waits, in other letters",
+         1,
+         0,
+         shown,
+         {{"BIOS.A", {"1", "Uefi"}}},
+         "UEFI",
+         notShown,
+         18,
+         nullptr},
         {"accepted, in force in other letters", 1, 0, {{"BIOS.A", "Uefi"}}, {}, "UEFI", notShown, 18, nullptr},
         {"taken and dropped", 0, 0, shown, {}, "5", notShown, 18, nullptr},
         {"waits already", 0, 0, shown, {{"BIOS.A", {"1", "5"}}}, "5", sent, 0, "5"},
@@ -279,16 +287,34 @@ TEST(LoadDefaultCommand, WithoutTheRegistryTheBmcTellsWhatIsABoolean)
     EXPECT_EQ(load("false", "True").Code, 18);
 }
 
+TEST(LoadDefaultCommand, TheNameOfAValueMayBeKeptInOtherLetters)
+{
+    for (const int code : {0, 1})
+    {
+        Script script;
+        script.Answers.emplace("Mode", RedfishConfigResult(code, "", ""));
+        script.Effective = {{"BIOS.Mode", "1"}};
+        script.Pending = {{"BIOS.Mode", {"1", "Uefi"}}};
+        script.Defaults = {{"Mode", "UEFI"}};
+        WaitingChanges waiting;
+        const Answer answer = Load(script, {"Mode"}, waiting);
+        EXPECT_EQ(answer.Text, "BIOS.Mode: sent, takes effect after a reboot\n");
+        EXPECT_EQ(answer.Code, 0);
+        ASSERT_EQ(waiting.Expected.size(), 1U);
+        EXPECT_EQ(waiting.Expected[0].Text, "Uefi");
+    }
+}
+
 /// Whose request got lost may have had another value waiting in these letters.
 TEST(LoadDefaultCommand, ALostDefaultIsNotTakenForOneInOtherLetters)
 {
     Script script;
-    script.Answers.emplace("A", RedfishConfigResult(24, "h: gone; whether the change was done is not known.", ""));
-    script.Effective = {{"BIOS.A", "1"}};
-    script.Pending = {{"BIOS.A", {"1", "Uefi"}}};
-    script.Defaults = {{"A", "UEFI"}};
-    const Answer answer = Load(script, {"A"});
-    EXPECT_TRUE(answer.Text.starts_with("BIOS.A: unknown: ")) << answer.Text;
+    script.Answers.emplace("Mode", RedfishConfigResult(24, "h: gone; whether the change was done is not known.", ""));
+    script.Effective = {{"BIOS.Mode", "1"}};
+    script.Pending = {{"BIOS.Mode", {"1", "Uefi"}}};
+    script.Defaults = {{"Mode", "UEFI"}};
+    const Answer answer = Load(script, {"Mode"});
+    EXPECT_TRUE(answer.Text.starts_with("BIOS.Mode: unknown: ")) << answer.Text;
     EXPECT_EQ(answer.Code, 24);
 }
 
