@@ -90,8 +90,11 @@ void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& c
 /// Neither the answer nor what kept a setting from being sent has settled it.
 bool IsToJudge(const DefaultLoad& load) { return !load.Outcome; }
 
-/// The BMC may have said something about it, and repeated what it was sent.
-bool HasFailed(const DefaultLoad& load) { return load.Outcome == LoadOutcome::Failed; }
+/// Whether the BMC has said something about it, which may repeat what it was sent.
+bool IsAnswered(const DefaultLoad& load)
+{
+    return load.Outcome == LoadOutcome::Failed && load.Why && QuotesBmc(*load.Why);
+}
 
 /// Stands in for the value of a setting that shows none.
 OptionalVar KindOfType(const std::string& type)
@@ -334,7 +337,7 @@ std::vector<DefaultLoad> SendDefaults(const Options& options, const FrontMaker& 
     std::vector<DefaultLoad> loads = LoadsOf(options, ShownPrefixes(*front));
     Send(loads, *front, causes, notes);
     const bool anyToJudge = std::ranges::any_of(loads, IsToJudge);
-    if (!anyToJudge && std::ranges::none_of(loads, HasFailed))
+    if (!anyToJudge && std::ranges::none_of(loads, IsAnswered))
     {
         return loads;
     }

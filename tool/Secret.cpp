@@ -164,10 +164,11 @@ bool HoldsShortSecret(std::string_view text, const SecretTexts& secrets)
     return holds;
 }
 
-SecretTexts WithoutShort(SecretTexts secrets)
+bool QuotesBmc(const Failure& failure)
 {
-    std::erase_if(secrets, IsShortSecret);
-    return secrets;
+    const std::string& message = failure.Message;
+    return failure.Code != CodeConnection || message.find(DeliveryWords::NoLogin) != std::string::npos ||
+           message.find(DeliveryWords::NoPrivilege) != std::string::npos;
 }
 
 std::string WithoutSecrets(const std::string& text, const SecretTexts& secrets)
@@ -188,9 +189,11 @@ std::string WithoutSecrets(const std::string& text, const SecretTexts& secrets)
 
 Failure Hidden(Failure failure, const SecretTexts& secrets, const std::string& shownName)
 {
-    const bool isTurnedAway = failure.Message.find(DeliveryWords::NoLogin) != std::string::npos ||
-                              failure.Message.find(DeliveryWords::NoPrivilege) != std::string::npos;
-    const SecretTexts looked = failure.Code == CodeConnection && !isTurnedAway ? WithoutShort(secrets) : secrets;
+    SecretTexts looked = secrets;
+    if (!QuotesBmc(failure))
+    {
+        std::erase_if(looked, IsShortSecret);
+    }
     const bool leftOut = HoldsShortSecret(failure.Message, looked);
     failure.Message = (leftOut && !shownName.empty() ? shownName + ": " : "") + WithoutSecrets(failure.Message, looked);
     failure.Cause = leftOut ? "" : WithoutSecrets(failure.Cause, looked);

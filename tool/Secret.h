@@ -53,8 +53,9 @@ bool IsShortSecret(std::string_view secret);
 /// Whether one of the short secrets stands in the text, in any form. An empty one stands nowhere.
 bool HoldsShortSecret(std::string_view text, const SecretTexts& secrets);
 
-/// Those that can be blotted out of words about anything.
-SecretTexts WithoutShort(SecretTexts secrets);
+/// Whether words of the BMC may stand in it. A connection that failed is told in the library's own, unless the BMC
+/// refused the login or the privilege.
+bool QuotesBmc(const Failure& failure);
 
 /// A message that quotes the BMC, as it may be shown where the BMC was sent secrets that its
 /// words may repeat. They are blotted out in every form: as they are, as a message of the library
@@ -64,8 +65,8 @@ SecretTexts WithoutShort(SecretTexts secrets);
 /// be about: of "1" many messages are full.
 std::string WithoutSecrets(const std::string& text, const SecretTexts& secrets);
 
-/// A failure as it may be shown. Where it is the library that speaks, the connection having failed, short secrets are
-/// not looked for. Of one that is left out for a short secret the cause goes, too.
+/// A failure as it may be shown. Where it does not quote the BMC, short secrets are not looked for. Of one that is left
+/// out for a short secret the cause goes, too.
 /// @param secrets  short ones only where it can be about them.
 /// @param shownName  stands before what is left out; empty where the failure is about no single setting, or where the
 /// name stands beside it.

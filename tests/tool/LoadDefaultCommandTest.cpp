@@ -318,6 +318,29 @@ TEST(LoadDefaultCommand, ALostDefaultIsNotTakenForOneInOtherLetters)
     EXPECT_EQ(answer.Code, 24);
 }
 
+/// Each read of a silent BMC costs a whole time-out.
+TEST(LoadDefaultCommand, OfABmcThatDoesNotAnswerNothingIsReadToHideItsWords)
+{
+    for (const auto& [message, reads] : {std::pair("h: time-out; nothing was sent.", 0),
+                                         std::pair("h: no privilege for PATCH /x (403 Forbidden).", 1)})
+    {
+        Script script;
+        script.Answers.emplace("A", RedfishConfigResult(24, message, ""));
+        int count = 0;
+        WaitingChanges waiting;
+        const Answer answer = LoadSingleDefaults(
+            OptionsFor({"A"}), [&] { return std::make_unique<ScriptedFront>(script); },
+            [&](auto&, auto&)
+            {
+                ++count;
+                return RedfishConfigResult(26, "", "");
+            },
+            waiting);
+        EXPECT_EQ(answer.Code, 24);
+        EXPECT_EQ(count, reads) << message;
+    }
+}
+
 TEST(LoadDefaultCommand, NoPasswordIsExpected)
 {
     struct Case

@@ -167,3 +167,26 @@ TEST(WithoutSecrets, WhereAShortOneStandsNothingOfTheWordsIsLeft)
     EXPECT_EQ(WithoutSecrets("abc: the connection ended; whether the change was done is not known.", {"abc"}),
               hidden + "; whether the change was done is not known");
 }
+
+TEST(Hidden, ShortSecretsAreLookedForWhereTheBmcSpeaks)
+{
+    struct Row
+    {
+        int Code;
+        const char* Message;
+        bool IsShown;
+    };
+    const Row rows[] = {
+        {24, "h: the name abc is not known.", true},
+        {24, "h: it refuses the user name or the password (401 Unauthorized): not abc.", false},
+        {24, "h: the account has not the privilege for PATCH /x (403 Forbidden): not abc.", false},
+        {33, "h is not ready (503): not abc.", false},
+        {18, "not abc.", false},
+    };
+    for (const Row& row : rows)
+    {
+        const Failure shown = Hidden({row.Code, row.Message, {}, "abc"}, {"abc"}, "BIOS.A");
+        EXPECT_EQ(shown.Message.find("abc") != std::string::npos, row.IsShown) << row.Message;
+        EXPECT_EQ(shown.Cause, row.IsShown ? "abc" : "") << row.Message;
+    }
+}
