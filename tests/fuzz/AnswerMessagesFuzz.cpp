@@ -81,9 +81,11 @@ bool HasMessages(const PlainJson& object)
                        { return std::string_view(member.Name).ends_with(ExtendedInfo) || member.Name == "Messages"; });
 }
 
-/// It begins as an object, and is no JSON: what it was to say is not known.
+/// It begins as an object, perhaps behind a byte order mark, and is no JSON: what it was to say is not known.
 bool IsBroken(std::string_view body, const std::optional<PlainJson>& plain)
 {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    body.remove_prefix(body.starts_with(byteOrderMark) ? byteOrderMark.size() : 0);
     const std::size_t begin = body.find_first_not_of(" \t\r\n");
     return !plain && begin != std::string_view::npos && body[begin] == '{';
 }
