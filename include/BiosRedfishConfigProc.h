@@ -168,6 +168,7 @@ class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
     RedfishConfigResult StageRestore(const SettingStringMap& contexts);
     void SortRestored(const SettingStringMap& restoreValues, SettingStringMap& doneValues,
                       SettingStringMap& failedValues);
+    /// The defaults of all settings, sent as changes instead of by the reset action. No operation calls it.
     RedfishConfigResult PostBIOSDefaultTraditional(const std::string& settingName);
     RedfishConfigResult StageDefaults(const SettingStringMap& contexts);
     RedfishConfigResult PostSingleSettingToDefault(const std::string& setting);

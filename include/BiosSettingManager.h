@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 
 #include "BiosRedfishConfigProc.h"
 #include "Export.h"
@@ -33,9 +34,13 @@ TAVRINE_EXPORT RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& fro
 /// Sends nothing; both objects are used.
 TAVRINE_EXPORT void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& manager);
 
-/// Whether the Bios resource, as `front` has read it, says that all settings go to their defaults at the
-/// next start of the system (DSP8010, Bios, "ResetBiosToDefaultsPending"): pending values do not show that.
-/// False before the resource was read. Sends nothing.
+/// The setting by which a firmware that has it loads all defaults at the next start of the system, and its value then.
+inline constexpr std::string_view PostLoadSetting = "SystemRecovery_PostLoadSetupDefault";
+inline constexpr std::string_view PostLoadValue = "Enabled";
+
+/// Whether all settings go to their defaults at the next start of the system, as far as `front` has read: the Bios
+/// resource says so (DSP8010, Bios, "ResetBiosToDefaultsPending"), which pending values do not show, or PostLoadSetting
+/// has that value, pending or, where none waits, in force. False before any was read. Sends nothing.
 TAVRINE_EXPORT bool AwaitsDefaults(const BiosRedfishConfigProc& front);
 
 } // namespace Tavrine

@@ -72,10 +72,11 @@ class TAVRINE_EXPORT BmcConnection
     BmcConnection(const BmcConnection&) = delete;
     BmcConnection& operator=(const BmcConnection&) = delete;
 
-    /// The record to hand to the library; its ProfileId leads back here.
+    /// The record to hand to the library; its ProfileId leads back here. It is without the password, as are all
+    /// copies of it, and is of no use for a connection of its own.
     const ConnectionInfo& Info() const;
 
-    /// Logs in with User and Password of the record.
+    /// Logs in with the User and the Password that this object was made with.
     /// @return 0, also when a session is open already; 11 when the service has no
     ///         sessions (basic authentication serves then); 24 also without a User;
     ///         otherwise the codes of BMCBaseAssistant.

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Shared by run.sh and test.sh: `root`, the checkout, and build_preset.
+# Sourced by the other scripts that build: `root`, the checkout, `jobs`, and the functions below.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
 jobs=$(nproc)

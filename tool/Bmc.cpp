@@ -1,12 +1,9 @@
 #include "Bmc.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstring>
-#include <fcntl.h>
+#include <exception>
 #include <filesystem>
-#include <unistd.h>
 #include <utility>
 
 #include <fmt/format.h>
@@ -14,8 +11,10 @@
 #include "BiosRedfishConfigProc.h"
 #include "BiosSettingManager.h"
 #include "EmbeddedSimulator.h"
+#include "InputFile.h"
 #include "Options.h"
 #include "Password.h"
+#include "SettingNames.h"
 #include "Signals.h"
 #include "StandardStreams.h"
 
@@ -28,29 +27,23 @@ constexpr int CodeNoSessions = 11;
 /// Milliseconds; doubled for each further one.
 constexpr std::uint32_t FirstRetryPause = 200;
 
-std::optional<Failure> CheckReadable(const char* what, const std::string& path)
+std::optional<Failure> CheckReadable(const char* what, const std::string& path, Reading reading)
 {
     if (path.empty())
     {
         return std::nullopt;
     }
-    int cause = 0;
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    char byte = 0;
-    if (file < 0 || read(file, &byte, 1) < 0)
-    {
-        cause = errno;
-    }
-    if (file >= 0)
-    {
-        close(file);
-    }
-    return cause == 0 ? std::nullopt
-                      : std::optional(Failure{CodeOpenFile,
-                                              std::string("Unable to read the ") + what + " " + path + ": " +
-                                                  std::strerror(cause),
-                                              {},
-                                              {}});
+    const std::string error = WhyNotReadable(path, reading);
+    return error.empty()
+               ? std::nullopt
+               : std::optional(Failure{
+                     CodeOpenFile, std::string("Unable to read the ") + what + " " + path + ": " + error, {}, {}});
+}
+
+/// Empty for an empty one.
+std::string AbsolutePath(const std::string& path)
+{
+    return path.empty() ? path : std::filesystem::absolute(path).string();
 }
 
 } // namespace
@@ -59,8 +52,15 @@ Bmc::Bmc(const Options& options) : m_Options(options) {}
 
 Bmc::~Bmc()
 {
-    std::vector<std::string> lost;
-    Close(lost);
+    try
+    {
+        std::vector<std::string> lost;
+        Close(lost);
+    }
+    catch (const std::exception&)
+    {
+        // It may go because memory has run out, and nobody is left to be told. The connection logs out as it goes.
+    }
 }
 
 std::vector<std::string> Bmc::Warnings() const
@@ -79,10 +79,11 @@ std::vector<std::string> Bmc::Warnings() const
 
 std::optional<Failure> Bmc::Prepare()
 {
-    std::optional<Failure> failure = CheckReadable("debug configuration file", m_Options.DebugConfigFile);
+    std::optional<Failure> failure =
+        CheckReadable("debug configuration file", m_Options.DebugConfigFile, Reading::Often);
     if (!failure)
     {
-        failure = CheckReadable("certificate file", m_Options.CaFile);
+        failure = CheckReadable("certificate file", m_Options.CaFile, Reading::Once);
     }
     if (!failure && m_Options.Simulate)
     {
@@ -143,14 +144,17 @@ std::optional<Failure> Bmc::MakeConnection()
         }
     }
     TavrineConnection::ConnectionProfile profile;
-    profile.CaFile = m_Options.CaFile;
+    profile.CaFile = AbsolutePath(m_Options.CaFile); // what a connection is trusted by is told apart by this path
     profile.PinnedSha256 = m_Simulator ? m_Simulator->Fingerprint() : m_Options.Pin;
     profile.Language = m_Options.Language;
-    profile.RegistryFolder = m_Options.CacheDir.empty() ? "" : std::filesystem::absolute(m_Options.CacheDir).string();
+    profile.RegistryFolder = AbsolutePath(m_Options.CacheDir);
     profile.LongestRequest = m_Options.Timeout.value_or(0);
     profile.BusyPatience = m_Options.WaitReady;
     profile.OnBusy = [name = Name()](std::chrono::milliseconds pause)
-    { WriteError(fmt::format("tavrine: {} is busy, trying again in {} s …\n", name, (pause.count() + 999) / 1000)); };
+    {
+        WriteError(fmt::format("tavrine: {} is busy, trying again in {:g} s …\n", name,
+                               std::chrono::duration<double>(pause).count()));
+    };
     info.Password = password.Text();
     m_Connection = std::make_unique<TavrineConnection::BmcConnection>(info, profile);
     Wipe(info.Password);
@@ -209,8 +213,8 @@ std::unique_ptr<RedfishConfigProc> Bmc::DecimalFront() const { return MakeFront(
 std::unique_ptr<RedfishConfigProc> Bmc::StandardFront(int outputFormat) const
 {
     std::unique_ptr<RedfishConfigProc> standard = MakeFront(outputFormat, SystemTypeBios, m_Options.Hex);
-    const std::unique_ptr<RedfishConfigProc> usual = Front(outputFormat);
-    standard->SetPrefix(usual->m_Prefix, usual->GetSecondPrefix());
+    const Prefixes prefixes = PrefixesOf(m_Options);
+    standard->SetPrefix(prefixes.First, prefixes.Second);
     return standard;
 }
 

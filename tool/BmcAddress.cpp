@@ -6,6 +6,8 @@
 #include <charconv>
 #include <netinet/in.h>
 
+#include "TextBytes.h"
+
 namespace Tavrine::Tool
 {
 namespace
@@ -13,15 +15,12 @@ namespace
 
 constexpr std::size_t LongestHostName = 253;
 
-char Lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool IsAlnum(char c) { return (c >= '0' && c <= '9') || (Lowered(c) >= 'a' && Lowered(c) <= 'z'); }
+bool IsAlnum(char c) { return (c >= '0' && c <= '9') || (LowerAscii(c) >= 'a' && LowerAscii(c) <= 'z'); }
 
 bool TakePrefix(std::string_view& text, std::string_view prefix)
 {
-    const auto same = [](char a, char b) { return Lowered(a) == b; };
     if (text.size() < prefix.size() ||
-        !std::equal(prefix.begin(), prefix.end(), text.begin(), [&](char p, char t) { return same(t, p); }))
+        !std::equal(prefix.begin(), prefix.end(), text.begin(), [](char p, char t) { return LowerAscii(t) == p; }))
     {
         return false;
     }
@@ -159,7 +158,7 @@ std::string ParsePin(std::string_view text, std::string& digits)
     {
         if (std::isxdigit(static_cast<unsigned char>(c)) != 0)
         {
-            read.push_back(Lowered(c));
+            read.push_back(LowerAscii(c));
             colon = false;
         }
         else if (c != ':' || colon || read.size() % 2 != 0)

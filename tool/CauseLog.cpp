@@ -1,29 +1,25 @@
 #include "CauseLog.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 #include <utility>
+
+#include "LibraryTexts.h"
 
 namespace Tavrine::Tool
 {
 namespace
 {
 
-constexpr unsigned int FailureLevel = 1;
 constexpr std::size_t MostLines = 64;
-constexpr std::array<std::string_view, 2> Introductions = {"though: ", "error: "};
-
-/// Nothing failed where a machine's configuration hides no settings.
-constexpr std::string_view NoKeywordsLine = "Failed to get the all keywords";
 
 } // namespace
 
 CauseLog::CauseLog()
-    : m_Sink(Logging::AddSink(FailureLevel,
+    : m_Sink(Logging::AddSink(LibraryTexts::FailureLevel,
                               [this](const LogRecord& record)
                               {
-                                  if (record.Text.starts_with(NoKeywordsLine))
+                                  if (record.Text.starts_with(LibraryTexts::NoKeywordsLine))
                                   {
                                       return;
                                   }
@@ -59,7 +55,7 @@ Failure CauseLog::Explain(RedfishConfigResult result, const std::string& setting
 
 std::string QuotedCause(const std::string& line)
 {
-    for (const std::string_view introduction : Introductions)
+    for (const std::string_view introduction : LibraryTexts::Introductions)
     {
         if (const std::size_t found = line.find(introduction); found != std::string::npos)
         {

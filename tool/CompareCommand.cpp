@@ -4,6 +4,7 @@
 #include <array>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -11,8 +12,6 @@
 
 #include <CLI/CLI.hpp>
 #include <boost/json/object.hpp>
-#include <boost/json/parse.hpp>
-#include <boost/json/serialize.hpp>
 #include <boost/json/value.hpp>
 #include <fmt/format.h>
 
@@ -25,6 +24,8 @@
 #include "Options.h"
 #include "PendingCommand.h"
 #include "SavedSettings.h"
+#include "SavedValue.h"
+#include "Secret.h"
 #include "SettingNames.h"
 #include "SettingSelection.h"
 #include "TextOutput.h"
@@ -37,13 +38,18 @@ namespace Tavrine::Tool
 namespace
 {
 
-/// What the two columns of one comparison are called.
+constexpr const char* CurrentMember = "current";
+
+/// What the two values of one comparison are called: a column has the word in capitals.
 struct Titles
 {
+    /// Heads the column of the member CurrentMember.
     const char* Current;
+    /// The other column, and its member.
     const char* Other;
 };
-constexpr Titles DefaultTitles = {"current", "default"};
+/// The library takes what waits for a reboot before what is in force.
+constexpr Titles DefaultTitles = {"value", "default"};
 constexpr Titles PendingTitles = {"current", "pending"};
 constexpr Titles FileTitles = {"current", "saved"};
 
@@ -52,6 +58,8 @@ struct ValuePair
 {
     json::value Current;
     json::value Other;
+    /// The values are shown nowhere: they are passwords, or may be.
+    bool Secret = false;
 };
 /// In the order of the names, each once.
 using Comparison = std::vector<std::pair<std::string, ValuePair>>;
@@ -61,7 +69,15 @@ std::vector<std::string> NamesBehindFirst(const Options& options)
     return {options.Names.begin() + std::min<std::ptrdiff_t>(1, std::ssize(options.Names)), options.Names.end()};
 }
 
-std::string ShownValue(const json::value& value, const Options& options, const char* absent)
+/// What of a value of the pair may be shown.
+const json::value& Shown(const ValuePair& pair, json::value ValuePair::*which)
+{
+    static const json::value blot(Blot);
+    const json::value& value = pair.*which;
+    return pair.Secret && !value.is_null() ? blot : value;
+}
+
+std::string ShownText(const json::value& value, const Options& options, const char* absent)
 {
     if (value.is_null())
     {
@@ -96,14 +112,15 @@ void PutInto(Answer& answer, const Comparison& comparison, const Titles& titles,
         }
         if (options.Json)
         {
-            answer.Data[ValidUtf8(name)] = {{titles.Current, pair.Current}, {titles.Other, pair.Other}};
+            answer.Data[ValidUtf8(name)] = {{CurrentMember, Shown(pair, &ValuePair::Current)},
+                                            {titles.Other, Shown(pair, &ValuePair::Other)}};
             continue;
         }
         const char* absent = columns ? "(none)" : "\\N";
         std::vector<std::string>& row = rows.emplace_back(3);
         row[0] = EscapeText(name);
-        row[1] = ShownValue(pair.Current, options, absent);
-        row[2] = ShownValue(pair.Other, options, absent);
+        row[1] = ShownText(Shown(pair, &ValuePair::Current), options, absent);
+        row[2] = ShownText(Shown(pair, &ValuePair::Other), options, absent);
     }
     if (!options.Json)
     {
@@ -168,18 +185,57 @@ void TakePendingMatches(const std::string& word, const json::object& all, Redfis
 }
 
 /// A text of a file as a value of the kind that stands beside it, where it suits that; a
-/// number may be hexadecimal there.
+/// number may be hexadecimal there, as `show --hex` writes it.
 json::value LikeCurrent(const std::string& text, const json::value& current)
 {
-    const std::string number = text.find("0x") != std::string::npos ? HexToDec(text) : text;
-    json::error_code failure;
-    const json::value parsed = current.is_number() ? json::parse(number, failure)
-                               : current.is_bool() ? json::parse(text, failure)
-                                                   : json::value();
-    const bool suits = !failure && ((current.is_number() && parsed.is_number() && ValueText(parsed) == number) ||
-                                    (current.is_bool() && parsed.is_bool()));
-    return suits ? parsed : json::value(ValidUtf8(text));
+    const bool hexadecimal = current.is_number() && text.find("0x") != std::string::npos;
+    const std::string plain = hexadecimal ? HexToDec(text) : text;
+    if (current.is_number() && ValueText(current) == plain)
+    {
+        return current; // it may be beyond what the library holds
+    }
+    const bool isText = !current.is_number() && !current.is_bool();
+    const OptionalVar value = isText ? std::nullopt : SavedValue(plain, VariantOfJson(ValueText(current)));
+    return value ? VariantToJson(*value) : json::value(ValidUtf8(text));
 }
+
+/// Tells of which settings of a file the values must not be shown.
+class SecretSettings
+{
+  public:
+    /// Reads the registry, and tells where that fails. @return false where nothing can be read any more.
+    bool Read(RedfishConfigProc& front, const ManagerReader& read, CauseLog& causes, Answer& answer)
+    {
+        RedfishConfigResult result = read(front, m_Manager);
+        if (IsSuccess(result.ErrorCode()))
+        {
+            return true;
+        }
+        AddFailure(answer, causes.Explain(result));
+        if (IsUnreachable(answer.Code))
+        {
+            return false;
+        }
+        answer.Notes.emplace_back(
+            "note: without the attribute registry texts are not shown, since any may be a password");
+        return true;
+    }
+
+    /// Without a registry any setting may be a password whose value in force is no number and no boolean.
+    bool Has(const std::string& bare, const json::value& current) const
+    {
+        if (!m_Manager)
+        {
+            return !current.is_number() && !current.is_bool();
+        }
+        RedfishConfigSettingInfoStru info;
+        m_Manager->GetSettingOutline(bare, info); // a setting that the registry lacks has no type
+        return info.SettingType == "Password";
+    }
+
+  private:
+    std::unique_ptr<RedfishConfigSettingManager> m_Manager;
+};
 
 /// The settings of a file that a command line means, under the names to be shown: all
 /// that are not hidden, or those that are named.
@@ -266,15 +322,17 @@ Answer ComparePending(const Options& options, const CompareWay& way)
     {
         (IsPattern(name) ? patterns : plain).push_back(name);
     }
+    const bool typed = options.Json || options.Hex;
     json::object data;
     if (!plain.empty() || patterns.empty())
     {
-        data = PendingData(ShowPending(ForPending(options, plain), way.FreshFront), answer);
+        data = PendingData(ShowPending(ForPending(options, plain), way.FreshFront, typed), answer);
     }
     if (!patterns.empty())
     {
         const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(false);
-        const json::object all = PendingData(ShowAllPending(ForPending(options, {}), *front, way.FreshFront), answer);
+        const json::object all =
+            PendingData(ShowAllPending(ForPending(options, {}), *front, way.FreshFront, typed), answer);
         std::optional<SettingStringMap> reported;
         for (const std::string& word : patterns)
         {
@@ -284,8 +342,7 @@ Answer ComparePending(const Options& options, const CompareWay& way)
     Comparison comparison;
     for (const auto& [name, pair] : data)
     {
-        comparison.emplace_back(name,
-                                ValuePair{MemberOf(pair, PendingTitles.Current), MemberOf(pair, PendingTitles.Other)});
+        comparison.emplace_back(name, ValuePair{MemberOf(pair, CurrentMember), MemberOf(pair, PendingTitles.Other)});
     }
     std::ranges::sort(comparison, {}, &Comparison::value_type::first);
     if (comparison.empty() && !answer.Message.empty() && IsSuccess(answer.Code))
@@ -322,6 +379,11 @@ Answer CompareFile(const Options& options, const CompareWay& way)
         AddFailure(answer, causes.Explain(result));
         return answer;
     }
+    SecretSettings secrets;
+    if (!secrets.Read(*front, way.Manager, causes, answer))
+    {
+        return answer;
+    }
     Comparison comparison;
     std::size_t absent = 0;
     for (const auto& [shownName, bare] : ChosenOfFile(saved, NamesBehindFirst(options), prefixes, path, answer))
@@ -329,7 +391,8 @@ Answer CompareFile(const Options& options, const CompareWay& way)
         const auto current = inForce.find(bare);
         const json::value value = current != inForce.end() ? current->second : json::value();
         absent += value.is_null() ? 1U : 0U;
-        comparison.emplace_back(shownName, ValuePair{value, LikeCurrent(saved.at(bare), value)});
+        comparison.emplace_back(shownName,
+                                ValuePair{value, LikeCurrent(saved.at(bare), value), secrets.Has(bare, value)});
     }
     if (absent != 0)
     {
@@ -343,8 +406,11 @@ Answer CompareFile(const Options& options, const CompareWay& way)
 void AddCompareOptions(CLI::App& command, Options& options)
 {
     command.add_flag("--changed", options.Changed, "Only the settings whose two values differ");
-    command.footer("The first word is what to compare with: defaults, pending, or a saved FILE (./defaults for one of\n"
-                   "that name). Further options: tavrine --help");
+    command.footer(
+        "The first word is what to compare with: defaults, pending, or a saved FILE (./defaults for one of\n"
+        "that name). defaults stand beside what waits for a reboot, where something does, and else beside what is in\n"
+        "force; the two others beside what is in force. With --hex defaults and what stands beside them stay\n"
+        "decimal. Passwords of a FILE are compared and not shown. Further options: tavrine --help");
 }
 
 Answer RunCompare(const Options& options, Bmc& bmc)
@@ -354,7 +420,8 @@ Answer RunCompare(const Options& options, Bmc& bmc)
     {
         return CompareDefaults(bmc.Keep(bmc.Front(0)), options, TerminalWidth());
     }
-    const CompareWay way = {[&](bool typed) { return bmc.Front(typed ? 1 : 0); }, TerminalWidth()};
+    const CompareWay way = {[&](bool typed) { return bmc.Front(typed ? 1 : 0); }, TerminalWidth(),
+                            bmc.SettingManagers(false)};
     return other == "pending" ? ComparePending(options, way) : CompareFile(options, way);
 }
 

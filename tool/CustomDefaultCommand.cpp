@@ -11,10 +11,10 @@
 
 #include "Bmc.h"
 #include "CauseLog.h"
+#include "InputFile.h"
 #include "JsonOutput.h"
 #include "Options.h"
 #include "OutputFile.h"
-#include "SavedSettings.h"
 
 namespace json = boost::json;
 

@@ -312,7 +312,7 @@ Answer DescribeSettings(const DescribeSources& sources, const Options& options, 
         }
         else
         {
-            answer.Text += (answer.Text.empty() ? "" : "\n") + DescriptionText(description, columns);
+            answer.Text += (answer.Text.empty() ? "" : "\n") + DescriptionText(description, columns, options.Hex);
         }
     }
     return answer;

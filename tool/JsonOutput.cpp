@@ -20,23 +20,8 @@ std::string ValidUtf8(std::string_view text)
 {
     std::string out;
     out.reserve(text.size());
-    for (;;)
-    {
-        const std::size_t plain = PlainLength(text);
-        out += text.substr(0, plain);
-        text.remove_prefix(plain);
-        if (text.empty())
-        {
-            return out;
-        }
-        const std::size_t length = Utf8Length(text);
-        if (length == 0)
-        {
-            out += "\xEF\xBF\xBD";
-        }
-        out += text.substr(0, length);
-        text.remove_prefix(std::max<std::size_t>(length, 1));
-    }
+    ForEachCharacter(text, [&](std::string_view piece, bool isUtf8) { out += isUtf8 ? piece : "\xEF\xBF\xBD"; });
+    return out;
 }
 
 std::string JsonDocument(const Answer& answer, const char* member)

@@ -60,8 +60,8 @@ std::string WordOf(const std::optional<LoadOutcome>& outcome)
         return OutcomeWords::Sent;
     case LoadOutcome::InPlace:
         return OutcomeWords::InPlace;
-    case LoadOutcome::Failed:
-        return "failed";
+    case LoadOutcome::Refused:
+        return OutcomeWords::Refused;
     case LoadOutcome::NotSent:
         return OutcomeWords::NotSent;
     default:
@@ -102,7 +102,7 @@ void TellLoad(const DefaultLoad& load, const Options& options, Answer& answer)
         return;
     }
     Failure failure = *load.Why;
-    if (load.Outcome != LoadOutcome::Failed)
+    if (!load.Answered)
     {
         failure.Message.insert(0,
                                load.ShownName + (load.Outcome == LoadOutcome::NotSent ? ": not sent, since " : ": "));
@@ -116,6 +116,8 @@ WaitingChanges WaitingOf(const std::vector<DefaultLoad>& loads)
     for (const DefaultLoad& load : loads)
     {
         waiting.Unknown = waiting.Unknown || load.Outcome == LoadOutcome::Unknown;
+        const bool isLeftOut = load.Outcome == LoadOutcome::Refused || load.Outcome == LoadOutcome::NotSent;
+        waiting.RequestFailed = waiting.RequestFailed || (load.RequestFailed && isLeftOut);
         if (load.Expected)
         {
             waiting.Expected.push_back({load.Key, *load.Expected});
@@ -133,11 +135,10 @@ WaitingChanges WaitingOf(const std::vector<DefaultLoad>& loads)
 }
 
 /// The defaults that a load of all of them brings, of the settings that have values, can be
-/// written and are no passwords.
+/// written and are no passwords. They are decimal whatever the options say.
 RedfishConfigResult AllDefaults(RedfishConfigProc& front, const ManagerReader& readManager,
                                 std::vector<ExpectedValue>& expected)
 {
-    front.m_Options.HexValueMode = false; // what is expected are decimal texts
     std::unique_ptr<RedfishConfigSettingManager> manager;
     RedfishConfigResult result = readManager(front, manager);
     if (!IsSuccess(result.ErrorCode()))

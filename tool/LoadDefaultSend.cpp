@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <locale>
 #include <memory>
-#include <string_view>
 #include <utility>
 
 #include <boost/algorithm/string/predicate.hpp>
@@ -18,6 +17,7 @@
 #include "Options.h"
 #include "OutcomeWords.h"
 #include "PendingValues.h"
+#include "RequestEnd.h"
 #include "Secret.h"
 #include "SettingNames.h"
 #include "SettingSelection.h"
@@ -48,29 +48,39 @@ std::vector<DefaultLoad> LoadsOf(const Options& options, const Prefixes& prefixe
     return loads;
 }
 
-void TakeAnswer(DefaultLoad& load, const Failure& answer, std::vector<std::string>& notes)
+/// A warning or hint. The words may be the BMC's, which are searched for secrets once these are known.
+struct Note
 {
+    std::string Lead;
+    std::string Words;
+};
+
+void TakeAnswer(DefaultLoad& load, const Failure& answer, std::vector<Note>& notes)
+{
+    const RequestEnd end = EndOf(answer);
     load.Code = answer.Code;
-    if (IsSuccess(answer.Code))
+    load.Open = end == RequestEnd::Unknown;
+    load.RequestFailed = end != RequestEnd::Accepted && end != RequestEnd::Unfit;
+    if (end == RequestEnd::Accepted)
     {
         return;
     }
     if (MissesAction(answer))
     {
-        notes.emplace_back(MissingActionHint);
+        notes.push_back({MissingActionHint, {}});
     }
-    load.Open = DeliveryIn(answer.Message) == Delivery::Sent;
     if (load.Open)
     {
-        notes.push_back("warning: " + load.ShownName + ": " + answer.Message);
+        notes.push_back({"warning: " + load.ShownName + ": ", answer.Message});
         return;
     }
-    load.Outcome = LoadOutcome::Failed;
+    load.Outcome = end == RequestEnd::NotSent ? LoadOutcome::NotSent : LoadOutcome::Refused;
+    load.Answered = true;
     load.Why = answer;
     load.Why->Message = WithShownName(load.Why->Message, load.Name, load.ShownName);
 }
 
-void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& causes, std::vector<std::string>& notes)
+void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& causes, std::vector<Note>& notes)
 {
     int stopped = CodeSucceed;
     for (DefaultLoad& load : loads)
@@ -78,6 +88,7 @@ void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& c
         if (stopped != CodeSucceed)
         {
             load.Code = stopped;
+            load.RequestFailed = true;
             load.Outcome = LoadOutcome::NotSent;
             load.Why = Failure{stopped, "a request before it failed", load.ShownName, {}};
             continue;
@@ -93,7 +104,7 @@ bool IsToJudge(const DefaultLoad& load) { return !load.Outcome; }
 /// Whether the BMC has said something about it, which may repeat what it was sent.
 bool IsAnswered(const DefaultLoad& load)
 {
-    return load.Outcome == LoadOutcome::Failed && load.Why && QuotesBmc(*load.Why);
+    return load.Answered && load.Outcome != LoadOutcome::NotSent && QuotesBmc(*load.Why);
 }
 
 /// Stands in for the value of a setting that shows none.
@@ -102,14 +113,17 @@ OptionalVar KindOfType(const std::string& type)
     return type == "Boolean" ? OptionalVar(false) : type == "Integer" ? OptionalVar(std::int64_t{0}) : std::nullopt;
 }
 
+using Manager = std::unique_ptr<RedfishConfigSettingManager>;
+
 /// Without the registry each may be a password.
-void TakeKinds(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, const ManagerReader& readManager,
-               CauseLog& causes)
+/// @return what tells the defaults; null where the registry could not be read.
+Manager TakeKinds(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, const ManagerReader& readManager,
+                  CauseLog& causes)
 {
-    std::unique_ptr<RedfishConfigSettingManager> manager;
+    Manager manager;
     if (!IsSuccess(causes.Explain(readManager(front, manager)).Code))
     {
-        return;
+        return nullptr;
     }
     for (DefaultLoad& load : loads)
     {
@@ -123,6 +137,7 @@ void TakeKinds(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, const 
             load.Kind = info.CurrentValue ? std::move(info.CurrentValue) : KindOfType(info.SettingType.value_or(""));
         }
     }
+    return manager;
 }
 
 /// What the BMC shows tells the kind of a setting of which nothing else does.
@@ -134,15 +149,13 @@ OptionalVar KindOf(const DefaultLoad& load, const Text& shown)
 
 /// As the BMC writes a value of the setting: a registry may have a boolean as "True".
 /// @param shown  a value that the BMC shows.
-Text DefaultOf(const DefaultLoad& load, RedfishConfigProc& front, const Text& shown)
+Text DefaultOf(const DefaultLoad& load, const Manager& manager, const Text& shown)
 {
-    SettingStringMap defaults;
-    const RedfishConfigResult result = front.QuerySettingDefaultValues(defaults, load.Name);
-    if (!IsSuccess(result.ErrorCode()) || defaults.size() != 1)
+    std::string text;
+    if (!manager || manager->QuerySettingDefaultValue(load.Key, text) != CodeSucceed)
     {
         return std::nullopt;
     }
-    std::string text = defaults.begin()->second;
     OptionalVar value = KindOf(load, shown);
     if (TransferStringToOptionalVar(value, text))
     {
@@ -162,39 +175,26 @@ void HideInAnswer(DefaultLoad& load, SecretTexts secrets)
     load.Why = Hidden(std::move(*load.Why), secrets, load.ShownName);
 }
 
-/// The BMC's words stand behind what they are about: "warning: NAME: words".
-void HideInNote(std::string& note, const SecretTexts& secrets)
-{
-    constexpr std::string_view Mark = "warning: ";
-    constexpr std::string_view Colon = ": ";
-    const std::size_t colon = note.starts_with(Mark) ? note.find(Colon, Mark.size()) : std::string::npos;
-    if (colon != std::string::npos)
-    {
-        const std::size_t words = colon + Colon.size();
-        note = note.substr(0, words) + WithoutSecrets(note.substr(words), secrets);
-    }
-}
-
-/// The BMC's words may repeat the default of a password. What may be none is not looked for where it is short.
-void HideSecrets(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, std::vector<std::string>& notes)
+/// The BMC's words may repeat the default of a password, of which a setting that the registry does not know has none.
+void HideSecrets(std::vector<DefaultLoad>& loads, const Manager& manager, std::vector<Note>& notes)
 {
     SecretTexts secrets;
     for (DefaultLoad& load : loads)
     {
-        Text text = load.Secret ? DefaultOf(load, front, std::nullopt) : std::nullopt;
-        if (text && (load.Password || !IsShortSecret(*text)))
+        Text text = load.Password ? DefaultOf(load, manager, std::nullopt) : std::nullopt;
+        if (text)
         {
             load.SecretDefault = std::make_unique<Secret>(std::move(*text));
             secrets.emplace_back(load.SecretDefault->Text());
         }
     }
-    for (std::string& note : notes)
+    for (Note& note : notes)
     {
-        HideInNote(note, secrets);
+        note.Words = WithoutSecrets(note.Words, secrets);
     }
     for (DefaultLoad& load : loads)
     {
-        if (load.Outcome == LoadOutcome::Failed)
+        if (load.Answered)
         {
             HideInAnswer(load, secrets);
         }
@@ -211,10 +211,15 @@ struct Knowledge
 
 /// What the BMC holds now, of the settings that are to be judged.
 RedfishConfigResult ReadBack(const std::vector<DefaultLoad>& loads, RedfishConfigProc& reader, PendingValues& values,
-                             std::vector<std::string>& notes)
+                             std::vector<Note>& notes)
 {
     RedfishConfigResult result = ReadPendingValues(reader, values);
-    WarnOfDefaults(reader, notes);
+    std::vector<std::string> warnings;
+    WarnOfDefaults(reader, warnings);
+    for (std::string& warning : warnings)
+    {
+        notes.push_back({std::move(warning), {}});
+    }
     if (!IsSuccess(result.ErrorCode()))
     {
         return result;
@@ -229,7 +234,7 @@ RedfishConfigResult ReadBack(const std::vector<DefaultLoad>& loads, RedfishConfi
     return result;
 }
 
-Knowledge KnowledgeOf(const DefaultLoad& load, RedfishConfigProc& front, const PendingValues& values)
+Knowledge KnowledgeOf(const DefaultLoad& load, const Manager& manager, const PendingValues& values)
 {
     const auto find = [&](const auto& texts)
     {
@@ -238,7 +243,7 @@ Knowledge KnowledgeOf(const DefaultLoad& load, RedfishConfigProc& front, const P
     };
     const Text effective = find(values.Effective);
     const Text pending = find(values.Pending);
-    return {DefaultOf(load, front, pending ? pending : effective), effective, pending};
+    return {DefaultOf(load, manager, pending ? pending : effective), effective, pending};
 }
 
 /// A BMC may write the name of a value that it took in letters of its own.
@@ -252,7 +257,7 @@ bool HasTakenDefault(const DefaultLoad& load, const Knowledge& known)
 /// be that nothing was sent, and a change that the BMC took may wait all the same.
 LoadOutcome OutcomeOf(const DefaultLoad& load, const Knowledge& known)
 {
-    const bool waits = !load.Open && load.Code == CodeReboot;
+    const bool waits = load.Code == CodeReboot;
     if (!known.Effective)
     {
         return waits ? LoadOutcome::Sent : LoadOutcome::Unknown;
@@ -304,9 +309,9 @@ void Judge(DefaultLoad& load, const Knowledge& known, const std::optional<Failur
 }
 
 /// What the BMC shows goes before what its answers let one think.
-/// @param front  that the defaults were sent through.
-void JudgeByValues(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, RedfishConfigProc& reader,
-                   CauseLog& causes, std::vector<std::string>& notes)
+/// @param manager  null where it could not be read.
+void JudgeByValues(std::vector<DefaultLoad>& loads, const Manager& manager, RedfishConfigProc& reader, CauseLog& causes,
+                   std::vector<Note>& notes)
 {
     PendingValues values;
     std::optional<Failure> unread = causes.Explain(ReadBack(loads, reader, values, notes));
@@ -316,15 +321,32 @@ void JudgeByValues(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, Re
     }
     else
     {
-        notes.push_back("warning: the pending values could not be read back: " + unread->Message);
+        notes.push_back({"warning: the pending values could not be read back: ", unread->Message});
     }
     for (DefaultLoad& load : loads)
     {
         if (IsToJudge(load))
         {
-            Judge(load, KnowledgeOf(load, front, values), unread);
+            Judge(load, KnowledgeOf(load, manager, values), unread);
         }
     }
+}
+
+/// Finds out what became of the settings, as far as their answers leave that open.
+void Settle(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, const FrontMaker& freshFront,
+            const ManagerReader& readManager, CauseLog& causes, std::vector<Note>& notes)
+{
+    const bool anyToJudge = std::ranges::any_of(loads, IsToJudge);
+    if (!anyToJudge && std::ranges::none_of(loads, IsAnswered))
+    {
+        return;
+    }
+    const Manager manager = TakeKinds(loads, front, readManager, causes);
+    if (anyToJudge)
+    {
+        JudgeByValues(loads, manager, *freshFront(), causes, notes);
+    }
+    HideSecrets(loads, manager, notes);
 }
 
 } // namespace
@@ -335,18 +357,13 @@ std::vector<DefaultLoad> SendDefaults(const Options& options, const FrontMaker& 
     CauseLog causes;
     const std::unique_ptr<RedfishConfigProc> front = freshFront();
     std::vector<DefaultLoad> loads = LoadsOf(options, ShownPrefixes(*front));
-    Send(loads, *front, causes, notes);
-    const bool anyToJudge = std::ranges::any_of(loads, IsToJudge);
-    if (!anyToJudge && std::ranges::none_of(loads, IsAnswered))
+    std::vector<Note> told;
+    Send(loads, *front, causes, told);
+    Settle(loads, *front, freshFront, readManager, causes, told);
+    for (const Note& note : told)
     {
-        return loads;
+        notes.push_back(note.Lead + note.Words);
     }
-    TakeKinds(loads, *front, readManager, causes);
-    if (anyToJudge)
-    {
-        JudgeByValues(loads, *front, *freshFront(), causes, notes);
-    }
-    HideSecrets(loads, *front, notes);
     return loads;
 }
 

@@ -26,8 +26,8 @@ enum class LoadOutcome
     InPlace,
     /// Nobody knows.
     Unknown,
-    /// Nothing was changed.
-    Failed,
+    /// By the BMC, or by the check before it.
+    Refused,
     NotSent,
 };
 
@@ -42,6 +42,8 @@ struct DefaultLoad
     int Code = CodeSucceed;
     /// Nobody knows whether its request was carried out; by the answer alone.
     bool Open = false;
+    /// Its request has failed, or one that kept it from being sent.
+    bool RequestFailed = false;
     bool Password = false;
     /// Its values are names of a list, not free texts.
     bool HasNames = false;
@@ -54,8 +56,10 @@ struct DefaultLoad
 
     /// Nothing until it is settled.
     std::optional<LoadOutcome> Outcome;
-    /// Of Failed, and of Unknown and NotSent with a message that goes on from the setting's name.
+    /// Of Refused, NotSent and Unknown.
     std::optional<Failure> Why;
+    /// Why is what the library answered; any other message goes on from the setting's name.
+    bool Answered = false;
     /// Of Sent: what has to be in force after a reboot; nothing where that cannot be found out or is a secret.
     std::optional<std::string> Expected;
 };

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
+
+#include "LibraryTexts.h"
 
 namespace Tavrine::Tool
 {
@@ -9,16 +12,15 @@ namespace
 {
 
 constexpr std::array Codes = {18, 28, 32};
-constexpr std::array Statuses = {"(404 ", "(405 ", "(501 "};
 
 } // namespace
 
 bool MissesAction(const Failure& failure)
 {
-    return failure.Message.find("/ZorvanBios.") != std::string::npos &&
+    return failure.Message.find(LibraryTexts::OemAction) != std::string::npos &&
            std::find(Codes.begin(), Codes.end(), failure.Code) != Codes.end() &&
-           std::any_of(Statuses.begin(), Statuses.end(),
-                       [&](const char* status) { return failure.Message.find(status) != std::string::npos; });
+           std::ranges::any_of(LibraryTexts::UnknownAction, [&](std::string_view status)
+                               { return failure.Message.find(status) != std::string::npos; });
 }
 
 } // namespace Tavrine::Tool

@@ -172,8 +172,7 @@ void AddConnectionOptions(CLI::App& app, Options& options, Written& written)
     add("--retries", "N", "How often a read is tried again whose connection failed (default 2)",
         [&](const std::string& text) { return ReadNumber<std::uint32_t>(text, 0, 20, options.Retries); });
     add("--wait-ready", "SECONDS", "Wait so long, in all, for a BMC that says it is busy",
-        [&](const std::string& text)
-        { return ReadNumber<std::uint32_t>(text, 1, LongestWait, options.WaitReady); });
+        [&](const std::string& text) { return ReadNumber<std::uint32_t>(text, 1, LongestWait, options.WaitReady); });
 }
 
 void AddSimulatorOptions(CLI::App& app, Options& options)
@@ -205,7 +204,8 @@ void AddSettingOptions(CLI::App& app, Options& options, Written& written)
         ->check(Check([&](const std::string& text) { return ReadSystemType(text, options.SystemType); }))
         ->group(group);
     app.add_flag("--hex", options.Hex,
-                 "Show and take values that are numbers in hexadecimal (text output); defaults stay decimal")
+                 "Show and take values that are numbers in hexadecimal (text output); defaults and compare defaults "
+                 "stay decimal")
         ->group(group);
     app.add_flag("--protected", options.Protected, "Allow protected settings of a UEFI system")->group(group);
     app.add_flag("--legacy-names", options.LegacyNames, "Names may be old names, as the configuration lists them")

@@ -11,6 +11,7 @@ namespace Tavrine::Tool::OutcomeWords
 
 inline constexpr const char* Sent = "sent, takes effect after a reboot";
 inline constexpr const char* InPlace = "in place";
+inline constexpr const char* Refused = "refused";
 inline constexpr const char* NotSent = "not sent";
 inline constexpr const char* Unknown = "unknown";
 
@@ -19,6 +20,9 @@ inline constexpr const char* NotShown = "the BMC does not show it among its pend
 inline constexpr const char* OtherWaits = "another value waits for a reboot";
 inline constexpr const char* OtherMayWait = "another value may wait for a reboot";
 inline constexpr const char* NotRead = "its pending value could not be read";
+
+/// Begins the warning of a failure behind which all is as it was meant to be.
+inline constexpr const char* ShownAllTheSame = "warning: the request failed, but the BMC shows the changes: ";
 
 /// So many names stand in one message.
 inline constexpr std::size_t NamesInMessage = 5;

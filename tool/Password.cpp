@@ -17,6 +17,7 @@ namespace
 {
 
 constexpr const char* Terminal = "/dev/tty";
+constexpr const char* Variable = "TAVRINE_PASSWORD";
 
 /// An open file that is closed when this goes, unless it is not ours to close.
 class Descriptor
@@ -133,17 +134,20 @@ std::optional<Failure> ReadPasswordFile(const std::string& file, std::string& pa
     return std::nullopt;
 }
 
-bool TakeFromEnvironment(std::string& password)
+/// @param value  of the variable; nothing of it is left there.
+std::optional<Failure> TakeFromEnvironment(char* value, std::string& password)
 {
-    char* value = std::getenv("TAVRINE_PASSWORD");
-    if (value == nullptr || *value == '\0')
-    {
-        return false;
-    }
-    password = value;
-    explicit_bzero(value, std::strlen(value));
-    unsetenv("TAVRINE_PASSWORD");
-    return true;
+    const std::size_t size = std::strlen(value);
+    const bool isTooLong = size > LongestPassword;
+    password.assign(value, isTooLong ? 0 : size);
+    explicit_bzero(value, size);
+    unsetenv(Variable);
+    return !isTooLong ? std::nullopt
+                      : std::optional(Failure{CodeParameter,
+                                              "Unable to read the password from " + std::string(Variable) +
+                                                  ": it is longer than " + std::to_string(LongestPassword) + " bytes",
+                                              {},
+                                              {}});
 }
 
 bool HasControllingTerminal() { return Descriptor(open(Terminal, O_RDWR | O_CLOEXEC | O_NOCTTY), true).Number() >= 0; }
@@ -184,7 +188,9 @@ std::optional<Failure> FindPassword(const std::string& file, const std::string& 
     {
         return ReadPasswordFile(file, password.Text());
     }
-    return TakeFromEnvironment(password.Text()) ? std::nullopt : Prompt(who, password.Text());
+    char* const value = std::getenv(Variable);
+    const bool isSet = value != nullptr && *value != '\0';
+    return isSet ? TakeFromEnvironment(value, password.Text()) : Prompt(who, password.Text());
 }
 
 } // namespace Tavrine::Tool

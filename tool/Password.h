@@ -9,7 +9,7 @@
 namespace Tavrine::Tool
 {
 
-/// The longest password line that is read from a file or a terminal, in bytes.
+/// The longest password, wherever it comes from, in bytes; without the end of its line.
 inline constexpr std::size_t LongestPassword = 4096;
 
 /// Asks a question on the controlling terminal and reads a line without echo.

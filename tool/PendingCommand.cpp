@@ -5,19 +5,23 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <boost/json/object.hpp>
 #include <boost/json/value.hpp>
 
+#include "BIOSCompatibleModule.h"
 #include "Bmc.h"
 #include "CauseLog.h"
+#include "ConfigOptions.h"
 #include "JsonOutput.h"
 #include "MissingActions.h"
 #include "Options.h"
 #include "PendingValues.h"
+#include "RedfishConfigSettingManager.h"
 #include "SettingManager.h"
 #include "SettingNames.h"
-#include "SettingPairs.h"
 #include "SettingSelection.h"
 #include "TextOutput.h"
 #include "ValueConversions.h"
@@ -46,17 +50,86 @@ Failure ExplainPending(RedfishConfigProc& front, const RedfishConfigResult& resu
     return failure;
 }
 
+/// What the BMC says about all ordinary settings at once, by shown name.
+struct AllPending
+{
+    RedfishConfigResult Result;
+    SettingCompareMap Compared;
+    SettingStringMap Reported;
+};
+
+AllPending ReadAllPending(RedfishConfigProc& front)
+{
+    AllPending all = {{CodeSucceed, "", ""}, {}, {}};
+    all.Result = front.CompareSettingPendingValues(all.Compared, "");
+    if (Answered(all.Result))
+    {
+        const RedfishConfigResult read = front.QueryGroupSettingValues(all.Reported);
+        all.Result = IsSuccess(read.ErrorCode()) ? all.Result : read;
+    }
+    return all;
+}
+
 /// Reads single names, each by a comparison of its own; a name that the attribute
 /// registry lacks is looked up among all that the BMC reports.
 class NamedReader
 {
   public:
-    NamedReader(Answer& answer, CauseLog& causes, const TypedFrontMaker& freshFront)
-        : m_Answer(answer), m_Causes(causes), m_FreshFront(freshFront), m_Front(freshFront(false))
+    NamedReader(Answer& answer, CauseLog& causes, const Options& options, const TypedFrontMaker& freshFront)
+        : m_Answer(answer), m_Causes(causes), m_HasProtected(options.SystemType == SystemTypeUefi),
+          m_FreshFront(freshFront), m_Front(freshFront(false))
     {
     }
 
-    void Read(const std::string& name, SettingCompareMap& compared)
+    void Read(const std::vector<std::string>& names, SettingCompareMap& compared)
+    {
+        if (names.size() > 1)
+        {
+            ReadTogether();
+        }
+        for (const std::string& name : names)
+        {
+            if (!HasNothingPending(name))
+            {
+                ReadOne(name, compared);
+            }
+        }
+    }
+
+    const RedfishConfigProc& Front() const { return *m_Front; }
+
+  private:
+    /// As long as nothing is pending, the library sends a request for each name.
+    void ReadTogether()
+    {
+        m_All = ReadAllPending(*m_Front);
+        if (m_All->Result == CodeNothingPending)
+        {
+            ReadSettingManager(*m_Front, m_Manager, false); // without it each name is asked for
+        }
+        m_Causes.Explain(m_All->Result); // the names are to fail by what is told about them
+    }
+
+    /// Whether that is known without a request: for an ordinary setting that the BMC reports, with a value or without.
+    bool HasNothingPending(const std::string& name)
+    {
+        if (m_Manager == nullptr)
+        {
+            return false;
+        }
+        std::string key = name;
+        BIOSCompatibleModule(m_Front->m_Options).ConvertNameFromOldToNew(name, key);
+        RedfishConfigSettingInfoStru info;
+        if (m_Manager->GetSettingOutline(key, info) != CodeSucceed || (info.IsProtected && m_HasProtected))
+        {
+            return false;
+        }
+        SettingStringMap inForce;
+        const RedfishConfigResult reported = m_Front->QuerySettingValue(name, inForce);
+        return IsSuccess(reported.ErrorCode()) || reported == CodeNoValue;
+    }
+
+    void ReadOne(const std::string& name, SettingCompareMap& compared)
     {
         const std::string shownName = m_Front->m_Prefix + "." + name;
         if (m_Unreachable)
@@ -83,42 +156,92 @@ class NamedReader
         AddFailure(m_Answer, failure);
     }
 
-    const RedfishConfigProc& Front() const { return *m_Front; }
-
-  private:
     /// @return false when the BMC does not report such a setting either.
     bool TakeFromAll(const std::string& name, const std::string& shownName, SettingCompareMap& compared)
     {
-        const std::unique_ptr<RedfishConfigProc> fresh = m_FreshFront(false);
-        SettingCompareMap all;
-        SettingStringMap reported;
-        if (!Answered(fresh->CompareSettingPendingValues(all, "")) ||
-            !IsSuccess(fresh->QueryGroupSettingValues(reported).ErrorCode()))
+        if (!m_All)
+        {
+            m_All = ReadAllPending(*m_FreshFront(false));
+        }
+        if (!Answered(m_All->Result))
         {
             return false;
         }
-        const std::string key = fresh->GetSecondPrefix() + "." + name;
-        if (const auto entry = all.find(key); entry != all.end())
+        const std::string key = m_Front->GetSecondPrefix() + "." + name;
+        if (const auto entry = m_All->Compared.find(key); entry != m_All->Compared.end())
         {
             compared[shownName] = entry->second;
         }
-        return reported.count(key) != 0;
+        return m_All->Reported.count(key) != 0;
     }
 
     Answer& m_Answer;
     CauseLog& m_Causes;
+    bool m_HasProtected;
     const TypedFrontMaker& m_FreshFront;
     std::unique_ptr<RedfishConfigProc> m_Front;
+    std::optional<AllPending> m_All;
+    /// There where nothing at all is pending.
+    std::unique_ptr<RedfishConfigSettingManager> m_Manager;
     std::optional<Failure> m_Unreachable;
 };
 
-/// The kinds of the values in force, by bare name: the library compares texts.
-TypedSettings ReadKinds(const TypedFrontMaker& freshFront)
+/// Tells the kinds of settings by their values in force: the library compares texts.
+class KindReader
 {
-    TypedSettings kinds;
-    ReadTypedValues(*freshFront(true), kinds); // without them all values are texts
-    return kinds;
-}
+  public:
+    KindReader(Answer& answer, CauseLog& causes, const TypedFrontMaker& freshFront)
+        : m_Answer(answer), m_Causes(causes), m_Front(freshFront(true))
+    {
+    }
+
+    /// @return false when all ordinary settings cannot be read; the failure is told.
+    bool Read()
+    {
+        const RedfishConfigResult result = ReadTypedValues(*m_Front, m_Kinds);
+        return IsSuccess(result.ErrorCode()) || Fail(result, {});
+    }
+
+    /// @return nothing when the kind cannot be read; the failure is told.
+    std::optional<json::value> KindOf(const std::string& shownName, const std::string& name)
+    {
+        const auto known = m_Kinds.find(name);
+        if (known != m_Kinds.end())
+        {
+            return known->second;
+        }
+        SettingStringMap given; // protected, hidden, or by an old name
+        RedfishConfigResult result = m_Front->QuerySettingValue(name, given);
+        TypedSettings single;
+        if (IsSuccess(result.ErrorCode()) && (given.empty() || !ReadTypedSettings(given.begin()->second, "", single)))
+        {
+            result = CodeInternal;
+        }
+        if (!IsSuccess(result.ErrorCode()))
+        {
+            Fail(result, shownName);
+            return std::nullopt;
+        }
+        return single.empty() ? json::value() : single.begin()->second;
+    }
+
+  private:
+    /// @return false.
+    bool Fail(const RedfishConfigResult& result, const std::string& shownName)
+    {
+        Failure failure = m_Causes.Explain(result);
+        failure.Setting = shownName;
+        failure.Message.insert(0, shownName.empty() ? "The kinds of the values could not be read: "
+                                                    : shownName + ": the kind of its values could not be read: ");
+        AddFailure(m_Answer, std::move(failure));
+        return false;
+    }
+
+    Answer& m_Answer;
+    CauseLog& m_Causes;
+    std::unique_ptr<RedfishConfigProc> m_Front;
+    TypedSettings m_Kinds;
+};
 
 json::value ValueOf(const std::string& text, const json::value& kind)
 {
@@ -135,26 +258,48 @@ json::value ValueOf(const std::string& text, const json::value& kind)
     return json::value(ValidUtf8(text));
 }
 
-void PutInto(Answer& answer, const SettingCompareMap& compared, const Options& options,
-             const TypedFrontMaker& freshFront)
+void PutOne(Answer& answer, const Options& options, const std::string& name,
+            const std::pair<std::string, std::string>& texts, const json::value& kind)
 {
-    const bool kindsMatter = !compared.empty() && (options.Json || options.Hex);
-    const TypedSettings kinds = kindsMatter ? ReadKinds(freshFront) : TypedSettings();
+    if (options.Json)
+    {
+        answer.Data[ValidUtf8(name)] = {{"current", ValueOf(texts.first, kind)},
+                                        {"pending", ValueOf(texts.second, kind)}};
+        return;
+    }
+    const auto shown = [&](const std::string& text)
+    { return EscapeText(options.Hex && kind.is_number() ? DecToHex(text) : text); };
+    answer.Text += EscapeText(name) + "=" + shown(texts.first) + " -> " + shown(texts.second) + "\n";
+}
+
+/// @param kinds  tells how values are to be shown; none where their texts do for that.
+void PutAll(Answer& answer, const SettingCompareMap& compared, const Options& options, KindReader* kinds)
+{
+    if (kinds != nullptr && !kinds->Read())
+    {
+        return; // a number that is taken for a text shows another value with --hex
+    }
     const Prefixes prefixes = PrefixesOf(options);
     for (const auto& [name, texts] : compared)
     {
-        const auto kind = kinds.find(BareName(name, prefixes));
-        const json::value sample = kind == kinds.end() ? json::value() : kind->second;
-        if (options.Json)
+        const std::optional<json::value> kind =
+            kinds != nullptr ? kinds->KindOf(name, BareName(name, prefixes)) : std::optional(json::value());
+        if (kind)
         {
-            answer.Data[ValidUtf8(name)] = {{"current", ValueOf(texts.first, sample)},
-                                            {"pending", ValueOf(texts.second, sample)}};
-            continue;
+            PutOne(answer, options, name, texts, *kind);
         }
-        const auto shown = [&](const std::string& text)
-        { return EscapeText(options.Hex && sample.is_number() ? DecToHex(text) : text); };
-        answer.Text += EscapeText(name) + "=" + shown(texts.first) + " -> " + shown(texts.second) + "\n";
     }
+}
+
+void PutInto(Answer& answer, CauseLog& causes, const SettingCompareMap& compared, const Options& options,
+             const TypedFrontMaker& freshFront, bool typed)
+{
+    std::optional<KindReader> kinds;
+    if (typed && !compared.empty() && (options.Json || options.Hex))
+    {
+        kinds.emplace(answer, causes, freshFront);
+    }
+    PutAll(answer, compared, options, kinds ? &*kinds : nullptr);
     if (compared.empty() && answer.Errors.empty())
     {
         answer.Message = StandardText(CodeNothingPending);
@@ -178,26 +323,23 @@ void PutDefaults(const RedfishConfigProc& front, const Options& options, Answer&
 
 } // namespace
 
-Answer ShowPending(const Options& options, const TypedFrontMaker& freshFront)
+Answer ShowPending(const Options& options, const TypedFrontMaker& freshFront, bool typed)
 {
     if (options.Names.empty())
     {
-        return ShowAllPending(options, *freshFront(false), freshFront);
+        return ShowAllPending(options, *freshFront(false), freshFront, typed);
     }
     Answer answer;
     CauseLog causes;
     SettingCompareMap compared;
-    NamedReader reader(answer, causes, freshFront);
-    for (const std::string& name : BareNames(options.Names, PrefixesOf(options)))
-    {
-        reader.Read(name, compared);
-    }
-    PutInto(answer, compared, options, freshFront);
+    NamedReader reader(answer, causes, options, freshFront);
+    reader.Read(BareNames(options.Names, PrefixesOf(options)), compared);
+    PutInto(answer, causes, compared, options, freshFront, typed);
     PutDefaults(reader.Front(), options, answer);
     return answer;
 }
 
-Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const TypedFrontMaker& freshFront)
+Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const TypedFrontMaker& freshFront, bool typed)
 {
     Answer answer;
     CauseLog causes;
@@ -207,7 +349,7 @@ Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const Ty
     {
         AddFailure(answer, ExplainPending(front, result, causes, {}));
     }
-    PutInto(answer, compared, options, freshFront);
+    PutInto(answer, causes, compared, options, freshFront, typed);
     PutDefaults(front, options, answer);
     return answer;
 }

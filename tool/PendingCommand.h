@@ -17,10 +17,12 @@ Answer RunPending(const Options& options, Bmc& bmc);
 /// That nothing waits is a good answer.
 /// @param freshFront  gives an object that was not used yet; of typed output where the
 ///                    argument is true, else of text output.
-Answer ShowPending(const Options& options, const TypedFrontMaker& freshFront);
+/// @param typed       false: data holds all values as texts, and nothing is read for their kinds.
+Answer ShowPending(const Options& options, const TypedFrontMaker& freshFront, bool typed = true);
 
 /// The same of all ordinary settings, through a text object that its caller keeps: what was
 /// fetched stays at hand there.
-Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const TypedFrontMaker& freshFront);
+Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const TypedFrontMaker& freshFront,
+                      bool typed = true);
 
 } // namespace Tavrine::Tool

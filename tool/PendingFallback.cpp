@@ -1,25 +1,16 @@
 #include "PendingFallback.h"
 
-#include <string_view>
+#include "LibraryTexts.h"
 
 namespace Tavrine::Tool
 {
-namespace
-{
-
-constexpr unsigned int FailureLevel = 1;
-/// A BMC without pending values has no such line.
-constexpr std::string_view UnreadLine = "Failed to get pending values map";
-constexpr std::string_view TakenLine = "Query pending value error, use effective value directly.";
-
-} // namespace
 
 PendingFallback::PendingFallback()
-    : m_Sink(Logging::AddSink(FailureLevel,
+    : m_Sink(Logging::AddSink(LibraryTexts::FailureLevel,
                               [this](const LogRecord& record)
                               {
-                                  m_Unread = m_Unread || record.Text.starts_with(UnreadLine);
-                                  m_Taken = m_Taken || (m_Unread && record.Text.starts_with(TakenLine));
+                                  m_Unread = m_Unread || record.Text.starts_with(LibraryTexts::UnreadLine);
+                                  m_Taken = m_Taken || (m_Unread && record.Text.starts_with(LibraryTexts::TakenLine));
                               }))
 {
 }

@@ -17,7 +17,7 @@
 #include "DisplayWidth.h"
 #include "JsonOutput.h"
 #include "Options.h"
-#include "SettingPairs.h"
+#include "SettingNames.h"
 #include "TextOutput.h"
 
 namespace json = boost::json;
@@ -125,10 +125,10 @@ Answer TellResults(const BmcRequests& requests, const Options& options, const st
     Answer answer;
     SystemResource system;
     BiosResource bios;
-    RedfishConfigResult result = ReadSystem(requests, system);
+    RedfishConfigResult result = ReadSystemAndBios(requests, system, bios);
     if (IsSuccess(result.ErrorCode()))
     {
-        result = ReadBios(requests, system, bios);
+        result = ReadPostLoad(requests, bios);
     }
     if (!IsSuccess(result.ErrorCode()))
     {

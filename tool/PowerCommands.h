@@ -3,7 +3,7 @@
 #include <string>
 
 #include "Answer.h"
-#include "Verify.h"
+#include "Restart.h"
 
 namespace CLI
 {

@@ -68,20 +68,34 @@ Answer AnswerWith(Failure failure)
     return answer;
 }
 
-/// Some failures tell which resource was wrong, but not on which machine. One line that
-/// names it is enough.
-void NameBmc(Answer& answer, const std::string& name)
+/// Failures of answers tell which resource was wrong, but not whose it was. One line is enough that names the
+/// machine, and the file that stood in for answers. What was judged here (a setting that is read-only, a time that
+/// has passed) came of no answer alone, unless its words are of what the BMC did, and a connection that failed tells
+/// where.
+void NameSource(Answer& answer, const Options& options, const std::string& bmc)
 {
-    constexpr std::array codes = {CodeRefused,  CodeConnection,   CodeQuery,
-                                  CodeUnusable, CodeActionFailed, CodeBmcFailed};
-    const auto namesIt = [&](const Failure& failure)
-    { return (failure.Message + failure.Cause).find(name) != std::string::npos; };
-    const bool fromBmc = std::find(codes.begin(), codes.end(), answer.Code) != codes.end();
-    if (fromBmc && !answer.Errors.empty() && std::none_of(answer.Errors.begin(), answer.Errors.end(), namesIt))
+    constexpr std::array fromAnswers = {CodeQuery, CodeUnusable, CodeActionFailed, CodeBmcFailed};
+    constexpr std::array fromFile = {CodeQuery, CodeUnusable};
+    const std::string& file = options.DebugConfigFile;
+    const bool mayBeFile = !file.empty() && std::ranges::count(fromFile, answer.Code) != 0;
+    const bool mayBeRefused = answer.Code == CodeRefused;
+    const bool isAnswered = !options.Simulate && (mayBeRefused || std::ranges::count(fromAnswers, answer.Code) != 0);
+    const auto namesSource = [&](const Failure& failure)
     {
-        std::string& cause = answer.Errors.front().Cause;
-        cause = cause.empty() ? "this came of what " + name + " answered" : name + ": " + cause;
+        const std::string text = failure.Message + failure.Cause;
+        return text.find(bmc) != std::string::npos || (mayBeFile && text.find(file) != std::string::npos);
+    };
+    const auto tellsOfIt = [&](const Failure& failure)
+    { return failure.Code == answer.Code && (!mayBeRefused || failure.Message.find("the BMC") != std::string::npos); };
+    const auto first = std::ranges::find_if(answer.Errors, tellsOfIt);
+    if (!(mayBeFile || isAnswered) || first == answer.Errors.end() || std::ranges::any_of(answer.Errors, namesSource))
+    {
+        return;
     }
+    const std::string source = mayBeFile ? file + " stands in for answers of " + bmc : bmc;
+    first->Cause = !first->Cause.empty() ? source + ": " + first->Cause
+                   : mayBeFile           ? source
+                                         : "this came of what " + bmc + " answered";
 }
 
 Answer AskBmc(const Options& options, const std::function<void(const std::string&)>& warn, Bmc& bmc)
@@ -117,10 +131,7 @@ Answer AskBmc(const Options& options, const std::function<void(const std::string
     {
         AddFailure(answer, std::move(*failure));
     }
-    if (!options.Simulate)
-    {
-        NameBmc(answer, bmc.Name());
-    }
+    NameSource(answer, options, bmc.Name());
     bmc.Close(answer.Notes);
     return answer;
 }

@@ -1,5 +1,6 @@
 #include "Progress.h"
 
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -24,21 +25,29 @@ Progress::Progress(std::string line, std::chrono::milliseconds patience)
         return;
     }
     const HeldStopSignals held;
-    m_Thread = std::thread(
-        [this, line = std::move(line), patience]
-        {
-            std::unique_lock lock(m_Mutex);
-            while (!m_Done)
-            {
-                m_Wake.wait(lock, [this] { return m_Done || !m_Held; });
-                if (!m_Wake.wait_for(lock, patience, [this] { return m_Done || m_Held; }))
-                {
-                    WriteError("tavrine: " + line + "\n");
-                    break;
-                }
-            }
-        });
+    try
+    {
+        m_Thread = std::thread([this, line = std::move(line), patience] { Tell(line, patience); });
+    }
+    catch (const std::system_error&)
+    {
+        return; // no thread is to be had, which is no reason to end a run
+    }
     g_Current = this;
+}
+
+void Progress::Tell(const std::string& line, std::chrono::milliseconds patience)
+{
+    std::unique_lock lock(m_Mutex);
+    while (!m_Done)
+    {
+        m_Wake.wait(lock, [this] { return m_Done || !m_Held; });
+        if (!m_Wake.wait_for(lock, patience, [this] { return m_Done || m_Held; }))
+        {
+            WriteError("tavrine: " + line + "\n");
+            break;
+        }
+    }
 }
 
 void Progress::Set(bool Progress::*state, bool value)

@@ -10,7 +10,7 @@ namespace Tavrine::Tool
 {
 
 /// Tells on standard error, where that is a terminal, what takes long: one line, once,
-/// when this lives for longer than the patience.
+/// when this lives for longer than the patience; nothing where no thread can be started.
 class Progress
 {
   public:
@@ -34,6 +34,8 @@ class Progress
     };
 
   private:
+    /// What the thread does.
+    void Tell(const std::string& line, std::chrono::milliseconds patience);
     void Set(bool Progress::*state, bool value);
 
     std::mutex m_Mutex;

@@ -6,20 +6,11 @@
 
 namespace Tavrine::Tool
 {
-namespace
-{
-
-/// Value of Config_Options::OutputFormat that makes valid values the whole registry.
-constexpr int RegistryOutput = 2;
-
-} // namespace
 
 RedfishConfigResult ReadRegistryText(RedfishConfigProc& front, std::string& text)
 {
     SettingStringMap given;
-    const int outputFormat = std::exchange(front.m_Options.OutputFormat, RegistryOutput);
     const RedfishConfigResult result = front.QuerySettingValidValues(given, "");
-    front.m_Options.OutputFormat = outputFormat;
     if (!IsSuccess(result.ErrorCode()))
     {
         return result;

@@ -48,7 +48,7 @@ const char* WordOf(RestoreOutcome outcome)
     case RestoreOutcome::Sent:
         return OutcomeWords::Sent;
     case RestoreOutcome::Refused:
-        return "refused";
+        return OutcomeWords::Refused;
     case RestoreOutcome::NotSent:
         return OutcomeWords::NotSent;
     default:
@@ -70,6 +70,7 @@ std::string Words(const RestoreSetting& setting, const std::string& shownName)
 WaitingChanges WaitingOf(const RestorePlan& plan, const std::string& prefix)
 {
     WaitingChanges waiting;
+    waiting.RequestFailed = plan.CallFailed;
     for (const RestoreSetting& setting : plan.Settings)
     {
         waiting.Unknown = waiting.Unknown || setting.Outcome == RestoreOutcome::Unknown;
@@ -201,23 +202,10 @@ class Restorer
         SystemResource system;
         BiosResource bios;
         const BmcRequests requests = RequestsOf(m_Bmc);
-        RedfishConfigResult result = ReadSystem(requests, system);
-        if (IsSuccess(result.ErrorCode()))
-        {
-            result = ReadBios(requests, system, bios);
-        }
+        const RedfishConfigResult result = ReadSystemAndBios(requests, system, bios);
         if (!IsSuccess(result.ErrorCode()))
         {
             return FailureOf(result);
-        }
-        if (bios.DefaultsPending)
-        {
-            return Failure{
-                CodeRefused,
-                "All settings go to their defaults at the next start of the system, which may undo what is restored "
-                "now: restart it first (tavrine reboot)",
-                {},
-                {}};
         }
         return OtherSystem(header, system, bios, m_Options, m_Answer.Notes);
     }
@@ -240,11 +228,21 @@ class Restorer
                 JudgeRestore(*manager, m_Options.SameSystem, m_Options.SystemType == SystemTypeUefi, isReported, plan);
             plan.PendingUnread = fallback.Warning().has_value();
         }
+        const bool due = DefaultsAreDue(*front);
         if (m_Options.SystemType == SystemTypeBios)
         {
             m_Judging = std::move(front);
         }
-        return IsSuccess(result.ErrorCode()) ? std::nullopt : std::optional(m_Causes.Explain(result));
+        if (!IsSuccess(result.ErrorCode()))
+        {
+            return m_Causes.Explain(result);
+        }
+        return due ? std::optional(Failure{CodeRefused,
+                                           "All settings go to their defaults at the next start of the system, which "
+                                           "may undo what is restored now: restart it first (tavrine reboot)",
+                                           {},
+                                           {}})
+                   : std::nullopt;
     }
 
     /// The one that the plan was judged by, where it is as Front makes them: it has the values and the registry, and

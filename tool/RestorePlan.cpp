@@ -8,6 +8,7 @@
 #include "ConfigOptions.h"
 #include "JsonValues.h"
 #include "OrderedLookup.h"
+#include "SavedValue.h"
 #include "ValueConversions.h"
 
 namespace Tavrine::Tool
@@ -22,13 +23,6 @@ void Settle(RestoreSetting& setting, RestoreOutcome outcome, int code, std::stri
     setting.Outcome = outcome;
     setting.Code = code;
     setting.Why = std::move(why);
-}
-
-/// Whether a text, which may be written by hand ("03", "True"), is the value.
-bool IsValue(const std::string& text, const OptionalVar& value)
-{
-    OptionalVar read = value;
-    return TransferStringToOptionalVar(read, text) && read == value;
 }
 
 class Judge

@@ -12,6 +12,7 @@
 #include "OrderedLookup.h"
 #include "OutcomeWords.h"
 #include "PendingValues.h"
+#include "RequestEnd.h"
 #include "Secret.h"
 #include "SettingNames.h"
 #include "SettingSelection.h"
@@ -94,13 +95,31 @@ std::string WordsAboutAll(const RestorePlan& plan, Failure failure)
     return Hidden(std::move(failure), SecretsIn(plan, all)).Message;
 }
 
+RestoreOutcome OutcomeOf(RequestEnd end)
+{
+    switch (end)
+    {
+    case RequestEnd::Accepted:
+        return RestoreOutcome::Sent;
+    case RequestEnd::Unfit:
+    case RequestEnd::NotSent:
+        return RestoreOutcome::NotSent;
+    case RequestEnd::TurnedAway:
+    case RequestEnd::Refused:
+        return RestoreOutcome::Refused;
+    default:
+        return RestoreOutcome::Unknown;
+    }
+}
+
 /// What is known of the settings of a call from the library's answer alone. The lists of
 /// what is done say nothing: what was never sent can stand in them.
 void JudgeByAnswer(RestorePlan& plan, const std::vector<std::size_t>& indices, const RestoreCall& call,
                    const Failure& failure)
 {
     const bool good = IsSuccess(failure.Code);
-    const std::string message = Hidden(failure, SecretsIn(plan, indices)).Message;
+    const RestoreOutcome outcome = OutcomeOf(EndOf(failure));
+    const std::string message = good ? "" : Hidden(failure, SecretsIn(plan, indices)).Message;
     for (const std::size_t index : indices)
     {
         RestoreSetting& setting = plan.Settings[index];
@@ -111,26 +130,24 @@ void JudgeByAnswer(RestorePlan& plan, const std::vector<std::size_t>& indices, c
             Conclude(setting, RestoreOutcome::Refused, good ? CodeRefused : failure.Code,
                      WithoutSecrets(refusal->second, SecretsIn(plan, {index})));
         }
-        else if (good)
-        {
-            Conclude(setting, RestoreOutcome::Sent, CodeSucceed, {});
-        }
         else
         {
-            Conclude(setting, RestoreOutcome::Unknown, failure.Code, message);
+            Conclude(setting, outcome, good ? CodeSucceed : failure.Code, message);
         }
     }
 }
 
-void JudgeByValue(RestoreSetting& setting, const std::string& value, bool waits)
+/// @param inCall  whether it was to be sent.
+void JudgeByValue(RestoreSetting& setting, const std::string& value, bool waits, bool inCall)
 {
     if (value == setting.Value)
     {
-        const bool waited = setting.Outcome == RestoreOutcome::InPlace;
+        // What was not sent has come there by another way.
+        const bool wasSent = inCall && setting.Outcome != RestoreOutcome::NotSent;
         Conclude(setting,
-                 !waits   ? RestoreOutcome::InPlace
-                 : waited ? RestoreOutcome::Waiting
-                          : RestoreOutcome::Sent,
+                 !waits    ? RestoreOutcome::InPlace
+                 : wasSent ? RestoreOutcome::Sent
+                           : RestoreOutcome::Waiting,
                  CodeSucceed, {});
     }
     else if (setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::InPlace)
@@ -149,21 +166,34 @@ void JudgeByValue(RestoreSetting& setting, const std::string& value, bool waits)
     }
 }
 
+/// Which settings were to be sent, by index.
+std::vector<bool> InCalls(const RestorePlan& plan)
+{
+    std::vector<bool> inCalls(plan.Settings.size());
+    for (const std::vector<std::size_t>& indices : plan.Calls)
+    {
+        std::ranges::for_each(indices, [&](std::size_t index) { inCalls[index] = true; });
+    }
+    return inCalls;
+}
+
 /// What the BMC itself shows goes before what the answers let one think.
 void JudgeByValues(RestorePlan& plan, const PendingValues& values)
 {
     OrderedLookup effectiveValues(values.Effective);
     OrderedLookup pendingValues(values.Pending);
-    for (RestoreSetting& setting : plan.Settings)
+    const std::vector<bool> inCalls = InCalls(plan);
+    for (std::size_t index = 0; index < plan.Settings.size(); ++index)
     {
-        const bool open = setting.Outcome == RestoreOutcome::Sent || setting.Outcome == RestoreOutcome::Unknown ||
-                          setting.Outcome == RestoreOutcome::InPlace || setting.Outcome == RestoreOutcome::Refused;
+        RestoreSetting& setting = plan.Settings[index];
+        const bool open =
+            inCalls[index] || setting.Outcome == RestoreOutcome::InPlace || setting.Outcome == RestoreOutcome::Refused;
         const auto effective = effectiveValues.Find(setting.Name);
         if (open && !setting.Secret && effective != values.Effective.end())
         {
             const auto pending = pendingValues.Find(setting.Name);
             const bool waits = pending != values.Pending.end();
-            JudgeByValue(setting, waits ? pending->second : effective->second, waits);
+            JudgeByValue(setting, waits ? pending->second : effective->second, waits, inCalls[index]);
         }
     }
 }
@@ -183,6 +213,88 @@ void DoubtInPlace(RestorePlan& plan, int code)
             setting.Why = "whether it waits for a reboot is not known";
         }
     }
+}
+
+/// A call that failed, and of what settings, by index.
+struct FailedCall
+{
+    const std::vector<std::size_t>* Indices;
+    Failure Why;
+};
+
+bool IsDone(const RestorePlan& plan, const std::vector<std::size_t>& indices)
+{
+    return std::ranges::all_of(indices,
+                               [&](std::size_t index)
+                               {
+                                   const RestoreOutcome outcome = plan.Settings[index].Outcome;
+                                   return outcome == RestoreOutcome::Sent || outcome == RestoreOutcome::InPlace ||
+                                          outcome == RestoreOutcome::Waiting;
+                               });
+}
+
+/// Once all is judged: a failure that no setting tells.
+void TellFailedCalls(RestorePlan& plan, const std::vector<FailedCall>& failed, std::vector<std::string>& notes)
+{
+    for (const FailedCall& call : failed)
+    {
+        if (IsDone(plan, *call.Indices))
+        {
+            notes.push_back(OutcomeWords::ShownAllTheSame + WordsAboutAll(plan, call.Why));
+        }
+    }
+    plan.CallFailed = !failed.empty() && !std::ranges::all_of(plan.Calls, [&](const std::vector<std::size_t>& indices)
+                                                              { return IsDone(plan, indices); });
+}
+
+/// What failed, and nothing else is sent once the BMC cannot be reached.
+std::vector<FailedCall> MakeCalls(RestorePlan& plan, const Options& options, const FrontMaker& freshFront,
+                                  CauseLog& causes, std::vector<std::string>& notes)
+{
+    std::vector<FailedCall> failed;
+    std::optional<int> stopped;
+    for (const std::vector<std::size_t>& indices : plan.Calls)
+    {
+        if (stopped || StopSignal() != 0)
+        {
+            for (const std::size_t index : indices)
+            {
+                Conclude(plan.Settings[index], RestoreOutcome::NotSent, stopped.value_or(CodeConnection),
+                         stopped ? "a request before it failed" : "the run was stopped");
+            }
+            continue;
+        }
+        const RestoreCall call = MakeCall(plan, indices, options.SameSystem, *freshFront());
+        const Failure failure = causes.Explain(call.Result);
+        JudgeByAnswer(plan, indices, call, failure);
+        if (IsSuccess(failure.Code))
+        {
+            continue;
+        }
+        failed.push_back({&indices, failure});
+        if (IsUnreachable(failure.Code))
+        {
+            stopped = failure.Code;
+        }
+        if (MissesAction(failure))
+        {
+            notes.emplace_back(MissingActionHint);
+        }
+    }
+    return failed;
+}
+
+void ReadBack(RestorePlan& plan, RedfishConfigProc& front, CauseLog& causes, std::vector<std::string>& notes)
+{
+    PendingValues values;
+    const RedfishConfigResult result = ReadPendingValues(front, values);
+    if (!IsSuccess(result.ErrorCode()))
+    {
+        notes.push_back("warning: the values could not be read back: " + WordsAboutAll(plan, causes.Explain(result)));
+        DoubtInPlace(plan, result.ErrorCode());
+        return;
+    }
+    JudgeByValues(plan, values);
 }
 
 } // namespace
@@ -210,7 +322,7 @@ void FindWaiting(RestorePlan& plan, RedfishConfigProc& front, std::vector<std::s
         if (isInPlace(setting) && waiting != values.Pending.end())
         {
             // Another value waits where the plan was made without knowing what does: it is in no call.
-            JudgeByValue(setting, waiting->second, true);
+            JudgeByValue(setting, waiting->second, true, false);
         }
     }
 }
@@ -219,39 +331,9 @@ void SendRestore(RestorePlan& plan, const Options& options, const FrontMaker& fr
                  std::vector<std::string>& notes)
 {
     CauseLog causes;
-    std::optional<int> stopped;
-    for (const std::vector<std::size_t>& indices : plan.Calls)
-    {
-        if (stopped || StopSignal() != 0)
-        {
-            for (const std::size_t index : indices)
-            {
-                Conclude(plan.Settings[index], RestoreOutcome::NotSent, stopped.value_or(CodeConnection),
-                         stopped ? "a request before it failed" : "the run was stopped");
-            }
-            continue;
-        }
-        const RestoreCall call = MakeCall(plan, indices, options.SameSystem, *freshFront());
-        const Failure failure = causes.Explain(call.Result);
-        if (IsUnreachable(failure.Code))
-        {
-            stopped = failure.Code;
-        }
-        if (MissesAction(failure))
-        {
-            notes.emplace_back(MissingActionHint);
-        }
-        JudgeByAnswer(plan, indices, call, failure);
-    }
-    PendingValues values;
-    const RedfishConfigResult result = ReadPendingValues(*freshFront(), values);
-    if (!IsSuccess(result.ErrorCode()))
-    {
-        notes.push_back("warning: the values could not be read back: " + WordsAboutAll(plan, causes.Explain(result)));
-        DoubtInPlace(plan, result.ErrorCode());
-        return;
-    }
-    JudgeByValues(plan, values);
+    const std::vector<FailedCall> failed = MakeCalls(plan, options, freshFront, causes, notes);
+    ReadBack(plan, *freshFront(), causes, notes);
+    TellFailedCalls(plan, failed, notes);
 }
 
 } // namespace Tavrine::Tool

@@ -12,6 +12,8 @@
 #include "JsonOutput.h"
 #include "Options.h"
 #include "OutputFile.h"
+#include "SavedSettingsWriter.h"
+#include "SettingManager.h"
 #include "SystemResource.h"
 
 namespace json = boost::json;
@@ -60,6 +62,13 @@ Answer SaveSettings(RedfishConfigProc& front, const Options& options, SavedHeade
         AddFailure(answer, causes.Explain(result));
         return answer;
     }
+    WarnOfDefaults(front, answer.Notes);
+    if (saved.Settings.empty())
+    {
+        answer.Notes.emplace_back(
+            "warning: there is nothing to save: no setting that the BMC reports can be changed by "
+            "its attribute registry, or the configuration hides them");
+    }
     const std::string file = options.Names.empty() || options.Names.front() == "-" ? "" : options.Names.front();
     if (!file.empty())
     {
@@ -92,11 +101,7 @@ Answer RunSave(const Options& options, Bmc& bmc)
     const BmcRequests requests = RequestsOf(bmc);
     SystemResource system;
     BiosResource bios;
-    RedfishConfigResult result = ReadSystem(requests, system);
-    if (IsSuccess(result.ErrorCode()))
-    {
-        result = ReadBios(requests, system, bios);
-    }
+    const RedfishConfigResult result = ReadSystemAndBios(requests, system, bios);
     if (!IsSuccess(result.ErrorCode()))
     {
         AddFailure(answer, FailureOf(result));

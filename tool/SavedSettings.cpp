@@ -1,27 +1,17 @@
 #include "SavedSettings.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <fcntl.h>
 #include <set>
-#include <sys/stat.h>
-#include <sys/types.h>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
-#include <boost/algorithm/string/case_conv.hpp>
 #include <boost/json/basic_parser_impl.hpp>
-#include <boost/json/serialize.hpp>
-#include <boost/json/value.hpp>
 #include <fmt/format.h>
 
+#include "InputFile.h"
 #include "JsonOutput.h"
-#include "Signals.h"
 #include "TextOutput.h"
 
 namespace json = boost::json;
@@ -31,33 +21,15 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr std::string_view FormatName = "tavrine-settings";
 constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::size_t LongestShownName = 80;
 constexpr std::size_t DeepestDocument = 16;
 
-struct HeaderMember
-{
-    const char* Name;
-    std::string SavedHeader::*Text;
-};
-
-constexpr std::array HeaderMembers = {
-    HeaderMember{"time", &SavedHeader::Time},
-    HeaderMember{"bmc", &SavedHeader::Bmc},
-    HeaderMember{"manufacturer", &SavedHeader::Manufacturer},
-    HeaderMember{"model", &SavedHeader::Model},
-    HeaderMember{"serial", &SavedHeader::SerialNumber},
-    HeaderMember{"biosVersion", &SavedHeader::BiosVersion},
-    HeaderMember{"registry", &SavedHeader::Registry},
-    HeaderMember{"prefix", &SavedHeader::Prefix},
-};
-
 std::string SavedHeader::*FindHeaderMember(std::string_view name)
 {
-    const auto member = std::find_if(HeaderMembers.begin(), HeaderMembers.end(),
-                                     [&](const HeaderMember& one) { return one.Name == name; });
-    return member != HeaderMembers.end() ? member->Text : nullptr;
+    const auto member = std::find_if(SavedHeaderMembers.begin(), SavedHeaderMembers.end(),
+                                     [&](const SavedHeaderMember& one) { return one.Name == name; });
+    return member != SavedHeaderMembers.end() ? member->Text : nullptr;
 }
 
 std::string Quoted(std::string_view name)
@@ -160,8 +132,8 @@ class DocumentReader
         const std::string text = std::exchange(m_Text, {});
         if (m_Depth == 1 && m_Member == "format")
         {
-            return text == FormatName ||
-                   Refuse(failure, "its format is " + Quoted(text) + ", not " + Quoted(FormatName));
+            return text == SavedFormat ||
+                   Refuse(failure, "its format is " + Quoted(text) + ", not " + Quoted(SavedFormat));
         }
         if (m_Depth == 1 && FindHeaderMember(m_Member) != nullptr)
         {
@@ -305,15 +277,19 @@ class LineReader
         return m_Saved.Settings.emplace(*name, *value).second ? std::string() : Twice(*name);
     }
 
+    /// Whether it is a file that save has begun to write, without its end.
+    bool IsCut() const { return m_HasFormat && !m_HasEnd; }
+
   private:
     /// Lines that are no part of a header are anyone's own remarks.
     std::string TakeComment(std::string_view line)
     {
+        m_HasEnd = m_HasEnd || line == SavedEnd;
         const std::size_t colon = line.find(": ");
         const std::string_view member =
             colon != std::string_view::npos && line.starts_with("# ") ? line.substr(2, colon - 2) : std::string_view();
         const std::string_view text = member.empty() ? member : line.substr(colon + 2);
-        if (member == FormatName)
+        if (member == SavedFormat)
         {
             m_HasFormat = true;
             return text == std::to_string(SavedVersion) ? std::string() : UnknownVersion(Quoted(text));
@@ -327,13 +303,16 @@ class LineReader
 
     SavedSettings& m_Saved;
     bool m_HasFormat = false;
+    bool m_HasEnd = false;
 };
 
 std::string ParseLines(std::string_view text, SavedSettings& saved)
 {
     LineReader reader(saved);
-    for (std::size_t number = 1; !text.empty(); ++number)
+    std::size_t number = 0;
+    while (!text.empty())
     {
+        ++number;
         const std::size_t end = text.find('\n');
         std::string_view line = text.substr(0, end);
         if (line.ends_with('\r'))
@@ -346,103 +325,12 @@ std::string ParseLines(std::string_view text, SavedSettings& saved)
         }
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     }
-    return saved.Settings.empty() ? "it has no settings" : "";
-}
-
-std::string ReadDescriptor(int descriptor, std::size_t most, FileContent& content)
-{
-    struct stat kind = {};
-    const bool isKnown = fstat(descriptor, &kind) == 0;
-    if (isKnown && S_ISDIR(kind.st_mode))
-    {
-        return std::strerror(EISDIR);
-    }
-    content.IsPlainFile = isKnown && S_ISREG(kind.st_mode);
-    std::array<char, 65536> buffer{};
-    for (;;)
-    {
-        if (descriptor == STDIN_FILENO && !WaitForInput(descriptor))
-        {
-            return StopSignal() != 0 ? "interrupted" : std::strerror(errno);
-        }
-        const ssize_t count = read(descriptor, buffer.data(), buffer.size());
-        if (count < 0 && errno != EINTR)
-        {
-            return std::strerror(errno);
-        }
-        if (count == 0)
-        {
-            return {};
-        }
-        content.Text.append(buffer.data(), count < 0 ? 0 : static_cast<std::size_t>(count));
-        if (content.Text.size() > most)
-        {
-            return fmt::format("it is larger than {} bytes", most);
-        }
-    }
-}
-
-std::string Json(const std::string& text)
-{
-    const auto isPlain = [](char c) { return c >= ' ' && c < 0x7F && c != '"' && c != '\\'; };
-    return std::all_of(text.begin(), text.end(), isPlain) ? '"' + text + '"' // as nearly all names and values are
-                                                          : json::serialize(json::value(ValidUtf8(text)));
-}
-
-/// A name in front of the "=" of a line.
-std::string LineName(const std::string& name)
-{
-    std::string escaped = EscapeText(name);
-    for (std::size_t at = escaped.find('='); at != std::string::npos; at = escaped.find('=', at))
-    {
-        escaped.replace(at, 1, "\\x3D");
-    }
-    if (escaped.starts_with('#') || escaped.starts_with('{'))
-    {
-        escaped.replace(0, 1, fmt::format("\\x{:02X}", static_cast<unsigned int>(escaped.front())));
-    }
-    return escaped;
+    return reader.IsCut() ? fmt::format("line {}: the file was cut off here, since no \"{}\" follows", number, SavedEnd)
+           : saved.Settings.empty() ? "it has no settings"
+                                    : "";
 }
 
 } // namespace
-
-bool WantsLines(const std::string& path)
-{
-    const std::string lowered = boost::algorithm::to_lower_copy(path, std::locale::classic());
-    return lowered.ends_with(".txt") || lowered.ends_with(".conf");
-}
-
-std::string SavedDocument(const SavedSettings& saved)
-{
-    std::string text = "{\n  \"format\": " + Json(std::string(FormatName)) +
-                       ",\n  \"version\": " + std::to_string(SavedVersion) + ",\n";
-    for (const HeaderMember& member : HeaderMembers)
-    {
-        text += fmt::format("  \"{}\": {},\n", member.Name, Json(saved.Header.*member.Text));
-    }
-    text += "  \"settings\": {";
-    const char* separator = "\n";
-    for (const auto& [name, value] : saved.Settings)
-    {
-        text += separator + ("    " + Json(name)) + ": " + Json(value);
-        separator = ",\n";
-    }
-    return text + (saved.Settings.empty() ? "}\n}\n" : "\n  }\n}\n");
-}
-
-std::string SavedLines(const SavedSettings& saved)
-{
-    std::string text = fmt::format("# {}: {}\n", FormatName, SavedVersion);
-    for (const HeaderMember& member : HeaderMembers)
-    {
-        text += fmt::format("# {}: {}\n", member.Name, EscapeText(saved.Header.*member.Text));
-    }
-    for (const auto& [name, value] : saved.Settings)
-    {
-        text += LineName(name) + "=" + EscapeText(value) + "\n";
-    }
-    return text;
-}
 
 std::string ParseSavedSettings(std::string_view text, SavedSettings& saved)
 {
@@ -453,22 +341,6 @@ std::string ParseSavedSettings(std::string_view text, SavedSettings& saved)
     const std::size_t start = text.find_first_not_of(" \t\r\n");
     const bool document = start != std::string_view::npos && text[start] == '{';
     return document ? ParseDocument(text, saved) : ParseLines(text, saved);
-}
-
-std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent& content)
-{
-    if (path == "-")
-    {
-        return ReadDescriptor(STDIN_FILENO, most, content);
-    }
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
-    {
-        return std::strerror(errno);
-    }
-    std::string error = ReadDescriptor(descriptor, most, content);
-    close(descriptor);
-    return error;
 }
 
 std::optional<Failure> ReadSavedSettings(const std::string& path, SavedSettings& saved)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -29,7 +30,8 @@ struct SavedHeader
 };
 
 /// The settings of one machine in a file: either a JSON object with the members of the
-/// header and "settings", or lines NAME=VALUE behind lines "# member: text" of the header.
+/// header and "settings", or lines NAME=VALUE behind lines "# member: text" of the header
+/// and before the line "# end".
 /// Any reader of JSON, or of such lines, can do with it.
 struct SavedSettings
 {
@@ -38,15 +40,31 @@ struct SavedSettings
     SettingStringMap Settings;
 };
 
+/// One text of the header by its name in a file.
+struct SavedHeaderMember
+{
+    const char* Name;
+    std::string SavedHeader::*Text;
+};
+
+/// In the order in which they are written.
+inline constexpr std::array SavedHeaderMembers = {
+    SavedHeaderMember{"time", &SavedHeader::Time},
+    SavedHeaderMember{"bmc", &SavedHeader::Bmc},
+    SavedHeaderMember{"manufacturer", &SavedHeader::Manufacturer},
+    SavedHeaderMember{"model", &SavedHeader::Model},
+    SavedHeaderMember{"serial", &SavedHeader::SerialNumber},
+    SavedHeaderMember{"biosVersion", &SavedHeader::BiosVersion},
+    SavedHeaderMember{"registry", &SavedHeader::Registry},
+    SavedHeaderMember{"prefix", &SavedHeader::Prefix},
+};
+
+inline constexpr std::string_view SavedFormat = "tavrine-settings";
 inline constexpr int SavedVersion = 1;
+/// The last of the lines, so that a file that was cut off shows; a document shows that by itself.
+inline constexpr std::string_view SavedEnd = "# end";
 /// The most that is read, in bytes.
 inline constexpr std::size_t LargestSavedSettings = std::size_t{16} << 20;
-
-/// Whether a file of this name gets lines: it ends in ".txt" or ".conf", in whatever case.
-bool WantsLines(const std::string& path);
-
-std::string SavedDocument(const SavedSettings& saved);
-std::string SavedLines(const SavedSettings& saved);
 
 /// Reads either form; what stands in front of a file's settings may be missing, so that
 /// the output of `show`, with or without `--json`, is taken as well. Stricter than a file
@@ -58,18 +76,6 @@ std::string ParseSavedSettings(std::string_view text, SavedSettings& saved);
 /// The same of a file, "-" for standard input: 38 when it cannot be read, 16 when it holds
 /// something else.
 std::optional<Failure> ReadSavedSettings(const std::string& path, SavedSettings& saved);
-
-struct FileContent
-{
-    std::string Text;
-    /// Else it may be that whatever writes into it failed: a pipe ends then as any other does.
-    bool IsPlainFile = false;
-};
-
-/// Reads a whole file, "-" for standard input.
-/// @param most  the file is refused when it is larger.
-/// @return empty, or why it could not be read.
-std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent& content);
 
 /// The settings of a file by bare name. Off each name goes a prefix in force, else that of the file's header, else
 /// "BIOS" or "UEFI": a file may be written by hand, or come from a system of another kind.

@@ -14,6 +14,7 @@
 #include "Options.h"
 #include "OutputFile.h"
 #include "RegistryText.h"
+#include "SettingManager.h"
 
 namespace json = boost::json;
 
@@ -35,6 +36,19 @@ Answer WriteSchema(const std::string& text, const Options& options)
         answer.Data["file"] = ValidUtf8(file);
     }
     return answer;
+}
+
+/// A registry that cannot be read is told of as by all other commands, which a setting manager does.
+RedfishConfigResult ReadRegistry(RedfishConfigProc& front, std::string& text)
+{
+    const RedfishConfigResult result = ReadRegistryText(front, text);
+    if (result != CodeUnusable)
+    {
+        return result;
+    }
+    std::unique_ptr<RedfishConfigSettingManager> manager;
+    const RedfishConfigResult told = ReadSettingManager(front, manager, false);
+    return told == CodeUnusable ? told : result;
 }
 
 Answer PrintSchema(const std::string& text, const Options& options)
@@ -63,7 +77,7 @@ Answer ExportSchema(RedfishConfigProc& front, const Options& options)
 {
     CauseLog causes;
     std::string text;
-    const RedfishConfigResult result = ReadRegistryText(front, text);
+    const RedfishConfigResult result = ReadRegistry(front, text);
     if (IsSuccess(result.ErrorCode()))
     {
         return options.Names.empty() ? PrintSchema(text, options) : WriteSchema(text, options);
@@ -87,7 +101,8 @@ std::string SchemaFault(const Options& options)
 
 Answer RunSchema(const Options& options, Bmc& bmc)
 {
-    const std::unique_ptr<RedfishConfigProc> front = options.Protected ? bmc.Front(0) : bmc.StandardFront(0);
+    const std::unique_ptr<RedfishConfigProc> front =
+        options.Protected ? bmc.Front(RegistryOutput) : bmc.StandardFront(RegistryOutput);
     return ExportSchema(*front, options);
 }
 

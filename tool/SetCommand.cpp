@@ -87,7 +87,6 @@ Answer ChangeSettings(RedfishConfigProc& front, const ManagerReader& readManager
     if (plan.Stop)
     {
         Abandon(plan, SetOutcome::NotSent, plan.Stop->Code, "not sent");
-        plan.Requests.clear();
     }
     if (options.DryRun)
     {

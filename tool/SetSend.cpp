@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -15,6 +14,7 @@
 #include "Options.h"
 #include "OutcomeWords.h"
 #include "PendingValues.h"
+#include "RequestEnd.h"
 #include "Secret.h"
 #include "SetOutcome.h"
 #include "Signals.h"
@@ -29,52 +29,6 @@ constexpr int CodeAlready = 1;
 constexpr int CodePassword = 4;
 
 using Indices = std::vector<std::size_t>;
-
-/// What the end of a request says about the changes in it.
-enum class RequestEnd
-{
-    Accepted,
-    /// It never reached the BMC.
-    NotSent,
-    /// The BMC did nothing of it.
-    TurnedAway,
-    /// The BMC refuses it; a lenient one may have done a part.
-    Refused,
-    Unknown,
-};
-
-struct EndByCode
-{
-    int Code;
-    RequestEnd End;
-};
-constexpr EndByCode EndsByCode[] = {
-    {CodeInternal, RequestEnd::NotSent},     {CodeQuery, RequestEnd::NotSent},
-    {CodeNotReady, RequestEnd::TurnedAway},  {CodeRefused, RequestEnd::Refused},
-    {CodeActionFailed, RequestEnd::Refused},
-};
-
-/// What neither words nor code settle stays open.
-RequestEnd EndOf(int code, const std::string& message)
-{
-    if (IsSuccess(code))
-    {
-        return RequestEnd::Accepted;
-    }
-    if (const std::optional<Delivery> told = DeliveryIn(message))
-    {
-        return *told == Delivery::NotSent      ? RequestEnd::NotSent
-               : *told == Delivery::TurnedAway ? RequestEnd::TurnedAway
-                                               : RequestEnd::Unknown;
-    }
-    if (code == CodeBmcFailed && message == "BMC internal error.")
-    {
-        return RequestEnd::NotSent; // the settings object has no address
-    }
-    const auto end = std::find_if(std::begin(EndsByCode), std::end(EndsByCode),
-                                  [code](const EndByCode& one) { return one.Code == code; });
-    return end == std::end(EndsByCode) ? RequestEnd::Unknown : end->End;
-}
 
 class Sender
 {
@@ -197,7 +151,7 @@ class Sender
     RequestEnd Settle(const RedfishConfigResult& result)
     {
         const Failure failure = m_Causes.Explain(result);
-        const RequestEnd end = EndOf(failure.Code, failure.Message);
+        const RequestEnd end = EndOf(failure);
         if (end != RequestEnd::Accepted)
         {
             m_Failed = failure;
@@ -234,6 +188,7 @@ class Sender
             setting.Outcome = SetOutcome::Changed;
             m_ToReadBack.emplace_back(&setting, end);
             break;
+        case RequestEnd::Unfit:
         case RequestEnd::NotSent:
             because(SetOutcome::NotSent, "not sent");
             break;
@@ -352,7 +307,7 @@ class Sender
                                          [](const SetSetting& setting) { return setting.Why.has_value(); });
         if (m_Recovered && !anyLeft)
         {
-            m_Plan.Notes.push_back("warning: the request failed, but the BMC shows the changes: " +
+            m_Plan.Notes.push_back(OutcomeWords::ShownAllTheSame +
                                    WithoutPasswords(m_Plan, nullptr, *m_Failed).Message);
             return std::nullopt;
         }

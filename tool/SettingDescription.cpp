@@ -153,6 +153,17 @@ std::vector<std::string> ValueLines(const ReadValue& value)
     return {value.Text ? EscapeText(*value.Text) : Nothing};
 }
 
+/// The library tells in decimal what waits.
+ReadValue ShownPending(const SettingDescription& description, bool hexadecimal)
+{
+    ReadValue pending = description.Pending;
+    if (hexadecimal && pending.Text && IsNumSetting(description.Info.CurrentValue))
+    {
+        pending.Text = DecToHex(*pending.Text);
+    }
+    return pending;
+}
+
 json::value TypedValue(const std::string& text, const OptionalVar& kind, bool hexadecimal)
 {
     OptionalVar typed = kind;
@@ -268,7 +279,7 @@ json::object FlagsAndCauses(const Info& info, json::object object)
 
 } // namespace
 
-std::string DescriptionText(const SettingDescription& description, std::optional<std::size_t> columns)
+std::string DescriptionText(const SettingDescription& description, std::optional<std::size_t> columns, bool hexadecimal)
 {
     Screen screen(columns);
     screen.Title(description.ShownName);
@@ -285,7 +296,7 @@ std::string DescriptionText(const SettingDescription& description, std::optional
     screen.Field("Menu", orNothing(description.Texts->Group));
     screen.Field("Type", orNothing(info.SettingType.value_or("")));
     screen.Field("Value", ValueLines(description.InForce));
-    screen.Field("Pending value", ValueLines(description.Pending));
+    screen.Field("Pending value", ValueLines(ShownPending(description, hexadecimal)));
     screen.Field("Default", {description.Default ? EscapeText(*description.Default) : Nothing});
     screen.Field("Valid values", orNothing(description.ValidValues));
     screen.Field("State", StateLines(info));

@@ -18,7 +18,7 @@ struct ReadValue
 {
     /// Why it is not known; empty where it is.
     std::string Unknown;
-    /// As the library shows it; nothing where the setting has none.
+    /// As the library shows it, a number that waits in decimal; nothing where the setting has none.
     std::optional<std::string> Text;
 };
 
@@ -39,10 +39,12 @@ struct SettingDescription
 };
 
 /// The description as lines, long texts wrapped to `columns` where it is given.
-std::string DescriptionText(const SettingDescription& description, std::optional<std::size_t> columns);
+/// @param hexadecimal  numbers among the values are shown so, but for the default.
+std::string DescriptionText(const SettingDescription& description, std::optional<std::size_t> columns,
+                            bool hexadecimal);
 
 /// The description as data. Values have the kind that the setting's current value has.
-/// @param hexadecimal  the texts of numbers are hexadecimal.
+/// @param hexadecimal  the text of a number in force is hexadecimal.
 boost::json::object DescriptionObject(const SettingDescription& description, bool hexadecimal);
 
 } // namespace Tavrine::Tool

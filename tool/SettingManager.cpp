@@ -1,12 +1,10 @@
 #include "SettingManager.h"
 
-#include <string>
 #include <utility>
 
 #include "Answer.h"
 #include "BiosRedfishConfigProc.h"
 #include "BiosSettingManager.h"
-#include "RegistryText.h"
 
 namespace Tavrine::Tool
 {
@@ -26,26 +24,24 @@ RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr
         return result;
     }
     RedfishConfigSettingTexts none;
-    RedfishConfigResult read = taken->GetSettingTexts("", none);
-    if (read == CodeUnusable && !withProtected)
-    {
-        return read; // the words of `schema` come with a read of protected settings
-    }
+    const RedfishConfigResult read = taken->GetSettingTexts("", none);
     if (read == CodeUnusable)
     {
-        // What is wrong with a registry is told in the words of `schema`.
-        std::string text;
-        result = ReadRegistryText(front, text);
-        return IsSuccess(result.ErrorCode()) ? read : result;
+        return read;
     }
     manager = std::move(taken);
     return result;
 }
 
-bool WarnOfDefaults(const RedfishConfigProc& front, std::vector<std::string>& notes)
+bool DefaultsAreDue(const RedfishConfigProc& front)
 {
     const auto* const own = dynamic_cast<const BiosRedfishConfigProc*>(&front);
-    const bool due = own != nullptr && AwaitsDefaults(*own);
+    return own != nullptr && AwaitsDefaults(*own);
+}
+
+bool WarnOfDefaults(const RedfishConfigProc& front, std::vector<std::string>& notes)
+{
+    const bool due = DefaultsAreDue(front);
     if (due)
     {
         notes.emplace_back("warning: all settings go to their defaults at the next start of the system");

@@ -25,9 +25,11 @@ using ManagerReader =
 RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager,
                                        bool withProtected = true);
 
-/// Adds a warning where the Bios resource, as `front` has read it, says that all settings go to their
-/// defaults at the next start: no pending value shows that.
-/// @return whether it says so.
+/// AwaitsDefaults of the library's own front objects; false for any other.
+bool DefaultsAreDue(const RedfishConfigProc& front);
+
+/// Adds a warning where they are.
+/// @return whether they are.
 bool WarnOfDefaults(const RedfishConfigProc& front, std::vector<std::string>& notes);
 
 } // namespace Tavrine::Tool

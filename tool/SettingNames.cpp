@@ -8,7 +8,10 @@
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 
+#include "ConfigOptions.h"
 #include "GlobalConfig.h"
+#include "Options.h"
+#include "TextBytes.h"
 
 namespace Tavrine::Tool
 {
@@ -18,14 +21,19 @@ namespace
 constexpr std::string_view TakenOutOfKeywords = " \t\n\v\f\r\"";
 
 /// By ASCII alone, whatever the locale.
-bool SameLetter(char one, char other)
-{
-    const auto lowered = [](char letter)
-    { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter; };
-    return lowered(one) == lowered(other);
-}
+bool SameLetter(char one, char other) { return LowerAscii(one) == LowerAscii(other); }
 
 } // namespace
+
+Prefixes PrefixesOf(const Options& options)
+{
+    if (!options.FirstPrefix.empty())
+    {
+        return {options.FirstPrefix, options.SecondPrefix};
+    }
+    const char* own = options.SystemType == SystemTypeUefi ? "UEFI" : "BIOS";
+    return {own, own};
+}
 
 std::string BareName(const std::string& name, const Prefixes& prefixes)
 {

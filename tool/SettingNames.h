@@ -6,6 +6,8 @@
 namespace Tavrine::Tool
 {
 
+struct Options;
+
 /// The prefixes of shown names that are in force.
 struct Prefixes
 {
@@ -14,6 +16,9 @@ struct Prefixes
     /// In front of a whole group's.
     std::string Second;
 };
+
+/// Those that the options ask for, or the library's own: what Bmc::Front makes has them.
+Prefixes PrefixesOf(const Options& options);
 
 /// The bare name of a setting: a leading "PREFIX." goes when it is one of those in
 /// force, in whatever case.

@@ -9,7 +9,6 @@
 
 #include <fmt/format.h>
 
-#include "ConfigOptions.h"
 #include "Options.h"
 #include "Password.h"
 #include "Secret.h"
@@ -66,7 +65,8 @@ std::string ReadAll(int input, std::string& text)
     return {};
 }
 
-/// From a terminal a line, which nobody sees; else all that comes.
+/// From a terminal a line, which nobody sees and which is asked for twice: a slip in a password would lock the
+/// machine's owner out. Else all that comes.
 std::string ReadValue(int input, const std::string& shownName, std::string& text)
 {
     if (isatty(input) != 1)
@@ -74,7 +74,16 @@ std::string ReadValue(int input, const std::string& shownName, std::string& text
         return ReadAll(input, text);
     }
     Secret line(LongestPassword + 1);
+    Secret again(LongestPassword + 1);
     std::string error = AskHidden("New value of " + shownName + ": ", line.Text());
+    if (error.empty())
+    {
+        error = AskHidden("The same again: ", again.Text());
+    }
+    if (error.empty() && line.Text() != again.Text())
+    {
+        error = "the two lines are not the same";
+    }
     if (error.empty())
     {
         text = line.Text();
@@ -85,16 +94,6 @@ std::string ReadValue(int input, const std::string& shownName, std::string& text
 } // namespace
 
 SettingPair::~SettingPair() { Wipe(Value); }
-
-Prefixes PrefixesOf(const Options& options)
-{
-    if (!options.FirstPrefix.empty())
-    {
-        return {options.FirstPrefix, options.SecondPrefix};
-    }
-    const char* own = options.SystemType == SystemTypeUefi ? "UEFI" : "BIOS";
-    return {own, own};
-}
 
 std::string PairsFault(const Options& options)
 {

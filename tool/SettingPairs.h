@@ -29,9 +29,6 @@ struct SettingPair
     std::string Value;
 };
 
-/// The prefixes that the options ask for, or the library's own.
-Prefixes PrefixesOf(const Options& options);
-
 /// What is wrong with the pairs among the names of a command line; empty for nothing.
 /// It never repeats what may be a value.
 std::string PairsFault(const Options& options);

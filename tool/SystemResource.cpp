@@ -13,8 +13,10 @@
 #include <boost/json/value.hpp>
 
 #include "Answer.h"
+#include "BiosSettingManager.h"
 #include "Bmc.h"
 #include "BmcConnection.h"
+#include "SettingPointer.h"
 
 namespace json = boost::json;
 
@@ -24,7 +26,6 @@ namespace
 {
 
 constexpr const char* SystemsPath = "/redfish/v1/Systems";
-constexpr std::string_view AttributePointer = "/Attributes/";
 /// More messages than settings that a registry can have are of no use to anyone.
 constexpr std::size_t MostMessages = 100'000;
 
@@ -89,19 +90,6 @@ RedfishConfigResult GetObject(const BmcRequests& requests, const std::string& ur
     return {CodeSucceed, "", ""};
 }
 
-std::string Unescaped(std::string_view pointer)
-{
-    std::string name(pointer.substr(0, pointer.find('/')));
-    for (const auto& [written, meant] : {std::pair{"~1", "/"}, std::pair{"~0", "~"}})
-    {
-        for (std::size_t at = name.find(written); at != std::string::npos; at = name.find(written, at + 1))
-        {
-            name.replace(at, 2, meant);
-        }
-    }
-    return name;
-}
-
 ChangeMessage ReadMessage(const json::object& object)
 {
     ChangeMessage message;
@@ -117,11 +105,10 @@ ChangeMessage ReadMessage(const json::object& object)
     }
     for (const std::string& property : Texts(Array(object, {"RelatedProperties"})))
     {
-        // Some services put the fragment's "#" in front of the pointer.
-        const std::size_t at = property.find(AttributePointer);
-        if (at != std::string::npos && at <= 1)
+        std::string setting = SettingOfPointer(property);
+        if (!setting.empty())
         {
-            message.Settings.push_back(Unescaped(std::string_view(property).substr(at + AttributePointer.size())));
+            message.Settings.push_back(std::move(setting));
         }
     }
     return message;
@@ -197,6 +184,8 @@ RedfishConfigResult ReadBios(const BmcRequests& requests, const SystemResource& 
     bios.ChangeTime = Text(*object, {"@Redfish.Settings", "Time"});
     const json::value* defaults = Find(*object, {"ResetBiosToDefaultsPending"});
     bios.DefaultsPending = defaults != nullptr && defaults->is_bool() && defaults->get_bool();
+    bios.PostLoad = Text(*object, {"Attributes", PostLoadSetting});
+    bios.SettingsObject = Text(*object, {"@Redfish.Settings", "SettingsObject", "@odata.id"});
     for (const json::value& message : Array(*object, {"@Redfish.Settings", "Messages"}))
     {
         if (message.is_object() && bios.Messages.size() < MostMessages)
@@ -205,6 +194,30 @@ RedfishConfigResult ReadBios(const BmcRequests& requests, const SystemResource& 
         }
     }
     return {CodeSucceed, "", ""};
+}
+
+RedfishConfigResult ReadPostLoad(const BmcRequests& requests, BiosResource& bios)
+{
+    if (bios.DefaultsPending || bios.PostLoad.empty())
+    {
+        return {CodeSucceed, "", ""};
+    }
+    RedfishConfigResult result(CodeSucceed, "", "");
+    std::string waiting;
+    if (!bios.SettingsObject.empty())
+    {
+        std::optional<json::object> object;
+        result = GetObject(requests, bios.SettingsObject, object);
+        waiting = object ? Text(*object, {"Attributes", PostLoadSetting}) : "";
+    }
+    bios.DefaultsPending = (waiting.empty() ? bios.PostLoad : waiting) == PostLoadValue;
+    return result;
+}
+
+RedfishConfigResult ReadSystemAndBios(const BmcRequests& requests, SystemResource& system, BiosResource& bios)
+{
+    RedfishConfigResult result = ReadSystem(requests, system);
+    return IsSuccess(result.ErrorCode()) ? ReadBios(requests, system, bios) : result;
 }
 
 RedfishConfigResult ReadResetTypes(const BmcRequests& requests, SystemResource& system)

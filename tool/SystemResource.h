@@ -58,6 +58,11 @@ struct BiosResource
     std::vector<ChangeMessage> Messages;
     /// All settings go to their defaults at the next start.
     bool DefaultsPending = false;
+    /// The value in force of the setting that loads the defaults at the next start (PostLoadSetting), of which
+    /// DefaultsPending does not know; empty where the system has no such setting.
+    std::string PostLoad;
+    /// Where what waits for a reboot stands.
+    std::string SettingsObject;
 };
 
 /// @return 0 with `system` filled; else why it could not be read.
@@ -65,6 +70,11 @@ RedfishConfigResult ReadSystem(const BmcRequests& requests, SystemResource& syst
 /// Reads the system again, whose Path is known.
 RedfishConfigResult RefreshSystem(const BmcRequests& requests, SystemResource& system);
 RedfishConfigResult ReadBios(const BmcRequests& requests, const SystemResource& system, BiosResource& bios);
+/// Completes DefaultsPending by PostLoad: the value that waits, or else that in force. Sends nothing for a system that
+/// has no such setting.
+RedfishConfigResult ReadPostLoad(const BmcRequests& requests, BiosResource& bios);
+/// The one, then the other.
+RedfishConfigResult ReadSystemAndBios(const BmcRequests& requests, SystemResource& system, BiosResource& bios);
 /// Completes ResetTypes from ResetInfo, where that is there.
 RedfishConfigResult ReadResetTypes(const BmcRequests& requests, SystemResource& system);
 

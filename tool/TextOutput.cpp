@@ -66,31 +66,23 @@ std::string Escaped(std::string_view text, bool backslashToo)
 {
     std::string out;
     out.reserve(text.size());
-    for (;;)
-    {
-        const std::size_t plain = PlainLength(text);
-        out += text.substr(0, plain);
-        text.remove_prefix(plain);
-        if (text.empty())
-        {
-            return out;
-        }
-        const std::size_t length = Utf8Length(text);
-        const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
-        if (length == 0 || IsControl(character))
-        {
-            AppendEscaped(out, character);
-        }
-        else if (backslashToo && character == "\\")
-        {
-            out += "\\\\";
-        }
-        else
-        {
-            out += character;
-        }
-        text.remove_prefix(character.size());
-    }
+    ForEachCharacter(text,
+                     [&](std::string_view piece, bool isUtf8)
+                     {
+                         if (!isUtf8 || IsControl(piece))
+                         {
+                             AppendEscaped(out, piece);
+                         }
+                         else if (backslashToo && piece == "\\")
+                         {
+                             out += "\\\\";
+                         }
+                         else
+                         {
+                             out += piece;
+                         }
+                     });
+    return out;
 }
 
 struct MenuNode

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,5 +39,27 @@ std::size_t PlainLength(std::string_view text);
 
 /// The length of the UTF-8 character at the start of `text`, 0 where that is none.
 std::size_t Utf8Length(std::string_view text);
+
+/// Gives a text to `take(piece, isUtf8)` piece by piece: runs of bytes that stand for themselves (PlainLength), other
+/// characters one by one, and each byte that is no UTF-8 by itself.
+template <typename Take> void ForEachCharacter(std::string_view text, const Take& take)
+{
+    for (;;)
+    {
+        if (const std::size_t plain = PlainLength(text); plain != 0)
+        {
+            take(text.substr(0, plain), true);
+            text.remove_prefix(plain);
+        }
+        if (text.empty())
+        {
+            return;
+        }
+        const std::size_t length = Utf8Length(text);
+        const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
+        take(character, length != 0);
+        text.remove_prefix(character.size());
+    }
+}
 
 } // namespace Tavrine::Tool

@@ -1,19 +1,14 @@
 #include "Verify.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <map>
-#include <string_view>
-#include <thread>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 #include <boost/json/object.hpp>
-#include <boost/json/serialize.hpp>
 #include <fmt/format.h>
 
-#include "Bmc.h"
 #include "CauseLog.h"
 #include "ChangeDelivery.h"
 #include "JsonOutput.h"
@@ -23,8 +18,6 @@
 #include "SettingNames.h"
 #include "SettingSelection.h"
 #include "Signals.h"
-#include "StandardStreams.h"
-#include "TextOutput.h"
 
 namespace json = boost::json;
 
@@ -35,50 +28,9 @@ namespace
 
 using std::chrono::milliseconds;
 
-constexpr int CodeNotSupported = 11;
-constexpr milliseconds FirstPause(250);
-constexpr milliseconds LongestPause(10'000);
-constexpr milliseconds PauseSlice(100);
 /// How long values may lag behind a system that is back and does not tell when it
 /// applied them.
 constexpr milliseconds ValuesLag(60'000);
-constexpr const char* GracefulRestart = "GracefulRestart";
-
-bool IsOn(const SystemResource& system) { return system.PowerState.empty() || system.PowerState == "On"; }
-
-/// Whether the firmware is still at work (DSP0268, "BootProgressTypes").
-bool IsStarting(const SystemResource& system)
-{
-    constexpr std::array<std::string_view, 5> States = {
-        "PrimaryProcessorInitializationStarted",   "BusInitializationStarted", "MemoryInitializationStarted",
-        "SecondaryProcessorInitializationStarted", "PCIResourceConfigStarted",
-    };
-    return std::find(States.begin(), States.end(), system.BootState) != States.end();
-}
-
-/// The pauses between looks, each longer than the one before.
-class GrowingPause
-{
-  public:
-    explicit GrowingPause(const RebootMeans& means, milliseconds until) : m_Means(means), m_Until(until) {}
-
-    /// @return false when there is no more time.
-    bool Take()
-    {
-        const milliseconds left = m_Until - m_Means.Now();
-        if (left <= milliseconds(0) || !m_Means.Pause(std::min(m_Next, left)))
-        {
-            return false;
-        }
-        m_Next = std::min(m_Next * 3 / 2, LongestPause);
-        return true;
-    }
-
-  private:
-    const RebootMeans& m_Means;
-    milliseconds m_Until;
-    milliseconds m_Next = FirstPause;
-};
 
 /// The values of these settings that are in force now; of one without a value there is
 /// no entry.
@@ -149,9 +101,31 @@ std::string CauseOf(const BiosResource& bios, const std::string& name)
 std::optional<BiosResource> ReadBefore(const RebootMeans& means, SystemResource& system)
 {
     BiosResource bios;
-    const bool read = IsSuccess(ReadSystem(means.Requests, system).ErrorCode()) &&
-                      IsSuccess(ReadBios(means.Requests, system, bios).ErrorCode());
+    const bool read = IsSuccess(ReadSystemAndBios(means.Requests, system, bios).ErrorCode());
     return read ? std::optional(std::move(bios)) : std::nullopt;
+}
+
+/// Why the system must not be restarted for changes of single settings.
+std::optional<Failure> WhyToStay(const RebootMeans& means, BiosResource& bios)
+{
+    const RedfishConfigResult read = ReadPostLoad(means.Requests, bios);
+    if (bios.DefaultsPending)
+    {
+        return Failure{CodeRefused,
+                       "The system was not restarted, since all settings would go to their defaults with it: "
+                       "tavrine reboot does so",
+                       {},
+                       {}};
+    }
+    if (IsSuccess(read.ErrorCode()))
+    {
+        return std::nullopt;
+    }
+    Failure unread = FailureOf(read);
+    unread.Message.insert(0,
+                          "The system was not restarted, since it is not known whether all settings would go to their "
+                          "defaults with it: ");
+    return unread;
 }
 
 struct Verification
@@ -225,60 +199,12 @@ std::string WhyNotRestarted(const WaitingChanges& waiting)
 {
     return waiting.Unknown         ? "not restarted, since what the BMC has received is not known"
            : waiting.RequestFailed ? "not restarted, since a request failed"
-           : waiting.Expected.empty() && waiting.Unreadable.empty() ? "not restarted, since nothing waits for it"
-                                                                    : "";
-}
-
-std::optional<Failure> PostReset(const RebootMeans& means, SystemResource& system, std::string& type)
-{
-    RedfishConfigResult result = ReadSystem(means.Requests, system);
-    if (IsSuccess(result.ErrorCode()))
-    {
-        result = ReadResetTypes(means.Requests, system);
-    }
-    if (!IsSuccess(result.ErrorCode()))
-    {
-        return FailureOf(result);
-    }
-    if (system.ResetTarget.empty())
-    {
-        return Failure{CodeNotSupported, "The BMC offers no reset action for " + system.Path, {}, {}};
-    }
-    if (type.empty())
-    {
-        type = system.PowerState == "Off" ? "On" : GracefulRestart;
-    }
-    const std::vector<std::string>& types = system.ResetTypes;
-    if (!types.empty() && std::find(types.begin(), types.end(), type) == types.end())
-    {
-        return Failure{CodeParameter,
-                       fmt::format("The BMC does not offer the reset {}; it offers: {}", type, fmt::join(types, ", ")),
-                       {},
-                       {}};
-    }
-    std::string response;
-    const std::string body = json::serialize(json::object{{"ResetType", type}});
-    const RedfishConfigResult asked = means.Requests.Post(system.ResetTarget, body, response);
-    return IsSuccess(asked.ErrorCode()) ? std::nullopt : std::optional(FailureOf(asked));
+           : waiting.Expected.empty() && waiting.Unreadable.empty()
+               ? "not restarted, since none of these changes waits for it"
+               : "";
 }
 
 } // namespace
-
-RebootMeans MeansOf(Bmc& bmc)
-{
-    return {RequestsOf(bmc), [&] { return bmc.Front(1); },
-            []
-            { return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch()); },
-            [](milliseconds time)
-            {
-                for (; time > milliseconds(0) && StopSignal() == 0; time -= PauseSlice)
-                {
-                    std::this_thread::sleep_for(std::min(time, PauseSlice));
-                }
-                return StopSignal() == 0;
-            },
-            [](const std::string& line) { WriteError("tavrine: " + EscapeControls(line) + "\n"); }};
-}
 
 void AddRebootOptions(CLI::App& command, Options& options)
 {
@@ -297,74 +223,6 @@ std::string RebootFault(const Options& options)
     return options.DryRun && options.Reboot ? "--dry-run and --reboot exclude each other" : "";
 }
 
-std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResource& before, milliseconds until,
-                                     bool isAccepted)
-{
-    GrowingPause pause(means, until);
-    std::string told;
-    bool wasAway = !IsOn(before);
-    for (;;)
-    {
-        SystemResource now;
-        now.Path = before.Path;
-        RedfishConfigResult result = RefreshSystem(means.Requests, now);
-        const bool answers = IsSuccess(result.ErrorCode());
-        const bool starting = answers && (!IsOn(now) || IsStarting(now));
-        // A BMC that does not answer restarts with the system, or else its network is what has lost the request, too.
-        wasAway = wasAway || starting || (isAccepted && !answers);
-        const bool restarted = wasAway || now.LastReset != before.LastReset;
-        if (answers && !starting && restarted)
-        {
-            return std::nullopt;
-        }
-        const std::string line = !answers   ? "waiting for the BMC"
-                                 : starting ? "waiting for the system to start"
-                                            : "waiting for the system to go down";
-        if (std::exchange(told, line) != line)
-        {
-            means.Tell(line + " …");
-        }
-        if (!pause.Take())
-        {
-            return Failure{CodeConnection,
-                           answers ? starting ? "The system has not started within the time to wait"
-                                              : "Whether the system was restarted within the time to wait is not known"
-                                   : "The BMC did not come back within the time to wait: " + FailureOf(result).Message,
-                           {},
-                           {}};
-        }
-    }
-}
-
-std::string UnansweredWarning(const Failure& unanswered)
-{
-    return "warning: the request to restart has failed, but the system was restarted: " + unanswered.Message;
-}
-
-RestartEnd Restart(const RebootMeans& means, const Options& options, milliseconds until, SystemResource& system,
-                   std::string& type)
-{
-    std::optional<Failure> asked = PostReset(means, system, type);
-    // Whether a request has arrived whose answer was lost, the system will tell.
-    const bool isOpen = asked && DeliveryIn(asked->Message) == Delivery::Sent;
-    if (!options.Wait || (asked && !isOpen))
-    {
-        return {!asked, std::move(asked), {}};
-    }
-    means.Tell(isOpen ? "looking whether the system restarts" : "restart requested (" + type + ")");
-    std::optional<Failure> waited = WaitUntilBack(means, system, until, !isOpen);
-    if (!isOpen)
-    {
-        return {true, std::move(waited), {}};
-    }
-    if (!waited)
-    {
-        return {true, {}, std::move(asked)};
-    }
-    asked->Message += " " + waited->Message;
-    return {false, std::move(asked), {}};
-}
-
 namespace
 {
 
@@ -379,15 +237,14 @@ bool RebootAndLook(const RebootMeans& means, const Options& options, const std::
     }
     const milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
     SystemResource system;
-    const std::optional<BiosResource> before = ReadBefore(means, system);
-    if (before && before->DefaultsPending && !means.LoadsDefaults)
+    std::optional<BiosResource> before = ReadBefore(means, system);
+    if (before && !means.LoadsDefaults)
     {
-        AddFailure(answer, {CodeRefused,
-                            "The system was not restarted, since all settings would go to their defaults with it: "
-                            "tavrine reboot does so",
-                            {},
-                            {}});
-        return false;
+        if (std::optional<Failure> reason = WhyToStay(means, *before))
+        {
+            AddFailure(answer, Hidden(std::move(*reason), secrets));
+            return false;
+        }
     }
     const std::optional<std::string> timeBefore = before ? std::optional(before->ChangeTime) : std::nullopt;
     std::string type;
@@ -417,9 +274,8 @@ bool RebootAndLook(const RebootMeans& means, const Options& options, const std::
     {
         return true;
     }
-    const std::string prefix = means.FreshFront()->m_Prefix;
     const Verification found = LookUntilInForce(means, system, timeBefore, expected, until);
-    TellVerification(found, expected, options, prefix, secrets, answer);
+    TellVerification(found, expected, options, PrefixesOf(options).First, secrets, answer);
     return true;
 }
 

@@ -53,12 +53,12 @@ bool BiosBasicSettingProc::HasAssistant() const
 
 RedfishConfigResult BiosBasicSettingProc::ReadThroughAssistant(ReadValues read, SettingValueMap& values)
 {
-    return LogFailedRead((m_Assistant.get()->*read)(values));
+    return HasAssistant() ? LogFailedRead((m_Assistant.get()->*read)(values)) : BareResult(ResultInternalError);
 }
 
 RedfishConfigResult BiosBasicSettingProc::NeedEffectiveValues()
 {
-    return LogFailedRead(m_Assistant->NeedEffectiveValues());
+    return HasAssistant() ? LogFailedRead(m_Assistant->NeedEffectiveValues()) : BareResult(ResultInternalError);
 }
 
 bool BiosBasicSettingProc::ShowsHex(const OptionalVar& value) const
@@ -76,10 +76,6 @@ RedfishConfigResult BiosBasicSettingProc::UnknownSetting(const std::string& sett
 RedfishConfigResult BiosBasicSettingProc::QueryGroupSettingValues(SettingStringMap& values)
 {
     TAVRINE_LOG(LogDetail) << "Entering  Tavrine::BiosBasicSettingProc::QueryGroupSettingValues";
-    if (!HasAssistant())
-    {
-        return BareResult(ResultInternalError);
-    }
     RedfishConfigResult result = NeedEffectiveValues();
     if (result != ResultSuccess)
     {
@@ -111,10 +107,6 @@ RedfishConfigResult BiosBasicSettingProc::QuerySettingValue(const std::string& s
 {
     TAVRINE_LOG(LogOperation) << "Enter BiosBasicSettingProc::QuerySettingValue(), try to get the current value of "
                               << setting;
-    if (!HasAssistant())
-    {
-        return BareResult(ResultInternalError);
-    }
     RedfishConfigResult result = NeedEffectiveValues();
     if (result != ResultSuccess)
     {
@@ -152,10 +144,6 @@ RedfishConfigResult BiosBasicSettingProc::QuerySettingValue(const std::string& s
 RedfishConfigResult BiosBasicSettingProc::PatchSettingNewValueWithOutCheck(const std::string& setting,
                                                                            const std::string& value, bool batchMode)
 {
-    if (!HasAssistant())
-    {
-        return BareResult(ResultInternalError);
-    }
     RedfishConfigResult result = NeedEffectiveValues();
     if (result != ResultSuccess)
     {
@@ -272,14 +260,12 @@ RedfishConfigResult BiosBasicSettingProc::FlushChanges()
 
 RedfishConfigResult BiosBasicSettingProc::GetCurrentValuesMap(SettingValueMap& values)
 {
-    return HasAssistant() ? ReadThroughAssistant(&BiosBasicSettingAssistant::GetCurrentValuesMap, values)
-                          : BareResult(ResultInternalError);
+    return ReadThroughAssistant(&BiosBasicSettingAssistant::GetCurrentValuesMap, values);
 }
 
 RedfishConfigResult BiosBasicSettingProc::ReloadAllSettingValues(SettingValueMap& values)
 {
-    return HasAssistant() ? ReadThroughAssistant(&BiosBasicSettingAssistant::ReloadAllSettingValues, values)
-                          : BareResult(ResultInternalError);
+    return ReadThroughAssistant(&BiosBasicSettingAssistant::ReloadAllSettingValues, values);
 }
 
 std::vector<RedfishConfigResult> BiosBasicSettingProc::GetError()

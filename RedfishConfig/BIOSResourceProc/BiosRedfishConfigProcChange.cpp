@@ -20,6 +20,24 @@ void LogUnavailable(RedfishConfigResult& result)
     TAVRINE_LOG(LogDetail) << "Requested operation is temporarily unavailable: " << result.ErrorMsg();
 }
 
+/// Whether a change goes on after one of its steps: not where the BMC is busy.
+/// @param alsoGood  the code that is no failure of this step, beside 0.
+/// @param errors  replaced where the step failed.
+bool GoesOn(RedfishConfigResult& result, int alsoGood, BiosSettingAssistant& assistant,
+            std::vector<RedfishConfigResult>& errors)
+{
+    if (result == ResultBmcBusy)
+    {
+        LogUnavailable(result);
+        return false;
+    }
+    if (result != ResultSuccess && result != alsoGood)
+    {
+        errors = assistant.GetError();
+    }
+    return true;
+}
+
 } // namespace
 
 RedfishConfigResult BiosRedfishConfigProc::PatchSettingNewValue(const std::string& setting, const std::string& value,
@@ -63,35 +81,20 @@ RedfishConfigResult BiosRedfishConfigProc::PatchSettingNewValue(const std::strin
     if (result == ResultSuccess)
     {
         result = ProcessThePatchSetting(workName, patchValue);
-        switch (result.ErrorCode())
+        if (!GoesOn(result, ResultPasswordChanged, *m_SettingAssistant, collectedErrors))
         {
-        case ResultSuccess:
-            break;
-        case ResultBmcBusy:
-            LogUnavailable(result);
             return result;
-        case ResultPasswordChanged:
-            passwordChanged = true;
-            break;
-        default:
-            collectedErrors = m_SettingAssistant->GetError();
         }
+        passwordChanged = result == ResultPasswordChanged;
         if (batchMode)
         {
             TAVRINE_LOG(LogDetail) << "Will not be flush changed until FlushChanges called by batch mode.";
             return result;
         }
         result = FlushChanges();
-        switch (result.ErrorCode())
+        if (!GoesOn(result, ResultResetRequired, *m_SettingAssistant, collectedErrors))
         {
-        case ResultSuccess:
-        case ResultResetRequired:
-            break;
-        case ResultBmcBusy:
-            LogUnavailable(result);
             return result;
-        default:
-            collectedErrors = m_SettingAssistant->GetError();
         }
     }
 

@@ -4,6 +4,7 @@
 #include "BiosBasicSettingProc.h"
 #include "BiosRedfishProcCreator.h"
 #include "BiosSettingAssistant.h"
+#include "BiosSettingManager.h"
 #include "RedfishConfigSettingManager.h"
 #include "Results.h"
 #include "Trace.h"
@@ -17,9 +18,6 @@ namespace
 
 const std::string ResetRequest = "reset-bios";
 const std::string PostRequest = "post";
-/// The setting that makes the firmware load its defaults at the next start.
-const std::string PostLoadSetting = "SystemRecovery_PostLoadSetupDefault";
-const std::string PostLoadValue = "Enabled";
 
 } // namespace
 
@@ -39,7 +37,7 @@ RedfishConfigResult BiosRedfishConfigProc::PostDefaultvalue(const std::string& s
     }
     if (request == PostRequest)
     {
-        result = PatchSettingNewValueWithOutCheck(PostLoadSetting, PostLoadValue, false);
+        result = PatchSettingNewValueWithOutCheck(std::string(PostLoadSetting), std::string(PostLoadValue), false);
         if (result == ResultUnknownSetting)
         {
             TAVRINE_LOG(LogFailure) << "Current system is not support option '--post' for BIOS default.";

@@ -16,15 +16,10 @@ BiosSettingAssistant::BiosSettingAssistant(const TavrineConnection::ConnectionIn
 
 RedfishConfigResult BiosSettingAssistant::GetSchema(std::string& schema)
 {
-    RedfishConfigResult result = BareResult(ResultSuccess);
-    if (m_ValueURL.empty())
+    RedfishConfigResult result = NeedValueURL();
+    if (result != ResultSuccess)
     {
-        result = ComplementQueryValuesURL();
-        if (result != ResultSuccess)
-        {
-            TAVRINE_LOG(LogOperation) << "Query value url error.";
-            return result;
-        }
+        return result;
     }
     result = QuerySchema();
     if (result != ResultSuccess)
@@ -40,6 +35,16 @@ RedfishConfigResult BiosSettingAssistant::GetSchema(std::string& schema)
 RedfishConfigResult BiosSettingAssistant::ComplementQueryValuesURL()
 {
     return DiscoverValueURL(*m_BMCClient, m_SystemsCollectionURL, m_ValueURL);
+}
+
+RedfishConfigResult BiosSettingAssistant::NeedValueURL()
+{
+    RedfishConfigResult result = m_ValueURL.empty() ? ComplementQueryValuesURL() : BareResult(ResultSuccess);
+    if (result != ResultSuccess)
+    {
+        TAVRINE_LOG(LogOperation) << "Query value url error.";
+    }
+    return result;
 }
 
 } // namespace Tavrine

@@ -35,6 +35,9 @@ class BiosSettingAssistant : public RedfishRegistryAssistant
 
     std::string m_SystemsCollectionURL;
     ConfigurateSupportedSystemType m_SupportedSystemType;
+
+  private:
+    RedfishConfigResult NeedValueURL();
 };
 
 } // namespace Tavrine

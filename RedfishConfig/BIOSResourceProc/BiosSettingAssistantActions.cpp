@@ -26,15 +26,10 @@ constexpr int ActionTimeout = 60;
 RedfishConfigResult BiosSettingAssistant::QueryLoadToDefaultActionURL(std::string& url)
 {
     TAVRINE_LOG(LogOperation) << "Enter QueryLoadToDefaultActionURL()";
-    RedfishConfigResult result = BareResult(ResultSuccess);
-    if (m_ValueURL.empty())
+    RedfishConfigResult result = NeedValueURL();
+    if (result != ResultSuccess)
     {
-        result = ComplementQueryValuesURL();
-        if (result != ResultSuccess)
-        {
-            TAVRINE_LOG(LogOperation) << "Query value url error.";
-            return result;
-        }
+        return result;
     }
     std::string response;
     result = m_BMCClient->GetData(m_ValueURL, response);

@@ -71,8 +71,20 @@ bool AwaitsDefaults(const BiosRedfishConfigProc& front)
         standard == procs.end()
             ? nullptr
             : dynamic_cast<const BiosStandardSettingAssistant*>(standard->second->m_Assistant.get());
+    if (assistant == nullptr)
+    {
+        return false;
+    }
+    const std::string setting(PostLoadSetting);
+    const SettingValueMap& waiting = assistant->m_PendingValues;
+    const SettingValueMap& values = waiting.contains(setting) ? waiting : assistant->m_EffectiveValues;
+    const auto load = values.find(setting);
+    if (load != values.end() && load->second == OptionalVar(std::string(PostLoadValue)))
+    {
+        return true;
+    }
     // Most resources say no or nothing, and are long.
-    if (assistant == nullptr || assistant->m_ValueResponse.find(member) == std::string::npos)
+    if (assistant->m_ValueResponse.find(member) == std::string::npos)
     {
         return false;
     }

@@ -13,6 +13,7 @@
 #include "JsonParts.h"
 #include "JsonText.h"
 #include "PlainText.h"
+#include "SettingPointer.h"
 
 namespace Tavrine
 {
@@ -24,19 +25,8 @@ namespace json = boost::json;
 
 constexpr std::size_t MaxMessages = 500;
 constexpr std::size_t MaxArguments = 20;
-constexpr std::size_t MaxNameBytes = 256;
+constexpr std::size_t MaxIdBytes = 256;
 constexpr std::string_view ExtendedInfo = "@Message.ExtendedInfo";
-
-std::string Unescaped(std::string_view token)
-{
-    std::string name;
-    for (std::size_t i = 0; i < token.size(); ++i)
-    {
-        const bool escape = token[i] == '~' && i + 1 < token.size() && (token[i + 1] == '0' || token[i + 1] == '1');
-        name += escape ? (token[++i] == '0' ? '~' : '/') : token[i];
-    }
-    return name;
-}
 
 /// Arguments can come as JSON text of their own: "\"Lit\"".
 std::string Unquoted(std::string text)
@@ -111,8 +101,8 @@ std::vector<std::string> SettingsOf(const json::value& message, const KnownMessa
 
 void SetWords(BmcMessage& message, std::string_view id, std::string_view words, const KnownMessage* known)
 {
-    message.Key = CleanText(MessageKey(id), MaxNameBytes);
-    message.Id = CleanText(id, MaxNameBytes);
+    message.Key = CleanText(MessageKey(id), MaxIdBytes);
+    message.Id = CleanText(id, MaxIdBytes);
     message.Text = CleanText(words.empty() ? MessageText(id, message.Arguments) : std::string(words));
     message.Wordless = words.empty() && !id.empty() && (known == nullptr || known->Text.empty());
 }
@@ -170,8 +160,7 @@ class Collector
             const std::string_view key(member.key().data(), member.key().size());
             if (key.size() > ExtendedInfo.size() && key.ends_with(ExtendedInfo))
             {
-                AddAll(&member.value(),
-                       SettingOfPointer(CleanText(key.substr(0, key.size() - ExtendedInfo.size()), MaxNameBytes)));
+                AddAll(&member.value(), SettingOfPointer(CleanText(key.substr(0, key.size() - ExtendedInfo.size()))));
             }
         }
     }
@@ -260,29 +249,6 @@ Keep MessageParts(std::string_view parent, std::string_view name)
 }
 
 } // namespace
-
-std::string SettingOfPointer(std::string_view pointer)
-{
-    constexpr std::string_view attributes = "Attributes/";
-    if (pointer.substr(0, 1) == "#")
-    {
-        pointer.remove_prefix(1);
-    }
-    if (pointer.substr(0, 1) == "/")
-    {
-        pointer.remove_prefix(1);
-    }
-    if (pointer.substr(0, attributes.size()) == attributes)
-    {
-        // The rest is the name, also where its own "/" were not escaped.
-        pointer.remove_prefix(attributes.size());
-    }
-    else
-    {
-        pointer = pointer.substr(pointer.rfind('/') + 1);
-    }
-    return pointer == "Attributes" || pointer.size() > MaxNameBytes ? std::string() : Unescaped(pointer);
-}
 
 MessageList ReadMessages(std::string_view body, bool refused)
 {

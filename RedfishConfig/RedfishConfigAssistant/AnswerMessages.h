@@ -25,10 +25,6 @@ struct BmcMessage
     std::vector<std::string> Settings;
 };
 
-/// The setting that an entry of "RelatedProperties" names: a JSON pointer (RFC 6901)
-/// with or without "#", or a bare name. Empty for none.
-std::string SettingOfPointer(std::string_view pointer);
-
 struct MessageList
 {
     /// None of the kinds Success and Note, and ResetNeeded once at the most.

@@ -11,9 +11,12 @@
 namespace TavrineConnection
 {
 
-BmcConnection::BmcConnection(const ConnectionInfo& info, const ConnectionProfile& profile) : m_Info(info)
+BmcConnection::BmcConnection(const ConnectionInfo& info, const ConnectionProfile& profile)
 {
     auto [handle, client] = Tavrine::ClientPool::Register(info, profile);
+    m_Info = info;
+    // The client has it, and the record is copied into all that is made from it.
+    Tavrine::Wipe(m_Info.Password);
     m_Info.ProfileId = handle;
     m_Client = std::move(client);
 }
@@ -32,7 +35,6 @@ BmcConnection::~BmcConnection()
     {
         // No words can be made of it; a session that was left open ends by the BMC's own clock.
     }
-    Tavrine::Wipe(m_Info.Password);
 }
 
 const ConnectionInfo& BmcConnection::Info() const { return m_Info; }

@@ -32,10 +32,11 @@ constexpr unsigned int MaxRedirects = 5;
 /// Logging out is done on the way out, where nobody waits for a minute.
 constexpr std::chrono::seconds LogoutTimeout{10};
 constexpr std::uint64_t MaxPauseMilliseconds = 60'000;
-/// Milliseconds between two tries at a BMC that is busy and does not tell for how long, or
-/// tells "0".
+/// Milliseconds before a BMC that is busy and does not tell for how long, or tells "0", is tried again; each
+/// further pause is twice as long.
+constexpr std::int64_t FirstOwnWait = 1'000;
+constexpr std::int64_t FirstWaitOfZero = 100;
 constexpr std::int64_t LongestOwnWait = 30'000;
-constexpr std::int64_t ShortestWait = 100;
 constexpr std::size_t MaxTokenBytes = 4096;
 /// The words of a refusal are not worth a longer wait.
 constexpr std::chrono::seconds LookupTimeout{5};
@@ -319,13 +320,15 @@ Exchange RedfishClient::Persist(Repeat repeat, const std::function<Exchange()>& 
 /// @return whether it is to be sent again.
 bool RedfishClient::WaitOut(const Exchange& exchange, std::uint32_t turn)
 {
-    if (m_Patience <= 0 || exchange.Answer.Success() || !IsBusy(exchange.Answer))
+    const std::int64_t left = m_Patience;
+    if (left <= 0 || exchange.Answer.Success() || !IsBusy(exchange.Answer))
     {
         return false;
     }
     const auto asked = RetryAfterSeconds(exchange.Answer);
-    const std::int64_t own = std::min<std::int64_t>(std::int64_t{1000} << std::min(turn, 10U), LongestOwnWait);
-    const std::int64_t pause = std::max(asked ? std::int64_t{*asked} * 1000 : own, ShortestWait);
+    const std::int64_t first = asked ? FirstWaitOfZero : FirstOwnWait;
+    const std::int64_t own = std::min({first << std::min(turn, 10U), LongestOwnWait, left});
+    const std::int64_t pause = asked.value_or(0) > 0 ? std::int64_t{*asked} * 1000 : own;
     if (m_Patience.fetch_sub(pause) < pause)
     {
         m_Patience += pause;

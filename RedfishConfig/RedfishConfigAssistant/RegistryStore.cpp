@@ -59,6 +59,7 @@ class Descriptor
         }
     }
     int Get() const { return m_Value; }
+    void Release() { m_Value = -1; }
     explicit operator bool() const { return m_Value >= 0; }
 
   private:
@@ -238,8 +239,12 @@ FileKind KindOf(std::string_view name)
 std::vector<FileOnDisk> ListFiles(const Descriptor& folder)
 {
     std::vector<FileOnDisk> files;
-    const int copy = openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const std::unique_ptr<DIR, int (*)(DIR*)> listing(copy < 0 ? nullptr : fdopendir(copy), &closedir);
+    Descriptor copy(openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::unique_ptr<DIR, int (*)(DIR*)> listing(copy ? fdopendir(copy.Get()) : nullptr, &closedir);
+    if (listing)
+    {
+        copy.Release(); // the listing closes it
+    }
     const std::time_t now = std::time(nullptr);
     while (const dirent* const found = listing ? readdir(listing.get()) : nullptr)
     {
@@ -272,7 +277,7 @@ void Prune(const Descriptor& folder, const RegistryStore::Limits& limits)
     for (std::size_t i = 0; i < files.size(); ++i)
     {
         bytes += files[i].Bytes;
-        if (bytes > limits.FolderBytes || i >= limits.Files)
+        if (bytes > limits.MaxFolderBytes || i >= limits.MaxFiles)
         {
             unlinkat(folder.Get(), files[i].Name.c_str(), 0);
         }
@@ -319,7 +324,7 @@ std::optional<StoredText> RegistryStore::Load(const std::string& key) const
         return std::nullopt;
     }
     const std::string textName = TextName(entry->Digest);
-    std::optional<std::string> text = ReadFile(folder, textName, m_Limits.TextBytes);
+    std::optional<std::string> text = ReadFile(folder, textName, m_Limits.MaxTextBytes);
     if (!text || ChecksumOf(*text) != entry->Checksum)
     {
         // Other entries may lead to a text that is whole; what cannot be read must not stand in its place.
@@ -345,9 +350,9 @@ void RegistryStore::Save(const std::string& key, const StoredText& stored) const
     {
         return;
     }
-    if (stored.Text.size() > m_Limits.TextBytes)
+    if (stored.Text.size() > m_Limits.MaxTextBytes)
     {
-        Tell(m_Folder, "one is larger than " + std::to_string(m_Limits.TextBytes) + " bytes");
+        Tell(m_Folder, "one is larger than " + std::to_string(m_Limits.MaxTextBytes) + " bytes");
         return;
     }
     std::string fault;

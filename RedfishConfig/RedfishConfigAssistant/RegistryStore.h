@@ -27,10 +27,11 @@ class RegistryStore
   public:
     struct Limits
     {
-        std::uint64_t TextBytes = 16U * 1024U * 1024U;
-        /// Beyond this the files that were not used for longest go.
-        std::uint64_t FolderBytes = 128U * 1024U * 1024U;
-        std::size_t Files = 4096;
+        /// What an answer may have (ConnectionInfo): the largest ones are those that are worth keeping most.
+        std::uint64_t MaxTextBytes = 64U * 1024U * 1024U;
+        /// Beyond these the files that were not used for longest go.
+        std::uint64_t MaxFolderBytes = 128U * 1024U * 1024U;
+        std::size_t MaxFiles = 4096;
     };
 
     /// @param folder  absolute; empty for none, which keeps nothing. It is made when something

@@ -16,12 +16,12 @@ constexpr std::size_t FewNames = 100;
 
 } // namespace
 
-EvaluatedModel::EvaluatedModel(std::shared_ptr<const SettingModel> model)
-    : m_Model(std::move(model)), m_Settings(m_Model->Registry().Attributes.size())
+EvaluatedModel::EvaluatedModel(std::shared_ptr<const SettingModel> model, const SettingValueMap& values)
+    : m_Model(std::move(model)), m_Values(values), m_Lookup(values), m_Settings(m_Model->Registry().Attributes.size())
 {
 }
 
-const DependencyEvaluation& EvaluatedModel::Now(const SettingValueMap& values)
+const DependencyEvaluation& EvaluatedModel::Now()
 {
     if (m_Now && m_Moved.empty())
     {
@@ -31,11 +31,11 @@ const DependencyEvaluation& EvaluatedModel::Now(const SettingValueMap& values)
     std::optional<DependencyEvaluation> now = std::exchange(m_Now, std::nullopt);
     if (now)
     {
-        now->MoveValues(m_Moved, values);
+        now->MoveValues(m_Moved, m_Values);
     }
     else
     {
-        now.emplace(*m_Model, values);
+        now.emplace(*m_Model, m_Values);
     }
     m_Moved.clear();
     m_Now = std::move(now);
@@ -47,14 +47,10 @@ const DependencyEvaluation& EvaluatedModel::Now(const SettingValueMap& values)
     return *m_Now;
 }
 
-const OptionalVar* EvaluatedModel::ValueOf(const std::string& name, const SettingValueMap& values)
+const OptionalVar* EvaluatedModel::ValueOf(const std::string& name)
 {
-    if (!m_Values)
-    {
-        m_Values.emplace(values);
-    }
-    const auto found = m_Values->Find(name);
-    return found != values.end() ? &found->second : nullptr;
+    const auto found = m_Lookup.Find(name);
+    return found != m_Values.end() ? &found->second : nullptr;
 }
 
 void EvaluatedModel::ValuesMoved(std::vector<std::string> names)

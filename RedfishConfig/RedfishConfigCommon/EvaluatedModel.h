@@ -22,7 +22,8 @@ namespace Tavrine
 class EvaluatedModel
 {
   public:
-    explicit EvaluatedModel(std::shared_ptr<const SettingModel> model);
+    /// @param values  those of the manager, which outlive this object; its settings keep their places there.
+    EvaluatedModel(std::shared_ptr<const SettingModel> model, const SettingValueMap& values);
 
     const std::shared_ptr<const SettingModel>& Model() const { return m_Model; }
 
@@ -31,11 +32,11 @@ class EvaluatedModel
     /// @param setting  lives as long as the manager does.
     void Keep(std::size_t attribute, const RedfishConfigSetting& setting) { m_Settings[attribute] = &setting; }
 
-    /// @param values  those of the manager, the same until ValuesMoved is called.
-    const DependencyEvaluation& Now(const SettingValueMap& values);
-    /// What `values` holds for a setting, nullptr for nothing; settings are asked about in the order of
-    /// their names, mostly. Always the same map, from which nothing is taken.
-    const OptionalVar* ValueOf(const std::string& name, const SettingValueMap& values);
+    /// Of values that have moved ValuesMoved or AllMoved tells before.
+    const DependencyEvaluation& Now();
+    /// The manager's value of a setting, nullptr for none; settings are asked about in the order of
+    /// their names, mostly.
+    const OptionalVar* ValueOf(const std::string& name);
     /// @param names  the values that are other than before.
     void ValuesMoved(std::vector<std::string> names);
     /// Which ones is not known.
@@ -43,10 +44,11 @@ class EvaluatedModel
 
   private:
     std::shared_ptr<const SettingModel> m_Model;
+    const SettingValueMap& m_Values;
+    OrderedLookup<const SettingValueMap> m_Lookup;
     /// By attribute.
     std::vector<const RedfishConfigSetting*> m_Settings;
     std::optional<DependencyEvaluation> m_Now;
-    std::optional<OrderedLookup<const SettingValueMap>> m_Values;
     /// Moved since m_Now was worked out.
     std::vector<std::string> m_Moved;
 };

@@ -180,7 +180,7 @@ void RedfishConfigSettingManager::TakeModel(const std::shared_ptr<const Tavrine:
     }
     if (!model->Registry().Attributes.empty())
     {
-        KeepSetting(std::make_shared<Tavrine::EvaluatedModel>(model), 0);
+        KeepSetting(std::make_shared<Tavrine::EvaluatedModel>(model, m_Values), 0);
     }
 }
 
@@ -230,7 +230,7 @@ const RedfishConfigSetting* RedfishConfigSettingManager::SettingNamed(const std:
 
 const Tavrine::DependencyEvaluation& RedfishConfigSettingManager::Now() const
 {
-    return m_Settings.begin()->second->Evaluated()->Now(m_Values);
+    return m_Settings.begin()->second->Evaluated()->Now();
 }
 
 void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
@@ -337,7 +337,7 @@ void RedfishConfigSettingManager::TypeAndValue(const RedfishConfigSetting& setti
     {
         info.SettingType.reset();
     }
-    if (const OptionalVar* const value = setting.Evaluated()->ValueOf(setting.Attribute().Name(), m_Values))
+    if (const OptionalVar* const value = setting.Evaluated()->ValueOf(setting.Attribute().Name()))
     {
         info.CurrentValue = *value;
     }

@@ -80,7 +80,7 @@ void JudgeAll(const std::vector<WantedValue>& wanted, const SettingValueMap& val
     {
         return;
     }
-    Tavrine::JointEvaluation joint(wanted.front().Setting->Evaluated()->Now(values), values, wanted);
+    Tavrine::JointEvaluation joint(wanted.front().Setting->Evaluated()->Now(), values, wanted);
     for (const WantedValue& one : wanted)
     {
         const std::string& name = one.Setting->Attribute().Name();

@@ -41,7 +41,8 @@ Log::Log(unsigned int level, const char* sourcePath, int sourceLine)
 {
     if (Logging::IsWanted(level))
     {
-        m_Stream.emplace();
+        // Whatever locale the program has: a text is the same everywhere.
+        m_Stream.emplace().imbue(std::locale::classic());
     }
 }
 

@@ -48,7 +48,6 @@ class State
 
     /// What stands now; later changes do not show in it.
     std::shared_ptr<const Values> Current() const;
-    Values Snapshot() const { return *Current(); }
     /// Lets `change` work on a copy, which is saved and then takes the place of what
     /// stood. One change runs at a time.
     /// @param change  returns false for a change that is not to be.

@@ -440,35 +440,3 @@ TEST(AnswerResults, TheOrderOfMessagesDoesNotDecideWhichAreOne)
     EXPECT_EQ(ReadMessages(ListOf(bare + "," + words), true).Messages.size(), 3U);
     EXPECT_EQ(ReadMessages(ListOf(words + "," + bare), true).Messages.size(), 3U);
 }
-
-TEST(AnswerMessages, SettingOfPointer)
-{
-    struct Row
-    {
-        const char* Pointer;
-        const char* Setting;
-    };
-    constexpr Row rows[] = {
-        {"#/Attributes/X", "X"},
-        {"/Attributes/X", "X"},
-        {"Attributes/X", "X"},
-        {"X", "X"},
-        {"#/X", "X"},
-        {"/X", "X"},
-        {"#/Attributes/I~1O", "I/O"},
-        {"#/Attributes/CD/DVD", "CD/DVD"},
-        {"#/Attributes/a~0b", "a~b"},
-        {"#/Attributes", ""},
-        {"#/", ""},
-        {"", ""},
-        {"#", ""},
-        {"#/Attributes/", ""},
-        {"#/Attributes/a~", "a~"},
-        {"#/Oem/X/Y", "Y"},
-        {"#/Attributes/A.1.B", "A.1.B"},
-    };
-    for (const Row& row : rows)
-    {
-        EXPECT_EQ(SettingOfPointer(row.Pointer), row.Setting) << row.Pointer;
-    }
-}

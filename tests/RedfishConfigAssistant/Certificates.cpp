@@ -38,7 +38,7 @@ std::string FingerprintOf(X509* leaf)
 
 } // namespace
 
-Certificate MakeCertificate(const std::string& names, int validDays)
+Certificate MakeCertificate(const std::string& names, int validDays, const std::string& subject)
 {
     Certificate made;
     made.Key.reset(EVP_EC_gen("P-256"), &EVP_PKEY_free);
@@ -49,10 +49,10 @@ Certificate MakeCertificate(const std::string& names, int validDays)
     ASN1_INTEGER_set(X509_get_serialNumber(leaf), 1);
     X509_gmtime_adj(X509_getm_notBefore(leaf), -2 * day + (validDays < 0 ? validDays * day : 0));
     X509_gmtime_adj(X509_getm_notAfter(leaf), validDays * day);
-    X509_NAME* const subject = X509_get_subject_name(leaf);
-    const unsigned char name[] = "test bmc";
-    X509_NAME_add_entry_by_txt(subject, "CN", MBSTRING_ASC, name, -1, -1, 0);
-    X509_set_issuer_name(leaf, subject);
+    X509_NAME* const name = X509_get_subject_name(leaf);
+    X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>(subject.c_str()), -1,
+                               -1, 0);
+    X509_set_issuer_name(leaf, name);
     X509_set_pubkey(leaf, made.Key.get());
     X509_EXTENSION* const extension = X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, names.c_str());
     X509_add_ext(leaf, extension, -1);

@@ -21,6 +21,8 @@ struct Certificate
 
 /// @param names      subjectAltName as OpenSSL writes it, "DNS:localhost,IP:127.0.0.1".
 /// @param validDays  may be negative: then it has expired.
-Certificate MakeCertificate(const std::string& names = "DNS:localhost,IP:127.0.0.1", int validDays = 1);
+/// @param subject    the common name; a store of trusted certificates looks them up by it.
+Certificate MakeCertificate(const std::string& names = "DNS:localhost,IP:127.0.0.1", int validDays = 1,
+                            const std::string& subject = "test bmc");
 
 } // namespace resttest

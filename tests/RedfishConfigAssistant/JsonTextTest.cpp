@@ -79,7 +79,8 @@ TEST(JsonText, NumbersThatNoDoubleHoldsAreRefused)
 {
     for (const char* text : {"1e400", "[-1e309]", "{\"a\":99999999999999999999e300}"})
     {
-        EXPECT_TRUE(LookAtJson(text).Fault.starts_with("unusable: a number is too large near byte ")) << LookAtJson(text).Fault;
+        EXPECT_TRUE(LookAtJson(text).Fault.starts_with("unusable: a number is too large near byte "))
+            << LookAtJson(text).Fault;
         EXPECT_FALSE(ParseJson(text)) << text;
     }
 }

@@ -194,7 +194,7 @@ TEST(Persistence, AFailureInsideTheBmcLeavesAChangeOpen)
         int Status;
         bool Open;
     };
-    for (const Row& row : {Row{500, true}, Row{502, true}, Row{501, false}})
+    for (const Row& row : {Row{500, true}, Row{502, true}, Row{504, true}, Row{501, false}, Row{505, false}})
     {
         TestServer server([&](const auto&, auto& response) { AnswerJson(response, "{}", row.Status); });
         const BmcConnection connection(server.Info(), {});
@@ -211,7 +211,19 @@ TEST(Persistence, ABusyBmcIsWaitedOut)
     const BmcConnection connection(server.Info(), Patient(60, waits));
     EXPECT_THAT(Get(connection), HasCode(0));
     EXPECT_EQ(server.Asked(), 4U);
-    EXPECT_EQ(waits, Waits(3, std::chrono::milliseconds(100)));
+    using std::chrono::milliseconds;
+    EXPECT_EQ(waits, Waits({milliseconds(100), milliseconds(200), milliseconds(400)}));
+}
+
+TEST(Persistence, PatienceIsUsedUpWhereTheBmcTellsNoTime)
+{
+    const BusyServer server(1000);
+    Waits waits;
+    const BmcConnection connection(server.Info(), Patient(1, waits));
+    EXPECT_THAT(Get(connection), HasCode(33));
+    using std::chrono::milliseconds;
+    EXPECT_EQ(waits, Waits({milliseconds(100), milliseconds(200), milliseconds(400), milliseconds(300)}));
+    EXPECT_EQ(server.Asked(), 5U);
 }
 
 TEST(Persistence, ARefusedChangeAndALoginGoOutAgainWhenTheBmcIsReady)
@@ -292,4 +304,21 @@ TEST(Persistence, AWaitThatIsTooLongIsNotBegun)
     EXPECT_THAT(Get(impatient), HasCode(33));
     EXPECT_EQ(server.Asked(), 2U);
     EXPECT_TRUE(waits.empty());
+}
+
+TEST(Persistence, AWaitThatWasNotBegunUsesUpNoPatience)
+{
+    std::atomic<int> asked{0};
+    const TestServer server(
+        [&](const httplib::Request&, httplib::Response& response)
+        {
+            const int number = ++asked;
+            AnswerJson(response, "{}", number <= 2 ? 503 : 200);
+            response.set_header("Retry-After", number == 1 ? "3600" : "0");
+        });
+    Waits waits;
+    const BmcConnection connection(server.Info(), Patient(1, waits));
+    EXPECT_THAT(Get(connection), Fails(33, "3600 s"));
+    EXPECT_THAT(Get(connection), HasCode(0));
+    EXPECT_EQ(waits, Waits({std::chrono::milliseconds(100)}));
 }

@@ -8,6 +8,7 @@
 
 #include "BmcConnection.h"
 #include "Certificates.h"
+#include "RedfishClient.h"
 #include "RedfishRegistryAssistant.h"
 #include "SharedData.h"
 #include "TemporaryFolder.h"
@@ -370,6 +371,11 @@ TEST(RegistryCache, A304ThatNobodyAskedForIsAFailure)
     TavrineConnection::BmcConnection connection(server.Info(), {});
     std::string text = "old";
     EXPECT_THAT(connection.Get("/x", text), HasCode(26));
+    EXPECT_EQ(text, "old");
+    // A read that would keep what it gets has asked for nothing yet either.
+    Revalidation nothingKept;
+    EXPECT_THAT(RedfishClient(server.Info(), {}).Get("/x", text, &nothingKept), Fails(26, "304 Not Modified"));
+    EXPECT_FALSE(nothingKept.Unchanged);
     EXPECT_EQ(text, "old");
 }
 

@@ -1,15 +1,22 @@
 #include "RegistryStore.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <dirent.h>
+#include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "ConnectionInfo.h"
 #include "Logging.h"
 #include "SharedData.h"
 #include "TemporaryFolder.h"
@@ -59,6 +66,37 @@ void Overwrite(const fs::path& path, const std::string& content)
     std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
 }
 
+std::ptrdiff_t OpenDescriptors()
+{
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
+
+/// Makes the next listing of a folder fail, as one does for which there is no memory.
+thread_local bool noMemoryToList = false;
+
+/// No file grows beyond so many bytes, as on a disk that is full.
+class SmallFiles
+{
+  public:
+    explicit SmallFiles(rlim_t bytes) : m_Handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_Former), 0);
+        const rlimit less = {bytes, m_Former.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &less), 0);
+    }
+    SmallFiles(const SmallFiles&) = delete;
+    SmallFiles& operator=(const SmallFiles&) = delete;
+    ~SmallFiles()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_Former);
+        std::signal(SIGXFSZ, m_Handler);
+    }
+
+  private:
+    void (*m_Handler)(int);
+    rlimit m_Former = {};
+};
+
 unsigned int ModeOf(const fs::path& path)
 {
     struct stat state = {};
@@ -67,6 +105,18 @@ unsigned int ModeOf(const fs::path& path)
 }
 
 } // namespace
+
+/// Stands before the C library's, and leads on to it.
+extern "C" DIR* fdopendir(int descriptor)
+{
+    if (std::exchange(noMemoryToList, false))
+    {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    static const auto original = reinterpret_cast<DIR* (*)(int)>(dlsym(RTLD_NEXT, "fdopendir"));
+    return original(descriptor);
+}
 
 TEST(RegistryStore, GivesBackWhatWasKept)
 {
@@ -275,6 +325,50 @@ TEST(RegistryStore, WhatWasNotUsedForLongestGoes)
     EXPECT_NE(fixture.TextOf("c"), "(none)");
 }
 
+TEST(RegistryStore, ATextIsUsedWhenAnotherKeyLeadsToIt)
+{
+    Fixture fixture;
+    fixture.Store = RegistryStore(fixture.Folder.string(), {6'000, 10'000, 100});
+    const std::string shared(4'000, 's');
+    for (const auto& [key, text] : {std::pair("a", shared), std::pair("other", std::string(4'000, 'o'))})
+    {
+        for (const char* extension : {".text", ".entry"})
+        {
+            for (const fs::path& path : fixture.Files(extension))
+            {
+                fs::last_write_time(path, fs::last_write_time(path) - std::chrono::hours(2));
+            }
+        }
+        fixture.Store.Save(key, {"/p", "\"1\"", text});
+    }
+    fixture.Store.Save("b", {"/p", "\"1\"", shared});
+    fixture.Store.Save("new", {"/p", "\"1\"", std::string(4'000, 'n')});
+    EXPECT_EQ(fixture.TextOf("b"), shared);
+    EXPECT_EQ(fixture.TextOf("other"), "(none)");
+}
+
+TEST(RegistryStore, AShortenedCopyIsNotLedTo)
+{
+    const Fixture fixture;
+    fixture.Store.Save("a", {"/p", "\"1\"", "the text"});
+    Overwrite(fixture.Only(".text"), "the");
+    fixture.Store.Save("b", {"/p", "\"1\"", "the text"});
+    EXPECT_EQ(fixture.TextOf("b"), "the text");
+}
+
+TEST(RegistryStore, AFullDiskIsLeftWithoutDrafts)
+{
+    const Fixture fixture;
+    {
+        const SmallFiles full(1'000);
+        fixture.Store.Save("a", {"/p", "\"1\"", std::string(4'000, 'x')});
+    }
+    EXPECT_TRUE(fixture.Files(".new").empty());
+    EXPECT_EQ(fixture.TextOf("a"), "(none)");
+    fixture.Store.Save("a", {"/p", "\"1\"", "text"});
+    EXPECT_EQ(fixture.TextOf("a"), "text");
+}
+
 TEST(RegistryStore, ATextThatIsTooLargeIsTold)
 {
     Fixture fixture;
@@ -289,6 +383,32 @@ TEST(RegistryStore, ATextThatIsTooLargeIsTold)
         ASSERT_EQ(log.Records().size(), kept ? 0U : 1U);
         EXPECT_TRUE(kept || log.Records()[0].Text.ends_with("6000 bytes")) << log.Records()[0].Text;
     }
+}
+
+TEST(RegistryStore, ATextAsLargeAsAnAnswerMayBeIsKept)
+{
+    const Fixture fixture;
+    std::string text(TavrineConnection::ConnectionInfo().MaxResponseBytes, 'x');
+    for (const bool kept : {true, false})
+    {
+        fixture.Store.Save("a", {"/p", "\"1\"", text});
+        const auto found = fixture.Store.Load("a");
+        EXPECT_EQ(found && found->Text == text, kept) << text.size();
+        fixture.Store.Drop("a");
+        text += 'x';
+    }
+}
+
+TEST(RegistryStore, AFolderThatCannotBeListedCostsNoDescriptor)
+{
+    const Fixture fixture;
+    fixture.Store.Save("a", {"/p", "\"1\"", "text"});
+    const std::ptrdiff_t before = OpenDescriptors();
+    noMemoryToList = true;
+    fixture.Store.Save("b", {"/p", "\"1\"", "other"});
+    EXPECT_FALSE(std::exchange(noMemoryToList, false)) << "it was not listed";
+    EXPECT_EQ(OpenDescriptors(), before);
+    EXPECT_EQ(fixture.TextOf("b"), "other");
 }
 
 TEST(RegistryStore, TheNumberOfFilesHasAnEnd)

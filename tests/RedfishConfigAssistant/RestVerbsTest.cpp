@@ -45,6 +45,18 @@ TEST(RestVerbs, GetCarriesTheHeadersOfAReader)
     EXPECT_EQ(request.Header("Cookie"), "(none)");
 }
 
+TEST(RestVerbs, PathsAreSentAsTheyStand)
+{
+    const TestServer server(Body("{}"));
+    BMCBaseAssistant client(server.Info(), Kind);
+    for (const std::string path : {"/a/./b/../c", "/a/..", "//a", "/a/%2e%2e/b"})
+    {
+        std::string response;
+        EXPECT_THAT(client.GetData(path, response), HasCode(0));
+        EXPECT_EQ(server.Calls().back(), "GET " + path);
+    }
+}
+
 TEST(RestVerbs, PatchSendsBodyAndHeadersAsTheyStand)
 {
     const TestServer server(Nothing);

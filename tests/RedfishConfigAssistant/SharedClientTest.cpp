@@ -121,6 +121,26 @@ TEST(SharedClient, ObjectsThatOutliveTheConnectionGoOnWithoutItsSession)
     EXPECT_EQ(server.Connections(), 1U);
 }
 
+TEST(SharedClient, TheRecordOfAConnectionHoldsNoPassword)
+{
+    const TestServer server(Answers);
+    TavrineConnection::ConnectionInfo info = server.Info();
+    info.Password = "a password that needs memory of its own";
+    const BmcConnection connection(info, {});
+    const std::string& password = connection.Info().Password;
+    EXPECT_EQ(password, "");
+    // Nor does the memory that its text once stood in.
+    EXPECT_EQ(std::string_view(password.data(), password.capacity()).find("password"), std::string_view::npos);
+    EXPECT_EQ(connection.Info().Host, info.Host);
+    EXPECT_EQ(connection.Info().User, info.User);
+
+    const TavrineConnection::ConnectionInfo copy = connection.Info();
+    std::string response;
+    EXPECT_THAT(BMCBaseAssistant(copy, SystemTypeBios).GetData("/x", response), HasCode(0));
+    EXPECT_EQ(server.Requests().back().Header("Authorization"),
+              "Basic YWRtaW46YSBwYXNzd29yZCB0aGF0IG5lZWRzIG1lbW9yeSBvZiBpdHMgb3du");
+}
+
 TEST(SharedClient, EachBmcConnectionHasAClientOfItsOwn)
 {
     TavrineConnection::ConnectionInfo info;

@@ -1,6 +1,8 @@
 // Connections and sessions that end while a task is watched.
 #include <atomic>
+#include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -8,6 +10,7 @@
 #include "BMCBaseAssistant.h"
 #include "BmcConnection.h"
 #include "RawServer.h"
+#include "TaskFollower.h"
 #include "TestServer.h"
 
 using namespace Tavrine;
@@ -43,6 +46,35 @@ RedfishConfigResult PatchBesideALogin(int status, bool takesPassword)
         BMCBaseAssistant(connection.Info(), Kind).PatchData("/settings", "{}", errors, true, {});
     EXPECT_EQ(logins, 2) << status;
     return result;
+}
+
+/// One look at a task that comes to nothing.
+Exchange Lost(int code) { return {{}, TransportFault{code, "lost"}}; }
+
+Exchange Answered(int status, const std::string& retryAfter = "0")
+{
+    return {{status, {{"retry-after", retryAfter}}, ""}, std::nullopt};
+}
+
+/// Watches a task whose looks end so, one after the other; with the last one its time is up.
+std::optional<TaskEnd> FollowUntilTimeIsUp(const std::vector<Exchange>& looks)
+{
+    const auto begun = std::chrono::steady_clock::now();
+    const Origin place{true, "127.0.0.1", 80};
+    std::size_t made = 0;
+    TaskWatch watch{place, "/settings", begun, begun + std::chrono::minutes(1), {}};
+    watch.Read = [&](const std::string&, std::chrono::seconds)
+    {
+        const Exchange& look = looks.at(made++);
+        if (made == looks.size())
+        {
+            watch.Deadline = std::chrono::steady_clock::now();
+        }
+        return look;
+    };
+    auto end = FollowTask({202, {{"location", Monitor}}, ""}, watch);
+    EXPECT_EQ(made, looks.size());
+    return end;
 }
 
 } // namespace
@@ -128,3 +160,75 @@ TEST(Task, ANewLoginThatFailsUnderATaskIsNoFailureOfTheChange)
 }
 
 TEST(Task, ALookAfterABusyLoginIsMadeWithThePassword) { EXPECT_THAT(PatchBesideALogin(503, true), HasCode(0)); }
+
+TEST(Task, LossesThatAnAnswerComesBetweenAreNotAddedUp)
+{
+    const auto end = FollowUntilTimeIsUp({Lost(24), Lost(32), Answered(202, "1"), Lost(24)});
+    ASSERT_TRUE(end);
+    EXPECT_THAT(end->Doubt, testing::HasSubstr("and still works on it (lost) after "));
+}
+
+TEST(Task, ABmcThatLetsNobodyInForNowIsNotCountedAsLost)
+{
+    const auto end = FollowUntilTimeIsUp({Lost(33), Lost(33), Lost(33)});
+    ASSERT_TRUE(end);
+    EXPECT_THAT(end->Doubt, testing::HasSubstr("and still works on it (lost) after "));
+}
+
+TEST(Task, WhatTheBmcAskedToWaitHoldsForOneLook)
+{
+    std::vector<std::chrono::steady_clock::time_point> looks;
+    const auto begun = std::chrono::steady_clock::now();
+    const Origin place{true, "127.0.0.1", 80};
+    const TaskWatch watch{place, "/settings", begun, begun + std::chrono::minutes(1),
+                          [&](const std::string&, std::chrono::seconds)
+                          {
+                              looks.push_back(std::chrono::steady_clock::now());
+                              return looks.size() == 1 ? Lost(24) : Answered(204);
+                          }};
+    const auto end = FollowTask({202, {{"location", Monitor}, {"retry-after", "1"}}, ""}, watch);
+    ASSERT_TRUE(end);
+    EXPECT_EQ(end->Doubt, "");
+    ASSERT_EQ(looks.size(), 2U);
+    EXPECT_GE(looks[0] - begun, std::chrono::seconds(1));
+    EXPECT_LT(looks[1] - looks[0], std::chrono::seconds(1)) << "the look that was lost asked for nothing";
+}
+
+TEST(Task, APlaceThatIsNamedTwiceIsAskedOnce)
+{
+    std::size_t looks = 0;
+    const auto begun = std::chrono::steady_clock::now();
+    const Origin place{true, "127.0.0.1", 80};
+    const TaskWatch watch{place, "/settings", begun, begun + std::chrono::minutes(1),
+                          [&](const std::string&, std::chrono::seconds)
+                          {
+                              ++looks;
+                              return Answered(404);
+                          }};
+    const std::string body =
+        R"({"TaskState":"New","TaskMonitor":")" + std::string(Monitor) + R"(","@odata.id":")" + Monitor + "\"}";
+    const auto end = FollowTask({202, {{"location", Monitor}}, body}, watch);
+    ASSERT_TRUE(end);
+    EXPECT_THAT(end->Doubt, testing::HasSubstr("gone without a word of its end"));
+    EXPECT_EQ(looks, 1U);
+}
+
+TEST(Task, ItsTimeBeginsWithTheSendingOfTheChange)
+{
+    const TestServer server(
+        [](const httplib::Request& request, httplib::Response& response)
+        {
+            if (request.method == "PATCH")
+            {
+                // Half of the time that the request has. What is left is enough for one look and for that at its end.
+                std::this_thread::sleep_for(std::chrono::milliseconds(500));
+                response.set_header("Location", Monitor);
+            }
+            response.status = 202;
+        });
+    auto info = server.Info();
+    info.RequestTimeout = 1;
+    std::vector<RedfishConfigResult> errors;
+    EXPECT_THAT(BMCBaseAssistant(info, Kind).PatchData("/settings", "{}", errors, true, {}), Fails(24, "after 1 s"));
+    EXPECT_LE(server.Calls().size(), 3U);
+}

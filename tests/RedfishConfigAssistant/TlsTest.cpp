@@ -3,12 +3,16 @@
 #include <cstdio>
 #include <fstream>
 
+#include <dlfcn.h>
 #include <unistd.h>
 
+#include <curl/curl.h>
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "BmcConnection.h"
 #include "Certificates.h"
+#include "TemporaryFolder.h"
 #include "TestServer.h"
 #include "TlsCheck.h"
 
@@ -61,7 +65,22 @@ class PemFile
     std::string m_Path = testing::TempDir() + "tls-test-XXXXXX";
 };
 
+/// The folder whose certificates curl trusts of its own accord in this thread; empty for that of the machine.
+thread_local std::string systemFolder;
+
 } // namespace
+
+/// Stands before curl's, and leads on to it.
+extern "C" CURL* curl_easy_init()
+{
+    static const auto original = reinterpret_cast<CURL* (*)()>(dlsym(RTLD_NEXT, "curl_easy_init"));
+    CURL* const made = original();
+    if (made != nullptr && !systemFolder.empty())
+    {
+        EXPECT_EQ(curl_easy_setopt(made, CURLOPT_CAPATH, systemFolder.c_str()), CURLE_OK);
+    }
+    return made;
+}
 
 TEST(Tls, UnknownCertificateIsRefusedAndItsFingerprintShown)
 {
@@ -84,6 +103,20 @@ TEST(Tls, CertificateOfAnotherAuthorityIsRefused)
     const TestServer server(Answers, &Good());
     const PemFile file(MakeCertificate().Pem);
     EXPECT_THAT(Get(Verified(server), {.CaFile = file.Path(), .PinnedSha256 = ""}), Fails(24, "is not trusted"));
+}
+
+TEST(Tls, BesideACaFileTheFolderOfTheMachineIsNotTrusted)
+{
+    const TestServer server(Answers, &Good());
+    const PemFile file(MakeCertificate("IP:127.0.0.1", 1, "another authority").Pem);
+    const testdata::TemporaryFolder folder;
+    folder.Write(fmt::format("{:08x}.0", X509_subject_name_hash(Good().Leaf.get())), Good().Pem);
+    systemFolder = folder.Path().string();
+    const RedfishConfigResult byFolder = Get(Verified(server), {});
+    const RedfishConfigResult byFile = Get(Verified(server), {.CaFile = file.Path(), .PinnedSha256 = ""});
+    systemFolder.clear();
+    EXPECT_THAT(byFolder, HasCode(0));
+    EXPECT_THAT(byFile, Fails(24, "is not trusted"));
 }
 
 TEST(Tls, CaFilesThatCannotBeUsed)

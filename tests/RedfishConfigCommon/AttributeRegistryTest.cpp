@@ -209,6 +209,13 @@ TEST(AttributeRegistry, OfMembersOfOneNameTheLastCounts)
     }
 }
 
+TEST(AttributeRegistry, AListThatReplacesAnotherIsCountedFromItsOwnBeginning)
+{
+    const ReadOutcome outcome =
+        Read(R"({"RegistryEntries":{"Attributes":[)" + Attribute("A") + R"(,7],"Attributes":[7]}})");
+    EXPECT_THAT(outcome.Notes.Lines, ElementsAre(HasSubstr("attribute 0 is no object")));
+}
+
 TEST(AttributeRegistry, NotesOnMenusStandBeforeThoseOnAttributesAndDependencies)
 {
     const ReadOutcome outcome = Read(R"({"RegistryEntries":{"Dependencies":[1],"Attributes":[2],"Menus":[3]}})");
@@ -363,6 +370,18 @@ TEST(AttributeRegistry, NotesAreCountedAboveTheFirstFifty)
     EXPECT_EQ(outcome.Notes.More, 10U);
 }
 
+TEST(AttributeRegistry, AConditionMayHaveAsManyTermsAsTheCap)
+{
+    std::string terms = Term("A", "EQU", "1");
+    for (std::size_t index = 1; index < MaxDependencyTerms; ++index)
+    {
+        terms += "," + Term("A", "EQU", "1", "AND");
+    }
+    const ReadOutcome outcome = Read(Registry(Attribute("A"), Dependency(terms, "A", "ReadOnly", "true")));
+    ASSERT_EQ(outcome.Registry.Dependencies.size(), 1U);
+    EXPECT_EQ(outcome.Registry.Dependencies.front().Terms.size(), MaxDependencyTerms);
+}
+
 TEST(AttributeRegistry, DependenciesThatCannotBeUnderstoodAreSkippedWithANote)
 {
     const std::string good = Term("A", "EQU", "1");
@@ -425,6 +444,16 @@ TEST(AttributeRegistry, LongNamesOfMenusAreCut)
     ASSERT_EQ(outcome.Registry.Menus.size(), 2U);
     EXPECT_EQ(outcome.Registry.Menus[0].DisplayName, std::string(127, 'x') + "...");
     EXPECT_EQ(outcome.Registry.Menus[1].DisplayName, std::string(128, 'x'));
+}
+
+TEST(AttributeRegistry, TheNameOfAMenuThatIsLeftOutMeansTheOneOfItsPath)
+{
+    const ReadOutcome outcome = Read(
+        Registry(Attribute("A"), Dependency(Term("A", "EQU", "1"), "Again", "GrayOut", "true"),
+                 Menu("Root", "./", "All") + "," + Menu("Top", "./Top", "Top") + "," + Menu("Again", "/Top", "Again")));
+    ASSERT_EQ(outcome.Registry.Menus.size(), 2U);
+    ASSERT_EQ(outcome.Registry.Dependencies.size(), 1U);
+    EXPECT_EQ(outcome.Registry.Dependencies.front().Menu, 1U);
 }
 
 TEST(AttributeRegistry, MenusAreReadParentsFirst)

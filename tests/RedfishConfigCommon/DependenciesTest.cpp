@@ -302,6 +302,10 @@ TEST(DependencyValues, ChangesCarryOnThroughReportedValues)
     EXPECT_EQ(ValueText(withBoth, 1), "mine") << "a change is never replaced";
     EXPECT_EQ(ValueText(withBoth, 2), "c");
 
+    const DependencyEvaluation withUntold(DependencyEvaluation(*model, values), values,
+                                          {{"A", "x"}, {"B", std::nullopt}});
+    EXPECT_EQ(ValueText(withUntold, 1), "null") << "nor is one to a number that no value can hold";
+
     const SettingValueMap already = {{"A", "x"}, {"B", "b"}, {"C", "c"}};
     const DependencyEvaluation same(DependencyEvaluation(*model, already), already, {{"A", "x"}});
     EXPECT_EQ(ValueText(same, 1), "b") << "a change to the value that stands moves nothing";

@@ -168,6 +168,27 @@ TEST(NewValues, OwnChangeNeitherLocksNorFreesItself)
                 ElementsAre("18 A: The setting A cannot be changed: it is read-only because A is Locked."));
 }
 
+/// Each evaluation without the own change looks at the whole registry.
+TEST(NewValues, OfManyThatReadThemselvesTheFirst64AreJudgedWithTheOthersOfTheCall)
+{
+    std::string attributes = Attribute("Lock");
+    std::string dependencies;
+    SettingStringMap values = {{"Lock", "On"}};
+    for (int number = 100; number < 166; ++number)
+    {
+        const std::string name = "A" + std::to_string(number);
+        attributes += "," + Attribute(name);
+        dependencies += (dependencies.empty() ? "" : ",") +
+                        Dependency(Term(name, "EQU", "\"x\""), name, "ReadOnly", "true") + "," +
+                        Dependency(Term("Lock", "EQU", "\"On\""), name, "GrayOut", "true");
+        values[name] = "x";
+    }
+    RedfishConfigSettingManager manager(Registry(attributes, dependencies), {{"Lock", "Off"}}, false, Config_Options());
+    const Outcome outcome = ChangeAll(manager, values);
+    EXPECT_EQ(outcome.Errors.size(), 64U);
+    EXPECT_THAT(outcome.Contexts, ElementsAre(Pair("A164", R"("x")"), Pair("A165", R"("x")"), Pair("Lock", R"("On")")));
+}
+
 TEST(NewValues, MenuThatReadsItsOwnSettingIsSeenWithoutIt)
 {
     const std::string registry =
@@ -238,6 +259,8 @@ TEST(NewValues, DefaultTakenForHexadecimalOnTheWayIsSetRight)
                                         {{"Count", std::int64_t{1}}}, false, options);
     EXPECT_THAT(ChangeAll(manager, {{"Count", "16"}}, FilterDefaultAll).Contexts, ElementsAre(Pair("Count", "10")));
     EXPECT_THAT(ChangeAll(manager, {{"Count", "10"}}, FilterDefaultAll).Contexts, ElementsAre(Pair("Count", "10")));
+    EXPECT_THAT(ChangeAll(manager, {{"Count", "17"}}, FilterDefaultAll).Contexts, ElementsAre(Pair("Count", "17")))
+        << "another number than the default";
     EXPECT_THAT(ChangeAll(manager, {{"Count", "16"}}, FilterChange).Contexts, ElementsAre(Pair("Count", "16")));
 }
 

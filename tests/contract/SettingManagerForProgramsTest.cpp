@@ -136,4 +136,33 @@ TEST_F(TakenManager, DefaultsAreAwaitedWhereTheResourceSaysSo)
     }
 }
 
+TEST_F(TakenManager, DefaultsAreAwaitedWhereTheSettingThatLoadsThemWaits)
+{
+    const std::string setting(PostLoadSetting);
+    struct Row
+    {
+        std::string InForce;
+        std::string Waiting;
+        bool Awaits;
+    };
+    const std::vector<Row> table = {
+        {"Disabled", "Enabled", true},  {"Disabled", "Disabled", false}, {"Disabled", "enabled", false},
+        {"Enabled", "Disabled", false}, {"Enabled", "", true},           {"Disabled", "", false},
+    };
+    const auto object = [&](const std::string& value)
+    { return value.empty() ? std::string("{}") : "{\"" + setting + "\":\"" + value + "\"}"; };
+    for (const Row& row : table)
+    {
+        world.Answers.clear();
+        TellStandard(object(row.InForce), object(row.Waiting));
+        const auto front = MakeBios();
+        SettingStringMap values;
+        ASSERT_THAT(front->QueryGroupSettingValues(values), IsBare(0));
+        EXPECT_EQ(AwaitsDefaults(*front), row.InForce == "Enabled") << "what waits was not read yet";
+        SettingCompareMap compared;
+        front->CompareSettingPendingValues(compared, "");
+        EXPECT_EQ(AwaitsDefaults(*front), row.Awaits) << row.InForce << " " << row.Waiting;
+    }
+}
+
 } // namespace

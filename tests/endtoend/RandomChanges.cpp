@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include <boost/json/array.hpp>
@@ -89,6 +90,26 @@ struct Kind
 /// and those stand in no saved file.
 constexpr const char* LoadDefaults = "SystemRecovery_PostLoadSetupDefault";
 
+/// Settings whose text is empty and gets a least length as others change: a machine that locks such a setting where the
+/// empty text is right has no way back to it.
+std::set<std::string> WithoutWayBack(const json::object& entries, const json::object& shown)
+{
+    std::set<std::string> names;
+    const json::value* const dependencies = entries.if_contains("Dependencies");
+    for (const json::value& entry : dependencies != nullptr ? dependencies->as_array() : json::array())
+    {
+        const json::object& dependency = entry.at("Dependency").as_object();
+        const json::value* const property = dependency.if_contains("MapToProperty");
+        const json::string& name = entry.at("DependencyFor").as_string();
+        const json::value* const text = shown.if_contains(name);
+        if (property != nullptr && *property == "MinLength" && text != nullptr && *text == "")
+        {
+            names.emplace(name);
+        }
+    }
+    return names;
+}
+
 /// Passwords are shown nowhere, and so saved nowhere.
 constexpr Kind Kinds[] = {
     {"Enumeration", EnumerationValue}, {"Integer", IntegerValue}, {"String", StringValue}, {"Boolean", BooleanValue}};
@@ -105,6 +126,7 @@ std::vector<WritableSetting> WritableSettings(const std::filesystem::path& machi
     {
         return settings;
     }
+    const std::set<std::string> stuck = WithoutWayBack(registry.at("RegistryEntries").as_object(), shown);
     for (const json::value& entry : registry.at("RegistryEntries").at("Attributes").as_array())
     {
         const json::object& attribute = entry.as_object();
@@ -113,7 +135,8 @@ std::vector<WritableSetting> WritableSettings(const std::filesystem::path& machi
         const auto* kind = std::find_if(std::begin(Kinds), std::end(Kinds),
                                         [&](const Kind& one) { return attribute.at("Type").as_string() == one.Type; });
         const bool fixed = Flag(attribute, "ReadOnly") || Flag(attribute, "Immutable") || Flag(attribute, "WriteOnly");
-        if (fixed || name == LoadDefaults || current == nullptr || current->is_null() || kind == std::end(Kinds))
+        if (fixed || name == LoadDefaults || stuck.contains(std::string(name)) || current == nullptr ||
+            current->is_null() || kind == std::end(Kinds))
         {
             continue;
         }

@@ -21,7 +21,7 @@ struct WritableSetting
     bool Unique = false;
 };
 
-/// Those that the BMC shows a value of; none where it has no place for changes.
+/// Those that the BMC shows a value of and can be brought back to it; none where it has no place for changes.
 /// @param machineDir  folder with bios.json and registry.en.json.
 std::vector<WritableSetting> WritableSettings(const std::filesystem::path& machineDir);
 

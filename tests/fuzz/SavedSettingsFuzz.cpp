@@ -7,6 +7,7 @@
 
 #include "Oracle.h"
 #include "PlainJson.h"
+#include "SavedSettingsWriter.h"
 
 using namespace fuzztest;
 using namespace Tavrine::Tool;

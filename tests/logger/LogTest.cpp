@@ -1,6 +1,7 @@
 #include "Log.h"
 
 #include <chrono>
+#include <locale>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
@@ -57,6 +58,14 @@ std::ostream& operator<<(std::ostream& stream, const Formatted& formatted)
     return stream << "formatted";
 }
 
+// As in many languages.
+struct GroupedNumbers : std::numpunct<char>
+{
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+    std::string do_truename() const override { return "wahr"; }
+};
+
 TEST(Log, DestructorWritesTheWholeRecord)
 {
     const CapturingLogSink sink;
@@ -76,6 +85,15 @@ TEST(Log, DestructorWritesTheWholeRecord)
     EXPECT_EQ(records[0].Text, "Enter 7!");
     EXPECT_GE(records[0].Time, before);
     EXPECT_LE(records[0].Time, std::chrono::system_clock::now());
+}
+
+TEST(Log, TheLocaleOfTheProgramDoesNotShow)
+{
+    const CapturingLogSink sink;
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new GroupedNumbers));
+    Log(1, "a.cpp", 1).Stream() << "a limit of " << 67108864 << " bytes, " << std::boolalpha << true;
+    std::locale::global(before);
+    EXPECT_THAT(Texts(sink.Records()), ElementsAre("a limit of 67108864 bytes, true"));
 }
 
 TEST(Log, EmptyRecordIsWrittenToo)

@@ -31,9 +31,9 @@ tool/Heap.cpp:LargestBlock
 tool/Options.cpp:LongestLanguage
 tool/Options.cpp:LongestPrefix
 tool/Options.h:LongestWait
+tool/Restart.cpp:LongestPause
 tool/SavedSettings.cpp:LongestShownName
 tool/Secret.cpp:LongestEscape
-tool/Verify.cpp:LongestPause
 "
 
 complain() { printf '%s: %s\n' "$table" "$*" >&2; failed=1; }
@@ -64,8 +64,10 @@ while IFS='|' read -r _ what limit constant source _ name _; do
     grep -rqsE "TEST(_F|_P)?\(${name%.*}, ${name#*.}\)" "$root/tests" || complain "$what: no such test: $name"
 done <"$table"
 
-named=$(cd "$root" && grep -rHoE 'constexpr [^=;(]*\b(Max|Most|Largest|Longest|Deepest)[A-Z][A-Za-z]*' \
-    --include='*.h' --include='*.cpp' include tool RedfishConfig simulator | sed -E 's/:.* /:/')
+# Constants, and members that begin with a value other than 0, which stands for none.
+kinds='(Max|Most|Largest|Longest|Deepest)[A-Z][A-Za-z]*'
+named=$(cd "$root" && grep -rHoE -e "constexpr [^=;(]*\b$kinds" -e "^ +[A-Za-z0-9_:]+ $kinds = [1-9]" \
+    --include='*.h' --include='*.cpp' include tool RedfishConfig simulator | sed -E 's/ = .$//;s/:.* /:/')
 while IFS=: read -r source constant; do
     grep -qF "| \`$constant\` | \`$source\` |" "$table" || grep -qxF "$source:$constant" <<<"$no_limits" ||
         complain "no row for $constant of $source"

@@ -41,6 +41,8 @@ for prefix in Max Most Largest Longest Deepest; do
     echo "constexpr std::size_t ${prefix}Planted = 7;" >>"$tree/tool/Answer.cpp"
     planted+=("no row for ${prefix}Planted of tool/Answer.cpp")
 done
+echo "    std::size_t MaxMember = 7;" >>"$tree/tool/Answer.cpp"
+planted+=("no row for MaxMember of tool/Answer.cpp")
 expect "${planted[@]}"
 
 fresh_tree "$2"

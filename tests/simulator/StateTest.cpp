@@ -84,7 +84,7 @@ TEST_F(StateTest, ReplacedValuesAreThereInTheNextRun)
     }
     const auto state = Open(File(), error);
     ASSERT_TRUE(state) << error;
-    const Values values = state->Snapshot();
+    const Values values = *state->Current();
     EXPECT_EQ(values.Effective.at("AssetTag"), "new – tag");
     EXPECT_EQ(values.Effective.at("DiagnosticSeed"), std::uint64_t{18446744073709551615U});
     EXPECT_EQ(values.Pending.at("BootPromptSeconds"), 9);
@@ -105,7 +105,7 @@ TEST_F(StateTest, FileOfTheFirstVersionIsStillRead)
     std::string error;
     const auto state = Open(File(), error);
     ASSERT_TRUE(state) << error;
-    const Values values = state->Snapshot();
+    const Values values = *state->Current();
     EXPECT_EQ(values.Effective, Parse(R"({"AssetTag":"old"})"));
     EXPECT_EQ(values.Pending, Parse(R"({"BootPromptSeconds":9})"));
     EXPECT_EQ(values.ProtectedEffective, Parse(R"({"TpmState":"Hidden"})"));
@@ -253,7 +253,7 @@ TEST_F(StateTest, WithoutAFileNothingIsKept)
             values.Effective["AssetTag"] = "kept in memory";
             return true;
         }));
-    EXPECT_EQ(state->Snapshot().Effective.at("AssetTag"), "kept in memory");
+    EXPECT_EQ(state->Current()->Effective.at("AssetTag"), "kept in memory");
     EXPECT_EQ(state->Trouble(), "");
 }
 

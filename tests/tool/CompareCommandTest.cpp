@@ -9,6 +9,7 @@
 #include "ConfigFile.h"
 #include "KnowingFront.h"
 #include "Options.h"
+#include "SmallRegistry.h"
 
 using namespace Tavrine;
 using namespace Tavrine::Tool;
@@ -24,12 +25,19 @@ using Words = std::vector<std::string>;
 
 const RedfishConfigResult Good{0, "", ""};
 
+/// Of the registry that has the password Lock.
+RedfishConfigResult ReadSmallManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
+{
+    manager = std::make_unique<RedfishConfigSettingManager>(tooltest::SmallRegistry, false, front.m_Options);
+    return Good;
+}
+
 /// A copy of one of two objects for each that is asked for.
 CompareWay From(const KnowingFront& texts, const KnowingFront& typed = KnowingFront(),
                 std::optional<std::size_t> columns = std::nullopt)
 {
     return {[&texts, typed](bool wantTyped) { return std::make_unique<KnowingFront>(wantTyped ? typed : texts); },
-            columns};
+            columns, ReadSmallManager};
 }
 
 Options Asked(const Words& names)
@@ -123,8 +131,8 @@ TEST_F(CompareCommand, OnATerminalItIsATableOfItsWidth)
 {
     KnowingFront front = WithDefaults();
     EXPECT_EQ(CompareDefaults(front, Asked({"defaults", "ProcB"}), 80).Text,
-              "SETTING    CURRENT  DEFAULT\nOne.ProcB  x        x\n");
-    EXPECT_EQ(CompareDefaults(front, Asked({"defaults", "ProcB"}), 20).Text, "SETT…  CURR…  DEFA…\nOne.…  x      x\n");
+              "SETTING    VALUE  DEFAULT\nOne.ProcB  x      x\n");
+    EXPECT_EQ(CompareDefaults(front, Asked({"defaults", "ProcB"}), 20).Text, "SETT…  VALUE  DEFA…\nOne.…  x      x\n");
 }
 
 TEST_F(CompareCommand, PendingValuesStandBesideThoseInForce)
@@ -225,6 +233,69 @@ TEST_F(CompareCommand, SavedTextsTakeTheKindOfTheValueInForce)
               R"("Two.Odd":{"current":1,"saved":"x"},"Two.Word":{"current":"true","saved":"true"}})");
 }
 
+TEST_F(CompareCommand, ATextOfAFileIsReadAsRestoreReadsIt)
+{
+    const KnowingFront machine =
+        Typed(R"({"Num":3,"Minus":-7,"Big":18446744073709551615,"Flag":true,"Word":"true","None":null})");
+    Options options = Asked(
+        {m_Folder.Write("lines", "Num=03\nMinus=-07\nBig=18446744073709551615\nFlag=TRUE\nWord=TRUE\nNone=TRUE\n")});
+    options.Changed = true;
+    EXPECT_EQ(CompareFile(options, From(KnowingFront(), machine)).Text, "Two.None\t\\N\tTRUE\nTwo.Word\ttrue\tTRUE\n");
+    options = Asked({m_Folder.Write("others", "Num=3.0\nFlag=1\nBig=18446744073709551614\n")});
+    options.Changed = true;
+    EXPECT_EQ(CompareFile(options, From(KnowingFront(), machine)).Text,
+              "Two.Big\t18446744073709551615\t18446744073709551614\nTwo.Flag\ttrue\t1\nTwo.Num\t3\t3.0\n");
+}
+
+TEST_F(CompareCommand, APasswordIsComparedAndNotShown)
+{
+    Options options = Asked({m_Folder.Write("lines", "UEFI.Lock=Sup3rS3cret\nMode=Uefi\n")});
+    for (const char* const values : {R"({"Mode":"Legacy"})", R"({"Mode":"Legacy","Lock":null})",
+                                     R"({"Mode":"Legacy","Lock":"geheim"})", R"({"Mode":"Legacy","Lock":""})"})
+    {
+        SCOPED_TRACE(values);
+        const KnowingFront machine = Typed(values);
+        const std::string current =
+            machine.Group.second.at("Two").find(R"("Lock":")") != std::string::npos ? "********" : "\\N";
+        for (const bool changed : {false, true})
+        {
+            options.Changed = changed;
+            options.Json = false;
+            EXPECT_EQ(CompareFile(options, From(KnowingFront(), machine)).Text,
+                      "Two.Lock\t" + current + "\t********\nTwo.Mode\tLegacy\tUefi\n");
+            options.Json = true;
+            const json::object lock =
+                CompareFile(options, From(KnowingFront(), machine)).Data.at("Two.Lock").as_object();
+            EXPECT_EQ(lock.at("saved"), "********");
+            EXPECT_EQ(lock.at("current"), current == "\\N" ? json::value() : json::value(current));
+        }
+    }
+    options.Json = false;
+    const KnowingFront equal = Typed(R"({"Mode":"Uefi","Lock":"Sup3rS3cret"})");
+    EXPECT_EQ(CompareFile(options, From(KnowingFront(), equal)).Text, "");
+}
+
+TEST_F(CompareCommand, WithoutARegistryWhatMayBeAPasswordIsNotShown)
+{
+    const KnowingFront machine = Typed(R"({"Num":1,"Flag":true,"Text":"a"})");
+    CompareWay way = From(KnowingFront(), machine);
+    way.Manager = [](RedfishConfigProc&, std::unique_ptr<RedfishConfigSettingManager>&)
+    { return RedfishConfigResult(26, "", ""); };
+    const Options options = Asked({m_Folder.Write("lines", "Num=2\nFlag=false\nText=b\nGone=c\n")});
+    const Answer answer = CompareFile(options, way);
+    EXPECT_EQ(answer.Code, 26);
+    EXPECT_EQ(answer.Text, "Two.Flag\ttrue\tfalse\nTwo.Gone\t\\N\t********\nTwo.Num\t1\t2\n"
+                           "Two.Text\t********\t********\n");
+    EXPECT_EQ(answer.Notes,
+              (Words{"note: without the attribute registry texts are not shown, since any may be a password",
+                     "note: 1 of 4 settings of the file have no value on the machine"}));
+    way.Manager = [](RedfishConfigProc&, std::unique_ptr<RedfishConfigSettingManager>&)
+    { return RedfishConfigResult(24, "h: gone", ""); };
+    const Answer gone = CompareFile(options, way);
+    EXPECT_EQ(gone.Code, 24);
+    EXPECT_EQ(gone.Text, "");
+}
+
 TEST_F(CompareCommand, NamesSelectFromTheFile)
 {
     const KnowingFront machine = Typed(R"({"ProcA":1,"ProcB":2,"Mem":3})");
@@ -244,7 +315,8 @@ TEST_F(CompareCommand, AFileThatCannotBeReadAsksNobody)
                                 ADD_FAILURE() << "the BMC was asked";
                                 return std::make_unique<KnowingFront>();
                             },
-                            {}};
+                            {},
+                            ReadSmallManager};
     EXPECT_EQ(CompareFile(Asked({(m_Folder.Path() / "missing").string()}), way).Code, 38);
 }
 

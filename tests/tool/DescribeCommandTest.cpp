@@ -127,6 +127,25 @@ TEST_F(DescribeCommand, JsonIsTyped)
               json::parse(R"([{"name":"Uefi","displayName":"UEFI Mode"},{"name":"Legacy","displayName":""}])"));
 }
 
+TEST_F(DescribeCommand, HexadecimalIsTheNumberThatWaitsToo)
+{
+    KnowingFront front = Machine();
+    front.PendingPairs.at("Timeout") = {Good, {{"BIOS.Timeout", {"16", "255"}}}};
+    front.PendingPairs.at("Mode") = {Good, {{"BIOS.Mode", {"Uefi", "12"}}}};
+    Options options;
+    options.Hex = true;
+    const std::string text = Describe(front, options, {"Timeout", "Mode"}).Text;
+    EXPECT_NE(text.find("  Value           0x10\n  Pending value   0xFF\n  Default         5\n"), std::string::npos)
+        << text;
+    EXPECT_NE(text.find("  Pending value   12\n"), std::string::npos) << text;
+    options.Hex = false;
+    EXPECT_NE(Describe(front, options, {"Timeout"}).Text.find("  Pending value   255\n"), std::string::npos);
+    options.Hex = options.Json = true;
+    const Answer typed = Describe(front, options, {"Timeout"});
+    EXPECT_EQ(typed.Data.at("BIOS.Timeout").at("value"), 16);
+    EXPECT_EQ(typed.Data.at("BIOS.Timeout").at("pending"), 255);
+}
+
 TEST_F(DescribeCommand, ManySettingsCostOneQuestionAboutAllValues)
 {
     KnowingFront front = Machine();

@@ -28,7 +28,7 @@ constexpr const char* PendingUnread =
     "values that wait for a reboot could not be read|the pending values could not be read back";
 
 constexpr const char* NoClaims =
-    "unknown|not known|not sent|not changed|not restarted|\"refused\"|: failed: |\"failed\"|/reason: ";
+    "unknown|not known|not sent|not changed|not restarted|\"refused\"|refused: |/reason: |[*]{8}";
 constexpr const char* ClaimsOfChanges = "in place|already|sent, takes effect|changed, |\"changed\"|in force";
 
 /// Patterns are made once, which takes longer than to look for one.
@@ -203,13 +203,13 @@ std::string Claims(const Case& of)
     }
     // By its answer a busy BMC has done nothing; the tool cannot know that it errs.
     const bool misled = Matches(of.Fault.Effect, "done busy");
-    if (!untouched && !misled && Matches(texts, ": failed: |\"failed\""))
-    {
-        return "something was done, and it calls that failed";
-    }
     const auto good = Shown(of.Good, of.Json);
     const auto shown = Shown(of.Ran, of.Json);
     const bool tells = std::ranges::any_of(shown, [&](const std::string& line) { return good.contains(line); });
+    if (!untouched && !misled && !tells && Matches(texts, "refused: |\"refused\""))
+    {
+        return "something was done, and it calls that refused";
+    }
     if (!untouched && !misled && !tells && !Matches(texts, "not known|unknown|BMC shows|restart requested"))
     {
         return "something was done, and it does not tell";

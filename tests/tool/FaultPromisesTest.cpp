@@ -71,12 +71,12 @@ TEST(FaultPromises, AFileIsWholeAlsoWhereNothingCouldBeReadBack)
     EXPECT_EQ(broken(OldOutput, Unread), bad);
 }
 
-TEST(FaultPromises, WhatWasDoneIsNotCalledFailed)
+TEST(FaultPromises, WhatWasDoneIsNotCalledRefused)
 {
     const FaultOutcome good = Outcome("A: sent, takes effect after a reboot\n", "", "after");
-    FaultOutcome ran = Outcome("A: failed: gone\n", "tavrine: 24 [bmc]: gone\n", "after");
+    FaultOutcome ran = Outcome("A: refused: gone\n", "tavrine: 24 [bmc]: gone\n", "after");
     ran.Tool.Status = 24;
-    EXPECT_EQ(Broken({Command, Fault, good, ran}), "something was done, and it calls that failed");
+    EXPECT_EQ(Broken({Command, Fault, good, ran}), "something was done, and it calls that refused");
     ran.State = StateBefore();
     EXPECT_EQ(Broken({Command, Fault, good, ran}), "");
 }

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <utility>
 
 #include "Answer.h"
 #include "Bmc.h"
@@ -74,8 +75,20 @@ Finished InsideRun::operator()(const std::vector<std::string>& arguments, const 
 InsideBmc::InsideBmc(const std::string& machineDir)
 {
     bmcsim::SimulatorOptions options;
-    options.PlainHttp = true;
     options.MachineDir = machineDir;
+    Start(std::move(options));
+}
+
+InsideBmc::InsideBmc(unsigned int attributes)
+{
+    bmcsim::SimulatorOptions options;
+    options.Attributes = attributes;
+    Start(std::move(options));
+}
+
+void InsideBmc::Start(bmcsim::SimulatorOptions options)
+{
+    options.PlainHttp = true;
     std::string error;
     m_Simulator = bmcsim::BmcSimulator::Start(options, error);
     if (m_Simulator == nullptr)

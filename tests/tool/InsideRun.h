@@ -33,12 +33,16 @@ class InsideBmc
   public:
     /// @param machineDir  folder of a machine; empty for the built-in one.
     explicit InsideBmc(const std::string& machineDir = {});
+    /// @param attributes  of a machine that is made up.
+    explicit InsideBmc(unsigned int attributes);
 
     bmcsim::BmcSimulator& Simulator() const { return *m_Simulator; }
     std::string Url() const { return m_Simulator->Url(); }
     std::string Port() const { return std::to_string(m_Simulator->Port()); }
 
   private:
+    void Start(bmcsim::SimulatorOptions options);
+
     std::unique_ptr<bmcsim::BmcSimulator> m_Simulator;
 };
 

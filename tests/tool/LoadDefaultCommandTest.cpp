@@ -8,7 +8,11 @@
 #include <utility>
 #include <vector>
 
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+#include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
+#include <boost/json/value.hpp>
 
 #include "ConfigFile.h"
 #include "FakeFront.h"
@@ -31,6 +35,7 @@ struct Script
     RedfishConfigResult Read{0, "", ""};
     SettingStringMap Effective;
     SettingCompareMap Pending;
+    /// Of the registry, by setting.
     SettingStringMap Defaults;
 };
 
@@ -43,12 +48,27 @@ constexpr const char* Registry = R"({"@odata.type":"#AttributeRegistry.v1_3_6.At
     {"AttributeName":"Mode","Type":"Enumeration","CurrentValue":"1"},
     {"AttributeName":"Size","Type":"Integer","CurrentValue":1},
     {"AttributeName":"Flag","Type":"Boolean","CurrentValue":true},
+    {"AttributeName":"Bare"},
     {"AttributeName":"Word","Type":"Password"}]}})";
 
-RedfishConfigResult ReadKinds(Tavrine::RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
+/// Reads the registry with the defaults of the script.
+ManagerReader KindsOf(const Script& script)
 {
-    manager = std::make_unique<RedfishConfigSettingManager>(Registry, false, front.m_Options);
-    return {0, "", ""};
+    return [&script](Tavrine::RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
+    {
+        boost::json::value registry = boost::json::parse(Registry);
+        for (boost::json::value& attribute : registry.at("RegistryEntries").at("Attributes").as_array())
+        {
+            const auto known = script.Defaults.find(attribute.at("AttributeName").as_string().c_str());
+            if (known != script.Defaults.end())
+            {
+                attribute.as_object()["DefaultValue"] = known->second;
+            }
+        }
+        manager =
+            std::make_unique<RedfishConfigSettingManager>(boost::json::serialize(registry), false, front.m_Options);
+        return RedfishConfigResult(0, "", "");
+    };
 }
 
 class ScriptedFront : public FakeFront
@@ -73,17 +93,6 @@ class ScriptedFront : public FakeFront
         return m_Script.Read;
     }
 
-    RedfishConfigResult QuerySettingDefaultValues(SettingStringMap& values, const std::string& setting) override
-    {
-        const auto known = m_Script.Defaults.find(setting);
-        if (known == m_Script.Defaults.end())
-        {
-            return {21, "", setting};
-        }
-        values["BIOS." + setting] = known->second;
-        return {0, "", ""};
-    }
-
   private:
     Script& m_Script;
 };
@@ -98,7 +107,7 @@ Options OptionsFor(const std::vector<std::string>& names)
 Answer Load(Script& script, const std::vector<std::string>& names, WaitingChanges& waiting)
 {
     return LoadSingleDefaults(
-        OptionsFor(names), [&] { return std::make_unique<ScriptedFront>(script); }, ReadKinds, waiting);
+        OptionsFor(names), [&] { return std::make_unique<ScriptedFront>(script); }, KindsOf(script), waiting);
 }
 
 Answer Load(Script& script, const std::vector<std::string>& names)
@@ -110,46 +119,6 @@ Answer Load(Script& script, const std::vector<std::string>& names)
 using Calls = std::vector<std::pair<std::string, std::string>>;
 
 } // namespace
-
-TEST(LoadDefaultCommand, WhatStandsForAllStandsAlone)
-{
-    struct Case
-    {
-        std::vector<std::string> Names;
-        bool Post;
-        bool Yes;
-        std::string Fault;
-    };
-    const Case cases[] = {
-        {{"BIOS"}, false, true, ""},
-        {{"BIOS"}, true, true, ""},
-        {{"bios"}, false, true, "bios is not the prefix in force, which is BIOS"},
-        {{"BIOS"},
-         false,
-         false,
-         "This resets all settings of the system to their defaults; without a terminal to ask on it needs --yes"},
-        {{"BIOS"},
-         true,
-         false,
-         "This sets all settings of the system to their defaults at its next start; without a terminal to ask on it "
-         "needs --yes"},
-        {{"UEFI"}, false, true, "UEFI is not the prefix in force, which is BIOS"},
-        {{"BIOS", "A"}, false, true, "BIOS stands for all settings and takes no other names beside it"},
-        {{"A", "uefi"}, false, true, "uefi stands for all settings and takes no other names beside it"},
-        {{"A*"}, false, true, "loaddefault takes no patterns"},
-        {{""}, false, true, "loaddefault needs names that are not empty"},
-        {{"BIOS."}, false, true, "loaddefault needs names that are not empty"},
-        {{"A"}, true, true, "--post needs the one name BIOS"},
-        {{"A", "BIOS.B"}, false, false, ""},
-    };
-    for (const Case& one : cases)
-    {
-        Options options = OptionsFor(one.Names);
-        options.Post = one.Post;
-        options.Yes = one.Yes;
-        EXPECT_EQ(LoadDefaultFault(options), one.Fault) << one.Names.front();
-    }
-}
 
 TEST(LoadDefaultCommand, AllDefaultsAreAskedForByOneOfTwoRequests)
 {
@@ -269,22 +238,15 @@ TEST(LoadDefaultCommand, ADefaultIsComparedAsAValueOfItsKind)
     EXPECT_EQ(Load(script, {"Flag", "Size"}).Code, 18);
 }
 
-TEST(LoadDefaultCommand, WithoutTheRegistryTheBmcTellsWhatIsABoolean)
+TEST(LoadDefaultCommand, WhereTheRegistryDoesNotTheBmcTellsWhatIsABoolean)
 {
-    const auto load = [](const std::string& pending, const std::string& ownDefault)
-    {
-        Script script;
-        script.Answers = {{"Flag", {1, "", ""}}};
-        script.Effective = {{"BIOS.Flag", "true"}};
-        script.Pending = {{"BIOS.Flag", {"true", pending}}};
-        script.Defaults = {{"Flag", ownDefault}};
-        WaitingChanges waiting;
-        return LoadSingleDefaults(
-            OptionsFor({"Flag"}), [&] { return std::make_unique<ScriptedFront>(script); },
-            [](auto&, auto&) { return RedfishConfigResult(26, "", ""); }, waiting);
-    };
-    EXPECT_EQ(load("false", "False").Text, "BIOS.Flag: sent, takes effect after a reboot\n");
-    EXPECT_EQ(load("false", "True").Code, 18);
+    Script script;
+    script.Effective = {{"BIOS.Bare", "true"}};
+    script.Pending = {{"BIOS.Bare", {"true", "false"}}};
+    script.Defaults = {{"Bare", "False"}};
+    EXPECT_EQ(Load(script, {"Bare"}).Text, "BIOS.Bare: sent, takes effect after a reboot\n");
+    script.Defaults = {{"Bare", "True"}};
+    EXPECT_EQ(Load(script, {"Bare"}).Code, 18);
 }
 
 TEST(LoadDefaultCommand, TheNameOfAValueMayBeKeptInOtherLetters)
@@ -349,16 +311,15 @@ TEST(LoadDefaultCommand, NoPasswordIsExpected)
         int Read;
         SettingStringMap Effective;
         SettingCompareMap Pending;
-        const ManagerReader& Kinds;
+        bool IsKnown;
     };
-    const ManagerReader known = ReadKinds;
     const ManagerReader unknown = [](auto&, auto&) { return RedfishConfigResult(26, "", ""); };
     const Case cases[] = {
-        {"without a value", 0, {}, {}, known},
-        {"not read back", 32, {}, {}, known},
-        {"shown", 0, {{"BIOS.Word", "old"}}, {{"BIOS.Word", {"old", "new"}}}, known},
-        {"not read back, perhaps none", 32, {}, {}, unknown},
-        {"shown, perhaps none", 0, {{"BIOS.Word", "old"}}, {{"BIOS.Word", {"old", "new"}}}, unknown},
+        {"without a value", 0, {}, {}, true},
+        {"not read back", 32, {}, {}, true},
+        {"shown", 0, {{"BIOS.Word", "old"}}, {{"BIOS.Word", {"old", "new"}}}, true},
+        {"not read back, perhaps none", 32, {}, {}, false},
+        {"shown, perhaps none", 0, {{"BIOS.Word", "old"}}, {{"BIOS.Word", {"old", "new"}}}, false},
     };
     for (const Case& one : cases)
     {
@@ -369,11 +330,23 @@ TEST(LoadDefaultCommand, NoPasswordIsExpected)
         script.Defaults = {{"Word", "new"}};
         WaitingChanges waiting;
         const Answer answer = LoadSingleDefaults(
-            OptionsFor({"Word"}), [&] { return std::make_unique<ScriptedFront>(script); }, one.Kinds, waiting);
+            OptionsFor({"Word"}), [&] { return std::make_unique<ScriptedFront>(script); },
+            one.IsKnown ? KindsOf(script) : unknown, waiting);
         EXPECT_EQ(answer.Text, "BIOS.Word: sent, takes effect after a reboot\n") << one.What;
         EXPECT_TRUE(waiting.Expected.empty()) << one.What;
         EXPECT_EQ(waiting.Unreadable, std::vector<std::string>{"BIOS.Word"}) << one.What;
     }
+}
+
+TEST(LoadDefaultCommand, WhatTheRegistryDoesNotKnowMayBeAPassword)
+{
+    Script script;
+    script.Effective = {{"BIOS.Stranger", "old"}};
+    script.Pending = {{"BIOS.Stranger", {"old", "new"}}};
+    WaitingChanges waiting;
+    EXPECT_EQ(Load(script, {"Stranger"}, waiting).Text, "BIOS.Stranger: sent, takes effect after a reboot\n");
+    EXPECT_TRUE(waiting.Expected.empty());
+    EXPECT_EQ(waiting.Unreadable, std::vector<std::string>{"BIOS.Stranger"});
 }
 
 TEST(LoadDefaultCommand, AFailureNamesTheSettingAsTheCallerDid)
@@ -385,8 +358,8 @@ TEST(LoadDefaultCommand, AFailureNamesTheSettingAsTheCallerDid)
     options.LegacyNames = true;
     WaitingChanges waiting;
     const Answer answer = LoadSingleDefaults(
-        options, [&] { return std::make_unique<ScriptedFront>(script); }, ReadKinds, waiting);
-    EXPECT_EQ(answer.Text, "BIOS.OldTime: failed: The setting BIOS.OldTime cannot be changed.\n");
+        options, [&] { return std::make_unique<ScriptedFront>(script); }, KindsOf(script), waiting);
+    EXPECT_EQ(answer.Text, "BIOS.OldTime: refused: The setting BIOS.OldTime cannot be changed.\n");
 }
 
 TEST(LoadDefaultCommand, ThePasswordThatABmcRepeatsIsBlottedOut)
@@ -401,15 +374,15 @@ TEST(LoadDefaultCommand, ThePasswordThatABmcRepeatsIsBlottedOut)
         options.Json = json;
         WaitingChanges waiting;
         return LoadSingleDefaults(
-            options, [&] { return std::make_unique<ScriptedFront>(script); }, ReadKinds, waiting);
+            options, [&] { return std::make_unique<ScriptedFront>(script); }, KindsOf(script), waiting);
     };
     const Answer shown = load("plainplain77", false);
-    EXPECT_EQ(shown.Text, "BIOS.Word: failed: The value ******** is no good.\nBIOS.A: failed: Not with ********.\n");
+    EXPECT_EQ(shown.Text, "BIOS.Word: refused: The value ******** is no good.\nBIOS.A: refused: Not with ********.\n");
     EXPECT_EQ(shown.Message, "The value ******** is no good.");
     EXPECT_EQ(boost::json::serialize(load("plainplain77", true).Data).find("plain"), std::string::npos);
     EXPECT_EQ(load("p7", false).Text,
-              "BIOS.Word: failed: what the BMC answered is not shown, since a new password may stand in it\n"
-              "BIOS.A: failed: Not with p7.\n");
+              "BIOS.Word: refused: what the BMC answered is not shown, since a new password may stand in it\n"
+              "BIOS.A: refused: Not with p7.\n");
 }
 
 TEST(LoadDefaultCommand, AWarningShowsNoPasswordEither)
@@ -435,6 +408,20 @@ TEST(LoadDefaultCommand, AWarningShowsNoPasswordEither)
         ASSERT_EQ(waiting.Secrets.size(), 1U);
         EXPECT_EQ(waiting.Secrets.front().Text(), one.Secret);
     }
+}
+
+/// The name of a setting may read as words, and has what a password has.
+TEST(LoadDefaultCommand, OnlyTheWordsOfAWarningAreSearchedForPasswords)
+{
+    Script script;
+    const std::string lost = "h: gone; whether the change was done is not known.";
+    script.Answers.emplace("Odd: war", RedfishConfigResult(24, lost, ""));
+    script.Defaults = {{"Word", "war"}};
+    EXPECT_EQ(Load(script, {"Word", "Odd: war"}).Notes, std::vector<std::string>{"warning: BIOS.Odd: war: " + lost});
+    script.Defaults = {{"Word", "gone"}};
+    EXPECT_EQ(
+        Load(script, {"Word", "Odd: war"}).Notes,
+        std::vector<std::string>{"warning: BIOS.Odd: war: h: ********; whether the change was done is not known."});
 }
 
 /// A BMC drops a pending value rather than keep a default pending that is in force.
@@ -507,12 +494,44 @@ TEST(LoadDefaultCommand, OneRefusedSettingDoesNotKeepTheOthersBack)
     ASSERT_EQ(answer.Errors.size(), 1U);
     EXPECT_EQ(answer.Errors[0].Setting, "BIOS.B");
     EXPECT_EQ(answer.Errors[0].Message, "BIOS.B: it has no default");
-    EXPECT_EQ(answer.Text, "BIOS.A: sent, takes effect after a reboot\nBIOS.B: failed: it has no default\n"
+    EXPECT_EQ(answer.Text, "BIOS.A: sent, takes effect after a reboot\nBIOS.B: refused: it has no default\n"
                            "BIOS.C: sent, takes effect after a reboot\n");
     EXPECT_FALSE(waiting.Unknown);
+    EXPECT_FALSE(waiting.RequestFailed) << "there was none for it";
     ASSERT_EQ(waiting.Expected.size(), 2U);
     EXPECT_EQ(waiting.Expected[0].Name + "=" + waiting.Expected[0].Text, "A=5");
     EXPECT_EQ(waiting.Expected[1].Name + "=" + waiting.Expected[1].Text, "C=6");
+}
+
+TEST(LoadDefaultCommand, AFailedRequestKeepsARestartBackUnlessAllIsAsItShouldBe)
+{
+    struct Case
+    {
+        int Code;
+        std::string Message;
+        bool Failed;
+        std::string Word;
+    };
+    const Case cases[] = {
+        {1, "", false, "sent, takes effect after a reboot"},
+        {18, "The setting B is read-only.", false, "refused: The setting BIOS.B is read-only."},
+        {18, "PATCH /x was refused by h (400).", true, "refused: PATCH /x was refused by h (400)."},
+        {32, "GET /x failed inside h (500).", true, "not sent: GET /x failed inside h (500)."},
+        {33, "h is not ready (503).", true, "refused: h is not ready (503)."},
+        {24, "h: gone; whether the change was done is not known.", false, "sent, takes effect after a reboot"},
+    };
+    for (const Case& one : cases)
+    {
+        Script script;
+        script.Answers.emplace("B", RedfishConfigResult(one.Code, one.Message, "B"));
+        script.Effective = {{"BIOS.A", "1"}, {"BIOS.B", "1"}};
+        script.Pending = {{"BIOS.A", {"1", "5"}}, {"BIOS.B", {"1", "5"}}};
+        script.Defaults = {{"A", "5"}, {"B", "5"}};
+        WaitingChanges waiting;
+        const Answer answer = Load(script, {"A", "B"}, waiting);
+        EXPECT_EQ(waiting.RequestFailed, one.Failed) << one.Message;
+        EXPECT_EQ(answer.Text, "BIOS.A: sent, takes effect after a reboot\nBIOS.B: " + one.Word + "\n");
+    }
 }
 
 /// Each name has its outcome, also where the failures are not told.
@@ -525,9 +544,11 @@ TEST(LoadDefaultCommand, BehindABmcThatCannotBeReachedNothingElseIsSent)
         script.Read = RedfishConfigResult(24, "gone", "");
         const Answer answer = Load(script, {"A", "B", "C", "D"});
         EXPECT_EQ(script.Asked, (Calls{{"A", ""}, {"B", ""}}));
-        EXPECT_EQ(answer.Text, "BIOS.A: sent, takes effect after a reboot\nBIOS.B: failed: gone\n"
-                               "BIOS.C: not sent: a request before it failed\n"
-                               "BIOS.D: not sent: a request before it failed\n");
+        EXPECT_EQ(answer.Text, "BIOS.A: sent, takes effect after a reboot\nBIOS.B: " +
+                                   std::string(code == 24 ? "not sent" : "refused") +
+                                   ": gone\n"
+                                   "BIOS.C: not sent: a request before it failed\n"
+                                   "BIOS.D: not sent: a request before it failed\n");
         EXPECT_EQ(answer.Code, code);
         ASSERT_EQ(answer.Errors.size(), 3U);
         EXPECT_EQ(answer.Errors[1].Message, "BIOS.C: not sent, since a request before it failed");
@@ -544,9 +565,9 @@ TEST(LoadDefaultCommand, DataHasTheReasonBesideTheOutcome)
     options.Json = true;
     WaitingChanges waiting;
     const Answer answer = LoadSingleDefaults(
-        options, [&] { return std::make_unique<ScriptedFront>(script); }, ReadKinds, waiting);
+        options, [&] { return std::make_unique<ScriptedFront>(script); }, KindsOf(script), waiting);
     EXPECT_EQ(boost::json::serialize(answer.Data),
-              R"({"BIOS.A":{"outcome":"failed","reason":"gone"},)"
+              R"({"BIOS.A":{"outcome":"not sent","reason":"gone"},)"
               R"("BIOS.B":{"outcome":"not sent","reason":"a request before it failed"}})");
     EXPECT_EQ(answer.Text, "");
     EXPECT_FALSE(waiting.Unknown);

@@ -23,6 +23,8 @@ namespace
 constexpr uid_t Nobody = 65534;
 /// What a sync of a folder fails with; 0: it is done.
 int g_FolderSyncFailure = 0;
+/// The same of a plain file.
+int g_FileSyncFailure = 0;
 
 std::size_t EntriesOf(const fs::path& folder)
 {
@@ -42,9 +44,13 @@ mode_t ModeOf(const fs::path& file)
 extern "C" int fsync(int descriptor)
 {
     struct stat kind = {};
-    if (g_FolderSyncFailure != 0 && fstat(descriptor, &kind) == 0 && S_ISDIR(kind.st_mode))
+    const bool isKnown = fstat(descriptor, &kind) == 0;
+    const int failure = isKnown && S_ISDIR(kind.st_mode)   ? g_FolderSyncFailure
+                        : isKnown && S_ISREG(kind.st_mode) ? g_FileSyncFailure
+                                                           : 0;
+    if (failure != 0)
     {
-        errno = g_FolderSyncFailure;
+        errno = failure;
         return -1;
     }
     return static_cast<int>(syscall(SYS_fsync, descriptor));
@@ -142,6 +148,18 @@ TEST(OutputFile, AFolderWhoseSyncFailsIsTold)
         EXPECT_EQ(testdata::ReadFile(file), "new");
         EXPECT_EQ(EntriesOf(folder.Path()), 1U);
     }
+}
+
+TEST(OutputFile, AFileWhoseSyncFailsKeepsItsFormerContent)
+{
+    const testdata::TemporaryFolder folder;
+    const fs::path file = folder.Write("file", "old");
+    g_FileSyncFailure = EIO;
+    const std::string error = WriteWholeFile(file.string(), "new");
+    g_FileSyncFailure = 0;
+    EXPECT_EQ(error, "Input/output error");
+    EXPECT_EQ(testdata::ReadFile(file), "old");
+    EXPECT_EQ(EntriesOf(folder.Path()), 1U) << "a draft is left";
 }
 
 TEST(OutputFile, ALinkIntoAClosedFolderIsNotSaidToLeadNowhere)

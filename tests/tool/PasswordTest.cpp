@@ -98,6 +98,28 @@ TEST(PasswordVariable, IsTakenOutOfTheEnvironment)
     EXPECT_EQ(*place, '\0');
 }
 
+TEST(PasswordVariable, IsTakenUpToTheLimitAndGoneEitherWay)
+{
+    for (const std::size_t size : {LongestPassword, LongestPassword + 1})
+    {
+        const std::string text(size, 'p');
+        setenv("TAVRINE_PASSWORD", text.c_str(), 1);
+        const char* place = std::getenv("TAVRINE_PASSWORD");
+        Secret password(LongestPassword + 1);
+        const std::optional<Failure> trouble = FindPassword("", Who, password);
+        EXPECT_EQ(password.Text(), trouble ? "" : text);
+        EXPECT_EQ(trouble.has_value(), size > LongestPassword);
+        if (trouble)
+        {
+            EXPECT_EQ(trouble->Code, 16);
+            EXPECT_EQ(trouble->Message,
+                      "Unable to read the password from TAVRINE_PASSWORD: it is longer than 4096 bytes");
+        }
+        EXPECT_EQ(std::getenv("TAVRINE_PASSWORD"), nullptr);
+        EXPECT_EQ(*place, '\0');
+    }
+}
+
 TEST(PasswordVariable, AFileGoesBeforeIt)
 {
     const TemporaryFolder folder;

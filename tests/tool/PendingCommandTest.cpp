@@ -169,7 +169,89 @@ TEST_F(PendingCommand, NamesAreAskedForOneByOne)
     EXPECT_EQ(answer.Text, "BIOS.A=1 -> 2\nBIOS.Loose=3 -> 4\n");
     EXPECT_EQ(answer.Code, 20);
     EXPECT_EQ(StderrLines(answer), "tavrine: 20 Unable to find the setting BIOS.Missing\n");
-    EXPECT_EQ(asked, (Words{"A", "Same", "Loose", "*", "Missing", "*"}));
+    // What the BMC reports of all is read once.
+    EXPECT_EQ(asked, (Words{"*", "A", "Same", "Loose", "Missing"}));
+}
+
+TEST_F(PendingCommand, OneNameIsAskedForByItself)
+{
+    Given.Names = {"A", "bios.A"};
+    std::vector<Words> asked;
+    class Telling : public ShownFront
+    {
+      public:
+        explicit Telling(std::vector<Words>& asked) : m_Asked(asked) { Result = {2, "", ""}; }
+        ~Telling() override { m_Asked.push_back(ComparedNames); }
+
+      private:
+        std::vector<Words>& m_Asked;
+    };
+    ShowPending(Given, [&](bool) { return std::make_unique<Telling>(asked); });
+    EXPECT_EQ(asked, std::vector<Words>{Words{"A"}});
+}
+
+TEST_F(PendingCommand, TheKindOfASettingThatTheGroupLacksIsAskedFor)
+{
+    Given.Json = true;
+    Prepare = [](ShownFront& front, bool typed)
+    {
+        front.Compared = {{"BIOS.Seal", {"false", "true"}}, {"BIOS.N", {"5", "18"}}};
+        if (typed)
+        {
+            front.Group = {{0, "", ""}, {{"BIOS", R"({"N":5})"}}};
+            front.Single.insert({"Seal", {{0, "", ""}, {{"BIOS", R"({"Seal":false})"}}}});
+        }
+    };
+    EXPECT_EQ(json::serialize(Pending().Data),
+              R"({"BIOS.N":{"current":5,"pending":18},"BIOS.Seal":{"current":false,"pending":true}})");
+}
+
+TEST_F(PendingCommand, ASettingWhoseKindCannotBeReadIsAFailureAndNoText)
+{
+    Prepare = [](ShownFront& front, bool typed)
+    {
+        front.Compared = {{"BIOS.Seal", {"5", "18"}}, {"BIOS.N", {"5", "18"}}};
+        if (typed)
+        {
+            front.Group = {{0, "", ""}, {{"BIOS", R"({"N":5})"}}};
+            front.Single.insert({"Seal", {{28, "refused", ""}, {}}});
+        }
+    };
+    Given.Hex = true;
+    const Answer hex = Pending();
+    EXPECT_EQ(hex.Code, 28);
+    EXPECT_EQ(hex.Text, "BIOS.N=0x5 -> 0x12\n");
+    EXPECT_EQ(StderrLines(hex), "tavrine: 28 BIOS.Seal: the kind of its values could not be read: refused\n");
+    Given.Json = true;
+    const Answer data = Pending();
+    EXPECT_EQ(data.Code, 28);
+    EXPECT_EQ(data.Errors.at(0).Setting, "BIOS.Seal");
+    EXPECT_EQ(json::serialize(data.Data), R"({"BIOS.N":{"current":5,"pending":18}})");
+    Given.Json = Given.Hex = false;
+    EXPECT_EQ(Pending().Code, 0);
+    EXPECT_EQ(Pending().Text, "BIOS.N=5 -> 18\nBIOS.Seal=5 -> 18\n");
+}
+
+TEST_F(PendingCommand, WithoutKindsNothingIsShownThatDependsOnThem)
+{
+    Prepare = [](ShownFront& front, bool typed)
+    {
+        front.Compared = {{"BIOS.N", {"5", "18"}}};
+        front.Group = {{26, typed ? "no values" : "", ""}, {}};
+    };
+    Given.Hex = true;
+    Answer answer = Pending();
+    EXPECT_EQ(answer.Text, "");
+    EXPECT_EQ(StderrLines(answer), "tavrine: 26 The kinds of the values could not be read: no values\n");
+    Given.Hex = false;
+    Given.Json = true;
+    answer = Pending();
+    EXPECT_EQ(answer.Code, 26);
+    EXPECT_TRUE(answer.Data.empty());
+    Given.Json = false;
+    answer = Pending();
+    EXPECT_EQ(answer.Code, 0);
+    EXPECT_EQ(answer.Text, "BIOS.N=5 -> 18\n");
 }
 
 TEST_F(PendingCommand, AfterALostConnectionNobodyIsAskedAgain)

@@ -10,6 +10,7 @@
 
 #include <boost/json/parse.hpp>
 
+#include "BmcSimulator.h"
 #include "ChildProcess.h"
 #include "RunningBmc.h"
 #include "SharedData.h"
@@ -189,6 +190,44 @@ TEST(ProgramCache, IsForItsUserAlone)
     }
 }
 
+/// The same name in another folder may be another file.
+TEST(ProgramCache, IsForTheAuthoritiesOfOneFile)
+{
+    std::string error;
+    const auto bmc = bmcsim::BmcSimulator::Start({}, error);
+    ASSERT_NE(bmc, nullptr) << error;
+    const testdata::TemporaryFolder folder;
+    for (const std::string place : {"one", "other", "one"})
+    {
+        folder.Write(place + "/ca.pem", bmc->CertificatePem());
+        Launch launch;
+        launch.Arguments = {"-c",
+                            R"(cd "$0" && exec "$@")",
+                            (folder.Path() / place).string(),
+                            launch.Program,
+                            "schema",
+                            "--bmc",
+                            bmc->Url(),
+                            "--user",
+                            "admin",
+                            "--cacert",
+                            "ca.pem"};
+        launch.Program = "/bin/sh";
+        launch.Variables = {{"TAVRINE_PASSWORD", "password"}, {"XDG_CACHE_HOME", (folder.Path() / "home").string()}};
+        const Finished shown = RunToEnd(launch);
+        ASSERT_EQ(shown.Status, 0) << shown.Errors;
+    }
+    std::vector<int> reads;
+    for (const bmcsim::AccessRecord& record : bmc->AccessLog())
+    {
+        if (record.Path.ends_with(".json"))
+        {
+            reads.push_back(record.Status);
+        }
+    }
+    EXPECT_EQ(reads, (std::vector<int>{200, 200, 304}));
+}
+
 TEST(ProgramCache, OptionsTurnItOffAndElsewhere)
 {
     CachedTool tool;
@@ -204,6 +243,22 @@ TEST(ProgramCache, OptionsTurnItOffAndElsewhere)
     EXPECT_EQ(RegistryReads(tool.Take(2)), (std::vector<int>{200, 304}));
     EXPECT_FALSE(fs::exists(tool.Cache()));
     EXPECT_EQ(FilesIn(other).size(), 2U);
+}
+
+TEST(ProgramCache, AFolderNamedFromTheWorkingFolderKeepsToo)
+{
+    CachedTool tool;
+    for (int run = 0; run < 2; ++run)
+    {
+        Launch launch = tool.Prepare({"schema", "--cache-dir", "kept"});
+        const Words inFolder = {"-c", R"(cd "$0" && exec "$@")", tool.Folder().Path().string(), launch.Program};
+        launch.Arguments.insert(launch.Arguments.begin(), inFolder.begin(), inFolder.end());
+        launch.Program = "/bin/sh";
+        const Finished shown = RunToEnd(launch);
+        ASSERT_EQ(shown.Status, 0) << shown.Errors;
+    }
+    EXPECT_EQ(RegistryReads(tool.Take(2)), (std::vector<int>{200, 304}));
+    EXPECT_EQ(FilesIn(tool.Folder().Path() / "kept").size(), 2U);
 }
 
 TEST(ProgramCache, TheSimulatedBmcKeepsNothing)

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -177,4 +178,25 @@ TEST(ProgramChangeHiding, AValueThatMayBeAPasswordIsInNoAnswerOfABmcThatRepeatsI
         EXPECT_EQ(set.Errors.find("bra"), std::string::npos) << set.Errors;
         EXPECT_NE(set.Errors.find("The value '********' for the property Mode"), std::string::npos) << set.Errors;
     }
+}
+
+/// The password is a word of what the BMC says to the restart.
+TEST(ProgramChangeHiding, ARestoredPasswordIsInNoAnswerToTheRestart)
+{
+    const ChangeMachine machine;
+    const InsideBmc bmc(machine.Path());
+    std::string error;
+    ASSERT_TRUE(bmc.Simulator().SetFaultRules({"POST */ComputerSystem.Reset status 400"}, error)) << error;
+    const testdata::TemporaryFolder folder;
+    const auto told = [&](const std::string& settings)
+    {
+        Words words = {"restore", folder.Write("saved.conf", settings), "--reboot", "--wait", "60"};
+        const std::string errors = InsideRun(bmc.Url())(words).Errors;
+        return errors.substr(std::min(errors.find("The system was not restarted: "), errors.size()));
+    };
+    const std::string open = told("Timeout=20\n");
+    EXPECT_NE(open.find("information"), std::string::npos) << open;
+    const std::string hidden = told("Timeout=21\nAdminPassword=information\n");
+    EXPECT_NE(hidden.find("********"), std::string::npos) << hidden;
+    EXPECT_EQ(hidden.find("information"), std::string::npos) << hidden;
 }

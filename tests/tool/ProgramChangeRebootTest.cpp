@@ -37,9 +37,11 @@ class ProgramChangeReboot : public ::testing::Test
     const InsideBmc Bmc{Machine.Path()};
     const InsideRun Tool{Bmc.Url()};
 
-    std::size_t Resets() const
+    std::size_t Resets() const { return ResetsOf(Bmc); }
+
+    static std::size_t ResetsOf(const InsideBmc& bmc)
     {
-        const std::vector<bmcsim::AccessRecord> log = Bmc.Simulator().AccessLog();
+        const std::vector<bmcsim::AccessRecord> log = bmc.Simulator().AccessLog();
         return static_cast<std::size_t>(
             std::count_if(log.begin(), log.end(), [](const auto& one) { return IsReset(one.Path); }));
     }
@@ -118,10 +120,10 @@ TEST_F(ProgramChangeReboot, WhereNothingWaitsNothingIsRestarted)
 {
     const Finished already = Tool({"set", "Timeout=10", "--reboot", "--wait", "60"});
     EXPECT_EQ(already.Status, 0) << already.Errors;
-    EXPECT_TRUE(Says(already.Errors, "not restarted, since nothing waits for it")) << already.Errors;
+    EXPECT_TRUE(Says(already.Errors, "not restarted, since none of these changes waits for it")) << already.Errors;
     const Finished refused = Tool({"set", "Timeout=999", "--reboot", "--wait", "60"});
     EXPECT_EQ(refused.Status, 10);
-    EXPECT_TRUE(Says(refused.Errors, "not restarted, since nothing waits for it")) << refused.Errors;
+    EXPECT_TRUE(Says(refused.Errors, "not restarted, since none of these changes waits for it")) << refused.Errors;
     EXPECT_EQ(Resets(), 0U);
 }
 
@@ -228,6 +230,7 @@ TEST_F(ProgramChangeReboot, ALoadOfAllDefaultsIsSeenUntilTheNextStart)
     EXPECT_EQ(pending.Output, "All settings go to their defaults at the next start of the system.\n");
     for (const Words& words : {Words{"pending", "BootFailLimit"},
                                {"compare", "pending"},
+                               {"save", (folder.Path() / "now.json").string()},
                                {"describe", "BootFailLimit"},
                                {"set", "BootFailLimit=3"}})
     {
@@ -255,6 +258,53 @@ TEST_F(ProgramChangeReboot, ALoadOfAllDefaultsIsSeenUntilTheNextStart)
     EXPECT_EQ(tool({"restore", file, "--reboot", "--wait", "60"}).Status, 0);
     EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
     EXPECT_EQ(tool({"pending"}).Output, "Nothing is pending.\n");
+}
+
+/// A firmware loads them, too, by a setting of its own, which waits as any other does.
+TEST_F(ProgramChangeReboot, ALoadByTheFirmwareIsSeenUntilTheNextStart)
+{
+    const std::string warning = "tavrine: warning: all settings go to their defaults at the next start of the system\n";
+    const InsideBmc bmc;
+    const InsideRun tool(bmc.Url());
+    const testdata::TemporaryFolder folder;
+    const std::string file = folder.Write("saved.conf", "BootFailLimit=3\n");
+    EXPECT_EQ(tool({"set", "BootFailLimit=3", "--reboot", "--wait", "60"}).Status, 0);
+    EXPECT_EQ(tool({"loaddefault", "BIOS", "--post", "--yes"}).Status, 0);
+    for (const Words& words :
+         {Words{"pending"}, {"describe", "BootFailLimit"}, {"save", (folder.Path() / "now.json").string()}})
+    {
+        EXPECT_TRUE(Says(tool(words).Errors, warning)) << words.front();
+    }
+    EXPECT_TRUE(Says(tool({"results"}).Errors, "all settings go to their defaults at the next start"));
+    const Finished restored = tool({"restore", file});
+    EXPECT_EQ(restored.Status, 18);
+    EXPECT_TRUE(Says(restored.Errors, "All settings go to their defaults at the next start")) << restored.Errors;
+    const Finished changed = tool({"set", "NumLock=false", "--reboot"});
+    EXPECT_EQ(changed.Status, 18) << changed.Errors;
+    EXPECT_TRUE(Says(changed.Errors, warning)) << changed.Errors;
+    EXPECT_TRUE(Says(changed.Errors, "The system was not restarted, since all settings would go to their defaults"))
+        << changed.Errors;
+    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
+    EXPECT_EQ(tool({"reboot", "--wait", "60"}).Status, 0);
+    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=5\n");
+    EXPECT_EQ(tool({"loaddefault", "BIOS", "--post", "--yes", "--reboot", "--wait", "60"}).Status, 0);
+    EXPECT_FALSE(Says(tool({"set", "BootFailLimit=3", "--reboot", "--wait", "60"}).Errors, warning));
+    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
+}
+
+TEST_F(ProgramChangeReboot, ARefusedLoadOfAllDefaultsIsNotFollowedByARestart)
+{
+    const InsideBmc bmc;
+    std::string error;
+    ASSERT_TRUE(bmc.Simulator().SetFaultRules({"POST */Bios.ResetBios status 400"}, error)) << error;
+    for (const Words& words : {Words{"loaddefault", "BIOS", "--yes", "--reboot"},
+                               {"loaddefault", "BIOS", "--yes", "--reboot", "--wait", "1"}})
+    {
+        const Finished refused = InsideRun(bmc.Url())(words);
+        EXPECT_EQ(refused.Status, 28) << refused.Errors;
+        EXPECT_EQ(refused.Output, "");
+        EXPECT_EQ(ResetsOf(bmc), 0U);
+    }
 }
 
 TEST_F(ProgramChangeReboot, ARestoredValueThatWaitsAlreadyIsNotCalledInPlace)

@@ -9,6 +9,7 @@
 
 #include <boost/json/parse.hpp>
 
+#include "BmcSimulator.h"
 #include "ChildProcess.h"
 #include "FakeBmc.h"
 #include "RunningBmc.h"
@@ -104,6 +105,25 @@ TEST(ProgramFailure, UntrustedCertificate)
     ExpectFailure(To(bmc.Url(), {"show", "--pin", "sha256:" + std::string(64, '0')}), 24, "certificate");
 }
 
+/// Read once, it serves for as many connections as come.
+TEST(ProgramFailure, CertificatesMayComeThroughAPipe)
+{
+    for (const std::vector<std::string>& faults : {std::vector<std::string>{}, {"GET * close-after"}})
+    {
+        bmcsim::SimulatorOptions simulated;
+        simulated.FaultRules = faults;
+        std::string error;
+        const auto bmc = bmcsim::BmcSimulator::Start(simulated, error);
+        ASSERT_NE(bmc, nullptr) << error;
+        Launch launch = To(bmc->Url(), {"show", "--cacert", "/dev/stdin"});
+        launch.Input = bmc->CertificatePem();
+        const Finished shown = RunToEnd(launch);
+        ASSERT_EQ(shown.Status, 0) << shown.Errors;
+        EXPECT_NE(shown.Output, "");
+        EXPECT_EQ(bmc->AccessLog().back().Connection > 1, !faults.empty());
+    }
+}
+
 TEST(ProgramFailure, AnInsecureConnectionSaysSo)
 {
     const RunningBmc bmc;
@@ -154,6 +174,36 @@ TEST(ProgramFailure, ABiosResourceThatCannotBeUsedIsExplained)
     ExpectFailure(bmc.Tool({"show"}), 26, "404");
 }
 
+TEST(ProgramFailure, AFileThatStandsInForAnswersIsNamed)
+{
+    const testdata::TemporaryFolder folder;
+    const std::string file = folder.Write("debug.json", "{}");
+    const RunningBmc bmc({"--http"});
+    const std::string host = "127.0.0.1:" + bmc.Port();
+    const std::string source = "tavrine: cause: " + file + " stands in for answers of ";
+    ExpectFailure(bmc.Tool({"show", "--debug-config", file, "BootFailLimit"}), 27, source + host + "\n");
+    ExpectFailure(bmc.Tool({"show", "--debug-config", file}), 26, source + host + ": ");
+    Launch simulated;
+    simulated.Arguments = {"show", "--simulate", "--debug-config", file};
+    ExpectFailure(simulated, 26, source + "the simulated BMC: ");
+}
+
+TEST(ProgramFailure, WhatWasJudgedHereHasNoCauseInAnswers)
+{
+    const RunningBmc bmc({"--http"});
+    const Finished refused = RunToEnd(bmc.Tool({"set", "BiosVersion=1"}));
+    EXPECT_EQ(refused.Status, 18);
+    EXPECT_NE(refused.Errors.find("it is read-only"), std::string::npos) << refused.Errors;
+    EXPECT_EQ(refused.Errors.find("cause: "), std::string::npos) << refused.Errors;
+
+    const RunningBmc slow({"--http", "--reboot-ms", "60000"});
+    const Finished late = RunToEnd(slow.Tool({"reboot", "--wait", "1"}));
+    EXPECT_EQ(late.Status, 24);
+    EXPECT_NE(late.Errors.find("24 The system has not started within the time to wait\n"), std::string::npos)
+        << late.Errors;
+    EXPECT_EQ(late.Errors.find("cause: "), std::string::npos) << late.Errors;
+}
+
 TEST(ProgramFailure, ARegistryThatCannotBeFoundStopsSingleReadsAlone)
 {
     const FakeBmc bmc({{"/redfish/v1/Systems", Systems},
@@ -161,6 +211,13 @@ TEST(ProgramFailure, ARegistryThatCannotBeFoundStopsSingleReadsAlone)
                        {"/redfish/v1/Registries", R"({"Members":[]})"}});
     ExpectFailure(bmc.Tool({"show", "A"}), 26, "Lost.v1");
     EXPECT_EQ(RunToEnd(bmc.Tool({"show"})).Output, "BIOS.A=1\n");
+    const testdata::TemporaryFolder folder;
+    const Finished compared = RunToEnd(bmc.Tool({"compare", folder.Write("saved.conf", "A=geheim\n")}));
+    EXPECT_EQ(compared.Status, 26) << compared.Errors;
+    EXPECT_EQ(compared.Output, "BIOS.A\t********\t********\n");
+    EXPECT_NE(compared.Errors.find("texts are not shown, since any may be a password\n"), std::string::npos)
+        << compared.Errors;
+    EXPECT_NE(compared.Errors.find("Lost.v1"), std::string::npos) << compared.Errors;
 
     const Finished groups = RunToEnd(bmc.Tool({"groups", "--json"}));
     EXPECT_EQ(groups.Status, 26);
@@ -177,14 +234,17 @@ TEST(ProgramFailure, ARegistryThatCannotBeReadIsToldInOneWay)
          {"/odd.json", R"({"Id":"Odd.v1","Language":"en","RegistryEntries":[]})"}});
     for (const std::vector<std::string>& command : {std::vector<std::string>{"schema"},
                                                     {"find", "A"},
+                                                    {"values", "A"},
+                                                    {"defaults", "A", "B"},
                                                     {"describe", "A"},
                                                     {"set", "A=2"},
                                                     {"set", "A=2", "--no-check"}})
     {
         const Finished told = RunToEnd(bmc.Tool(command));
         EXPECT_EQ(told.Status, 27) << command[0];
-        EXPECT_NE(told.Errors.find("tavrine: 27 Fail to parse the HTTP response."), std::string::npos) << told.Errors;
-        EXPECT_NE(told.Errors.find("Cannot find RegistryEntries node in schema."), std::string::npos) << told.Errors;
+        const char* const words =
+            "tavrine: 27 The attribute registry cannot be read: it has no object \"RegistryEntries\".";
+        EXPECT_NE(told.Errors.find(words), std::string::npos) << told.Errors;
     }
 }
 
@@ -196,7 +256,10 @@ TEST(ProgramFailure, FilesThatCannotBeReadAreNamedBeforeAnythingIsSent)
     ExpectFailure(To(port.Address(), {"show", "--password-file", missing}), 38, missing);
     ExpectFailure(To(port.Address(), {"show", "--debug-config", missing}), 38, missing);
     ExpectFailure(To(port.Address(), {"show", "--debug-config", folder.Path().string()}), 38, folder.Path().string());
+    ExpectFailure(To(port.Address(), {"show", "--debug-config", "/dev/stdin"}), 38,
+                  "Unable to read the debug configuration file /dev/stdin: it is no plain file");
     ExpectFailure(To(port.Address(), {"show", "--cacert", missing}), 38, missing);
+    ExpectFailure(To(port.Address(), {"show", "--cacert", folder.Path().string()}), 38, "Is a directory");
     ExpectFailure(To(port.Address(), {"show", "--log-file", missing + "/log"}), 38, missing + "/log");
     ExpectFailure(To(port.Address(), {"show", "--password-file", folder.Write("empty", "")}), 16, "empty");
 }

@@ -13,7 +13,7 @@ namespace
 
 const std::vector<std::string> Show = {"show"};
 const std::vector<std::string> Set = {"set", "Setting000000=Disabled", "Setting000006=50"};
-constexpr const char* Waiting = "tavrine: [bmc] is busy, trying again in 1 s …\n";
+constexpr const char* Waiting = "tavrine: [bmc] is busy, trying again in ";
 
 FaultOutcome RunWith(std::vector<std::string> arguments, const std::vector<std::string>& options,
                      const std::vector<std::string>& rules)

@@ -38,7 +38,7 @@ const CommandRow Commands[] = {
      .ReadsBack = true},
     {.Name = "setUnchecked", .Arguments = {"set", "Setting000000=Disabled", "--no-check"}, .First = From::Change},
     {.Name = "setAsTask", .Arguments = {"set", "Setting000000=Disabled"}, .Tasks = true, .First = From::Change},
-    {.Name = "pending", .Arguments = {"pending"}},
+    {.Name = "pending", .Arguments = {"pending"}, .FixedCode = 26},
     {.Name = "save", .Arguments = {"save", "@/out"}},
     {.Name = "restore", .Arguments = {"restore", "@/saved.conf"}, .ReadsBack = true},
     {.Name = "restoreAndReboot", .Arguments = {"restore", "@/saved.conf", "--reboot"}, .First = From::Change},
@@ -194,8 +194,8 @@ std::size_t OrdinalOf(const CommandRow& command)
         std::count_if(std::begin(Commands), end, [](const CommandRow& row) { return row.First == From::Restart; }));
 }
 
-/// What is tried of a command that makes these requests.
-std::vector<Job> JobsOf(const CommandRow& command, const Requests& requests)
+/// What is tried of a command that makes these requests, which with --json may be others.
+std::vector<Job> JobsOf(const CommandRow& command, const Requests& requests, bool json)
 {
     std::vector<Job> jobs;
     // What a restart is waited out with, the commands that do so share.
@@ -208,19 +208,11 @@ std::vector<Job> JobsOf(const CommandRow& command, const Requests& requests)
         for (std::size_t row = 0; row < std::size(Faults); ++row)
         {
             const FaultRow& fault = Faults[row];
-            if (!Fits(fault, command, requests, index))
+            const bool chosen = json ? (3 * index + row) % JsonStride == 0 : (index - start + row) % stride == Share;
+            if (chosen && Fits(fault, command, requests, index))
             {
-                continue;
-            }
-            Job job{&fault, RuleFor(fault, requests, index), requests[index].Method + " " + requests[index].Path};
-            if ((index - start + row) % stride == Share)
-            {
-                jobs.push_back(job);
-            }
-            if ((3 * index + row) % JsonStride == 0)
-            {
-                job.Json = true;
-                jobs.push_back(std::move(job));
+                jobs.push_back({&fault, RuleFor(fault, requests, index),
+                                requests[index].Method + " " + requests[index].Path, json});
             }
         }
     }
@@ -314,7 +306,9 @@ TEST_P(ProgramFaults, KeepsItsPromises)
     const FaultOutcome good = GoodRun({});
     const FaultOutcome goodJson = GoodRun({"--json"});
     ASSERT_FALSE(HasFailure());
-    const std::vector<Job> jobs = JobsOf(GetParam(), good.Requests);
+    std::vector<Job> jobs = JobsOf(GetParam(), good.Requests, false);
+    const std::vector<Job> jsonJobs = JobsOf(GetParam(), goodJson.Requests, true);
+    jobs.insert(jobs.end(), jsonJobs.begin(), jsonJobs.end());
     TryAll(jobs, good, goodJson);
     RecordProperty("Runs", static_cast<int>(jobs.size()));
     for (std::size_t i = 0; i < std::min(m_Failures.size(), MostTold); ++i)

@@ -278,6 +278,16 @@ TEST(ProgramKnow, WhatWasSavedEqualsTheMachine)
     }
 }
 
+TEST(ProgramKnow, APasswordOfAFileIsNotShown)
+{
+    const testdata::TemporaryFolder folder;
+    const std::string file = folder.Write("saved.conf", "AdminPassword=Sup3rS3cret\nUEFI.NumLock=TRUE\n");
+    const Finished compared = RunToEnd(On("", {"compare", file, "--changed"}));
+    EXPECT_EQ(compared.Status, 0) << compared.Errors;
+    EXPECT_EQ(compared.Output, "UEFI.AdminPassword\t\\N\t********\n");
+    EXPECT_EQ(RunToEnd(On("", {"compare", file, "--json"})).Output.find("Sup3r"), std::string::npos);
+}
+
 TEST(ProgramKnow, PatternsSelectInEveryCommandThatTakesThem)
 {
     const TestMachine machine;

@@ -120,6 +120,23 @@ TEST(ProgramLoadDefault, ADefaultIsVerifiedWhereTheBmcLacksTheActionsForProtecte
                              "1 of 1 new values are in force\n");
 }
 
+TEST(ProgramLoadDefault, AllDefaultsAreVerifiedWhateverFormNumbersAreShownIn)
+{
+    std::vector<std::string> told;
+    for (const std::vector<std::string>& form : {std::vector<std::string>(), {"--hex"}})
+    {
+        const RunningBmc bmc;
+        ASSERT_EQ(RunToEnd(bmc.Tool({"set", "AltitudeMetres=700", "--reboot", "--wait", "60"})).Status, 0);
+        std::vector<std::string> words = {"loaddefault", "BIOS", "--yes", "--reboot", "--wait", "60"};
+        words.insert(words.end(), form.begin(), form.end());
+        const Finished loaded = RunToEnd(bmc.Tool(words));
+        EXPECT_EQ(loaded.Status, 0) << loaded.Errors;
+        told.push_back(loaded.Output);
+    }
+    EXPECT_EQ(told[0], told[1]);
+    EXPECT_TRUE(Says(told[1], " new values are in force\n")) << told[1];
+}
+
 /// The registry tells what kinds ordinary settings are, also of a BMC whose OEM actions fail.
 TEST(ProgramLoadDefault, AnOrdinaryDefaultNeedsNoProtectedValues)
 {

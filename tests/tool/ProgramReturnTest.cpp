@@ -314,6 +314,19 @@ TEST_F(ProgramReturn, AnExistingFileOutlivesASaveThatCannotRead)
     EXPECT_EQ(Content("saved.json"), "what was there");
 }
 
+TEST_F(ProgramReturn, ASaveOfNothingIsTold)
+{
+    Launch launch;
+    launch.Arguments = {"--simulate", "--machine", (testdata::SharedData() / "openstack-sushy").string(), "save",
+                        Name("saved.json")};
+    const Finished finished = RunToEnd(launch);
+    EXPECT_EQ(finished.Status, 0) << finished.Errors;
+    EXPECT_EQ(finished.Errors, "tavrine: warning: there is nothing to save: no setting that the BMC reports can be "
+                               "changed by its attribute registry, or the configuration hides them\n"
+                               "tavrine: 0 settings saved in " +
+                                   Name("saved.json") + "\n");
+}
+
 TEST_F(ProgramReturn, ADeviceIsNoPlaceForASave)
 {
     const Finished device = Run({"save", "/dev/full"});

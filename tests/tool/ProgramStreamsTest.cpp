@@ -2,11 +2,15 @@
 
 #include <chrono>
 #include <csignal>
+#include <fcntl.h>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 #include "ChildProcess.h"
 #include "RunningBmc.h"
@@ -70,6 +74,18 @@ bool BecomesFull(const ChildProcess& child, int bytes)
     return child.UnreadOutput() == bytes;
 }
 
+/// Waits until all that was written was read; false where that does not come.
+bool BecomesEmpty(int pipe)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    int unread = -1;
+    while (ioctl(pipe, FIONREAD, &unread) == 0 && unread > 0 && std::chrono::steady_clock::now() < deadline)
+    {
+        std::this_thread::yield();
+    }
+    return unread == 0;
+}
+
 } // namespace
 
 TEST(ProgramStreams, AReaderThatGoesAwayIsNoError)
@@ -99,6 +115,15 @@ TEST(ProgramStreams, AFullDiskIsAnError)
         EXPECT_EQ(shown.Status, 15);
         EXPECT_EQ(shown.Errors, "tavrine: 15 Unable to write to standard output: No space left on device\n");
     }
+}
+
+TEST(ProgramStreams, AFailureKeepsItsCodeWhereStandardOutputIsLostToo)
+{
+    Launch launch = Simulated({"show", "Unknown", "--json"});
+    launch.OutputFile = "/dev/full";
+    const Finished shown = RunToEnd(launch);
+    EXPECT_EQ(shown.Status, 20);
+    EXPECT_NE(shown.Errors.find("tavrine: 15 Unable to write to standard output: "), std::string::npos) << shown.Errors;
 }
 
 TEST(ProgramStreams, AReaderIsWaitedForWhereWritingDoesNot)
@@ -186,6 +211,26 @@ TEST(ProgramStreams, ASignalClosesTheSession)
         EXPECT_FALSE(stopped.Killed);
         EXPECT_EQ(stopped.Errors.find("tavrine: 24 Stopped by a signal"), 0U) << stopped.Errors;
         EXPECT_TRUE(LogHas(log, "DELETE"));
+    }
+}
+
+TEST(ProgramStreams, ASignalEndsTheWaitForAnInput)
+{
+    const testdata::TemporaryFolder folder;
+    const std::string input = (folder.Path() / "input").string();
+    ASSERT_EQ(mkfifo(input.c_str(), 0600), 0);
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"restore", input}, {"compare", input}, {"custom-default", "import", input}})
+    {
+        const int writer = open(input.c_str(), O_RDWR | O_CLOEXEC);
+        ASSERT_EQ(write(writer, "A=1\n", 4), 4);
+        ChildProcess tool(Simulated(command));
+        ASSERT_TRUE(BecomesEmpty(writer)) << command[0];
+        tool.Signal(SIGTERM);
+        const Finished stopped = tool.Wait();
+        EXPECT_EQ(stopped.Status, 128 + SIGTERM) << command[0] << stopped.Errors;
+        EXPECT_FALSE(stopped.Killed) << command[0];
+        close(writer);
     }
 }
 

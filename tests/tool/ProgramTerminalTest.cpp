@@ -59,10 +59,29 @@ TEST(ProgramTerminal, AValueIsAskedForWithoutEcho)
     ASSERT_TRUE(tool.Shows("New value of UEFI.AssetTag: ")) << tool.Shown();
     EXPECT_FALSE(tool.Echoes());
     tool.Type("hidden-words\n");
+    ASSERT_TRUE(tool.Shows("The same again: ")) << tool.Shown();
+    EXPECT_FALSE(tool.Echoes());
+    tool.Type("hidden-words\n");
     EXPECT_TRUE(tool.Shows("UEFI.AssetTag: changed, takes effect after a reboot")) << tool.Shown();
     EXPECT_EQ(tool.Status(), 0);
     EXPECT_TRUE(tool.Echoes());
     EXPECT_EQ(tool.Shown().find("hidden-words"), std::string::npos) << tool.Shown();
+}
+
+TEST(ProgramTerminal, ASlipInAValueThatNobodySeesIsNoticed)
+{
+    Launch launch;
+    launch.Arguments = {"--simulate", "set", "AssetTag=-"};
+    OnTerminal tool(launch);
+    ASSERT_TRUE(tool.Shows("New value of UEFI.AssetTag: ")) << tool.Shown();
+    tool.Type("hidden-words\n");
+    ASSERT_TRUE(tool.Shows("The same again: ")) << tool.Shown();
+    tool.Type("hidden-worts\n");
+    EXPECT_TRUE(
+        tool.Shows("Unable to read the value of UEFI.AssetTag from the terminal: the two lines are not the same"))
+        << tool.Shown();
+    EXPECT_EQ(tool.Status(), 16);
+    EXPECT_EQ(tool.Shown().find("hidden-wor"), std::string::npos) << tool.Shown();
 }
 
 TEST(ProgramTerminal, NoSignalLeavesTheEchoOff)

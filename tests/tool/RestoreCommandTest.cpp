@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +12,7 @@
 
 #include "FakeFront.h"
 #include "Options.h"
+#include "RestoreFixture.h"
 #include "RestoreSend.h"
 
 using namespace Tavrine::Tool;
@@ -20,63 +20,6 @@ using namespace tooltest;
 
 namespace
 {
-
-constexpr const char* Registry = R"({"@odata.type":"#AttributeRegistry.v1_3_6.AttributeRegistry","Id":"R.v1_0_0",
-    "RegistryEntries":{"Attributes":[
-    {"AttributeName":"Mode","Type":"Enumeration","CurrentValue":"Free","Value":[{"ValueName":"Free"},{"ValueName":"Fixed"}]},
-    {"AttributeName":"Size","Type":"Integer","CurrentValue":7,"LowerBound":1,"UpperBound":9},
-    {"AttributeName":"Tag","Type":"String","CurrentValue":"t","MaxLength":4},
-    {"AttributeName":"Unique","Type":"String","CurrentValue":"u","IsSystemUniqueProperty":true},
-    {"AttributeName":"Fixed","Type":"String","CurrentValue":"f","ReadOnly":true},
-    {"AttributeName":"Silent","Type":"String"},
-    {"AttributeName":"Seal","Type":"String","CurrentValue":"s","Oem":{"Zorvan":{"Protected":true}}},
-    {"AttributeName":"Word","Type":"Password"},
-    {"AttributeName":"_first","Type":"String","CurrentValue":"1"},
-    {"AttributeName":"Zone","Type":"Integer","CurrentValue":1,"UpperBound":9},
-    {"AttributeName":"apple","Type":"String","CurrentValue":"1"}],
-    "Dependencies":[{"Type":"Map","DependencyFor":"Size","Dependency":{"MapFrom":[{"MapFromAttribute":"Mode",
-    "MapFromProperty":"CurrentValue","MapFromCondition":"EQU","MapFromValue":"Fixed"}],"MapToAttribute":"Size",
-    "MapToProperty":"ReadOnly","MapToValue":true}}]}})";
-
-RestorePlan PlanOf(const SettingStringMap& settings, bool sameSystem = false, bool uefi = false,
-                   const std::set<std::string>& reported = {})
-{
-    RestorePlan plan;
-    EXPECT_EQ(TakeSavedNames({{}, settings}, {"BIOS", "BIOS"}, plan), "");
-    RedfishConfigSettingManager manager(Registry, false, Tavrine::Config_Options());
-    RedfishConfigResult result = JudgeRestore(
-        manager, sameSystem, uefi, [&](const std::string& name) { return reported.contains(name); }, plan);
-    EXPECT_EQ(result.ErrorCode(), 0) << result.ErrorMsg();
-    return plan;
-}
-
-const RestoreSetting& Find(const RestorePlan& plan, const std::string& name)
-{
-    for (const RestoreSetting& setting : plan.Settings)
-    {
-        if (setting.Name == name)
-        {
-            return setting;
-        }
-    }
-    throw std::out_of_range(name);
-}
-
-std::vector<std::vector<std::string>> Calls(const RestorePlan& plan)
-{
-    std::vector<std::vector<std::string>> calls;
-    for (const auto& call : plan.Calls)
-    {
-        std::vector<std::string>& names = calls.emplace_back();
-        for (const std::size_t index : call)
-        {
-            names.push_back(plan.Settings[index].Name);
-        }
-    }
-    return calls;
-}
-
-using Names = std::vector<std::vector<std::string>>;
 
 /// What the library and the BMC say during one restore; the object that is made for
 /// each question answers from here.
@@ -125,13 +68,6 @@ class ScriptedFront : public FakeFront
     Script& m_Script;
 };
 
-Options OptionsFor()
-{
-    Options options;
-    options.Names = {"file.json"};
-    return options;
-}
-
 RestorePlan Sent(Script& script, const SettingStringMap& settings, const Options& options = OptionsFor())
 {
     RestorePlan plan = PlanOf(settings);
@@ -142,93 +78,6 @@ RestorePlan Sent(Script& script, const SettingStringMap& settings, const Options
 }
 
 } // namespace
-
-TEST(RestorePlan, SettingsAreJudgedBeforeAnythingIsSent)
-{
-    const RestorePlan plan = PlanOf({{"BIOS.Mode", "Free"},
-                                     {"BIOS.Size", "11"},
-                                     {"BIOS.Tag", "new"},
-                                     {"BIOS.Unique", "v"},
-                                     {"BIOS.Fixed", "g"},
-                                     {"BIOS.Silent", "x"},
-                                     {"BIOS.Stranger", "x"}});
-    EXPECT_EQ(Find(plan, "Mode").Outcome, RestoreOutcome::InPlace);
-    EXPECT_EQ(Find(plan, "Tag").Outcome, RestoreOutcome::Planned);
-    EXPECT_EQ(Find(plan, "Size").Outcome, RestoreOutcome::Refused);
-    EXPECT_EQ(Find(plan, "Size").Code, 10);
-    EXPECT_EQ(Find(plan, "Fixed").Outcome, RestoreOutcome::Refused);
-    EXPECT_EQ(Find(plan, "Fixed").Code, 18);
-    EXPECT_EQ(Find(plan, "Unique").Outcome, RestoreOutcome::NotSent);
-    EXPECT_EQ(Find(plan, "Unique").Code, 0);
-    EXPECT_EQ(Find(plan, "Silent").Outcome, RestoreOutcome::NotSent);
-    EXPECT_EQ(Find(plan, "Silent").Code, 20);
-    EXPECT_EQ(Find(plan, "Stranger").Outcome, RestoreOutcome::NotSent);
-    EXPECT_TRUE(Find(plan, "Stranger").Stranger);
-    EXPECT_EQ(Calls(plan), (Names{{"Tag"}}));
-}
-
-TEST(RestorePlan, WhatBelongsToOneSystemGoesToTheSameSystem)
-{
-    EXPECT_EQ(Calls(PlanOf({{"Unique", "v"}}, true)), (Names{{"Unique"}}));
-}
-
-TEST(RestorePlan, AReportedSettingWithoutAValueIsSent)
-{
-    EXPECT_EQ(Calls(PlanOf({{"Silent", "v"}}, false, false, {"Silent"})), (Names{{"Silent"}}));
-}
-
-TEST(RestorePlan, ProtectedSettingsOfAUefiSystemAreLeftOut)
-{
-    const RestorePlan plan = PlanOf({{"Seal", "v"}}, false, true);
-    EXPECT_EQ(Find(plan, "Seal").Outcome, RestoreOutcome::NotSent);
-    EXPECT_EQ(Find(plan, "Seal").Code, 34);
-    EXPECT_EQ(Calls(PlanOf({{"Seal", "v"}})), (Names{{"Seal"}}));
-}
-
-TEST(RestorePlan, WhatAnotherSettingOfTheFileLocksGoesFirst)
-{
-    EXPECT_EQ(Calls(PlanOf({{"Mode", "Fixed"}, {"Size", "3"}, {"Tag", "new"}})), (Names{{"Size"}, {"Mode", "Tag"}}));
-}
-
-TEST(RestorePlan, NamesAreFoundWhereTheirBytesComeInAnotherOrder)
-{
-    const RestorePlan plan =
-        PlanOf({{"apple", "2"}, {"_first", "2"}, {"Zone", "10"}, {"Mode", "Fixed"}, {"Size", "3"}});
-    EXPECT_EQ(Find(plan, "Zone").Outcome, RestoreOutcome::Refused);
-    EXPECT_EQ(Find(plan, "Zone").Code, 10);
-    for (const char* name : {"apple", "_first", "Mode", "Size"})
-    {
-        EXPECT_EQ(Find(plan, name).Outcome, RestoreOutcome::Planned) << name;
-    }
-    EXPECT_EQ(Calls(plan), (Names{{"Size"}, {"Mode", "_first", "apple"}}));
-}
-
-TEST(RestorePlan, OneSettingUnderTwoNamesIsRefused)
-{
-    RestorePlan plan;
-    EXPECT_EQ(TakeSavedNames({{}, {{"BIOS.A", "1"}, {"A", "2"}}}, {"BIOS", "BIOS"}, plan),
-              "the setting A stands in it under two names");
-}
-
-TEST(RestorePlan, ThePrefixOfTheFileIsTakenOff)
-{
-    RestorePlan plan;
-    SavedSettings saved{{}, {{"UEFI.A", "1"}, {"B", "2"}}};
-    saved.Header.Prefix = "UEFI";
-    EXPECT_EQ(TakeSavedNames(saved, {"BIOS", "BIOS"}, plan), "");
-    ASSERT_EQ(plan.Settings.size(), 2U);
-    EXPECT_EQ(plan.Settings[0].Name, "A");
-    EXPECT_EQ(plan.Settings[1].Name, "B");
-}
-
-TEST(RestorePlan, ThePrefixOfAnotherKindOfSystemIsTakenOff)
-{
-    RestorePlan plan;
-    EXPECT_EQ(TakeSavedNames({{}, {{"BIOS.A", "1"}, {"UEFI.B", "2"}}}, {"UEFI", "UEFI"}, plan), "");
-    ASSERT_EQ(plan.Settings.size(), 2U);
-    EXPECT_EQ(plan.Settings[0].Name, "A");
-    EXPECT_EQ(plan.Settings[1].Name, "B");
-}
 
 TEST(RestoreCommand, OneRefusedSettingDoesNotKeepTheOthersBack)
 {
@@ -286,6 +135,12 @@ TEST(RestoreCommand, NothingIsClaimedThatIsNotKnown)
     };
     const SettingCompareMap waiting = {{"BIOS.Tag", {"t", "new"}}};
     const std::string notShown = "the BMC does not show it among its pending values";
+    const std::string lost = "h: gone; whether the change was done is not known";
+    const std::string inside =
+        "PATCH /x failed inside h (500 Internal Server Error); whether the change was done is not known";
+    const std::string forbidden = "h: the account has not the privilege for PATCH /x (403 Forbidden).";
+    const std::string refused = "PATCH /x was refused by h (400 Bad Request).";
+    const std::string noWay = "h: the connection was refused; nothing was sent.";
     const Case cases[] = {
         {"accepted and shown", {1, "", ""}, {}, {}, 0, "t", waiting, RestoreOutcome::Sent, ""},
         {"accepted and in force", {0, "", ""}, {}, {}, 0, "new", {}, RestoreOutcome::InPlace, ""},
@@ -300,6 +155,15 @@ TEST(RestoreCommand, NothingIsClaimedThatIsNotKnown)
          {},
          RestoreOutcome::Refused,
          "bad value"},
+        {"refused by name, but shown",
+         {18, "no", ""},
+         {{10, "bad value", "BIOS.Tag"}},
+         {},
+         0,
+         "t",
+         waiting,
+         RestoreOutcome::Sent,
+         ""},
         {"refused, bare name",
          {18, "no", ""},
          {{10, "bad value", "Tag"}},
@@ -310,19 +174,54 @@ TEST(RestoreCommand, NothingIsClaimedThatIsNotKnown)
          RestoreOutcome::Refused,
          "bad value"},
         {"in the failed map", {7, "", ""}, {}, {{"BIOS.Tag", "bad"}}, 0, "t", {}, RestoreOutcome::Refused, "bad"},
-        {"cut off, unreadable", {24, "gone", ""}, {}, {}, 24, "", {}, RestoreOutcome::Unknown, "gone"},
-        {"cut off, not shown", {24, "gone", ""}, {}, {}, 0, "t", {}, RestoreOutcome::Unknown, "gone; " + notShown},
-        {"cut off, but shown", {24, "gone", ""}, {}, {}, 0, "t", waiting, RestoreOutcome::Sent, ""},
+        {"cut off, unreadable", {24, lost, ""}, {}, {}, 24, "", {}, RestoreOutcome::Unknown, lost},
+        {"cut off, not shown", {24, lost, ""}, {}, {}, 0, "t", {}, RestoreOutcome::Unknown, lost + "; " + notShown},
+        {"cut off, but shown", {24, lost, ""}, {}, {}, 0, "t", waiting, RestoreOutcome::Sent, ""},
         {"cut off, whole sentence",
-         {24, "It is gone.", ""},
+         {24, lost + ".", ""},
          {},
          {},
          0,
          "t",
          {},
          RestoreOutcome::Unknown,
-         "It is gone; " + notShown},
-        {"busy", {33, "busy", ""}, {}, {}, 33, "", {}, RestoreOutcome::Unknown, "busy"},
+         lost + "; " + notShown},
+        {"failed inside, not shown",
+         {32, inside, ""},
+         {},
+         {},
+         0,
+         "t",
+         {},
+         RestoreOutcome::Unknown,
+         inside + "; " + notShown},
+        {"busy", {33, "busy", ""}, {}, {}, 33, "", {}, RestoreOutcome::Refused, "busy"},
+        {"busy, but shown", {33, "busy", ""}, {}, {}, 0, "t", waiting, RestoreOutcome::Sent, ""},
+        {"no privilege", {24, forbidden, ""}, {}, {}, 24, "", {}, RestoreOutcome::Refused, forbidden},
+        {"refused as a whole", {18, refused, ""}, {}, {}, 0, "t", {}, RestoreOutcome::Refused, refused},
+        {"refused, but shown", {18, refused, ""}, {}, {}, 0, "t", waiting, RestoreOutcome::Sent, ""},
+        {"refused with another",
+         {18, refused, ""},
+         {{10, "bad", "BIOS.Size"}},
+         {},
+         24,
+         "",
+         {},
+         RestoreOutcome::Refused,
+         refused},
+        {"refused by the check, with others",
+         {7, "some", ""},
+         {},
+         {{"BIOS.Size", "bad"}},
+         0,
+         "t",
+         {},
+         RestoreOutcome::NotSent,
+         "some"},
+        {"no connection", {24, noWay, ""}, {}, {}, 24, "", {}, RestoreOutcome::NotSent, noWay},
+        {"no values before", {26, "none", ""}, {}, {}, 26, "", {}, RestoreOutcome::NotSent, "none"},
+        {"no connection, but shown", {24, noWay, ""}, {}, {}, 0, "t", waiting, RestoreOutcome::Waiting, ""},
+        {"no connection, but in force", {24, noWay, ""}, {}, {}, 0, "new", {}, RestoreOutcome::InPlace, ""},
     };
     for (const Case& one : cases)
     {
@@ -339,10 +238,109 @@ TEST(RestoreCommand, NothingIsClaimedThatIsNotKnown)
     }
 }
 
+TEST(RestoreCommand, AFailureHasTheCodeOfItsCallAndARefusalInAnAcceptedOneThatOfRefusals)
+{
+    struct Case
+    {
+        RedfishConfigResult Answer;
+        std::vector<RedfishConfigResult> Errors;
+        int Code;
+    };
+    const Case cases[] = {
+        {{1, "", ""}, {{10, "bad", "BIOS.Tag"}}, 18},
+        {{18, "no", ""}, {{10, "bad", "BIOS.Tag"}}, 18},
+        {{24, "gone; whether the change was done is not known.", ""}, {{10, "bad", "BIOS.Tag"}}, 24},
+        {{33, "h is not ready", ""}, {{10, "bad", "BIOS.Tag"}}, 33},
+        {{33, "h is not ready", ""}, {}, 33},
+    };
+    for (const Case& one : cases)
+    {
+        Script script;
+        script.Answer = one.Answer;
+        script.Errors = one.Errors;
+        script.Read = {24, "", ""};
+        const RestorePlan plan = Sent(script, {{"Tag", "new"}});
+        EXPECT_EQ(Find(plan, "Tag").Outcome, RestoreOutcome::Refused) << one.Code;
+        EXPECT_EQ(Find(plan, "Tag").Code, one.Code);
+    }
+}
+
+TEST(RestoreCommand, WhatTheCheckRefusedIsInPlaceWhereTheBmcShowsIt)
+{
+    Script script;
+    script.Effective = {{"BIOS.Size", "100"}, {"BIOS.Tag", "new"}};
+    const RestorePlan plan = Sent(script, {{"Size", "100"}, {"Tag", "new"}});
+    EXPECT_EQ(script.Asked, (std::vector<SettingStringMap>{{{"Tag", "new"}}}));
+    EXPECT_EQ(Find(plan, "Size").Outcome, RestoreOutcome::InPlace);
+    EXPECT_EQ(Find(plan, "Size").Code, 0);
+}
+
+TEST(RestoreCommand, WhatTheCheckRefusedWasNotSentWhereItWaits)
+{
+    Script script;
+    script.Effective = {{"BIOS.Size", "7"}, {"BIOS.Tag", "new"}};
+    script.Pending = {{"BIOS.Size", {"7", "100"}}};
+    EXPECT_EQ(Find(Sent(script, {{"Size", "100"}, {"Tag", "new"}}), "Size").Outcome, RestoreOutcome::Waiting);
+}
+
+/// A BMC may show each password as an empty text.
+TEST(RestoreCommand, WhatABmcShowsForAPasswordTellsNothing)
+{
+    Script script;
+    script.Answer = {4, "", ""};
+    script.Effective = {{"BIOS.Word", ""}};
+    RestorePlan plan = PlanOf({{"Word", "hidden1"}}, false, false, {"Word"});
+    std::vector<std::string> notes;
+    SendRestore(
+        plan, OptionsFor(), [&] { return std::make_unique<ScriptedFront>(script); }, notes);
+    EXPECT_EQ(script.Asked.size(), 1U);
+    EXPECT_EQ(Find(plan, "Word").Outcome, RestoreOutcome::Sent) << Find(plan, "Word").Why;
+}
+
+/// For a restart, and for who reads the warnings.
+TEST(RestoreCommand, AFailedCallIsKeptInMindUnlessAllOfItIsShown)
+{
+    struct Case
+    {
+        const char* What;
+        RedfishConfigResult Answer;
+        std::vector<RedfishConfigResult> Errors;
+        std::string Effective;
+        bool Failed;
+        std::vector<std::string> Notes;
+    };
+    const std::string refused = "PATCH /x was refused by h (400 Bad Request).";
+    const Case cases[] = {
+        {"accepted", {1, "", ""}, {}, "new", false, {}},
+        {"refused", {18, refused, ""}, {}, "t", true, {}},
+        {"refused by name", {18, refused, ""}, {{10, "bad", "BIOS.Tag"}}, "t", true, {}},
+        {"refused, but in force",
+         {18, refused, ""},
+         {},
+         "new",
+         false,
+         {"warning: the request failed, but the BMC shows the changes: " + refused}},
+    };
+    for (const Case& one : cases)
+    {
+        Script script;
+        script.Answer = one.Answer;
+        script.Errors = one.Errors;
+        script.Effective = {{"BIOS.Tag", one.Effective}};
+        // What is refused before anything is sent is no failed call.
+        RestorePlan plan = PlanOf({{"Tag", "new"}, {"Size", "100"}});
+        std::vector<std::string> notes;
+        SendRestore(
+            plan, OptionsFor(), [&] { return std::make_unique<ScriptedFront>(script); }, notes);
+        EXPECT_EQ(plan.CallFailed, one.Failed) << one.What;
+        EXPECT_EQ(notes, one.Notes) << one.What;
+    }
+}
+
 TEST(RestoreCommand, BehindALostConnectionNothingElseIsSent)
 {
     Script script;
-    script.Answer = {24, "gone", ""};
+    script.Answer = {24, "gone; whether the change was done is not known.", ""};
     script.Read = {24, "gone", ""};
     const RestorePlan plan = Sent(script, {{"Mode", "Fixed"}, {"Size", "3"}});
     EXPECT_EQ(script.Asked, (std::vector<SettingStringMap>{{{"Size", "3"}}}));
@@ -395,60 +393,6 @@ TEST(RestoreCommand, NothingIsInPlaceWhereAnotherValueMayWait)
     EXPECT_EQ(answer.Code, 26);
 }
 
-TEST(RestoreCommand, StrangersAreOneFailureAndRowsEach)
-{
-    SettingStringMap settings;
-    for (int number = 0; number < 100'000; ++number)
-    {
-        settings["BIOS.Stranger" + std::to_string(100'000 + number)] = "x";
-    }
-    const RestorePlan plan = PlanOf(settings);
-    Answer answer;
-    TellRestore(plan, OptionsFor(), "BIOS", answer);
-    ASSERT_EQ(answer.Errors.size(), 1U);
-    EXPECT_EQ(answer.Errors[0].Code, 20);
-    EXPECT_EQ(answer.Errors[0].Message, "100000 settings of the file are not known to this system and left out: "
-                                        "Stranger100000, Stranger100001, Stranger100002, Stranger100003, "
-                                        "Stranger100004 and 99995 more");
-    EXPECT_EQ(answer.Errors[0].Cause, "file file.json");
-    EXPECT_NE(answer.Text.find("BIOS.Stranger199999\tx\tnot sent: this system does not know the setting\n"),
-              std::string::npos);
-}
-
-TEST(RestoreCommand, WhatBefellManyIsToldOnce)
-{
-    RestorePlan plan;
-    for (const char* name : {"A", "B", "C", "D", "E", "F", "G"})
-    {
-        RestoreSetting& setting = plan.Settings.emplace_back();
-        setting.Name = name;
-        setting.Outcome = RestoreOutcome::Unknown;
-        setting.Code = 24;
-        setting.Why = "gone";
-    }
-    plan.Settings[2].Why = "lost";
-    Answer answer;
-    TellRestore(plan, OptionsFor(), "BIOS", answer);
-    ASSERT_EQ(answer.Errors.size(), 2U);
-    EXPECT_EQ(answer.Errors[0].Message, "6 settings: unknown: gone");
-    EXPECT_EQ(answer.Errors[1].Message, "BIOS.C: unknown: lost");
-    EXPECT_EQ(answer.Code, 24);
-    EXPECT_NE(answer.Text.find("BIOS.G\t\tunknown: gone\n"), std::string::npos) << answer.Text;
-
-    plan.Settings.pop_back();
-    Answer few;
-    TellRestore(plan, OptionsFor(), "BIOS", few);
-    EXPECT_EQ(few.Errors.size(), 6U);
-}
-
-TEST(RestoreCommand, PasswordsAreNotShown)
-{
-    const RestorePlan plan = PlanOf({{"Word", "hidden1"}}, false, false, {"Word"});
-    Answer answer;
-    TellRestore(plan, OptionsFor(), "BIOS", answer);
-    EXPECT_EQ(answer.Text, "BIOS.Word\t********\twould be sent\n");
-}
-
 /// A BMC may repeat what it was sent in its refusal of that, of something else or of all.
 TEST(RestoreCommand, PasswordsThatABmcRepeatsAreBlottedOut)
 {
@@ -462,41 +406,52 @@ TEST(RestoreCommand, PasswordsThatABmcRepeatsAreBlottedOut)
         std::string OfTag;
     };
     const std::string leftOut = "what the BMC answered is not shown, since a new password may stand in it";
+    const std::string lost = "gone; whether the change was done is not known";
     const std::string spaced = R"(plain "77")";
     const Case cases[] = {
         {"refused by name",
          "plain77",
-         {18, "no", ""},
+         {18, "PATCH /x: no", ""},
          {{18, "The value plain77 is bad", "BIOS.Word"}},
          "refused: The value ******** is bad",
-         "unknown: no"},
+         "refused: PATCH /x: no"},
         {"refused with another",
          "plain77",
-         {18, "no", ""},
+         {18, "PATCH /x: no", ""},
          {{18, "Not with plain77", "BIOS.Tag"}},
-         "unknown: no",
+         "refused: PATCH /x: no",
          "refused: Not with ********"},
-        {"the whole call", "plain77", {18, "No plain77", ""}, {}, "unknown: No ********", "unknown: No ********"},
+        {"the whole call",
+         "plain77",
+         {18, "PATCH /x: No plain77", ""},
+         {},
+         "refused: PATCH /x: No ********",
+         "refused: PATCH /x: No ********"},
         {"as JSON",
          spaced,
-         {18, R"(No {"Word":"plain \"77\""})", ""},
+         {18, R"(PATCH /x: No {"Word":"plain \"77\""})", ""},
          {},
-         R"(unknown: No {"Word":"********"})",
-         R"(unknown: No {"Word":"********"})"},
+         R"(refused: PATCH /x: No {"Word":"********"})",
+         R"(refused: PATCH /x: No {"Word":"********"})"},
         {"short",
          "77",
-         {18, "no", ""},
+         {18, "PATCH /x: no", ""},
          {{18, "The value 77 is bad", "BIOS.Word"}},
          "refused: " + leftOut,
-         "unknown: no"},
-        {"short, the whole call", "77", {18, "No 77", ""}, {}, "unknown: " + leftOut, "unknown: " + leftOut},
+         "refused: PATCH /x: no"},
+        {"short, the whole call", "77", {18, "PATCH /x: No 77", ""}, {}, "refused: " + leftOut, "refused: " + leftOut},
         {"short, refused by name before the answer was lost",
          "77",
-         {24, "gone", ""},
+         {24, lost, ""},
          {{18, "The value 77 is bad", "BIOS.Word"}},
          "refused: " + leftOut,
-         "unknown: gone"},
-        {"short, and no answer", "77", {24, "h:77: gone", ""}, {}, "unknown: h:77: gone", "unknown: h:77: gone"},
+         "unknown: " + lost},
+        {"short, and no answer",
+         "77",
+         {24, "h:77: " + lost, ""},
+         {},
+         "unknown: h:77: " + lost,
+         "unknown: h:77: " + lost},
     };
     for (const Case& one : cases)
     {
@@ -551,46 +506,5 @@ TEST(RestoreCommand, AWarningShowsNoPasswordEither)
             plan, OptionsFor(), [&] { return std::make_unique<ScriptedFront>(script); }, notes);
         EXPECT_EQ(notes, (std::vector<std::string>{"warning: what waits for a reboot could not be read: " + one.Told,
                                                    "warning: the values could not be read back: " + one.Told}));
-    }
-}
-
-TEST(RestoreCommand, FilesOfOtherSystemsNeedForce)
-{
-    struct Case
-    {
-        std::string Model, Registry, Serial;
-        bool Same, Force;
-        std::string Trait;
-    };
-    const Case cases[] = {
-        {"M", "R", "S", false, false, ""},      {"M", "R", "S", true, false, ""},
-        {"N", "R", "S", false, false, "model"}, {"M", "Q", "S", false, false, "attribute registry"},
-        {"M", "R", "T", false, false, ""},      {"M", "R", "T", true, false, "serial number"},
-        {"N", "Q", "T", true, true, ""},        {"", "", "", true, false, ""},
-    };
-    for (const Case& one : cases)
-    {
-        SavedHeader header;
-        header.Model = one.Model;
-        header.Registry = one.Registry;
-        header.SerialNumber = one.Serial;
-        SystemResource system;
-        system.Model = "M";
-        system.SerialNumber = "S";
-        BiosResource bios;
-        bios.Registry = "R";
-        Options options = OptionsFor();
-        options.SameSystem = one.Same;
-        options.Force = one.Force;
-        std::vector<std::string> notes;
-        const auto failure = OtherSystem(header, system, bios, options, notes);
-        EXPECT_EQ(failure.has_value(), !one.Trait.empty()) << one.Model << one.Registry << one.Serial;
-        if (failure)
-        {
-            EXPECT_EQ(failure->Code, 16);
-            EXPECT_TRUE(failure->Message.starts_with("The file file.json is from another system: its " + one.Trait))
-                << failure->Message;
-        }
-        EXPECT_EQ(notes.size(), one.Model.empty() ? 1U : 0U);
     }
 }

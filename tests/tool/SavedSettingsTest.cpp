@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "SavedSettingsWriter.h"
 #include "TemporaryFolder.h"
 
 using namespace Tavrine;
@@ -107,6 +108,7 @@ TEST(SavedSettings, HostileFilesAreRefusedByPlaceAndEntry)
         {"{\"settings\":{\n\"A\":\"1\",\n\"A\":\"2\"}}", R"(line 3: the name "A" occurs twice)"},
         {R"({"settings":{},"settings":{}})", R"(line 1: the name "settings" occurs twice)"},
         {"A=1\nB=2\nA=3\n", R"(line 3: the name "A" occurs twice)"},
+        {"# tavrine-settings: 1\nA=1\nB=12", R"(line 3: the file was cut off here, since no "# end" follows)"},
         {"# tavrine-settings: 9\nA=1\n", R"(line 1: its format version is "9", and this program knows 1)"},
         {"A=1\nB=\\q\n", R"(line 2: a "\" without one of \, n, t, r and xNN behind it, at the entry "B")"},
         {"A=1\nB=\xFF\n", "line 2: no UTF-8, at the entry \"B\""},
@@ -124,6 +126,18 @@ TEST(SavedSettings, HostileFilesAreRefusedByPlaceAndEntry)
     for (const auto& [text, start] : starts)
     {
         EXPECT_TRUE(Fault(text).starts_with(start)) << Fault(text);
+    }
+}
+
+TEST(SavedSettings, AFileThatWasCutOffIsRefused)
+{
+    for (const std::string& text : {SavedDocument(Sample()), SavedLines(Sample())})
+    {
+        for (std::size_t length = text.find('\n') + 1; length < text.size() - 1; ++length)
+        {
+            EXPECT_NE(Fault(text.substr(0, length)), "") << length;
+        }
+        EXPECT_EQ(Fault(text.substr(0, text.size() - 1)), "") << "nothing but the last line's end is missing";
     }
 }
 

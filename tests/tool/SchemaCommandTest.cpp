@@ -6,6 +6,7 @@
 
 #include "KnowingFront.h"
 #include "Options.h"
+#include "RegistryText.h"
 #include "SharedData.h"
 #include "SmallRegistry.h"
 #include "TemporaryFolder.h"
@@ -19,6 +20,7 @@ namespace
 KnowingFront Machine()
 {
     KnowingFront front("One", "Two");
+    front.m_Options.OutputFormat = RegistryOutput;
     front.Registry = {{0, "", ""}, tooltest::SmallRegistry};
     return front;
 }

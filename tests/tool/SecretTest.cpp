@@ -133,6 +133,8 @@ TEST(WithoutSecrets, EveryFormIsBlottedOut)
         {"abcdefgh", "cut: abcdef...", "cut: ********..."},
         {"abc\"defgh", R"(cut: abc\"d... and the rest)", "cut: ********... and the rest"},
         {"abcdefgh", "abc... abcd", "abc... abcd"},
+        {"abcdefgh", "shortest start that tells: abcd...", "shortest start that tells: ********..."},
+        {"abcdefgh", "other words... and abcdef... and abcde...", "other words... and ********... and ********..."},
         {"Zürich", "Zürich", "********"},
         {"", "nothing", "nothing"},
         {"hunter2", "", ""},

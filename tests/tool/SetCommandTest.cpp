@@ -445,6 +445,15 @@ TEST_F(SetCommand, ProtectedSettingsHaveABodyOfTheirOwn)
     EXPECT_EQ(answer.Code, 33);
 }
 
+TEST_F(SetCommand, OfASystemWithoutUefiProtectedSettingsGoWithTheOthers)
+{
+    Given.SystemType = SystemTypeBios;
+    Front.Value("Seal", R"("old")");
+    Front.Registry.second.replace(Front.Registry.second.find("\"Seal\",") + 7, 0, "\"CurrentValue\":\"old\",");
+    EXPECT_EQ(Set({"Timeout=20", "Seal=new"}).Code, 0);
+    EXPECT_EQ(Front.Done, (Words{"Timeout=20+", "Seal=new+", "flush"}));
+}
+
 TEST_F(SetCommand, AnOldAndANewNameOfOneSettingAreOneTooMany)
 {
     const Configured names("[legacy_names]\nOldTimeout = \"Timeout\"\n");

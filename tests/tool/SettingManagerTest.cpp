@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "BiosRedfishConfigProc.h"
 #include "KnowingFront.h"
 #include "SmallRegistry.h"
+#include "TemporaryFolder.h"
 
 using namespace Tavrine::Tool;
 
@@ -17,4 +19,23 @@ TEST(SettingManager, AnObjectThatIsNoneOfTheLibrarysSharesNoRegistry)
     EXPECT_NE(result.ErrorMsg(), "");
     EXPECT_EQ(manager, nullptr);
     EXPECT_TRUE(front.Asked.empty());
+}
+
+TEST(SettingManager, WhatIsWrongWithARegistryIsToldWithoutReadingAnythingElse)
+{
+    const testdata::TemporaryFolder folder;
+    Tavrine::BiosRedfishConfigProc front({}, Tavrine::SystemTypeBios, {});
+    front.SetDebugConfigFile(folder.Write("debug.json", R"({"schema":{"Id":"x"},"resource":{"Attributes":{"A":1}}})"));
+    Tavrine::SettingStringMap none;
+    RedfishConfigResult told = front.QuerySettingValue("A", none);
+    for (const bool withProtected : {false, true})
+    {
+        std::unique_ptr<RedfishConfigSettingManager> manager;
+        RedfishConfigResult result = ReadSettingManager(front, manager, withProtected);
+        EXPECT_EQ(result.ErrorCode(), 27);
+        EXPECT_NE(result.ErrorMsg(), "");
+        EXPECT_EQ(result.ErrorMsg(), told.ErrorMsg());
+        EXPECT_EQ(manager, nullptr);
+    }
+    EXPECT_EQ(front.m_Options.OutputFormat, 0);
 }

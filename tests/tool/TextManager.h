@@ -16,7 +16,9 @@ inline RedfishConfigResult ReadTextManager(Tavrine::RedfishConfigProc& front,
                                            std::unique_ptr<RedfishConfigSettingManager>& manager)
 {
     std::string text;
+    const int outputFormat = std::exchange(front.m_Options.OutputFormat, Tavrine::Tool::RegistryOutput);
     RedfishConfigResult result = Tavrine::Tool::ReadRegistryText(front, text);
+    front.m_Options.OutputFormat = outputFormat;
     if (result != 0)
     {
         return result;

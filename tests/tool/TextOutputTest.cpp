@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 using namespace Tavrine;
 using namespace Tavrine::Tool;
@@ -45,6 +47,18 @@ TEST(EscapeText, EachKindOfByteHasItsForm)
 }
 
 TEST(EscapeText, MessagesKeepTheirBackslashes) { EXPECT_EQ(EscapeControls("C:\\temp\x1B\n"), "C:\\temp\\x1B\\n"); }
+
+TEST(ForEachCharacter, PiecesAreRunsCharactersAndBytesThatAreNone)
+{
+    std::vector<std::pair<std::string, bool>> pieces;
+    ForEachCharacter("a b\\c\xC3\xBC\xC3\x9F\n\xE6\x97\xFF",
+                     [&](std::string_view piece, bool isUtf8) { pieces.emplace_back(piece, isUtf8); });
+    const std::vector<std::pair<std::string, bool>> expected = {
+        {"a b", true}, {"\\", true},    {"c", true},     {"\xC3\xBC", true}, {"\xC3\x9F", true},
+        {"\n", true},  {"\xE6", false}, {"\x97", false}, {"\xFF", false}};
+    EXPECT_EQ(pieces, expected);
+    ForEachCharacter("", [](std::string_view, bool) { FAIL() << "a piece of nothing"; });
+}
 
 TEST(SettingLines, ByteOrderAndOneLineEach)
 {

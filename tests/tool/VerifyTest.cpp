@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -26,15 +27,20 @@ namespace
 struct FakeMachine
 {
     milliseconds Clock{0};
+    milliseconds LongestPause{0};
     milliseconds ResetAt{-1};
     std::string ResetBody;
     std::vector<std::string> Told;
+    /// The types of resets; empty: there is no such action.
     std::string Offered = R"(["On","ForceOff","GracefulRestart"])";
+    std::string SystemBefore = Plain("On");
     /// What the system answers so long after its reset; empty: no answer.
     std::function<std::string(milliseconds)> System = [](milliseconds) { return Plain("On"); };
     std::function<std::string(milliseconds)> Values = [](milliseconds) { return R"({"A":"new"})"; };
     /// What a read of them comes to, with a line in the log that tells the cause of a failure.
     RedfishConfigResult ValuesResult{0, "", ""};
+    /// So long after the reset the BIOS resource cannot be read.
+    milliseconds BiosLost{0};
     /// What the request for a reset comes to; done all the same.
     RedfishConfigResult ResetResult{0, "", ""};
     std::string Before = "";
@@ -57,15 +63,17 @@ struct FakeMachine
         }
         else if (url == "/redfish/v1/Systems/7")
         {
-            const std::string state = Reset() ? System(Since()) : Plain("On");
+            const std::string state = Reset() ? System(Since()) : SystemBefore;
             if (state.empty())
             {
                 return {24, "nobody there", ""};
             }
-            response = "{" + state + R"(,"Actions":{"#ComputerSystem.Reset":{"target":"/reset",)" +
-                       R"("ResetType@Redfish.AllowableValues":)" + Offered + "}}}";
+            const std::string actions =
+                R"(,"Actions":{"#ComputerSystem.Reset":{"target":"/reset","ResetType@Redfish.AllowableValues":)" +
+                Offered + "}}";
+            response = "{" + state + (Offered.empty() ? "" : actions) + "}";
         }
-        else if (url == "/redfish/v1/Systems/7/Bios")
+        else if (url == "/redfish/v1/Systems/7/Bios" && (!Reset() || Since() >= BiosLost))
         {
             response = R"({"AttributeRegistry":"R","@Redfish.Settings":{)" + (Reset() ? After : Before) +
                        R"("Messages":)" + Messages + "}}";
@@ -108,6 +116,7 @@ RebootMeans MeansOf(FakeMachine& machine)
             [&](milliseconds time)
             {
                 machine.Clock += time;
+                machine.LongestPause = std::max(machine.LongestPause, time);
                 return true;
             },
             [&](const std::string& line) { machine.Told.push_back(line); }};
@@ -160,15 +169,37 @@ TEST(Verify, TheTimeOfTheLastResetTellsOfARestartThatNobodySaw)
 
 TEST(Verify, FirmwareAtWorkIsWaitedFor)
 {
-    FakeMachine machine;
-    machine.System = [](milliseconds since)
+    for (const std::string state :
+         {"PrimaryProcessorInitializationStarted", "BusInitializationStarted", "MemoryInitializationStarted",
+          "SecondaryProcessorInitializationStarted", "PCIResourceConfigStarted"})
     {
-        return FakeMachine::Plain("On", since < milliseconds(9000)
-                                            ? R"(,"BootProgress":{"LastState":"MemoryInitializationStarted"})"
-                                            : R"(,"BootProgress":{"LastState":"OSRunning"})");
-    };
+        FakeMachine machine;
+        machine.System = [&](milliseconds since)
+        {
+            return FakeMachine::Plain("On", R"(,"BootProgress":{"LastState":")" +
+                                                (since < milliseconds(9000) ? state : "OSRunning") + "\"}");
+        };
+        EXPECT_EQ(Verified(machine).Code, 0) << state;
+        EXPECT_GE(machine.Clock, milliseconds(9000)) << state;
+    }
+}
+
+TEST(Verify, ASystemThatWasOffIsBackAsSoonAsItIsOn)
+{
+    FakeMachine machine;
+    machine.SystemBefore = FakeMachine::Plain("Off");
+    const Answer answer = Verified(machine);
+    EXPECT_EQ(answer.Code, 0) << answer.Message;
+    EXPECT_EQ(machine.ResetBody, R"({"ResetType":"On"})");
+    EXPECT_EQ(machine.Clock, milliseconds(0));
+}
+
+TEST(Verify, ALongRestartIsLookedAtEveryTenSeconds)
+{
+    FakeMachine machine;
+    machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(500'000)); };
     EXPECT_EQ(Verified(machine).Code, 0);
-    EXPECT_GE(machine.Clock, milliseconds(9000));
+    EXPECT_EQ(machine.LongestPause, milliseconds(10'000));
 }
 
 TEST(Verify, TimeThatRunsOutIsAFailureAndNothingIsClaimed)
@@ -231,6 +262,33 @@ TEST(Verify, ValuesThatLagBehindAreLookedAtAgain)
     { return since < milliseconds(20'000) ? R"({"A":"old"})" : R"({"A":"new"})"; };
     EXPECT_EQ(Verified(machine).Code, 0);
     EXPECT_GE(machine.Clock, milliseconds(20'000));
+}
+
+TEST(Verify, ValuesThatDoNotComeAreWaitedForAMinuteWithinTheTimeToWait)
+{
+    for (const auto& [wait, end] : {std::pair{30U, 30'000}, {60U, 60'000}, {600U, 60'000}})
+    {
+        FakeMachine machine;
+        machine.After = "";
+        machine.System = [](milliseconds)
+        { return FakeMachine::Plain("On", R"(,"LastResetTime":"2026-01-01T00:00:00Z")"); };
+        machine.Values = [](milliseconds) { return R"({"A":"old"})"; };
+        EXPECT_EQ(Verified(machine, wait).Code, 18);
+        EXPECT_EQ(machine.Clock, milliseconds(end)) << wait;
+    }
+}
+
+TEST(Verify, AFailedReadDoesNotTellThatChangesWereApplied)
+{
+    FakeMachine machine;
+    machine.Before = machine.After;
+    machine.BiosLost = milliseconds(2000);
+    machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
+    machine.Values = [](milliseconds since)
+    { return since < milliseconds(5000) ? R"({"A":"old"})" : R"({"A":"new"})"; };
+    const Answer answer = Verified(machine);
+    EXPECT_EQ(answer.Code, 0) << answer.Message;
+    EXPECT_GE(machine.Clock, milliseconds(5000));
 }
 
 /// A network that lost the request may lose more: only the system itself tells that it has restarted.
@@ -300,7 +358,7 @@ TEST(Verify, OnlyForWhatIsKnownToWaitIsASystemRestarted)
     const std::string unread = "BIOS.P: its new value is not verified, since it cannot be read or may be a password";
     const std::string unwatched = "restart requested (GracefulRestart); what comes of the changes: tavrine results";
     const Case cases[] = {
-        {"nothing", {}, true, false, "not restarted, since nothing waits for it"},
+        {"nothing", {}, true, false, "not restarted, since none of these changes waits for it"},
         {"a value", {{{"A", "new"}}, {}, false, false}, true, true, ""},
         {"what cannot be read", {{}, {"BIOS.P"}, false, false}, true, true, unread},
         {"much that cannot be read",
@@ -400,6 +458,56 @@ TEST(Verify, AnAnswerToTheRequestForARestartShowsNoPassword)
     EXPECT_EQ(answer.Message, "The system was not restarted: Not with ********.");
 }
 
+TEST(Verify, WhatIsToldOfALostRestartOrOfLostValuesShowsNoPassword)
+{
+    const RedfishConfigResult good{0, "", ""};
+    const RedfishConfigResult lost{24, "hunter2000: gone; whether the change was done is not known.", ""};
+    const RedfishConfigResult refused{18, "Not with hunter2000.", ""};
+    struct Case
+    {
+        RedfishConfigResult Reset;
+        RedfishConfigResult Values;
+        std::vector<std::string> Notes;
+        std::string Message;
+    };
+    const Case cases[] = {
+        {lost,
+         good,
+         {"warning: the request to restart has failed, but the system was restarted: ********: gone; whether the "
+          "change was done is not known."},
+         ""},
+        {good, refused, {}, "Whether the new values are in force is not known: Not with ********."},
+    };
+    for (const Case& one : cases)
+    {
+        FakeMachine machine;
+        machine.ResetResult = one.Reset;
+        machine.ValuesResult = one.Values;
+        machine.System = [](milliseconds)
+        { return FakeMachine::Plain("On", R"(,"LastResetTime":"2026-01-01T00:00:00Z")"); };
+        Options options;
+        options.Reboot = true;
+        options.Wait = 600;
+        WaitingChanges waiting;
+        waiting.Expected = {{"A", "new"}};
+        waiting.Secrets.emplace_back(std::string("hunter2000"));
+        Answer answer;
+        RebootForChanges(MeansOf(machine), options, waiting, answer);
+        EXPECT_EQ(answer.Notes, one.Notes);
+        EXPECT_EQ(answer.Message, one.Message);
+    }
+}
+
+TEST(Verify, ASystemWithoutAResetActionIsNotRestarted)
+{
+    FakeMachine machine;
+    machine.Offered = "";
+    const Answer answer = Verified(machine);
+    EXPECT_EQ(answer.Code, 11);
+    EXPECT_EQ(answer.Message, "The system was not restarted: The BMC offers no reset action for /redfish/v1/Systems/7");
+    EXPECT_FALSE(machine.Reset());
+}
+
 TEST(Verify, AResetThatIsNotOfferedIsNotSent)
 {
     FakeMachine machine;
@@ -429,10 +537,11 @@ TEST(PowerCommands, ResultsAreToldSettingBySetting)
     FakeMachine machine;
     machine.ResetAt = milliseconds(0);
     machine.Messages = R"([7,{"MessageId":"Base.1.0.Success","MessageSeverity":"OK"},
-        {"Message":"No.","Severity":"Critical","RelatedProperties":["/Attributes/A~1b","#/Attributes/C/0","/Other/D"]}])";
+        {"Message":"No.","Severity":"Critical","RelatedProperties":["/Attributes/A~1b","#/Attributes/C/0","/Other/D","E"]}])";
     Options options;
     Answer answer = TellResults(MeansOf(machine).Requests, options, "BIOS");
     EXPECT_EQ(answer.Code, 0);
-    EXPECT_EQ(answer.Text, "\tOK\tBase.1.0.Success\nBIOS.A/b\tCritical\tNo.\nBIOS.C\tCritical\tNo.\n");
+    EXPECT_EQ(answer.Text, "\tOK\tBase.1.0.Success\nBIOS.A/b\tCritical\tNo.\nBIOS.C/0\tCritical\tNo.\n"
+                           "BIOS.E\tCritical\tNo.\n");
     EXPECT_EQ(answer.Notes, std::vector<std::string>{"changes were last applied at 2026-01-01T00:00:00Z"});
 }

@@ -1,0 +1,104 @@
+#include "InputFile.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "Signals.h"
+
+namespace Tavrine::Tool
+{
+namespace
+{
+
+std::string WhyNothingCame() { return StopSignal() != 0 ? "interrupted" : std::strerror(errno); }
+
+std::string ReadDescriptor(int descriptor, std::size_t most, FileContent& content)
+{
+    struct stat kind = {};
+    const bool isKnown = fstat(descriptor, &kind) == 0;
+    if (isKnown && S_ISDIR(kind.st_mode))
+    {
+        return std::strerror(EISDIR);
+    }
+    content.IsPlainFile = isKnown && S_ISREG(kind.st_mode);
+    std::array<char, 65536> buffer{};
+    for (;;)
+    {
+        if (!WaitForInput(descriptor))
+        {
+            return WhyNothingCame();
+        }
+        const ssize_t count = read(descriptor, buffer.data(), buffer.size());
+        if (count < 0 && errno != EINTR)
+        {
+            return std::strerror(errno);
+        }
+        if (count == 0)
+        {
+            return {};
+        }
+        content.Text.append(buffer.data(), count < 0 ? 0 : static_cast<std::size_t>(count));
+        if (content.Text.size() > most)
+        {
+            return fmt::format("it is larger than {} bytes", most);
+        }
+    }
+}
+
+std::string WhyNoFirstByte(const std::string& path)
+{
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    char byte = 0;
+    std::string error = file >= 0 && read(file, &byte, 1) >= 0 ? "" : std::strerror(errno);
+    if (file >= 0)
+    {
+        close(file);
+    }
+    return error;
+}
+
+} // namespace
+
+std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent& content)
+{
+    if (path == "-")
+    {
+        return ReadDescriptor(STDIN_FILENO, most, content);
+    }
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC); // of a named pipe, once somebody writes into it
+    if (descriptor < 0)
+    {
+        return WhyNothingCame();
+    }
+    std::string error = ReadDescriptor(descriptor, most, content);
+    close(descriptor);
+    return error;
+}
+
+std::string WhyNotReadable(const std::string& path, Reading reading)
+{
+    struct stat kind = {};
+    if (stat(path.c_str(), &kind) != 0)
+    {
+        return std::strerror(errno);
+    }
+    if (S_ISREG(kind.st_mode) || S_ISDIR(kind.st_mode))
+    {
+        return WhyNoFirstByte(path);
+    }
+    if (reading == Reading::Often)
+    {
+        return "it is no plain file, and is read more than once";
+    }
+    // Opened and closed, a named pipe would lose the one who writes into it.
+    return access(path.c_str(), R_OK) == 0 ? "" : std::strerror(errno);
+}
+
+} // namespace Tavrine::Tool

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+// Files that a command line names, as input.
+namespace Tavrine::Tool
+{
+
+struct FileContent
+{
+    std::string Text;
+    /// Else it may be that whatever writes into it failed: a pipe ends then as any other does.
+    bool IsPlainFile = false;
+};
+
+/// Reads a whole file, "-" for standard input. A stop signal ends the wait for what writes into it.
+/// @param most  the file is refused when it is larger.
+/// @return empty, or why it could not be read.
+std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent& content);
+
+/// How often a file is read by its name.
+enum class Reading
+{
+    Once,
+    /// All but a plain file would be empty the second time.
+    Often
+};
+
+/// Looks at a file that others will read by its name. Nothing is taken from one that gives each byte once.
+/// @return empty, or why it could not be read.
+std::string WhyNotReadable(const std::string& path, Reading reading);
+
+} // namespace Tavrine::Tool
