@@ -21,6 +21,8 @@ inline constexpr std::string_view TakenLine = "Query pending value error, use ef
 
 /// A message about the answer to a change begins with its request.
 inline constexpr std::array<std::string_view, 2> ChangeCalls = {"PATCH ", "POST "};
+/// Ends the path of the action that reads protected settings, which is no change.
+inline constexpr std::string_view ReadAction = ".GetProtectedAttributes ";
 /// A part of the path of the OEM actions for protected settings.
 inline constexpr std::string_view OemAction = "/ZorvanBios.";
 /// Statuses of an answer, as messages have them, by which a service does not know an action.

@@ -108,6 +108,10 @@ class NamedReader
             ReadSettingManager(*m_Front, m_Manager, false); // without it each name is asked for
         }
         m_Causes.Explain(m_All->Result); // the names are to fail by what is told about them
+        if (!Answered(m_All->Result))
+        {
+            m_All.reset(); // a name that needs it reads anew
+        }
     }
 
     /// Whether that is known without a request: for an ordinary setting that the BMC reports, with a value or without.

@@ -25,10 +25,13 @@ RequestEnd EndOf(Delivery delivery)
                                               : RequestEnd::Unknown;
 }
 
+/// Of the action that reads what a change is judged by.
+bool IsAboutRead(std::string_view message) { return message.find(LibraryTexts::ReadAction) != std::string_view::npos; }
+
 bool IsAboutChange(std::string_view message)
 {
-    return std::ranges::any_of(LibraryTexts::ChangeCalls,
-                               [&](std::string_view call) { return message.starts_with(call); });
+    const auto begins = [&](std::string_view call) { return message.starts_with(call); };
+    return std::ranges::any_of(LibraryTexts::ChangeCalls, begins) && !IsAboutRead(message);
 }
 
 /// A change without an answer, or with one that leaves open whether it was done, has words for it. Without them a read
@@ -50,6 +53,11 @@ RequestEnd EndOfRefusal(std::string_view message)
     return IsAboutChange(message) ? RequestEnd::Refused : RequestEnd::Unfit;
 }
 
+RequestEnd EndOfAction(std::string_view message)
+{
+    return IsAboutRead(message) ? RequestEnd::NotSent : RequestEnd::Refused;
+}
+
 struct EndByCode
 {
     int Code;
@@ -69,7 +77,7 @@ constexpr EndByCode EndsByCode[] = {
     {CodeInternal, Always<RequestEnd::NotSent>},
     {CodeQuery, Always<RequestEnd::NotSent>},
     {CodeNotReady, Always<RequestEnd::TurnedAway>},
-    {CodeActionFailed, Always<RequestEnd::Refused>},
+    {CodeActionFailed, EndOfAction},
     {CodeRefused, EndOfRefusal},
     {CodeConnection, EndWithoutWords},
     {CodeUnusable, EndWithoutWords},

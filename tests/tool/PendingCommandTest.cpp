@@ -173,6 +173,41 @@ TEST_F(PendingCommand, NamesAreAskedForOneByOne)
     EXPECT_EQ(asked, (Words{"*", "A", "Same", "Loose", "Missing"}));
 }
 
+TEST_F(PendingCommand, WhatWasLostOnceIsReadAnew)
+{
+    class LostOnce : public ShownFront
+    {
+      public:
+        explicit LostOnce(int& asked) : m_Asked(asked) {}
+        RedfishConfigResult CompareSettingPendingValues(tooltest::SettingCompareMap& values,
+                                                        const std::string& setting) override
+        {
+            if (!setting.empty())
+            {
+                return {20, "Unable to find the setting " + setting, ""};
+            }
+            values["BIOS.Loose"] = {"3", "4"};
+            return m_Asked++ == 0 ? RedfishConfigResult{26, "Fail to query the setting.", ""}
+                                  : RedfishConfigResult{0, "", ""};
+        }
+
+      private:
+        int& m_Asked;
+    };
+    int asked = 0;
+    Given.Names = {"Loose", "Missing"};
+    const Answer answer = ShowPending(Given,
+                                      [&](bool)
+                                      {
+                                          auto front = std::make_unique<LostOnce>(asked);
+                                          front->Group = {{0, "", ""}, {{"BIOS.Loose", "3"}}};
+                                          return front;
+                                      });
+    EXPECT_EQ(answer.Text, "BIOS.Loose=3 -> 4\n");
+    EXPECT_EQ(StderrLines(answer), "tavrine: 20 Unable to find the setting BIOS.Missing\n");
+    EXPECT_EQ(asked, 2);
+}
+
 TEST_F(PendingCommand, OneNameIsAskedForByItself)
 {
     Given.Names = {"A", "bios.A"};

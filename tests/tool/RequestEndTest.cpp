@@ -34,6 +34,7 @@ TEST(RequestEnd, IsTold)
         {18, "PATCH /x was refused by h (400 Bad Request).", RequestEnd::Refused},
         {18, "POST /x was refused by h (400 Bad Request).", RequestEnd::Refused},
         {28, "POST /x was refused by h (400 Bad Request).", RequestEnd::Refused},
+        {28, "The action failed.", RequestEnd::Refused},
         // Reads before the change.
         {24, "h: time-out, no whole answer came within 30 s.", RequestEnd::NotSent},
         {26, "GET /x was refused by h (404 Not Found).", RequestEnd::NotSent},
@@ -41,6 +42,9 @@ TEST(RequestEnd, IsTold)
         {32, "GET /x failed inside h (500 Internal Server Error).", RequestEnd::NotSent},
         {32, "BMC internal error.", RequestEnd::NotSent},
         {13, "", RequestEnd::NotSent},
+        {28, "POST /a/ZorvanBios.GetProtectedAttributes was refused by h (400 Bad Request).", RequestEnd::NotSent},
+        {32, "POST /a/ZorvanBios.GetProtectedAttributes failed inside h (500).", RequestEnd::NotSent},
+        {27, "POST /a/ZorvanBios.GetProtectedAttributes from h: the answer is no JSON.", RequestEnd::NotSent},
         // The check before it.
         {7, "", RequestEnd::Unfit},
         {10, "The new value is invalid.", RequestEnd::Unfit},
