@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
-#include <fstream>
-#include <iterator>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -13,6 +11,7 @@
 #include "ChildProcess.h"
 #include "FakeBmc.h"
 #include "RunningBmc.h"
+#include "SharedData.h"
 #include "TestMachine.h"
 
 using namespace tooltest;
@@ -323,8 +322,7 @@ TEST(ProgramFailure, TheLogHoldsNeitherPasswordNorToken)
     const testdata::TemporaryFolder folder;
     const std::string log = (folder.Path() / "log").string();
     EXPECT_EQ(RunToEnd(bmc.Tool({"show", "--log-file", log, "--log-level", "4"})).Status, 0);
-    std::ifstream file(log);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string text = testdata::ReadFile(log);
     EXPECT_NE(text.find("Enter BiosRedfishConfigProc::QueryGroupSettingValues()"), std::string::npos) << text;
     EXPECT_EQ(text.find("\"password\""), std::string::npos) << text;
     EXPECT_EQ(text.find("X-Auth-Token"), std::string::npos) << text;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <csignal>
-#include <fstream>
-#include <iterator>
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
@@ -12,6 +10,7 @@
 #include "ChildProcess.h"
 #include "FaultyProxy.h"
 #include "RunningBmc.h"
+#include "SharedData.h"
 #include "TestMachine.h"
 
 using namespace tooltest;
@@ -52,12 +51,6 @@ bool IsPending(const std::string& url, const std::string& line)
     const Finished pending = RunOn(url, {"pending"});
     EXPECT_EQ(pending.Status, 0) << pending.Errors;
     return pending.Output.find(line) != std::string::npos;
-}
-
-std::string FileText(const std::string& path)
-{
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 bool IsChange(const std::string& request)
@@ -201,7 +194,7 @@ TEST(ProgramSet, NoValueIsInTheLogBelowLevelFour)
         launch.Input = "Zebra9Zebra9";
         launch.Arguments.insert(launch.Arguments.end(), {"--log-file", log, "--log-level", "3"});
         const Finished set = RunToEnd(launch);
-        const std::string text = FileText(log);
+        const std::string text = testdata::ReadFile(log);
         EXPECT_NE(text.find(" 3 [] "), std::string::npos);
         EXPECT_EQ(text.find("Zebra9"), std::string::npos) << text;
         if (words.back() == "AdminPassword=-")

@@ -4,7 +4,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -14,6 +13,7 @@
 
 #include "ChildProcess.h"
 #include "RunningBmc.h"
+#include "SharedData.h"
 #include "TestMachine.h"
 
 using namespace tooltest;
@@ -52,9 +52,7 @@ bool LogHas(const std::string& path, const std::string& words)
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     while (std::chrono::steady_clock::now() < deadline)
     {
-        std::ifstream file(path);
-        const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-        if (text.find(words) != std::string::npos)
+        if (testdata::ReadFile(path).find(words) != std::string::npos)
         {
             return true;
         }
@@ -169,9 +167,7 @@ TEST(ProgramStreams, AClosedStandardOutputIsAnErrorAndGetsNowhereElse)
     Launch launch = Simulated({"show", "--json", "--log-file", log});
     launch.CloseOutput = true;
     EXPECT_EQ(RunToEnd(launch).Status, 15);
-    std::ifstream file(log);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    EXPECT_EQ(text.find("\"settings\""), std::string::npos);
+    EXPECT_EQ(testdata::ReadFile(log).find("\"settings\""), std::string::npos);
 }
 
 TEST(ProgramStreams, ASessionIsOpenedAndClosedOnOneConnection)

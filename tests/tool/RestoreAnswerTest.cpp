@@ -14,7 +14,7 @@ using namespace tooltest;
 
 TEST(RestoreAnswer, StrangersAreOneFailureAndRowsEach)
 {
-    SettingStringMap settings;
+    Tavrine::SettingStringMap settings;
     for (int number = 0; number < 100'000; ++number)
     {
         settings["BIOS.Stranger" + std::to_string(100'000 + number)] = "x";
