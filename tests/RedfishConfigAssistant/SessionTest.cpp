@@ -1,16 +1,14 @@
 #include "BMCBaseAssistant.h"
 
 #include <atomic>
-#include <cstdarg>
 #include <cstdint>
-#include <dlfcn.h>
 #include <utility>
 #include <vector>
 
-#include <curl/curl.h>
 #include <gtest/gtest.h>
 
 #include "BmcConnection.h"
+#include "GivenOptions.h"
 #include "Logging.h"
 #include "RawServer.h"
 #include "TestServer.h"
@@ -124,26 +122,7 @@ TavrineConnection::ConnectionInfo WithUser(TavrineConnection::ConnectionInfo inf
     return info;
 }
 
-/// The milliseconds that this thread gives its transfers, in their order.
-thread_local std::vector<std::intptr_t> givenTimes;
-
 } // namespace
-
-/// Stands before curl's, and leads on to it. A number is handed over as wide as a pointer.
-extern "C" CURLcode(curl_easy_setopt)(CURL* handle, CURLoption option, ...)
-{
-    std::va_list values;
-    va_start(values, option);
-    void* const value = va_arg(values, void*);
-    va_end(values);
-    if (option == CURLOPT_TIMEOUT_MS)
-    {
-        givenTimes.push_back(reinterpret_cast<std::intptr_t>(value));
-    }
-    static const auto original =
-        reinterpret_cast<CURLcode (*)(CURL*, CURLoption, ...)>(dlsym(RTLD_NEXT, "curl_easy_setopt"));
-    return original(handle, option, value);
-}
 
 TEST(Session, IsUsedByAllAndClosedAtTheEnd)
 {
@@ -423,10 +402,10 @@ TEST(Session, ALogoutIsGivenTenSecondsAtTheMost)
         info.RequestTimeout = static_cast<std::uint16_t>(timeout);
         BmcConnection connection(info, {});
         EXPECT_THAT(connection.OpenSession(), HasCode(0));
-        givenTimes.clear();
+        const GivenOptions times(CURLOPT_TIMEOUT_MS);
         EXPECT_THAT(Get(connection), HasCode(0));
         EXPECT_THAT(connection.CloseSession(), HasCode(0));
-        EXPECT_EQ(givenTimes, (Times{timeout * 1'000, logout}));
+        EXPECT_EQ(times.Values(), (Times{timeout * 1'000, logout}));
     }
 }
 
