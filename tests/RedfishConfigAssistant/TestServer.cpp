@@ -3,11 +3,36 @@
 namespace resttest
 {
 
-TestServer::TestServer(Handler handler, const Certificate* certificate)
+namespace
+{
+
+std::unique_ptr<httplib::Server> ServerOf(const Certificate* certificate, int tlsVersion)
+{
+    if (certificate == nullptr)
+    {
+        return std::make_unique<httplib::Server>();
+    }
+    if (tlsVersion == 0)
+    {
+        return std::make_unique<httplib::SSLServer>(certificate->Leaf.get(), certificate->Key.get());
+    }
+    return std::make_unique<httplib::SSLServer>(
+        [&](SSL_CTX& context)
+        {
+            return SSL_CTX_set_cipher_list(&context, resttest::AllCiphers) == 1 &&
+                   SSL_CTX_use_certificate(&context, certificate->Leaf.get()) == 1 &&
+                   SSL_CTX_use_PrivateKey(&context, certificate->Key.get()) == 1 &&
+                   SSL_CTX_set_min_proto_version(&context, tlsVersion) == 1 &&
+                   SSL_CTX_set_max_proto_version(&context, tlsVersion) == 1;
+        });
+}
+
+} // namespace
+
+TestServer::TestServer(Handler handler, const Certificate* certificate, int tlsVersion)
     : m_Handler(std::move(handler)), m_Tls(certificate != nullptr)
 {
-    m_Server = m_Tls ? std::make_unique<httplib::SSLServer>(certificate->Leaf.get(), certificate->Key.get())
-                     : std::make_unique<httplib::Server>();
+    m_Server = ServerOf(certificate, tlsVersion);
     m_Server->set_keep_alive_max_count(100'000);
     const auto serve = [this](const httplib::Request& request, httplib::Response& response)
     { Serve(request, response); };

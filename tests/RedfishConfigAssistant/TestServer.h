@@ -19,6 +19,9 @@
 namespace resttest
 {
 
+/// Those of old versions of TLS, too, which OpenSSL leaves out of its own accord.
+constexpr const char* AllCiphers = "ALL:@SECLEVEL=0";
+
 struct SeenRequest
 {
     std::string Method;
@@ -42,7 +45,8 @@ class TestServer
     using Handler = std::function<void(const httplib::Request&, httplib::Response&)>;
 
     /// @param certificate  null for http.
-    explicit TestServer(Handler handler, const Certificate* certificate = nullptr);
+    /// @param tlsVersion  the only one spoken, as OpenSSL names it, with old ciphers, too; 0 for what is usual.
+    explicit TestServer(Handler handler, const Certificate* certificate = nullptr, int tlsVersion = 0);
     TestServer(const TestServer&) = delete;
     TestServer& operator=(const TestServer&) = delete;
     ~TestServer();

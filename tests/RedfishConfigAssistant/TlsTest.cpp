@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <memory>
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -65,8 +66,38 @@ class PemFile
     std::string m_Path = testing::TempDir() + "tls-test-XXXXXX";
 };
 
-/// The folder whose certificates curl trusts of its own accord in this thread; empty for that of the machine.
-thread_local std::string systemFolder;
+/// What stands in this thread's transfers before they are told anything: the folder whose certificates curl trusts of
+/// its own accord, and the ciphers of its TLS library; what is empty is that of the machine.
+struct Machine
+{
+    std::string Folder;
+    std::string Ciphers;
+};
+thread_local Machine machine;
+
+/// Gives a transfer what is not empty.
+void Prepare(CURL* handle, CURLoption option, const std::string& value)
+{
+    if (!value.empty())
+    {
+        EXPECT_EQ(curl_easy_setopt(handle, option, value.c_str()), CURLE_OK);
+    }
+}
+
+/// Reads from a server with no more said to curl than not to look at certificates, and to speak old versions of TLS.
+CURLcode ReadByCurlAlone(std::uint16_t port)
+{
+    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> curl(curl_easy_init(), curl_easy_cleanup);
+    const std::string url = "https://127.0.0.1:" + std::to_string(port) + "/x";
+    curl_easy_setopt(curl.get(), CURLOPT_URL, url.c_str());
+    curl_easy_setopt(curl.get(), CURLOPT_PROXY, "");
+    curl_easy_setopt(curl.get(), CURLOPT_SSL_VERIFYPEER, 0L);
+    curl_easy_setopt(curl.get(), CURLOPT_SSL_VERIFYHOST, 0L);
+    curl_easy_setopt(curl.get(), CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_0));
+    curl_easy_setopt(
+        curl.get(), CURLOPT_WRITEFUNCTION, +[](char*, std::size_t, std::size_t count, void*) { return count; });
+    return curl_easy_perform(curl.get());
+}
 
 } // namespace
 
@@ -75,9 +106,10 @@ extern "C" CURL* curl_easy_init()
 {
     static const auto original = reinterpret_cast<CURL* (*)()>(dlsym(RTLD_NEXT, "curl_easy_init"));
     CURL* const made = original();
-    if (made != nullptr && !systemFolder.empty())
+    if (made != nullptr)
     {
-        EXPECT_EQ(curl_easy_setopt(made, CURLOPT_CAPATH, systemFolder.c_str()), CURLE_OK);
+        Prepare(made, CURLOPT_CAPATH, machine.Folder);
+        Prepare(made, CURLOPT_SSL_CIPHER_LIST, machine.Ciphers);
     }
     return made;
 }
@@ -111,10 +143,10 @@ TEST(Tls, BesideACaFileTheFolderOfTheMachineIsNotTrusted)
     const PemFile file(MakeCertificate("IP:127.0.0.1", 1, "another authority").Pem);
     const testdata::TemporaryFolder folder;
     folder.Write(fmt::format("{:08x}.0", X509_subject_name_hash(Good().Leaf.get())), Good().Pem);
-    systemFolder = folder.Path().string();
+    machine.Folder = folder.Path().string();
     const RedfishConfigResult byFolder = Get(Verified(server), {});
     const RedfishConfigResult byFile = Get(Verified(server), {.CaFile = file.Path(), .PinnedSha256 = ""});
-    systemFolder.clear();
+    machine = {};
     EXPECT_THAT(byFolder, HasCode(0));
     EXPECT_THAT(byFile, Fails(24, "is not trusted"));
 }
@@ -218,6 +250,22 @@ TEST(Tls, VerificationCanBeTurnedOff)
     const Certificate certificate = MakeCertificate("DNS:other.example", -1);
     const TestServer server(Answers, &certificate);
     EXPECT_THAT(Get(server.Info(), {}), HasCode(0));
+}
+
+TEST(Tls, VersionsBefore12AreNotSpokenEvenWhereTheMachineWouldSpeakThem)
+{
+    for (const auto& [version, code] :
+         {std::pair(TLS1_VERSION, 24), std::pair(TLS1_1_VERSION, 24), std::pair(TLS1_2_VERSION, 0)})
+    {
+        const TestServer server(Answers, &Good(), version);
+        machine.Ciphers = AllCiphers;
+        const RedfishConfigResult result = Get(server.Info(), {});
+        const CURLcode ofItsOwnAccord = ReadByCurlAlone(server.Port());
+        machine = {};
+        EXPECT_THAT(result, HasCode(code)) << version;
+        EXPECT_EQ(ofItsOwnAccord, CURLE_OK) << version;
+        EXPECT_EQ(server.Calls().size(), code == 0 ? 2U : 1U) << version;
+    }
 }
 
 TEST(Tls, HttpSpokenToAnHttpsPort)
