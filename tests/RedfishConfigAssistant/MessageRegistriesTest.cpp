@@ -4,6 +4,8 @@
 
 #include "BMCBaseAssistant.h"
 #include "BmcConnection.h"
+#include "GivenOptions.h"
+#include "LeapingClock.h"
 #include "MessageTable.h"
 #include "RawServer.h"
 #include "TestServer.h"
@@ -86,6 +88,17 @@ std::map<std::string, std::string> Served()
 }
 
 const std::vector<std::string> Reading = {"PATCH /x", "GET " + Base, "GET " + Base + "/Acme", "GET /store/acme"};
+
+/// A refusal by forty messages, each of another registry.
+std::string OfManyRegistries()
+{
+    std::string messages;
+    for (int i = 0; i < 40; ++i)
+    {
+        messages += (i == 0 ? "" : ",") + std::string(R"({"MessageId":"R)") + std::to_string(i) + R"(.1.0.K"})";
+    }
+    return ListOf(messages);
+}
 
 } // namespace
 
@@ -312,14 +325,32 @@ TEST(MessageRegistries, ALostConnectionUnderAReadIsNoFailure)
 
 TEST(MessageRegistries, NotMoreThanEightAreAskedFor)
 {
-    std::string messages;
-    for (int i = 0; i < 40; ++i)
-    {
-        messages += (i == 0 ? "" : ",") + std::string(R"({"MessageId":"R)") + std::to_string(i) + R"(.1.0.K"})";
-    }
-    Bmc bmc(ListOf(messages), {{Base, Collection({})}});
+    Bmc bmc(OfManyRegistries(), {{Base, Collection({})}});
     EXPECT_THAT(bmc.Patch(), Fails(18, "R39.1.0.K"));
     EXPECT_EQ(bmc.Server().Calls().size(), 1U + 8U);
+}
+
+TEST(MessageRegistries, NoneIsAskedForInTheLastOfFifteenSeconds)
+{
+    LeapingClock clock;
+    std::size_t reads = 0;
+    const TestServer server(
+        [&, refusal = OfManyRegistries()](const httplib::Request& request, httplib::Response& response)
+        {
+            if (request.method == "PATCH")
+            {
+                AnswerJson(response, refusal, 400);
+                return;
+            }
+            clock.Leap(std::chrono::milliseconds(++reads < 5 ? 3'000 : 2'300));
+            AnswerJson(response, Collection({}));
+        });
+    const GivenOptions times(CURLOPT_TIMEOUT_MS);
+    std::vector<RedfishConfigResult> errors;
+    EXPECT_THAT(BMCBaseAssistant(server.Info(), Kind).PatchData("/x", "{}", errors, true, {}), Fails(18, "R39.1.0.K"));
+    EXPECT_EQ(server.Calls().size(), 1U + 5U);
+    EXPECT_EQ(times.Values().size(), 1U + 5U);
+    EXPECT_THAT(times.Values(), testing::Each(testing::Ge(1'000)));
 }
 
 TEST(MessageRegistries, SecretsInWordsAreBlottedOut)
