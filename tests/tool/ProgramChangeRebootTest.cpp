@@ -47,6 +47,44 @@ class ProgramChangeReboot : public ::testing::Test
     }
 };
 
+/// A system with one value that is not its default, and a file with that value.
+class ProgramChangeDefaults : public ::testing::Test
+{
+  public:
+    const std::string Warning = "tavrine: warning: all settings go to their defaults at the next start of the system\n";
+    const InsideBmc Bmc;
+    const InsideRun Tool{Bmc.Url()};
+    const testdata::TemporaryFolder Folder;
+    const std::string Saved = Folder.Write("saved.conf", "BootFailLimit=3\n");
+    const std::string Now = (Folder.Path() / "now.json").string();
+
+    void SetUp() override { ASSERT_EQ(Tool({"set", "BootFailLimit=3", "--reboot", "--wait", "60"}).Status, 0); }
+
+    void ExpectNothingRestored(const Words& words) const
+    {
+        const Finished restored = Tool(words);
+        EXPECT_EQ(restored.Status, 18);
+        EXPECT_TRUE(Says(restored.Errors, "All settings go to their defaults at the next start")) << restored.Errors;
+        EXPECT_TRUE(Says(restored.Errors, "nothing was sent")) << restored.Errors;
+    }
+
+    void ExpectNoRestart(const Words& words) const
+    {
+        const Finished changed = Tool(words);
+        EXPECT_EQ(changed.Status, 18) << changed.Errors;
+        EXPECT_TRUE(Says(changed.Errors, Warning)) << changed.Errors;
+        EXPECT_TRUE(Says(changed.Errors, "The system was not restarted, since all settings would go to their defaults"))
+            << changed.Errors;
+    }
+
+    void ExpectLoadedByTheNextStart() const
+    {
+        EXPECT_EQ(Tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
+        EXPECT_EQ(Tool({"reboot", "--wait", "60"}).Status, 0);
+        EXPECT_EQ(Tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=5\n");
+    }
+};
+
 } // namespace
 
 TEST_F(ProgramChangeReboot, ChangesAreVerifiedWhenTheSystemIsBack)
@@ -214,82 +252,52 @@ TEST_F(ProgramChangeReboot, ARestartWhoseAnswerIsLostIsLookedFor)
 }
 
 /// All defaults at the next start are no pending values of single settings.
-TEST_F(ProgramChangeReboot, ALoadOfAllDefaultsIsSeenUntilTheNextStart)
+TEST_F(ProgramChangeDefaults, ALoadOfAllDefaultsIsSeenUntilTheNextStart)
 {
-    const std::string warning = "tavrine: warning: all settings go to their defaults at the next start of the system\n";
-    const InsideBmc bmc;
-    const InsideRun tool(bmc.Url());
-    const testdata::TemporaryFolder folder;
-    const std::string file = folder.Write("saved.conf", "BootFailLimit=3\n");
-    EXPECT_EQ(tool({"set", "BootFailLimit=3", "--reboot", "--wait", "60"}).Status, 0);
-    EXPECT_FALSE(Says(tool({"pending"}).Errors, warning));
-    EXPECT_EQ(tool({"loaddefault", "BIOS", "--yes"}).Status, 0);
+    EXPECT_FALSE(Says(Tool({"pending"}).Errors, Warning));
+    EXPECT_EQ(Tool({"loaddefault", "BIOS", "--yes"}).Status, 0);
 
-    const Finished pending = tool({"pending"});
+    const Finished pending = Tool({"pending"});
     EXPECT_EQ(pending.Status, 0);
     EXPECT_EQ(pending.Output, "All settings go to their defaults at the next start of the system.\n");
     for (const Words& words : {Words{"pending", "BootFailLimit"},
                                {"compare", "pending"},
-                               {"save", (folder.Path() / "now.json").string()},
+                               {"save", Now},
                                {"describe", "BootFailLimit"},
                                {"set", "BootFailLimit=3"}})
     {
-        EXPECT_TRUE(Says(tool(words).Errors, warning)) << words.front();
+        EXPECT_TRUE(Says(Tool(words).Errors, Warning)) << words.front();
     }
-    for (const Words& words : {Words{"restore", file}, {"restore", file, "--dry-run"}})
+    for (const Words& words : {Words{"restore", Saved}, {"restore", Saved, "--dry-run"}})
     {
-        const Finished restored = tool(words);
-        EXPECT_EQ(restored.Status, 18);
-        EXPECT_TRUE(Says(restored.Errors, "All settings go to their defaults at the next start")) << restored.Errors;
-        EXPECT_TRUE(Says(restored.Errors, "nothing was sent")) << restored.Errors;
+        ExpectNothingRestored(words);
     }
     for (const Words& words : {Words{"set", "NumLock=false", "--reboot"}, {"loaddefault", "BootOrder1", "--reboot"}})
     {
-        const Finished changed = tool(words);
-        EXPECT_EQ(changed.Status, 18) << changed.Errors;
-        EXPECT_TRUE(Says(changed.Errors, warning)) << changed.Errors;
-        EXPECT_TRUE(Says(changed.Errors, "The system was not restarted, since all settings would go to their defaults"))
-            << changed.Errors;
+        ExpectNoRestart(words);
     }
-    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
-    EXPECT_EQ(tool({"reboot", "--wait", "60"}).Status, 0);
-    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=5\n");
-    EXPECT_EQ(tool({"loaddefault", "BIOS", "--yes", "--reboot", "--wait", "60"}).Status, 0);
-    EXPECT_EQ(tool({"restore", file, "--reboot", "--wait", "60"}).Status, 0);
-    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
-    EXPECT_EQ(tool({"pending"}).Output, "Nothing is pending.\n");
+    ExpectLoadedByTheNextStart();
+    EXPECT_EQ(Tool({"loaddefault", "BIOS", "--yes", "--reboot", "--wait", "60"}).Status, 0);
+    EXPECT_EQ(Tool({"restore", Saved, "--reboot", "--wait", "60"}).Status, 0);
+    EXPECT_EQ(Tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
+    EXPECT_EQ(Tool({"pending"}).Output, "Nothing is pending.\n");
 }
 
 /// A firmware loads them, too, by a setting of its own, which waits as any other does.
-TEST_F(ProgramChangeReboot, ALoadByTheFirmwareIsSeenUntilTheNextStart)
+TEST_F(ProgramChangeDefaults, ALoadByTheFirmwareIsSeenUntilTheNextStart)
 {
-    const std::string warning = "tavrine: warning: all settings go to their defaults at the next start of the system\n";
-    const InsideBmc bmc;
-    const InsideRun tool(bmc.Url());
-    const testdata::TemporaryFolder folder;
-    const std::string file = folder.Write("saved.conf", "BootFailLimit=3\n");
-    EXPECT_EQ(tool({"set", "BootFailLimit=3", "--reboot", "--wait", "60"}).Status, 0);
-    EXPECT_EQ(tool({"loaddefault", "BIOS", "--post", "--yes"}).Status, 0);
-    for (const Words& words :
-         {Words{"pending"}, {"describe", "BootFailLimit"}, {"save", (folder.Path() / "now.json").string()}})
+    EXPECT_EQ(Tool({"loaddefault", "BIOS", "--post", "--yes"}).Status, 0);
+    for (const Words& words : {Words{"pending"}, {"describe", "BootFailLimit"}, {"save", Now}})
     {
-        EXPECT_TRUE(Says(tool(words).Errors, warning)) << words.front();
+        EXPECT_TRUE(Says(Tool(words).Errors, Warning)) << words.front();
     }
-    EXPECT_TRUE(Says(tool({"results"}).Errors, "all settings go to their defaults at the next start"));
-    const Finished restored = tool({"restore", file});
-    EXPECT_EQ(restored.Status, 18);
-    EXPECT_TRUE(Says(restored.Errors, "All settings go to their defaults at the next start")) << restored.Errors;
-    const Finished changed = tool({"set", "NumLock=false", "--reboot"});
-    EXPECT_EQ(changed.Status, 18) << changed.Errors;
-    EXPECT_TRUE(Says(changed.Errors, warning)) << changed.Errors;
-    EXPECT_TRUE(Says(changed.Errors, "The system was not restarted, since all settings would go to their defaults"))
-        << changed.Errors;
-    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
-    EXPECT_EQ(tool({"reboot", "--wait", "60"}).Status, 0);
-    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=5\n");
-    EXPECT_EQ(tool({"loaddefault", "BIOS", "--post", "--yes", "--reboot", "--wait", "60"}).Status, 0);
-    EXPECT_FALSE(Says(tool({"set", "BootFailLimit=3", "--reboot", "--wait", "60"}).Errors, warning));
-    EXPECT_EQ(tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
+    EXPECT_TRUE(Says(Tool({"results"}).Errors, "all settings go to their defaults at the next start"));
+    ExpectNothingRestored({"restore", Saved});
+    ExpectNoRestart({"set", "NumLock=false", "--reboot"});
+    ExpectLoadedByTheNextStart();
+    EXPECT_EQ(Tool({"loaddefault", "BIOS", "--post", "--yes", "--reboot", "--wait", "60"}).Status, 0);
+    EXPECT_FALSE(Says(Tool({"set", "BootFailLimit=3", "--reboot", "--wait", "60"}).Errors, Warning));
+    EXPECT_EQ(Tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
 }
 
 TEST_F(ProgramChangeReboot, ARefusedLoadOfAllDefaultsIsNotFollowedByARestart)
