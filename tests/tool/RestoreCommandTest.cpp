@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <utility>
@@ -14,6 +17,7 @@
 #include "Options.h"
 #include "RestoreFixture.h"
 #include "RestoreSend.h"
+#include "Signals.h"
 
 using namespace Tavrine::Tool;
 using namespace tooltest;
@@ -348,6 +352,34 @@ TEST(RestoreCommand, BehindALostConnectionNothingElseIsSent)
     EXPECT_EQ(Find(plan, "Mode").Outcome, RestoreOutcome::NotSent);
 }
 
+TEST(RestoreCommand, AfterASignalNothingElseIsSent)
+{
+    class Stopped : public ScriptedFront
+    {
+      public:
+        using ScriptedFront::ScriptedFront;
+        RedfishConfigResult Restore(SettingStringMap& values, SettingStringMap& done, SettingStringMap& failed,
+                                    bool sameSystem, bool force) override
+        {
+            std::raise(SIGTERM);
+            return ScriptedFront::Restore(values, done, failed, sameSystem, force);
+        }
+    };
+    const auto run = []
+    {
+        InstallStopSignals();
+        Script script;
+        RestorePlan plan = PlanOf({{"Mode", "Fixed"}, {"Size", "3"}});
+        std::vector<std::string> notes;
+        SendRestore(
+            plan, OptionsFor(), [&] { return std::make_unique<Stopped>(script); }, notes);
+        const RestoreSetting& mode = Find(plan, "Mode");
+        std::fprintf(stderr, "%zu sent, %d: %s\n", script.Asked.size(), mode.Code, mode.Why.c_str());
+        std::_Exit(mode.Outcome == RestoreOutcome::NotSent ? 0 : 1);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "^1 sent, 24: the run was stopped\n$");
+}
+
 TEST(RestoreCommand, WhatWasNotSentHasTheCodeOfWhatStoppedTheRun)
 {
     Script script;
@@ -446,6 +478,12 @@ TEST(RestoreCommand, PasswordsThatABmcRepeatsAreBlottedOut)
          {{18, "The value 77 is bad", "BIOS.Word"}},
          "refused: " + leftOut,
          "unknown: " + lost},
+        {"short, and another refused by name",
+         "no",
+         {18, "PATCH /x", ""},
+         {{18, "no such value", "BIOS.Tag"}},
+         "refused: PATCH /x",
+         "refused: no such value"},
         {"short, and no answer",
          "77",
          {24, "h:77: " + lost, ""},

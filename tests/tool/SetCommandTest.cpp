@@ -17,6 +17,16 @@ namespace
 
 class SetCommand : public SetFixture
 {
+  public:
+    /// Of a UEFI system whose protected setting has a value.
+    void AskForProtected()
+    {
+        Given.SystemType = SystemTypeUefi;
+        Given.Protected = true;
+        Given.FirstPrefix = Given.SecondPrefix = "BIOS";
+        Front.Value("Seal", R"("old")");
+        Front.Registry.second.replace(Front.Registry.second.find("\"Seal\",") + 7, 0, "\"CurrentValue\":\"old\",");
+    }
 };
 
 } // namespace
@@ -323,6 +333,19 @@ TEST_F(SetCommand, WhatAStoppedRunTellsShowsNoPassword)
     EXPECT_EXIT(run("val"), ::testing::ExitedWithCode(0), "^BIOS.Secret: what the BMC answered is not shown");
 }
 
+TEST_F(SetCommand, AStoppedRunReadsNothingBack)
+{
+    const auto run = [this]
+    {
+        InstallStopSignals();
+        std::raise(SIGTERM);
+        Set({"Timeout=20"});
+        std::fprintf(stderr, "%zu done, read back %d times\n", Front.Done.size(), ReadBacks);
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "^1 done, read back 0 times\n$");
+}
+
 TEST_F(SetCommand, WithoutTheCheckTheOtherOperationIsUsed)
 {
     Given.NoCheck = true;
@@ -427,11 +450,7 @@ TEST_F(SetCommand, ADryRunSendsNothingAndPrintsTheBodies)
 
 TEST_F(SetCommand, ProtectedSettingsHaveABodyOfTheirOwn)
 {
-    Given.SystemType = SystemTypeUefi;
-    Given.Protected = true;
-    Given.FirstPrefix = Given.SecondPrefix = "BIOS";
-    Front.Value("Seal", R"("old")");
-    Front.Registry.second.replace(Front.Registry.second.find("\"Seal\",") + 7, 0, "\"CurrentValue\":\"old\",");
+    AskForProtected();
     Given.DryRun = true;
     EXPECT_EQ(Set({"Timeout=20", "Seal=new", "Owner=you"}).Text,
               "{\"Attributes\":{\"Seal\":\"new\"}}\n{\"Attributes\":{\"Owner\":\"you\",\"Timeout\":20}}\n");
@@ -443,6 +462,15 @@ TEST_F(SetCommand, ProtectedSettingsHaveABodyOfTheirOwn)
     EXPECT_EQ(Front.Done, (Words{"Seal=new+", "flush", "Timeout=20+", "flush"}));
     EXPECT_EQ(answer.Text, "BIOS.Seal: changed, takes effect after a reboot\n");
     EXPECT_EQ(answer.Code, 33);
+}
+
+/// Each costs another read of the registry.
+TEST_F(SetCommand, AProtectedSettingIsNotReadBackWhereItsRequestWasAccepted)
+{
+    AskForProtected();
+    EXPECT_EQ(Set({"Timeout=20", "Seal=new"}).Code, 0);
+    EXPECT_EQ(Front.Done, (Words{"Seal=new+", "flush", "Timeout=20+", "flush"}));
+    EXPECT_EQ(ReadBacks, 1);
 }
 
 TEST_F(SetCommand, OfASystemWithoutUefiProtectedSettingsGoWithTheOthers)

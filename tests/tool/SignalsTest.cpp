@@ -1,18 +1,24 @@
 #include "Signals.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "Bmc.h"
 #include "EmbeddedSimulator.h"
+#include "Options.h"
+#include "Restart.h"
 
 using namespace Tavrine::Tool;
 namespace fs = std::filesystem;
@@ -65,6 +71,28 @@ TEST(Signals, TheSimulatorLeavesThemToTheThreadThatWaits)
         }
     }
     EXPECT_GT(own, 0U);
+}
+
+TEST(Signals, OneEndsThePauseBetweenTwoLooksAtASystem)
+{
+    const auto run = []
+    {
+        InstallStopSignals();
+        alarm(60); // ends the process where the pause does not end
+        Options options;
+        options.Bmc.Host = "127.0.0.1";
+        Bmc bmc(options);
+        std::thread signal(
+            [failed = bmc.Prepare().has_value()]
+            {
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                kill(getpid(), failed ? SIGKILL : SIGTERM);
+            });
+        const bool waited = MeansOf(bmc).Pause(std::chrono::hours(1));
+        signal.join();
+        std::_Exit(waited ? 1 : 0);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
 TEST(Signals, AreHeldForAWhile)
