@@ -33,13 +33,15 @@ class UefiMachine
             "@odata.type":"#Bios.v1_2_0.Bios","Id":"Bios","Name":"BIOS","AttributeRegistry":"Plain.v1_0_0",
             "@Redfish.Settings":{"@odata.type":"#Settings.v1_3_3.Settings",
                 "SettingsObject":{"@odata.id":"/redfish/v1/Systems/1/Bios/Settings"}},
-            "Attributes":{"Flag":true,"Fixed":1,"Size":1}})");
+            "Actions":{"#Bios.ResetBios":{"target":"/redfish/v1/Systems/1/Bios/Actions/Bios.ResetBios"}},
+            "Attributes":{"Flag":true,"Fixed":1,"Size":1,"Word":""}})");
         m_Folder.Write("machine/registry.en.json", R"({"@odata.type":"#AttributeRegistry.v1_3_6.AttributeRegistry",
             "Id":"Plain.v1_0_0","Name":"Plain","Language":"en","OwningEntity":"Tests","RegistryVersion":"1.0.0",
             "RegistryEntries":{"Attributes":[
             {"AttributeName":"Flag","Type":"Boolean","DefaultValue":"False"},
             {"AttributeName":"Size","Type":"Integer","DefaultValue":5},
             {"AttributeName":"Fixed","Type":"Integer","DefaultValue":5,"ReadOnly":true},
+            {"AttributeName":"Word","Type":"Password","DefaultValue":"changeit"},
             {"AttributeName":"Seal","Type":"Boolean","DefaultValue":"False","Oem":{"Zorvan":{"Protected":true}}}],
             "Menus":[],"Dependencies":[]}})");
         m_Folder.Write("machine/protected.json", R"({"Attributes":{"Seal":true}})");
@@ -135,6 +137,16 @@ TEST(ProgramLoadDefault, AllDefaultsAreVerifiedWhateverFormNumbersAreShownIn)
     }
     EXPECT_EQ(told[0], told[1]);
     EXPECT_TRUE(Says(told[1], " new values are in force\n")) << told[1];
+}
+
+/// Some show an empty text for every password.
+TEST(ProgramLoadDefault, WhatABmcShowsForAPasswordIsNotVerified)
+{
+    const UefiMachine machine;
+    const RunningBmc bmc(machine.With({}));
+    const Finished loaded = RunToEnd(LoadUefi(bmc, {"UEFI", "--yes", "--reboot", "--wait", "60"}));
+    EXPECT_EQ(loaded.Status, 0) << loaded.Errors;
+    EXPECT_TRUE(Says(loaded.Output, "2 of 2 new values are in force\n")) << loaded.Output;
 }
 
 /// The registry tells what kinds ordinary settings are, also of a BMC whose OEM actions fail.
