@@ -1,6 +1,5 @@
 #include "Bmc.h"
 
-#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <filesystem>
@@ -111,11 +110,7 @@ TavrineConnection::ConnectionInfo Bmc::Record() const
     info.User = m_Simulator ? bmcsim::SimulatorOptions().User : m_Options.User;
     info.Retries = m_Options.Retries;
     info.RetryPause = FirstRetryPause;
-    if (m_Options.Timeout)
-    {
-        info.RequestTimeout = *m_Options.Timeout;
-        info.ConnectTimeout = std::min(info.ConnectTimeout, *m_Options.Timeout);
-    }
+    info.RequestTimeout = m_Options.Timeout.value_or(info.RequestTimeout);
     if (!m_Simulator && m_Options.Bmc.PlainHttp)
     {
         info.Flags |= TavrineConnection::FlagPlainHttp;

@@ -38,8 +38,8 @@ constexpr std::int64_t FirstOwnWait = 1'000;
 constexpr std::int64_t FirstWaitOfZero = 100;
 constexpr std::int64_t LongestOwnWait = 30'000;
 constexpr std::size_t MaxTokenBytes = 4096;
-/// The words of a refusal are not worth a longer wait.
-constexpr std::chrono::seconds LookupTimeout{5};
+/// The words of a refusal are not worth a longer wait: seconds.
+constexpr int LookupTimeout = 5;
 constexpr std::chrono::seconds LookupTimeoutOfAll{15};
 
 std::chrono::seconds AtLeastOne(std::uint16_t seconds) { return std::chrono::seconds(std::max<int>(seconds, 1)); }
@@ -464,7 +464,8 @@ std::string RedfishClient::FindWords(const BmcMessage& message, std::chrono::ste
         {
             return {24, "", ""};
         }
-        Exchange exchange = FollowRedirects({HttpVerb::Get, path, {}, std::min(left, LookupTimeout), nullptr, false});
+        Exchange exchange =
+            FollowRedirects({HttpVerb::Get, path, {}, std::min(left, TimeoutOf(LookupTimeout)), nullptr, false});
         if (exchange.Fault || exchange.Answer.Status != 200)
         {
             return {exchange.Fault ? 24 : 26, "", ""};

@@ -330,6 +330,21 @@ TEST(MessageRegistries, NotMoreThanEightAreAskedFor)
     EXPECT_EQ(bmc.Server().Calls().size(), 1U + 8U);
 }
 
+TEST(MessageRegistries, AreReadWithinTheLongestTimeOfARequest)
+{
+    for (const auto& [longest, given] : {std::pair<std::uint16_t, std::intptr_t>{2, 2'000}, {0, 5'000}, {9, 5'000}})
+    {
+        Bmc bmc(ListOf(R"({"MessageId":"Acme.2.15.Plain"})"), {});
+        TavrineConnection::ConnectionProfile profile;
+        profile.LongestRequest = longest;
+        const BmcConnection connection(bmc.Server().Info(), profile);
+        const GivenOptions times(CURLOPT_TIMEOUT_MS);
+        EXPECT_THAT(bmc.Patch(connection), HasCode(18));
+        ASSERT_EQ(times.Values().size(), 2U);
+        EXPECT_EQ(times.Values()[1], given) << longest;
+    }
+}
+
 TEST(MessageRegistries, NoneIsAskedForInTheLastOfFifteenSeconds)
 {
     LeapingClock clock;
