@@ -15,7 +15,6 @@
 #include "Options.h"
 #include "Signals.h"
 #include "StandardStreams.h"
-#include "TextOutput.h"
 
 namespace json = boost::json;
 
@@ -92,7 +91,7 @@ RebootMeans MeansOf(Bmc& bmc)
                 }
                 return StopSignal() == 0;
             },
-            [](const std::string& line) { WriteError("tavrine: " + EscapeControls(line) + "\n"); }};
+            [](const std::string& line) { WriteError("tavrine: " + line + "\n"); }};
 }
 
 GrowingPause::GrowingPause(const RebootMeans& means, milliseconds until)

@@ -356,7 +356,6 @@ void CurlConnection::Transfer(const HttpRequest& request, const Credentials& cre
     const SigpipeGuard guard;
     // Nothing of this call may be pointed to after it.
     const std::unique_ptr<CURL, void (*)(CURL*)> used(m_Easy.get(), &curl_easy_reset);
-    m_Tls.Forget();
     SetFixedOptions();
     SetRequest(request, credentials, reception);
     reception.End.Code = Drive(request, reception);

@@ -202,7 +202,7 @@ class Follower
             const int code = exchange.Fault->Code;
             m_Faults += code == 33 ? 0 : 1; // a service that has started anew lets nobody in for a while
             const bool passes = code == 24 || code == 32 || code == 33;
-            const bool final = !passes || m_Faults == MaxFaults || AbortFlag::IsRaised();
+            const bool final = !passes || m_Faults == MaxFaults;
             return final ? std::optional(Doubtful("but it cannot be watched any more: " + m_Trouble)) : std::nullopt;
         }
         m_Faults = 0;

@@ -129,12 +129,6 @@ void TlsCheck::Apply(CURL* handle)
     SetOption(handle, CURLOPT_SSL_CTX_DATA, this);
 }
 
-void TlsCheck::Forget()
-{
-    m_Shown.reset();
-    m_Refusal = "";
-}
-
 std::string TlsCheck::ShownFingerprint() const { return m_Shown ? Sha256Text(*m_Shown) : std::string(); }
 
 CURLcode TlsCheck::OnContext(CURL* /*handle*/, void* context, void* self)

@@ -47,12 +47,10 @@ class TlsCheck
     /// @throws std::bad_alloc, UnusableCurl where the rules cannot be applied
     void Apply(CURL* handle);
     const TlsRules& Rules() const { return m_Rules; }
-    /// Forgets what the last handshake showed.
-    void Forget();
 
-    /// The certificate shown, by its SHA-256; empty when none was seen.
+    /// The certificate last shown, by its SHA-256; empty when none was seen.
     std::string ShownFingerprint() const;
-    /// Why the certificate was refused, in OpenSSL's words; empty when it was not.
+    /// Why that certificate was refused, in OpenSSL's words; empty when it was not.
     std::string Refusal() const { return m_Refusal; }
 
   private:
