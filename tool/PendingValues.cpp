@@ -56,31 +56,25 @@ RedfishConfigResult ReadPendingValues(RedfishConfigProc& front, PendingValues& v
     return Good();
 }
 
-RedfishConfigResult AddPendingValue(RedfishConfigProc& front, const std::string& name, PendingValues& values)
+void AddPendingValue(RedfishConfigProc& front, const std::string& name, PendingValues& values)
 {
-    const Prefixes prefixes = {front.m_Prefix, front.GetSecondPrefix()};
     SettingCompareMap compared;
-    RedfishConfigResult result = front.CompareSettingPendingValues(compared, name);
+    const RedfishConfigResult result = front.CompareSettingPendingValues(compared, name);
     if (!Answered(result))
     {
-        return result;
-    }
-    SettingStringMap effective;
-    result = front.QuerySettingValue(name, effective);
-    if (!IsSuccess(result.ErrorCode()))
-    {
-        return result;
-    }
-    if (!effective.empty())
-    {
-        values.Effective[name] = effective.begin()->second;
+        return;
     }
     if (!compared.empty())
     {
         values.Effective[name] = compared.begin()->second.first;
         values.Pending[name] = compared.begin()->second.second;
+        return;
     }
-    return Good();
+    SettingStringMap effective;
+    if (IsSuccess(front.QuerySettingValue(name, effective).ErrorCode()) && !effective.empty())
+    {
+        values.Effective[name] = effective.begin()->second;
+    }
 }
 
 } // namespace Tavrine::Tool

@@ -27,7 +27,7 @@ bool Answered(const RedfishConfigResult& result);
 /// @return 0, and `values` is filled; otherwise why they could not be read.
 RedfishConfigResult ReadPendingValues(RedfishConfigProc& front, PendingValues& values);
 
-/// Adds one setting, protected ones included. Costs a read of the attribute registry.
-RedfishConfigResult AddPendingValue(RedfishConfigProc& front, const std::string& name, PendingValues& values);
+/// Adds one setting, protected ones included, unless it cannot be read. Costs a read of the attribute registry.
+void AddPendingValue(RedfishConfigProc& front, const std::string& name, PendingValues& values);
 
 } // namespace Tavrine::Tool
