@@ -98,6 +98,9 @@ class NamedReader
 
     const RedfishConfigProc& Front() const { return *m_Front; }
 
+    /// Whether for each name it is known what waits.
+    bool KnowsAll() const { return m_KnowsAll; }
+
   private:
     /// As long as nothing is pending, the library sends a request for each name.
     void ReadTogether()
@@ -130,7 +133,21 @@ class NamedReader
         }
         SettingStringMap inForce;
         const RedfishConfigResult reported = m_Front->QuerySettingValue(name, inForce);
-        return IsSuccess(reported.ErrorCode()) || reported == CodeNoValue;
+        return IsSuccess(reported.ErrorCode()) || TellUnshown(reported, name);
+    }
+
+    /// A value that the BMC shows as none, as it does for passwords, may have another one waiting for it.
+    /// @return whether it is such a one.
+    bool TellUnshown(const RedfishConfigResult& reported, const std::string& name)
+    {
+        if (reported != CodeNoValue)
+        {
+            return false;
+        }
+        m_KnowsAll = false;
+        m_Answer.Notes.push_back(m_Front->m_Prefix + "." + name +
+                                 ": whether a change waits is not known, since the BMC shows no value of it");
+        return true;
     }
 
     void ReadOne(const std::string& name, SettingCompareMap& compared)
@@ -143,6 +160,12 @@ class NamedReader
             return;
         }
         RedfishConfigResult result = m_Front->CompareSettingPendingValues(compared, name);
+        if (result == CodeNothingPending || (IsSuccess(result.ErrorCode()) && !compared.contains(shownName)))
+        {
+            SettingStringMap inForce;
+            TellUnshown(m_Front->QuerySettingValue(name, inForce), name);
+            return;
+        }
         if (Answered(result) || (result == CodeNotFound && TakeFromAll(name, shownName, compared)))
         {
             return;
@@ -188,6 +211,7 @@ class NamedReader
     /// There where nothing at all is pending.
     std::unique_ptr<RedfishConfigSettingManager> m_Manager;
     std::optional<Failure> m_Unreachable;
+    bool m_KnowsAll = true;
 };
 
 /// Tells the kinds of settings by their values in force: the library compares texts.
@@ -295,8 +319,9 @@ void PutAll(Answer& answer, const SettingCompareMap& compared, const Options& op
     }
 }
 
+/// @param nothing  what is said where no value is pending.
 void PutInto(Answer& answer, CauseLog& causes, const SettingCompareMap& compared, const Options& options,
-             const TypedFrontMaker& freshFront, bool typed)
+             const TypedFrontMaker& freshFront, bool typed, const std::string& nothing)
 {
     std::optional<KindReader> kinds;
     if (typed && !compared.empty() && (options.Json || options.Hex))
@@ -307,7 +332,7 @@ void PutInto(Answer& answer, CauseLog& causes, const SettingCompareMap& compared
     if (compared.empty() && answer.Errors.empty())
     {
         answer.Message = StandardText(CodeNothingPending);
-        answer.Text = options.Json ? "" : "Nothing is pending.\n";
+        answer.Text = options.Json ? "" : nothing + "\n";
     }
 }
 
@@ -338,7 +363,8 @@ Answer ShowPending(const Options& options, const TypedFrontMaker& freshFront, bo
     SettingCompareMap compared;
     NamedReader reader(answer, causes, options, freshFront);
     reader.Read(BareNames(options.Names, PrefixesOf(options)), compared);
-    PutInto(answer, causes, compared, options, freshFront, typed);
+    PutInto(answer, causes, compared, options, freshFront, typed,
+            reader.KnowsAll() ? "Nothing is pending." : "Nothing is pending that the BMC shows.");
     PutDefaults(reader.Front(), options, answer);
     return answer;
 }
@@ -353,7 +379,8 @@ Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const Ty
     {
         AddFailure(answer, ExplainPending(front, result, causes, {}));
     }
-    PutInto(answer, causes, compared, options, freshFront, typed);
+    PutInto(answer, causes, compared, options, freshFront, typed,
+            "Nothing is pending; passwords and protected settings are not looked at.");
     PutDefaults(front, options, answer);
     return answer;
 }

@@ -9,6 +9,10 @@
 namespace tooltest
 {
 
+/// What `pending` without names prints where no value waits.
+inline constexpr const char* NothingPending =
+    "Nothing is pending; passwords and protected settings are not looked at.\n";
+
 /// How a child is started. Its environment is that of this process without the
 /// tool's own variables, with no configuration file to be found, and with Variables.
 /// It has a session of its own and so no controlling terminal.

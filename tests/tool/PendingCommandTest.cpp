@@ -64,13 +64,35 @@ TEST_F(PendingCommand, ThatNothingIsPendingIsAnAnswer)
         Given.Json = false;
         Answer answer = Pending(names);
         EXPECT_EQ(answer.Code, 0);
-        EXPECT_EQ(answer.Text, "Nothing is pending.\n");
+        EXPECT_EQ(answer.Text, names.empty()
+                                   ? "Nothing is pending; passwords and protected settings are not looked at.\n"
+                                   : "Nothing is pending.\n");
         EXPECT_TRUE(answer.Errors.empty());
         Given.Json = true;
         answer = Pending(names);
         EXPECT_EQ(answer.Code, 0);
         EXPECT_TRUE(answer.Data.empty());
         EXPECT_EQ(answer.Message, "There are no pending values on the current system.");
+    }
+}
+
+TEST_F(PendingCommand, OfASettingWithoutAValueNobodyKnowsWhatWaits)
+{
+    for (const RedfishConfigResult& compared : {RedfishConfigResult{2, "", ""}, RedfishConfigResult{0, "", ""}})
+    {
+        Prepare = [&](ShownFront& front, bool)
+        {
+            front.Result = compared;
+            front.Single.insert({"Word", {{8, "", ""}, {}}});
+        };
+        for (const Words& names : {Words{"Word"}, Words{"A", "Word"}})
+        {
+            const Answer answer = Pending(names);
+            EXPECT_EQ(answer.Code, 0);
+            EXPECT_EQ(answer.Text, "Nothing is pending that the BMC shows.\n");
+            EXPECT_EQ(answer.Notes, Words{"BIOS.Word: whether a change waits is not known, since the BMC shows no "
+                                          "value of it"});
+        }
     }
 }
 

@@ -73,7 +73,7 @@ TEST_P(ProgramChangeMachine, AChangeIsPendingAndAfterTheRestartInForce)
         const Finished reboot = Tool({"reboot", "--wait", "60"});
         EXPECT_EQ(reboot.Status, 0) << reboot.Errors;
         EXPECT_EQ(Tool({"show", setting.Name}).Output, shown + "=" + setting.Other + "\n");
-        EXPECT_EQ(Tool({"pending"}).Output, "Nothing is pending.\n");
+        EXPECT_EQ(Tool({"pending"}).Output, NothingPending);
         EXPECT_EQ(Patches(), 1U);
         return;
     }

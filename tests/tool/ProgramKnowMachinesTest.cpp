@@ -472,7 +472,9 @@ TEST(KnowPending, NothingPendingIsStatusZeroInEveryForm)
     {
         const Finished text = RunToEnd(Simulated(command));
         EXPECT_EQ(text.Status, 0) << text.Errors;
-        EXPECT_EQ(text.Output, command[0] == "pending" ? "Nothing is pending.\n" : "");
+        EXPECT_EQ(text.Output, command[0] != "pending" ? ""
+                               : command.size() == 1   ? NothingPending
+                                                       : "Nothing is pending.\n");
         const json::value document = Document(Simulated(command));
         EXPECT_EQ(document.at("code"), 0);
         EXPECT_TRUE(document.at("settings").as_object().empty());

@@ -277,7 +277,7 @@ TEST_F(ProgramReturn, HostileFilesAreNamedAndNothingIsSent)
         EXPECT_NE(restored.Errors.find("The file " + Name("hostile")), std::string::npos) << restored.Errors;
         EXPECT_NE(restored.Errors.find("BootFailLimit"), std::string::npos) << restored.Errors;
     }
-    EXPECT_EQ(Run({"pending"}).Output, "Nothing is pending.\n");
+    EXPECT_EQ(Run({"pending"}).Output, NothingPending);
     EXPECT_EQ(Run({"show"}).Output, before);
 }
 

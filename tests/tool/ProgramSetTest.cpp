@@ -66,7 +66,7 @@ TEST(ProgramSet, AChangeWaitsAndIsNotMadeTwice)
     const RunningBmc bmc;
     const Finished nothing = RunToEnd(bmc.Tool({"pending"}));
     EXPECT_EQ(nothing.Status, 0) << nothing.Errors;
-    EXPECT_EQ(nothing.Output, "Nothing is pending.\n");
+    EXPECT_EQ(nothing.Output, NothingPending);
 
     Finished set = RunToEnd(bmc.Tool({"set", "BIOS.BootPromptSeconds=9", "BIOS.BootMode=Uefi"}));
     EXPECT_EQ(set.Status, 0) << set.Errors;
@@ -81,7 +81,7 @@ TEST(ProgramSet, AChangeWaitsAndIsNotMadeTwice)
 
     set = RunToEnd(bmc.Tool({"set", "BootPromptSeconds=5"}));
     EXPECT_EQ(set.Output, "BIOS.BootPromptSeconds: changed, the BMC shows it in force\n") << set.Errors;
-    EXPECT_EQ(RunToEnd(bmc.Tool({"pending"})).Output, "Nothing is pending.\n");
+    EXPECT_EQ(RunToEnd(bmc.Tool({"pending"})).Output, NothingPending);
 }
 
 TEST(ProgramSet, ProtectedSettingsAreChangedWhereAllowed)
@@ -122,7 +122,7 @@ TEST(ProgramSet, ABatchThatTheBmcRefusesShowsEveryReasonAndChangesNothing)
     EXPECT_TRUE(Says(set, "BIOS.BootPromptSeconds")) << set.Errors;
     EXPECT_TRUE(Says(set, "BIOS.BootMode")) << set.Errors;
     EXPECT_TRUE(Says(set, "BIOS.ContactTeam: not changed, refused together with the others")) << set.Errors;
-    EXPECT_EQ(RunToEnd(bmc.Tool({"pending"})).Output, "Nothing is pending.\n");
+    EXPECT_EQ(RunToEnd(bmc.Tool({"pending"})).Output, NothingPending);
 }
 
 TEST(ProgramSet, ADryRunSendsNoChange)
