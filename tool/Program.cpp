@@ -167,6 +167,7 @@ int Tell(Answer answer, const Options& options)
     {
         const Answer lost = AnswerWith({CodeExternal, "Unable to write to standard output: " + error, {}, {}});
         WriteError(StderrLines(lost));
+        WriteError(options.Chosen->TellsOfChanges ? output : "");
         return IsSuccess(answer.Code) ? lost.Code : ExitStatus(answer.Code);
     }
     return ExitStatus(answer.Code);

@@ -124,6 +124,20 @@ TEST(ProgramStreams, AFailureKeepsItsCodeWhereStandardOutputIsLostToo)
     EXPECT_NE(shown.Errors.find("tavrine: 15 Unable to write to standard output: "), std::string::npos) << shown.Errors;
 }
 
+TEST(ProgramStreams, WhatBecameOfChangesIsToldWhereStandardOutputIsLost)
+{
+    const RunningBmc bmc;
+    Launch launch = bmc.Tool({"set", "BootPromptSeconds=9"});
+    launch.OutputFile = "/dev/full";
+    const Finished set = RunToEnd(launch);
+    EXPECT_EQ(set.Status, 15);
+    EXPECT_EQ(set.Errors, "tavrine: 15 Unable to write to standard output: No space left on device\n"
+                          "BIOS.BootPromptSeconds: changed, takes effect after a reboot\n");
+    launch.Arguments.emplace_back("--json");
+    const std::string document = RunToEnd(launch).Errors;
+    EXPECT_NE(document.find(R"("outcome":"already")"), std::string::npos) << document;
+}
+
 TEST(ProgramStreams, AReaderIsWaitedForWhereWritingDoesNot)
 {
     Launch launch = Simulated({"show", "--json"});
