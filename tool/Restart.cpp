@@ -80,7 +80,7 @@ std::optional<Failure> PostReset(const RebootMeans& means, SystemResource& syste
 
 RebootMeans MeansOf(Bmc& bmc)
 {
-    return {RequestsOf(bmc), [&] { return bmc.Front(1); },
+    return {RequestsOf(bmc), [&](bool typed) { return bmc.Front(typed ? 1 : 0); },
             []
             { return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch()); },
             [](milliseconds time)

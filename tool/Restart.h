@@ -20,8 +20,7 @@ struct Options;
 struct RebootMeans
 {
     BmcRequests Requests;
-    /// Gives a front object that was not used yet, of typed output.
-    FrontMaker FreshFront;
+    TypedFrontMaker FreshFront;
     std::function<std::chrono::milliseconds()> Now;
     /// Lets so much time go by; false when the run is to end.
     std::function<bool(std::chrono::milliseconds)> Pause;

@@ -31,6 +31,7 @@ WaitingChanges WaitingOf(const SetPlan& plan)
     for (const SetSetting& setting : plan.Settings)
     {
         waiting.Unknown = waiting.Unknown || setting.Outcome == SetOutcome::Unknown;
+        waiting.Refused = waiting.Refused || setting.Outcome == SetOutcome::Refused;
         const bool changed = setting.Outcome == SetOutcome::Changed && !setting.InForce.value_or(false);
         const bool pending = setting.Outcome == SetOutcome::Already && !setting.InForce.value_or(true);
         if ((changed || pending) && !setting.Secret)
@@ -72,8 +73,8 @@ void AddSetOptions(CLI::App& command, Options& options)
         "ordinary ones. Settings that the check refuses are left out, the others are sent; after a request that\n"
         "failed no other is sent. What the BMC accepted is then read back (two or three small reads): a change is\n"
         "reported as done when the BMC shows it, or when it accepted one that cannot be read back.\n"
-        "--reboot restarts the system when something waits for it, unless a request failed; what was pending\n"
-        "already counts as changed then.\n"
+        "--reboot restarts the system when something waits for it, unless a setting was refused or a request\n"
+        "failed; what was pending already counts as changed then.\n"
         "\n"
         "Further options: tavrine --help");
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -15,6 +16,7 @@
 #include "JsonValues.h"
 #include "Options.h"
 #include "OutcomeWords.h"
+#include "PendingValues.h"
 #include "SettingNames.h"
 #include "SettingSelection.h"
 #include "Signals.h"
@@ -38,7 +40,7 @@ std::optional<Failure> ReadValues(const RebootMeans& means, const std::vector<Ex
                                   SettingStringMap& values)
 {
     CauseLog causes;
-    const std::unique_ptr<RedfishConfigProc> front = means.FreshFront();
+    const std::unique_ptr<RedfishConfigProc> front = means.FreshFront(true);
     TypedSettings group;
     const auto read = [&](const SettingStringMap& given)
     {
@@ -201,7 +203,9 @@ std::string WhyNotRestarted(const WaitingChanges& waiting)
            : waiting.RequestFailed ? "not restarted, since a request failed"
            : waiting.Expected.empty() && waiting.Unreadable.empty()
                ? "not restarted, since none of these changes waits for it"
-               : "";
+           : waiting.Refused ? "not restarted, since a setting was refused; what was not comes into force with: "
+                               "tavrine reboot"
+                             : "";
 }
 
 } // namespace
@@ -287,6 +291,43 @@ std::string NotVerified(const std::vector<std::string>& names)
                               : ": the new values are not verified, since they cannot be read or may be passwords");
 }
 
+/// A restart brings everything into force that waits, whoever asked for it.
+void TellOthers(const RebootMeans& means, const WaitingChanges& waiting, const SecretTexts& secrets,
+                const Prefixes& prefixes, Answer& answer)
+{
+    std::set<std::string, CaseInsensitiveComparator> own;
+    for (const ExpectedValue& one : waiting.Expected)
+    {
+        own.insert(one.Name);
+    }
+    for (const std::string& shown : waiting.Unreadable)
+    {
+        own.insert(BareName(shown, prefixes));
+    }
+    CauseLog causes;
+    SettingCompareMap compared;
+    const RedfishConfigResult read = means.FreshFront(false)->CompareSettingPendingValues(compared, "");
+    if (!Answered(read))
+    {
+        answer.Notes.push_back("warning: whether other changes wait for the restart, too, is not known: " +
+                               Hidden(causes.Explain(read), secrets).Message);
+        return;
+    }
+    std::vector<std::string> others;
+    for (const auto& [name, texts] : compared)
+    {
+        if (!own.contains(BareName(name, prefixes)))
+        {
+            others.push_back(name);
+        }
+    }
+    if (!others.empty())
+    {
+        answer.Notes.push_back("warning: other changes wait, too, and come into force with a restart: " +
+                               OutcomeWords::FirstNames(others));
+    }
+}
+
 } // namespace
 
 void RebootAndVerify(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
@@ -311,6 +352,7 @@ void RebootForChanges(const RebootMeans& means, const Options& options, const Wa
     {
         secrets.emplace_back(secret.Text());
     }
+    TellOthers(means, waiting, secrets, PrefixesOf(options), answer);
     if (RebootAndLook(means, options, waiting.Expected, secrets, answer) && !waiting.Unreadable.empty())
     {
         answer.Notes.push_back(NotVerified(waiting.Unreadable));

@@ -39,6 +39,9 @@ struct WaitingChanges
     bool Unknown = false;
     /// A request failed, so that not everything that was meant to waits.
     bool RequestFailed = false;
+    /// Some that were asked for do not wait, since they were refused. Half of a change is not for this tool to bring
+    /// into force.
+    bool Refused = false;
     /// What the BMC may repeat when it tells what came of the changes. These outlive the commands' own plans.
     std::list<Secret> Secrets = {};
 };

@@ -189,6 +189,31 @@ TEST_F(ProgramChangeReboot, HalfOfTheChangesAreNotFollowedByARestart)
     EXPECT_EQ(Resets(), 0U);
 }
 
+TEST_F(ProgramChangeReboot, WhatElseComesIntoForceWithTheRestartIsTold)
+{
+    EXPECT_EQ(Tool({"set", "Owner=you"}).Status, 0);
+    const Finished set = Tool({"set", "Timeout=20", "--reboot", "--wait", "60"});
+    EXPECT_EQ(set.Status, 0) << set.Errors;
+    EXPECT_TRUE(Says(set.Errors, "tavrine: warning: other changes wait, too, and come into force with a restart: "
+                                 "BIOS.Owner\n"))
+        << set.Errors;
+}
+
+TEST_F(ProgramChangeReboot, ARefusedSettingKeepsTheOthersFromARestart)
+{
+    for (const char* wrong : {"Timeout=999", "Timeuot=20"})
+    {
+        const Finished set = Tool({"set", "Owner=you", wrong, "--reboot", "--wait", "60"});
+        EXPECT_NE(set.Status, 0) << wrong;
+        EXPECT_TRUE(Says(set.Output, "BIOS.Owner: ")) << set.Output;
+        EXPECT_TRUE(Says(set.Output, ", takes effect after a reboot\n")) << set.Output;
+        EXPECT_TRUE(Says(set.Errors, "not restarted, since a setting was refused; what was not comes into force with: "
+                                     "tavrine reboot\n"))
+            << set.Errors;
+    }
+    EXPECT_EQ(Resets(), 0U);
+}
+
 TEST_F(ProgramChangeReboot, AValueThatTheBmcDidNotTakeIsAFailure)
 {
     // Somebody else changes it once more before the restart.
@@ -280,7 +305,7 @@ TEST_F(ProgramChangeDefaults, ALoadOfAllDefaultsIsSeenUntilTheNextStart)
     EXPECT_EQ(Tool({"loaddefault", "BIOS", "--yes", "--reboot", "--wait", "60"}).Status, 0);
     EXPECT_EQ(Tool({"restore", Saved, "--reboot", "--wait", "60"}).Status, 0);
     EXPECT_EQ(Tool({"show", "BootFailLimit"}).Output, "BIOS.BootFailLimit=3\n");
-    EXPECT_EQ(Tool({"pending"}).Output, "Nothing is pending.\n");
+    EXPECT_EQ(Tool({"pending"}).Output, NothingPending);
 }
 
 /// A firmware loads them, too, by a setting of its own, which waits as any other does.
@@ -342,7 +367,7 @@ TEST_F(ProgramChangeReboot, DefaultsAreComparedInDecimalWhateverIsShown)
     const Finished dropped = tool({"--hex", "loaddefault", "BootFailLimit"});
     EXPECT_EQ(dropped.Status, 0) << dropped.Errors;
     EXPECT_EQ(dropped.Output, "BIOS.BootFailLimit: in place\n");
-    EXPECT_EQ(tool({"pending"}).Output, "Nothing is pending.\n");
+    EXPECT_EQ(tool({"pending"}).Output, NothingPending);
 }
 
 TEST_F(ProgramChangeReboot, ARefusedRestartLeavesTheChangePending)

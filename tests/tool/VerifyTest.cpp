@@ -39,6 +39,9 @@ struct FakeMachine
     std::function<std::string(milliseconds)> Values = [](milliseconds) { return R"({"A":"new"})"; };
     /// What a read of them comes to, with a line in the log that tells the cause of a failure.
     RedfishConfigResult ValuesResult{0, "", ""};
+    /// What waits before the reset, and what a read of it comes to.
+    tooltest::SettingCompareMap Pending;
+    RedfishConfigResult PendingResult{2, "", ""};
     /// So long after the reset the BIOS resource cannot be read.
     milliseconds BiosLost{0};
     /// What the request for a reset comes to; done all the same.
@@ -89,7 +92,10 @@ struct FakeMachine
 class ValuesFront : public FakeFront
 {
   public:
-    ValuesFront(const RedfishConfigResult& result, const std::string& values) { Group = {result, {{"BIOS", values}}}; }
+    explicit ValuesFront(const FakeMachine& machine) : m_Machine(machine)
+    {
+        Group = {machine.ValuesResult, {{"BIOS", machine.Values(machine.Since())}}};
+    }
 
     RedfishConfigResult QueryGroupSettingValues(SettingStringMap& values) override
     {
@@ -99,6 +105,17 @@ class ValuesFront : public FakeFront
         }
         return FakeFront::QueryGroupSettingValues(values);
     }
+
+    RedfishConfigResult CompareSettingPendingValues(tooltest::SettingCompareMap& values,
+                                                    const std::string& setting) override
+    {
+        EXPECT_TRUE(setting.empty() && !m_Machine.Reset());
+        values = m_Machine.Pending;
+        return m_Machine.PendingResult;
+    }
+
+  private:
+    const FakeMachine& m_Machine;
 };
 
 RebootMeans MeansOf(FakeMachine& machine)
@@ -111,7 +128,7 @@ RebootMeans MeansOf(FakeMachine& machine)
                  machine.ResetAt = machine.Clock;
                  return machine.ResetResult;
              }},
-            [&] { return std::make_unique<ValuesFront>(machine.ValuesResult, machine.Values(machine.Since())); },
+            [&](bool) { return std::make_unique<ValuesFront>(machine); },
             [&] { return machine.Clock; },
             [&](milliseconds time)
             {
@@ -377,6 +394,16 @@ TEST(Verify, OnlyForWhatIsKnownToWaitIsASystemRestarted)
          true,
          false,
          "not restarted, since a request failed"},
+        {"a refused setting beside a value",
+         {{{"A", "new"}}, {}, false, false, true},
+         true,
+         false,
+         "not restarted, since a setting was refused; what was not comes into force with: tavrine reboot"},
+        {"nothing but a refused setting",
+         {{}, {}, false, false, true},
+         true,
+         false,
+         "not restarted, since none of these changes waits for it"},
     };
     for (const Case& one : cases)
     {
@@ -394,6 +421,48 @@ TEST(Verify, OnlyForWhatIsKnownToWaitIsASystemRestarted)
         EXPECT_EQ(answer.Notes, one.Note.empty() ? std::vector<std::string>() : std::vector<std::string>{one.Note})
             << one.What;
         EXPECT_EQ(answer.Code, 0) << one.What;
+    }
+}
+
+TEST(Verify, WhatElseComesIntoForceIsTold)
+{
+    const std::string others = "warning: other changes wait, too, and come into force with a restart: ";
+    const tooltest::SettingCompareMap own = {{"BIOS.A", {"old", "new"}}, {"BIOS.p", {"", "x"}}};
+    tooltest::SettingCompareMap more = own;
+    more["BIOS.Theirs"] = {"1", "2"};
+    more["BIOS.B"] = {"1", "2"};
+    struct Case
+    {
+        tooltest::SettingCompareMap Pending;
+        RedfishConfigResult Result;
+        std::vector<std::string> Notes;
+    };
+    const Case cases[] = {
+        {{}, {2, "", ""}, {}},
+        {own, {0, "", ""}, {}},
+        {more, {0, "", ""}, {others + "BIOS.B, BIOS.Theirs"}},
+        {{},
+         {26, "Not with hunter2000.", ""},
+         {"warning: whether other changes wait for the restart, too, is not known: Not with ********."}},
+    };
+    for (const Case& one : cases)
+    {
+        FakeMachine machine;
+        machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
+        machine.Pending = one.Pending;
+        machine.PendingResult = one.Result;
+        Options options;
+        options.Reboot = true;
+        WaitingChanges waiting;
+        waiting.Expected = {{"A", "new"}};
+        waiting.Unreadable = {"BIOS.P"};
+        waiting.Secrets.emplace_back(std::string("hunter2000"));
+        Answer answer;
+        RebootForChanges(MeansOf(machine), options, waiting, answer);
+        EXPECT_TRUE(machine.Reset());
+        std::vector<std::string> notes = one.Notes;
+        notes.emplace_back("restart requested (GracefulRestart); what comes of the changes: tavrine results");
+        EXPECT_EQ(answer.Notes, notes);
     }
 }
 
