@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "RealBiosValues.h"
 #include "RedfishConfigSettingManager.h"
 #include "SharedData.h"
 #include "ValidValuesSplit.h"
@@ -23,29 +24,6 @@ namespace
 {
 
 namespace json = boost::json;
-
-SettingValueMap BiosValues(const std::filesystem::path& machine)
-{
-    SettingValueMap values;
-    const json::value bios = json::parse(testdata::ReadFile(machine / "bios.json"));
-    for (const auto& member : bios.at("Attributes").as_object())
-    {
-        OptionalVar& value = values[std::string(member.key())];
-        if (const auto* text = member.value().if_string())
-        {
-            value = std::string(*text);
-        }
-        else if (const auto* number = member.value().if_int64())
-        {
-            value = *number;
-        }
-        else if (const auto* flag = member.value().if_bool())
-        {
-            value = *flag;
-        }
-    }
-    return values;
-}
 
 class RealMachines : public testing::Test
 {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "Logging.h"
+#include "RealBiosValues.h"
 #include "RedfishConfigSettingManager.h"
 #include "SharedData.h"
 
@@ -27,29 +28,6 @@ const char* const Machines[] = {"hpe-DL360", "hpe-DL325_Gen10Plus_FC", "dmtf-exa
 std::string RegistryText(const std::string& machine)
 {
     return testdata::ReadFile(testdata::SharedData() / machine / "registry.en.json");
-}
-
-SettingValueMap BiosValues(const std::string& machine)
-{
-    SettingValueMap values;
-    const json::value bios = json::parse(testdata::ReadFile(testdata::SharedData() / machine / "bios.json"));
-    for (const auto& member : bios.at("Attributes").as_object())
-    {
-        OptionalVar& value = values[std::string(member.key())];
-        if (const auto* text = member.value().if_string())
-        {
-            value = std::string(*text);
-        }
-        else if (const auto* number = member.value().if_int64())
-        {
-            value = *number;
-        }
-        else if (const auto* flag = member.value().if_bool())
-        {
-            value = *flag;
-        }
-    }
-    return values;
 }
 
 RedfishConfigSettingInfoStru InfoOf(RedfishConfigSettingManager& manager, const std::string& name)
@@ -151,7 +129,7 @@ TEST_P(RealRegistry, CurrentValuesAreThoseOfTheBiosResourceAndDependenciesSettle
 {
     const CapturingLogSink sink;
     RedfishConfigSettingManager manager(RegistryText(GetParam()), false, Config_Options());
-    const SettingValueMap values = BiosValues(GetParam());
+    const SettingValueMap values = BiosValues(testdata::SharedData() / GetParam());
     ASSERT_FALSE(values.empty());
     manager.UpdateSettingValue(values);
     const json::value registry = json::parse(RegistryText(GetParam()));
@@ -182,7 +160,7 @@ INSTANTIATE_TEST_SUITE_P(Machines, RealRegistry, testing::ValuesIn(Machines), Ma
 TEST_F(RealServer, WorkloadProfileMakesSettingsReadOnly)
 {
     EXPECT_FALSE(InfoOf(*m_Manager, "PowerRegulator").ReadOnly);
-    m_Manager->UpdateSettingValue(BiosValues("hpe-DL360"));
+    m_Manager->UpdateSettingValue(BiosValues(testdata::SharedData() / "hpe-DL360"));
     const RedfishConfigSettingInfoStru forced = InfoOf(*m_Manager, "PowerRegulator");
     EXPECT_TRUE(forced.ReadOnly);
     EXPECT_THAT(forced.ForcedBy, ElementsAre(Pair("ReadOnly", "WorkloadProfile is GeneralPowerEfficientCompute")));
@@ -196,7 +174,7 @@ TEST_F(RealServer, WorkloadProfileMakesSettingsReadOnly)
 
 TEST_F(RealServer, MenuThatIsGrayedOutGraysItsSettings)
 {
-    m_Manager->UpdateSettingValue(BiosValues("hpe-DL360"));
+    m_Manager->UpdateSettingValue(BiosValues(testdata::SharedData() / "hpe-DL360"));
     const RedfishConfigSettingInfoStru port = InfoOf(*m_Manager, "NvmePort1");
     EXPECT_TRUE(port.GrayOut);
     EXPECT_EQ(port.ForcedBy.at("GrayOut"), "NvmeRaid is Disabled");
@@ -210,7 +188,7 @@ TEST_F(RealServer, MenuThatIsGrayedOutGraysItsSettings)
 
 TEST_F(RealServer, ConditionsCompareAcrossKindsAndLeaveUnknownValuesAlone)
 {
-    m_Manager->UpdateSettingValue(BiosValues("hpe-DL360"));
+    m_Manager->UpdateSettingValue(BiosValues(testdata::SharedData() / "hpe-DL360"));
     EXPECT_EQ(InfoOf(*m_Manager, "DramRapl").ForcedBy.at("ReadOnly"), "DramRaplLimit is not BiosControl");
     EXPECT_FALSE(InfoOf(*m_Manager, "ProcessorConfigTDPLevel").ReadOnly)
         << "IntelSpeedSelectConfigLevel is not reported, so nothing is said of it being other than Base";

@@ -12,10 +12,11 @@
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
-#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
 
 #include "ChildProcess.h"
 #include "OnTerminal.h"
+#include "ParsedJson.h"
 #include "RunningBmc.h"
 #include "SharedData.h"
 #include "TestMachine.h"
@@ -28,14 +29,6 @@ namespace
 {
 
 using Words = std::vector<std::string>;
-
-json::value Parsed(const std::string& text)
-{
-    json::error_code failure;
-    json::value value = json::parse(text, failure);
-    EXPECT_FALSE(failure) << failure.message() << ": " << text.substr(0, 200);
-    return value;
-}
 
 /// Folder of the built-in machine, and those of the shared data.
 std::vector<std::filesystem::path> EveryFolder()

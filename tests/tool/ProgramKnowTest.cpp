@@ -9,9 +9,10 @@
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
-#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
 
 #include "ChildProcess.h"
+#include "ParsedJson.h"
 #include "RunningBmc.h"
 #include "SharedData.h"
 #include "TestMachine.h"
@@ -24,14 +25,6 @@ namespace
 {
 
 using Words = std::vector<std::string>;
-
-json::value Parsed(const std::string& text)
-{
-    json::error_code failure;
-    json::value value = json::parse(text, failure);
-    EXPECT_FALSE(failure) << failure.message() << ": " << text.substr(0, 200);
-    return value;
-}
 
 /// The machines of the shared data, and "" for the built-in one.
 Words AllMachines()

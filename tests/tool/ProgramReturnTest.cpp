@@ -9,9 +9,10 @@
 #include <vector>
 
 #include <boost/json/object.hpp>
-#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
 
 #include "ChildProcess.h"
+#include "ParsedJson.h"
 #include "RunningBmc.h"
 #include "SharedData.h"
 #include "TemporaryFolder.h"
@@ -22,14 +23,6 @@ namespace json = boost::json;
 
 namespace
 {
-
-json::value Parsed(const std::string& text)
-{
-    json::error_code failure;
-    json::value value = json::parse(text, failure);
-    EXPECT_FALSE(failure) << failure.message() << ": " << text.substr(0, 200);
-    return value;
-}
 
 /// One machine over several runs of the tool.
 class ProgramReturn : public ::testing::Test

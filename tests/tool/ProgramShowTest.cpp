@@ -5,9 +5,10 @@
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
-#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
 
 #include "ChildProcess.h"
+#include "ParsedJson.h"
 #include "RunningBmc.h"
 #include "SharedData.h"
 #include "TestMachine.h"
@@ -18,14 +19,6 @@ namespace json = boost::json;
 
 namespace
 {
-
-json::value Parsed(const std::string& text)
-{
-    json::error_code failure;
-    json::value value = json::parse(text, failure);
-    EXPECT_FALSE(failure) << failure.message() << ": " << text.substr(0, 200);
-    return value;
-}
 
 /// The attributes of a Bios resource under the names that the tool shows.
 json::object Expected(const std::string& bios, const std::string& prefix)
