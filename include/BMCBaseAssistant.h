@@ -49,7 +49,7 @@ class RedfishClient;
 /// The message of a change that got no answer ends in what is known of it: "nothing was
 /// sent", "the change was not done" (turned away, and the new login failed), or
 /// "whether the change was done is not known", which is not said of an action that only reads. DeliveryIn
-/// (ChangeDelivery.h) reads it.
+/// (ChangeDelivery.h) reads it. Where the BMC itself says such words they stand between "<<" and ">>".
 class TAVRINE_EXPORT BMCBaseAssistant
 {
   public:

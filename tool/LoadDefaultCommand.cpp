@@ -16,6 +16,7 @@
 #include "NamePatterns.h"
 #include "Options.h"
 #include "OutcomeWords.h"
+#include "RequestEnd.h"
 #include "SettingNames.h"
 #include "SettingPairs.h"
 #include "TextOutput.h"
@@ -69,6 +70,14 @@ std::string WordOf(const std::optional<LoadOutcome>& outcome)
     }
 }
 
+/// Of a request that failed.
+std::string WordOf(RequestEnd end)
+{
+    return end == RequestEnd::NotSent   ? OutcomeWords::NotSent
+           : end == RequestEnd::Unknown ? OutcomeWords::Unknown
+                                        : OutcomeWords::Refused;
+}
+
 /// @param reason  empty for none.
 void PutOutcome(const std::string& shown, const std::string& word, const std::string& reason, const Options& options,
                 Answer& answer)
@@ -118,6 +127,7 @@ WaitingChanges WaitingOf(const std::vector<DefaultLoad>& loads)
         waiting.Unknown = waiting.Unknown || load.Outcome == LoadOutcome::Unknown;
         const bool isLeftOut = load.Outcome == LoadOutcome::Refused || load.Outcome == LoadOutcome::NotSent;
         waiting.RequestFailed = waiting.RequestFailed || (load.RequestFailed && isLeftOut);
+        waiting.Refused = waiting.Refused || load.Outcome == LoadOutcome::Refused;
         if (load.Expected)
         {
             waiting.Expected.push_back({load.Key, *load.Expected});
@@ -197,6 +207,7 @@ void AddLoadDefaultOptions(CLI::App& command, Options& options)
     command.add_flag("--yes", options.Yes, "Do not ask before all settings are reset");
     AddRebootOptions(command, options);
     command.footer("The one name UEFI or BIOS, the prefix of names in force, stands for all settings.\n"
+                   "--reboot restarts nothing where a setting was refused or a request failed.\n"
                    "\n"
                    "Further options: tavrine --help");
 }
@@ -238,12 +249,13 @@ Answer LoadAllDefaults(RedfishConfigProc& front, const Options& options)
     {
         answer.Notes.emplace_back(MissingActionHint);
     }
-    if (!IsSuccess(failure.Code))
+    const bool isSent = IsSuccess(failure.Code);
+    PutOutcome(front.m_Prefix, isSent ? OutcomeWords::Sent : WordOf(EndOf(failure)), isSent ? "" : failure.Message,
+               options, answer);
+    if (!isSent)
     {
         AddFailure(answer, failure);
-        return answer;
     }
-    PutOutcome(front.m_Prefix, OutcomeWords::Sent, {}, options, answer);
     return answer;
 }
 

@@ -60,6 +60,7 @@ void TakeAnswer(DefaultLoad& load, const Failure& answer, std::vector<Note>& not
     const RequestEnd end = EndOf(answer);
     load.Code = answer.Code;
     load.Open = end == RequestEnd::Unknown;
+    load.RefusedByBmc = end == RequestEnd::Refused;
     load.RequestFailed = end != RequestEnd::Accepted && end != RequestEnd::Unfit;
     if (end == RequestEnd::Accepted)
     {
@@ -98,8 +99,8 @@ void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& c
     }
 }
 
-/// Neither the answer nor what kept a setting from being sent has settled it.
-bool IsToJudge(const DefaultLoad& load) { return !load.Outcome; }
+/// Neither the answer nor what kept a setting from being sent has settled it for good.
+bool IsToJudge(const DefaultLoad& load) { return !load.Outcome || load.RefusedByBmc; }
 
 /// Whether the BMC has said something about it, which may repeat what it was sent.
 bool IsAnswered(const DefaultLoad& load)
@@ -292,10 +293,27 @@ std::string DoubtOf(const DefaultLoad& load, const Knowledge& known)
                              : OutcomeWords::NotShown);
 }
 
-/// @param unread  why nothing could be read back.
-void Judge(DefaultLoad& load, const Knowledge& known, const std::optional<Failure>& unread)
+/// Of a refusal that the BMC belies nothing is left but a warning.
+void DropRefusal(DefaultLoad& load, std::vector<Note>& notes)
 {
-    load.Outcome = OutcomeOf(load, known);
+    notes.push_back({OutcomeWords::ShownAllTheSame + load.ShownName + ": ", load.Why->Message});
+    load.Why.reset();
+    load.Answered = false;
+}
+
+/// @param unread  why nothing could be read back.
+void Judge(DefaultLoad& load, const Knowledge& known, const std::optional<Failure>& unread, std::vector<Note>& notes)
+{
+    const LoadOutcome outcome = OutcomeOf(load, known);
+    if (load.RefusedByBmc && outcome == LoadOutcome::Unknown)
+    {
+        return;
+    }
+    if (load.RefusedByBmc)
+    {
+        DropRefusal(load, notes);
+    }
+    load.Outcome = outcome;
     if (load.Outcome == LoadOutcome::Sent && !load.Secret)
     {
         // The default alone is no value to look for where the BMC, asked, shows none.
@@ -327,7 +345,7 @@ void JudgeByValues(std::vector<DefaultLoad>& loads, const Manager& manager, Redf
     {
         if (IsToJudge(load))
         {
-            Judge(load, KnowledgeOf(load, manager, values), unread);
+            Judge(load, KnowledgeOf(load, manager, values), unread, notes);
         }
     }
 }

@@ -42,6 +42,8 @@ struct DefaultLoad
     int Code = CodeSucceed;
     /// Nobody knows whether its request was carried out; by the answer alone.
     bool Open = false;
+    /// The BMC refuses it, of whom a lenient one may have done it all the same.
+    bool RefusedByBmc = false;
     /// Its request has failed, or one that kept it from being sent.
     bool RequestFailed = false;
     bool Password = false;

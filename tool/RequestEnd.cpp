@@ -1,6 +1,7 @@
 #include "RequestEnd.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <optional>
 #include <string_view>
@@ -25,8 +26,14 @@ RequestEnd EndOf(Delivery delivery)
                                               : RequestEnd::Unknown;
 }
 
-/// Of the action that reads what a change is judged by.
-bool IsAboutRead(std::string_view message) { return message.find(LibraryTexts::ReadAction) != std::string_view::npos; }
+/// Of the action that reads what a change is judged by. It ends the path, the second word: further on the BMC speaks.
+bool IsAboutRead(std::string_view message)
+{
+    const std::size_t path = message.find(' ') + 1;
+    const std::size_t pathEnd = message.find(' ', path);
+    return pathEnd != std::string_view::npos &&
+           message.substr(path, pathEnd + 1 - path).ends_with(LibraryTexts::ReadAction);
+}
 
 bool IsAboutChange(std::string_view message)
 {

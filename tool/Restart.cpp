@@ -162,20 +162,20 @@ RestartEnd Restart(const RebootMeans& means, const Options& options, millisecond
     const bool isOpen = asked && DeliveryIn(asked->Message) == Delivery::Sent;
     if (!options.Wait || (asked && !isOpen))
     {
-        return {!asked, std::move(asked), {}};
+        return {!asked, std::move(asked), isOpen, {}};
     }
     means.Tell(isOpen ? "looking whether the system restarts" : "restart requested (" + type + ")");
     std::optional<Failure> waited = WaitUntilBack(means, system, until, !isOpen);
     if (!isOpen)
     {
-        return {true, std::move(waited), {}};
+        return {true, std::move(waited), false, {}};
     }
     if (!waited)
     {
-        return {true, {}, std::move(asked)};
+        return {true, {}, false, std::move(asked)};
     }
     asked->Message += " " + waited->Message;
-    return {false, std::move(asked), {}};
+    return {false, std::move(asked), true, {}};
 }
 
 } // namespace Tavrine::Tool

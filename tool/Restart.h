@@ -54,6 +54,8 @@ struct RestartEnd
     /// It was asked for, for all that is known.
     bool Requested = false;
     std::optional<Failure> Trouble;
+    /// Nobody knows whether the request was carried out; Trouble tells why.
+    bool Open = false;
     /// Why the request failed, which was carried out all the same.
     std::optional<Failure> Unanswered;
 };

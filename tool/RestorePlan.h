@@ -56,7 +56,7 @@ struct RestorePlan
     /// It was judged by the values in force alone, since those that wait for a reboot could not be read: where another
     /// value waits, nothing is in place.
     bool PendingUnread = false;
-    /// A call failed, and the BMC does not show that all was done all the same.
+    /// A request failed, and the BMC does not show that all was done all the same.
     bool CallFailed = false;
 };
 

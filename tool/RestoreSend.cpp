@@ -220,6 +220,8 @@ struct FailedCall
 {
     const std::vector<std::size_t>* Indices;
     Failure Why;
+    /// The library's own check refuses it: there was no request that could fail.
+    bool Unfit;
 };
 
 bool IsDone(const RestorePlan& plan, const std::vector<std::size_t>& indices)
@@ -233,18 +235,29 @@ bool IsDone(const RestorePlan& plan, const std::vector<std::size_t>& indices)
                                });
 }
 
+/// Whether a request failed and not all is done that was to be sent. Behind one that failed others were not sent.
+bool IsCallFailed(const RestorePlan& plan, const std::vector<FailedCall>& failed)
+{
+    const auto isUnfit = [&](const std::vector<std::size_t>& indices) {
+        return std::ranges::any_of(failed,
+                                   [&](const FailedCall& call) { return call.Unfit && call.Indices == &indices; });
+    };
+    return !std::ranges::all_of(failed, &FailedCall::Unfit) &&
+           !std::ranges::all_of(plan.Calls, [&](const std::vector<std::size_t>& indices)
+                                { return isUnfit(indices) || IsDone(plan, indices); });
+}
+
 /// Once all is judged: a failure that no setting tells.
 void TellFailedCalls(RestorePlan& plan, const std::vector<FailedCall>& failed, std::vector<std::string>& notes)
 {
     for (const FailedCall& call : failed)
     {
-        if (IsDone(plan, *call.Indices))
+        if (!call.Unfit && IsDone(plan, *call.Indices))
         {
             notes.push_back(OutcomeWords::ShownAllTheSame + WordsAboutAll(plan, call.Why));
         }
     }
-    plan.CallFailed = !failed.empty() && !std::ranges::all_of(plan.Calls, [&](const std::vector<std::size_t>& indices)
-                                                              { return IsDone(plan, indices); });
+    plan.CallFailed = IsCallFailed(plan, failed);
 }
 
 /// What failed, and nothing else is sent once the BMC cannot be reached.
@@ -271,7 +284,7 @@ std::vector<FailedCall> MakeCalls(RestorePlan& plan, const Options& options, con
         {
             continue;
         }
-        failed.push_back({&indices, failure});
+        failed.push_back({&indices, failure, EndOf(failure) == RequestEnd::Unfit});
         if (IsUnreachable(failure.Code))
         {
             stopped = failure.Code;

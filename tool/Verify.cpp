@@ -11,7 +11,6 @@
 #include <fmt/format.h>
 
 #include "CauseLog.h"
-#include "ChangeDelivery.h"
 #include "JsonOutput.h"
 #include "JsonValues.h"
 #include "Options.h"
@@ -255,10 +254,9 @@ bool RebootAndLook(const RebootMeans& means, const Options& options, const std::
     RestartEnd end = Restart(means, options, until, system, type);
     if (end.Trouble)
     {
-        const bool isOpen = DeliveryIn(end.Trouble->Message) == Delivery::Sent;
         end.Trouble = Hidden(std::move(*end.Trouble), secrets);
         end.Trouble->Message.insert(0, end.Requested ? ""
-                                       : isOpen      ? "Whether the system is restarted is not known: "
+                                       : end.Open    ? "Whether the system is restarted is not known: "
                                                      : "The system was not restarted: ");
         end.Trouble->Message += end.Requested ? "; whether the changes are in force is not known" : "";
         AddFailure(answer, std::move(*end.Trouble));

@@ -176,7 +176,7 @@ RedfishConfigResult Refused(const Judged& judged)
                       judged.Words),
                 ""};
     }
-    const std::string location = CleanText(judged.Answer.Header("location"), MaxPathBytes);
+    const std::string location = AsForeignWords(CleanText(judged.Answer.Header("location"), MaxPathBytes));
     const std::string redirect = status >= 300 && status < 400 && !location.empty()
                                      ? fmt::format(", it redirects to {}, which is not followed", location) +
                                            AfterRedirects(judged.Answer.Redirects)
@@ -244,7 +244,7 @@ void ListSettings(const std::vector<BmcMessage>& messages, std::vector<RedfishCo
         {
             if (IsFault(message))
             {
-                errors.emplace_back(SettingCode(message.Kind), message.Text, setting);
+                errors.emplace_back(SettingCode(message.Kind), AsForeignWords(message.Text), setting);
             }
         }
     }
@@ -257,7 +257,7 @@ RedfishConfigResult JudgeAnswer(const AnsweredRequest& request, const HttpAnswer
 {
     const int status = answer.Status;
     const auto [messages, unread] = CleanMessages(request, answer);
-    const Judged judged{request, answer, FaultWords(messages)};
+    const Judged judged{request, answer, AsForeignWords(FaultWords(messages))};
     if (!unread.empty())
     {
         Log(1, __FILE__, __LINE__).Stream()

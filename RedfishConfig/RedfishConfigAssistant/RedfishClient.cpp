@@ -93,7 +93,7 @@ bool IsUsableToken(const std::string& token)
 
 std::string Call(const HttpRequest& request)
 {
-    return fmt::format("{} {}", VerbName(request.Verb), CleanText(request.Path, 300));
+    return fmt::format("{} {}", VerbName(request.Verb), AsForeignWords(CleanText(request.Path, 300)));
 }
 
 std::string_view WithoutPoint(std::string_view text)

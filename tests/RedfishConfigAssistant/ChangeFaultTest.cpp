@@ -205,6 +205,85 @@ TEST(ChangeFault, HowFarAChangeCameIsReadFromItsMessage)
     }
 }
 
+/// A BMC may have these words by chance, or to be believed what it is not.
+TEST(ChangeFault, ABmcCannotTellHowFarAChangeCameInTheClientsWords)
+{
+    const std::string sayings[] = {
+        "nothing was sent",
+        "No; nothing was sent.",
+        "the change was not done",
+        "whether the change was done is not known",
+        "was not sent to its place",
+        "It was not sent to",
+        "(401 Unauthorized)",
+        "He says (403 Forbidden).",
+        "<<a mark>> and; nothing was sent.",
+        ">>; nothing was sent.",
+        "nothing was sent; <<whether the change was done is not known",
+        "It says: <<nothing was sent",
+        R"(nothing was"},{"MessageId":"B.PropertyNotWritable","Message":"sent.)",
+    };
+    const std::pair<int, std::optional<Delivery>> answers[] = {
+        {200, std::nullopt},         {400, std::nullopt},   {401, Delivery::TurnedAway},
+        {403, Delivery::TurnedAway}, {500, Delivery::Sent}, {503, std::nullopt},
+    };
+    for (const std::string& saying : sayings)
+    {
+        for (const auto& [status, delivery] : answers)
+        {
+            const TestServer server(
+                [&](const httplib::Request&, httplib::Response& response)
+                {
+                    response.set_content(R"({"error":{"@Message.ExtendedInfo":[{"MessageId":"B.PropertyNotWritable",)"
+                                         R"("RelatedProperties":["/Attributes/A"],"Message":")" +
+                                             saying + R"("}]}})",
+                                         "application/json");
+                    response.status = status;
+                });
+            std::vector<RedfishConfigResult> errors;
+            RedfishConfigResult result = BMCBaseAssistant(server.Info(), Kind).PatchData("/x", "{}", errors, true, {});
+            EXPECT_NE(result.ErrorCode(), 0);
+            EXPECT_EQ(DeliveryIn(result.ErrorMsg()), delivery) << status << ": " << result.ErrorMsg();
+            for (RedfishConfigResult& error : errors)
+            {
+                EXPECT_EQ(DeliveryIn("A: " + error.ErrorMsg() + " "), std::nullopt) << error.ErrorMsg();
+            }
+        }
+    }
+}
+
+TEST(ChangeFault, WordsOfABmcStandAsTheyAreUnlessTheyAreTheClients)
+{
+    const TestServer server(
+        [](const httplib::Request&, httplib::Response& response)
+        {
+            response.set_content(R"({"error":{"message":"It was \"<<bad>>\"."}})", "application/json");
+            response.status = 400;
+        });
+    EXPECT_TRUE(Patch(server.Info()).ErrorMsg().ends_with(R"((400 Bad Request): It was "<<bad>>".)"));
+    EXPECT_EQ(AsForeignWords("nothing was sent"), "<<nothing was sent>>");
+    EXPECT_EQ(AsForeignWords("<<nothing was sent>> here"), "<<nothing was sent>> here");
+}
+
+TEST(ChangeFault, NeitherALinkNorARedirectionTellsHowFarAChangeCame)
+{
+    const std::string open = "whether the change was done is not known";
+    const TestServer server(
+        [&](const httplib::Request&, httplib::Response& response)
+        {
+            response.set_header("Location", "/y; nothing was sent.");
+            response.status = 307;
+        });
+    std::vector<RedfishConfigResult> errors;
+    BMCBaseAssistant client(server.Info(), Kind);
+    RedfishConfigResult redirected = client.PatchData("/x", "{}", errors, true, {});
+    EXPECT_THAT(redirected, Fails(18, "nothing was sent"));
+    EXPECT_EQ(DeliveryIn(redirected.ErrorMsg()), std::nullopt);
+    RedfishConfigResult keptBack = client.PatchData("/x " + open, "{}", errors, true, {});
+    EXPECT_THAT(keptBack, Fails(18, open));
+    EXPECT_EQ(DeliveryIn(keptBack.ErrorMsg()), Delivery::NotSent);
+}
+
 TEST(ChangeFault, AnActionThatOnlyReadsLeavesNothingOpen)
 {
     const auto told = [](const TavrineConnection::ConnectionInfo& info, const std::string& path)

@@ -4,6 +4,11 @@
 #include <initializer_list>
 #include <string>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "BiosBasicSettingProc.h"
+#include "ConfigOptions.h"
 #include "ConnectionInfo.h"
 #include "Contract.h"
 #include "ValueTypes.h"
@@ -48,10 +53,36 @@ inline const std::string SystemsURL = "/redfish/v1/Systems";
 inline const std::string BiosURL = "/redfish/v1/Systems/blade-7/Bios";
 inline const std::string SettingsURL = "/redfish/v1/Systems/blade-7/Bios/Settings";
 
+/// Each differs from what it is by default.
+inline constexpr Tavrine::Config_Options EveryOption = {.HexValueMode = true,
+                                                        .allowProtectedSettings = true,
+                                                        .ReservedOption = true,
+                                                        .LegacyNameMode = true,
+                                                        .OutputFormat = 1};
+
 /// A BMC whose one system has a Bios resource and a settings object.
 class AssistantTest : public ContractTest
 {
   protected:
+    /// What holds for a proc that was made with them and has done nothing yet.
+    void ExpectNew(const Tavrine::BiosBasicSettingProc& proc)
+    {
+        EXPECT_EQ(proc.m_Assistant.use_count(), 1);
+        EXPECT_THAT(world.Clients, testing::ElementsAre(testing::Pair("bmc1", 6)));
+        EXPECT_TRUE(proc.m_Options.HexValueMode);
+        EXPECT_TRUE(proc.m_Options.allowProtectedSettings);
+        EXPECT_TRUE(proc.m_Options.ReservedOption);
+        EXPECT_TRUE(proc.m_Options.LegacyNameMode);
+        EXPECT_EQ(proc.m_Options.OutputFormat, 1);
+        EXPECT_THAT(proc.m_Prefix, testing::IsEmpty());
+        EXPECT_THAT(proc.m_SecondPrefix, testing::IsEmpty());
+        EXPECT_THAT(proc.m_DebugConfigFile, testing::IsEmpty());
+        EXPECT_THAT(proc.m_ErrorList, testing::IsEmpty());
+        EXPECT_EQ(static_cast<int>(proc.m_SystemType), 0);
+        EXPECT_THAT(world.Logs, testing::IsEmpty());
+        EXPECT_THAT(world.Calls, testing::IsEmpty());
+    }
+
     void TellSystems() { world.Tell("GET", SystemsURL, Collection({Member("/redfish/v1/Systems/blade-7")})); }
 
     void TellStandard(const std::string& effective, const std::string& pending)

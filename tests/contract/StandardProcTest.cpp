@@ -33,31 +33,13 @@ class StandardProc : public AssistantTest
     void Load(const std::string& content) { m_Proc.SetDebugConfigFile(m_Folder.Write("debug.json", content)); }
 
     testdata::TemporaryFolder m_Folder;
-    BiosStandardSettingProc m_Proc{m_Connection,
-                                   {.HexValueMode = true,
-                                    .allowProtectedSettings = true,
-                                    .ReservedOption = true,
-                                    .LegacyNameMode = true,
-                                    .OutputFormat = 1}};
+    BiosStandardSettingProc m_Proc{m_Connection, assistants::EveryOption};
 };
 
 TEST_F(StandardProc, MakesItsAssistantAndCopiesTheOptions)
 {
     ASSERT_NE(dynamic_cast<BiosStandardSettingAssistant*>(m_Proc.m_Assistant.get()), nullptr);
-    EXPECT_EQ(m_Proc.m_Assistant.use_count(), 1);
-    EXPECT_THAT(world.Clients, ElementsAre(Pair("bmc1", 6)));
-    EXPECT_TRUE(m_Proc.m_Options.HexValueMode);
-    EXPECT_TRUE(m_Proc.m_Options.allowProtectedSettings);
-    EXPECT_TRUE(m_Proc.m_Options.ReservedOption);
-    EXPECT_TRUE(m_Proc.m_Options.LegacyNameMode);
-    EXPECT_EQ(m_Proc.m_Options.OutputFormat, 1);
-    EXPECT_THAT(m_Proc.m_Prefix, IsEmpty());
-    EXPECT_THAT(m_Proc.m_SecondPrefix, IsEmpty());
-    EXPECT_THAT(m_Proc.m_DebugConfigFile, IsEmpty());
-    EXPECT_THAT(m_Proc.m_ErrorList, IsEmpty());
-    EXPECT_EQ(static_cast<int>(m_Proc.m_SystemType), 0);
-    EXPECT_THAT(world.Logs, IsEmpty());
-    EXPECT_THAT(world.Calls, IsEmpty());
+    ExpectNew(m_Proc);
 }
 
 TEST_F(StandardProc, FlushGoesToTheAssistantOfThisResource)

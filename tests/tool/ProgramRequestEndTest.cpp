@@ -78,6 +78,21 @@ TEST(ProgramRequestEnd, ThreeCommandsTellOneThing)
     }
 }
 
+/// A lenient BMC does what it says that it refuses.
+TEST(ProgramRequestEnd, ARefusalIsNoneWhereTheBmcShowsTheChange)
+{
+    const testdata::TemporaryFolder folder;
+    for (const std::vector<std::string>& command : Commands(folder))
+    {
+        const RunningBmc bmc({"--fault", "PATCH * done status 400"});
+        const Finished ran = RunWith(bmc, command, {"--reboot"});
+        EXPECT_EQ(ran.Status, 0) << command.front() << ": " << ran.Errors;
+        EXPECT_TRUE(Says(ran.Errors, "the request failed, but the BMC shows the changes: "))
+            << command.front() << ": " << ran.Errors;
+        EXPECT_TRUE(Says(ran.Errors, "tavrine: restart requested ")) << command.front() << ": " << ran.Errors;
+    }
+}
+
 /// A read that fails keeps the change back, of which nothing is left open then.
 TEST(ProgramRequestEnd, WhatWasNotSentIsNotLeftOpen)
 {

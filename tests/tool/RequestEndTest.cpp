@@ -35,6 +35,14 @@ TEST(RequestEnd, IsTold)
         {18, "POST /x was refused by h (400 Bad Request).", RequestEnd::Refused},
         {28, "POST /x was refused by h (400 Bad Request).", RequestEnd::Refused},
         {28, "The action failed.", RequestEnd::Refused},
+        // What the BMC says is not what the library says.
+        {18, "PATCH /x was refused by h (400 Bad Request): <<Sorry; nothing was sent.>>", RequestEnd::Refused},
+        {18, "PATCH /x was refused by h (200): <<See (401 Unauthorized)>>", RequestEnd::Refused},
+        {33, "h is not ready (503): <<whether the change was done is not known>>", RequestEnd::TurnedAway},
+        {32, "PATCH /x failed inside h (500): <<nothing was sent>>; whether the change was done is not known.",
+         RequestEnd::Unknown},
+        {18, "PATCH /x was refused by h (400): see .GetProtectedAttributes there.", RequestEnd::Refused},
+        {28, "POST /x was refused by h (400): see .GetProtectedAttributes there.", RequestEnd::Refused},
         // Reads before the change.
         {24, "h: time-out, no whole answer came within 30 s.", RequestEnd::NotSent},
         {26, "GET /x was refused by h (404 Not Found).", RequestEnd::NotSent},

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,6 +33,8 @@ struct Script
     std::vector<SettingStringMap> Asked;
     std::vector<bool> SameSystem;
     RedfishConfigResult Answer{0, "", ""};
+    /// Goes before Answer, once.
+    std::optional<RedfishConfigResult> First;
     SettingStringMap Failed;
     std::vector<RedfishConfigResult> Errors;
     RedfishConfigResult Read{0, "", ""};
@@ -55,7 +58,7 @@ class ScriptedFront : public FakeFront
         }
         failed = m_Script.Failed;
         m_ErrorList = m_Script.Errors;
-        return m_Script.Answer;
+        return m_Script.First ? *std::exchange(m_Script.First, std::nullopt) : m_Script.Answer;
     }
     RedfishConfigResult CompareSettingPendingValues(SettingCompareMap& values, const std::string&) override
     {
@@ -314,6 +317,7 @@ TEST(RestoreCommand, AFailedCallIsKeptInMindUnlessAllOfItIsShown)
         std::vector<std::string> Notes;
     };
     const std::string refused = "PATCH /x was refused by h (400 Bad Request).";
+    const std::string readOnly = "The setting Tag is read-only.";
     const Case cases[] = {
         {"accepted", {1, "", ""}, {}, "new", false, {}},
         {"refused", {18, refused, ""}, {}, "t", true, {}},
@@ -324,6 +328,9 @@ TEST(RestoreCommand, AFailedCallIsKeptInMindUnlessAllOfItIsShown)
          "new",
          false,
          {"warning: the request failed, but the BMC shows the changes: " + refused}},
+        {"refused by the library's own check", {18, readOnly, ""}, {}, "t", false, {}},
+        {"refused by the check, but in force", {18, readOnly, ""}, {}, "new", false, {}},
+        {"not sent, since a read failed", {32, "GET /x failed inside h (500).", ""}, {}, "t", true, {}},
     };
     for (const Case& one : cases)
     {
@@ -338,6 +345,22 @@ TEST(RestoreCommand, AFailedCallIsKeptInMindUnlessAllOfItIsShown)
             plan, OptionsFor(), [&] { return std::make_unique<ScriptedFront>(script); }, notes);
         EXPECT_EQ(plan.CallFailed, one.Failed) << one.What;
         EXPECT_EQ(notes, one.Notes) << one.What;
+    }
+}
+
+TEST(RestoreCommand, WhatTheCheckRefusedOnTheWayIsNoFailedRequestBesideOthers)
+{
+    for (const bool isDone : {true, false})
+    {
+        Script script;
+        script.First = {18, "The setting Size is read-only.", ""};
+        script.Answer = {18, "PATCH /x was refused by h (400 Bad Request).", ""};
+        script.Effective = {{"BIOS.Size", "7"}, {"BIOS.Mode", isDone ? "Fixed" : "Free"}};
+        const RestorePlan plan = Sent(script, {{"Mode", "Fixed"}, {"Size", "3"}});
+        ASSERT_EQ(script.Asked.size(), 2U);
+        EXPECT_EQ(Find(plan, "Size").Outcome, RestoreOutcome::NotSent);
+        EXPECT_EQ(Find(plan, "Size").Why, "The setting Size is read-only.");
+        EXPECT_EQ(plan.CallFailed, !isDone);
     }
 }
 
