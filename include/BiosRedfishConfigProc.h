@@ -15,6 +15,7 @@ namespace Tavrine
 class BiosBasicSettingProc;
 class BiosRedfishProcCreator;
 class BiosSettingAssistant;
+enum class ManagerValues;
 
 /// The BIOS/UEFI settings of one server, through its BMC: the Bios resource of the first system,
 /// the settings object and the attribute registry that it names (DSP8010; DSP0266, "Settings
@@ -130,7 +131,7 @@ class TAVRINE_EXPORT BiosRedfishConfigProc : public RedfishConfigProc
   private:
     friend RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
                                                   std::unique_ptr<RedfishConfigSettingManager>& manager,
-                                                  bool withProtected);
+                                                  ManagerValues wanted);
     friend void GiveRegistry(BiosRedfishConfigProc& front, RedfishConfigSettingManager& manager);
     friend bool AwaitsDefaults(const BiosRedfishConfigProc& front);
 

@@ -11,11 +11,19 @@
 namespace Tavrine
 {
 
+/// The current values that a manager is to have, pending ones before those in force.
+enum class ManagerValues
+{
+    None,
+    /// Without those of protected settings.
+    Ordinary,
+    /// Those of protected settings, too, where the front object reaches them.
+    All,
+};
+
 /// For a program that asks more about settings than the operations of the front object
-/// answer: a manager of its own over the registry that `front` keeps, with the current
-/// values, pending ones before those in force. Protected settings are among them where
-/// `front` reaches them, unless `withProtected` is false: then nothing is sent for them. Registry and values are
-/// fetched where `front` has not done so yet.
+/// answer: a manager of its own over the registry that `front` keeps. Registry and values are
+/// fetched where `front` has not done so yet; for values that are not wanted nothing is sent.
 /// @return 0; 26, 13, and what a request to the BMC ended in, as for the operations of `front` (see
 /// RedfishConfigProc). A text that is no registry shows at the manager's first operation
 /// (GetSettingNames, for one), by code 27. `manager` is untouched on failure.
@@ -24,7 +32,7 @@ namespace Tavrine
 /// afterwards; here `front` is used as by its own operations.
 TAVRINE_EXPORT RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
                                                       std::unique_ptr<RedfishConfigSettingManager>& manager,
-                                                      bool withProtected = true);
+                                                      ManagerValues wanted = ManagerValues::All);
 
 /// Spares a new front object of the same BMC the registry: it takes over the one that
 /// `manager` has, which is read where that has not been done yet; a text that is no registry is taken

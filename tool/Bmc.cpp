@@ -242,11 +242,11 @@ std::unique_ptr<RedfishConfigProc> Bmc::MakeFront(int outputFormat, std::int32_t
     return front;
 }
 
-ManagerReader Bmc::SettingManagers(bool withProtected)
+ManagerReader Bmc::SettingManagers(ManagerValues wanted)
 {
-    return [this, withProtected](RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
+    return [this, wanted](RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager)
     {
-        RedfishConfigResult result = ReadSettingManager(front, manager, withProtected);
+        RedfishConfigResult result = ReadSettingManager(front, manager, wanted);
         if (IsSuccess(result.ErrorCode()) && !m_Registry)
         {
             m_Registry = std::make_unique<RedfishConfigSettingManager>("", false, Config_Options());

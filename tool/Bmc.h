@@ -62,8 +62,7 @@ class Bmc
 
     /// Reads setting managers, and spares the front objects that are made after it the registry
     /// that it has read. The reader must not outlive this object.
-    /// @param withProtected  as of ReadSettingManager.
-    ManagerReader SettingManagers(bool withProtected = true);
+    ManagerReader SettingManagers(ManagerValues wanted = ManagerValues::All);
 
     /// For single requests; there after Prepare.
     TavrineConnection::BmcConnection& Connection() const { return *m_Connection; }

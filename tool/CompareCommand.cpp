@@ -421,7 +421,7 @@ Answer RunCompare(const Options& options, Bmc& bmc)
         return CompareDefaults(bmc.Keep(bmc.Front(0)), options, TerminalWidth());
     }
     const CompareWay way = {[&](bool typed) { return bmc.Front(typed ? 1 : 0); }, TerminalWidth(),
-                            bmc.SettingManagers(false)};
+                            bmc.SettingManagers(ManagerValues::None)};
     return other == "pending" ? ComparePending(options, way) : CompareFile(options, way);
 }
 

@@ -281,7 +281,7 @@ Answer RunLoadDefault(const Options& options, Bmc& bmc)
     WaitingChanges waiting;
     // The registry tells the kinds of protected settings as well.
     Answer answer = LoadSingleDefaults(
-        options, [&] { return bmc.DecimalFront(); }, bmc.SettingManagers(false), waiting);
+        options, [&] { return bmc.DecimalFront(); }, bmc.SettingManagers(ManagerValues::Ordinary), waiting);
     RebootForChanges(MeansOf(bmc), options, waiting, answer);
     return answer;
 }

@@ -108,7 +108,7 @@ class NamedReader
         m_All = ReadAllPending(*m_Front);
         if (m_All->Result == CodeNothingPending)
         {
-            ReadSettingManager(*m_Front, m_Manager, false); // without it each name is asked for
+            ReadSettingManager(*m_Front, m_Manager, ManagerValues::None); // without it each name is asked for
         }
         m_Causes.Explain(m_All->Result); // the names are to fail by what is told about them
         if (!Answered(m_All->Result))

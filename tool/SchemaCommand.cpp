@@ -47,7 +47,7 @@ RedfishConfigResult ReadRegistry(RedfishConfigProc& front, std::string& text)
         return result;
     }
     std::unique_ptr<RedfishConfigSettingManager> manager;
-    const RedfishConfigResult told = ReadSettingManager(front, manager, false);
+    const RedfishConfigResult told = ReadSettingManager(front, manager, ManagerValues::None);
     return told == CodeUnusable ? told : result;
 }
 

@@ -4,13 +4,12 @@
 
 #include "Answer.h"
 #include "BiosRedfishConfigProc.h"
-#include "BiosSettingManager.h"
 
 namespace Tavrine::Tool
 {
 
 RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager,
-                                       bool withProtected)
+                                       ManagerValues wanted)
 {
     auto* const own = dynamic_cast<BiosRedfishConfigProc*>(&front);
     if (own == nullptr)
@@ -18,7 +17,7 @@ RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr
         return {CodeInternal, "The front object is none of the library's, so that it shares no registry.", ""};
     }
     std::unique_ptr<RedfishConfigSettingManager> taken;
-    RedfishConfigResult result = TakeSettingManager(*own, taken, withProtected);
+    RedfishConfigResult result = TakeSettingManager(*own, taken, wanted);
     if (!IsSuccess(result.ErrorCode()))
     {
         return result;

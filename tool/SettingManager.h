@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "BiosSettingManager.h"
 #include "RedfishConfigProc.h"
 #include "RedfishConfigResult.h"
 #include "RedfishConfigSettingManager.h"
@@ -12,8 +13,8 @@
 namespace Tavrine::Tool
 {
 
-/// Gives a setting manager over the attribute registry and the current values, pending ones
-/// first, that `front` reads, with its Config_Options.
+/// Gives a setting manager over the attribute registry and the current values that `front` reads, with its
+/// Config_Options.
 /// @return 0 with `manager` filled, the registry readable; or the failure, 26 when there is no
 /// registry and 27 when it cannot be read.
 using ManagerReader =
@@ -21,9 +22,8 @@ using ManagerReader =
 
 /// The ManagerReader of the library's own front objects: it shares the registry that the
 /// object has read. Any other object is answered with 13.
-/// @param withProtected  false: the current values of protected settings are left out, and nothing is sent for them.
 RedfishConfigResult ReadSettingManager(RedfishConfigProc& front, std::unique_ptr<RedfishConfigSettingManager>& manager,
-                                       bool withProtected = true);
+                                       ManagerValues wanted = ManagerValues::All);
 
 /// AwaitsDefaults of the library's own front objects; false for any other.
 bool DefaultsAreDue(const RedfishConfigProc& front);

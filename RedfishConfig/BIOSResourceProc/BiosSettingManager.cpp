@@ -20,11 +20,12 @@ namespace Tavrine
 {
 
 RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
-                                       std::unique_ptr<RedfishConfigSettingManager>& manager, bool withProtected)
+                                       std::unique_ptr<RedfishConfigSettingManager>& manager, ManagerValues wanted)
 {
     // As with the registry's text: ordinary values, the registry, protected values.
     SettingValueMap values;
-    RedfishConfigResult result = front.GetCurrentValuesMap(values, false);
+    RedfishConfigResult result =
+        wanted == ManagerValues::None ? BareResult(ResultSuccess) : front.GetCurrentValuesMap(values, false);
     if (result != ResultSuccess)
     {
         TAVRINE_LOG(LogFailure) << "Failed to get current value map though: " << result.ErrorMsg();
@@ -37,7 +38,7 @@ RedfishConfigResult TakeSettingManager(BiosRedfishConfigProc& front,
     }
     ProcMap procs;
     front.m_ProcCreator->CreateAllProcs(procs);
-    if (withProtected && procs.contains(ProtectedSettings))
+    if (wanted == ManagerValues::All && procs.contains(ProtectedSettings))
     {
         values.clear();
         result = front.GetCurrentValuesMap(values, true);

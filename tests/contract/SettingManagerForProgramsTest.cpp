@@ -49,13 +49,24 @@ TEST_F(TakenManager, HasProtectedValuesWhereTheFrontReachesThem)
                                       "POST " + std::string(ProtectedUrl)));
 }
 
+TEST_F(TakenManager, ReadsTheRegistryAloneWhereNoValuesAreAskedFor)
+{
+    TellStandard(R"({"Boot":"UEFI"})");
+    TellSchema();
+    const auto front = MakeBios();
+    ASSERT_THAT(TakeSettingManager(*front, m_Taken, ManagerValues::None), IsBare(0));
+    EXPECT_EQ(m_Taken->m_Schema, Schema);
+    EXPECT_THAT(m_Taken->m_Values, IsEmpty());
+    EXPECT_THAT(world.Calls, testing::Not(testing::Contains(Get(SettingsUrl))));
+}
+
 TEST_F(TakenManager, LeavesProtectedValuesOutWhereTheyAreNotAskedFor)
 {
     TellStandard(R"({"Boot":"UEFI"})");
     TellProtected(R"({"Secret":"s"})");
     TellSchema();
     const auto front = MakeUefi();
-    ASSERT_THAT(TakeSettingManager(*front, m_Taken, false), IsBare(0));
+    ASSERT_THAT(TakeSettingManager(*front, m_Taken, ManagerValues::Ordinary), IsBare(0));
     EXPECT_THAT(m_Taken->m_Values, ElementsAre(Pair("Boot", OptionalVar("UEFI"))));
     EXPECT_THAT(world.Requests(), testing::Not(testing::Contains("POST " + std::string(ProtectedUrl))));
 }

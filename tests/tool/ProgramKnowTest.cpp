@@ -281,6 +281,17 @@ TEST(ProgramKnow, APasswordOfAFileIsNotShown)
     EXPECT_EQ(RunToEnd(On("", {"compare", file, "--json"})).Output.find("Sup3r"), std::string::npos);
 }
 
+TEST(ProgramKnow, WhatWaitsDoesNotMatterToAFile)
+{
+    const RunningBmc bmc({"--fault", "GET */Bios/Settings status 500"});
+    const testdata::TemporaryFolder folder;
+    const std::string file = folder.Write("saved.conf", "BootPromptSeconds=9\n");
+    const Finished compared = RunToEnd(bmc.Tool({"compare", file}));
+    EXPECT_EQ(compared.Status, 0);
+    EXPECT_EQ(compared.Output, "BIOS.BootPromptSeconds\t5\t9\n");
+    EXPECT_EQ(compared.Errors, "");
+}
+
 TEST(ProgramKnow, PatternsSelectInEveryCommandThatTakesThem)
 {
     const TestMachine machine;

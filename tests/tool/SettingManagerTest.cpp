@@ -28,10 +28,11 @@ TEST(SettingManager, WhatIsWrongWithARegistryIsToldWithoutReadingAnythingElse)
     front.SetDebugConfigFile(folder.Write("debug.json", R"({"schema":{"Id":"x"},"resource":{"Attributes":{"A":1}}})"));
     Tavrine::SettingStringMap none;
     RedfishConfigResult told = front.QuerySettingValue("A", none);
-    for (const bool withProtected : {false, true})
+    for (const Tavrine::ManagerValues wanted :
+         {Tavrine::ManagerValues::None, Tavrine::ManagerValues::Ordinary, Tavrine::ManagerValues::All})
     {
         std::unique_ptr<RedfishConfigSettingManager> manager;
-        RedfishConfigResult result = ReadSettingManager(front, manager, withProtected);
+        RedfishConfigResult result = ReadSettingManager(front, manager, wanted);
         EXPECT_EQ(result.ErrorCode(), 27);
         EXPECT_NE(result.ErrorMsg(), "");
         EXPECT_EQ(result.ErrorMsg(), told.ErrorMsg());
