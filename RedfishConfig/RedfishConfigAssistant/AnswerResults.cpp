@@ -170,11 +170,12 @@ RedfishConfigResult Refused(const Judged& judged)
     const int status = judged.Answer.Status;
     if (!judged.Request.FailedTask.empty())
     {
-        return {RefusalCode(judged.Request.Verb, judged.Request.WithErrorList),
-                Ended(fmt::format("{} failed: {} took it as a task, which ended as {}", judged.Call(),
-                                  judged.Request.Place, CleanText(judged.Request.FailedTask, MaxPathBytes)),
-                      judged.Words),
-                ""};
+        return {
+            RefusalCode(judged.Request.Verb, judged.Request.WithErrorList),
+            Ended(fmt::format("{} failed: {} took it as a task, which ended as {}", judged.Call(), judged.Request.Place,
+                              AsForeignWords(CleanText(judged.Request.FailedTask, MaxPathBytes))),
+                  judged.Words),
+            ""};
     }
     const std::string location = AsForeignWords(CleanText(judged.Answer.Header("location"), MaxPathBytes));
     const std::string redirect = status >= 300 && status < 400 && !location.empty()

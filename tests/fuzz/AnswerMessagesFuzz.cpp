@@ -6,6 +6,7 @@
 #include <boost/json/serialize.hpp>
 
 #include "AnswerResults.h"
+#include "ChangeDelivery.h"
 #include "JsonParts.h"
 #include "JsonText.h"
 #include "MessageRegistries.h"
@@ -25,7 +26,9 @@ constexpr std::size_t MostMessages = 500;
 constexpr std::size_t MostArguments = 20;
 constexpr std::size_t LongestName = 256;
 constexpr std::size_t LongestWords = 1003;
-constexpr std::size_t LongestMessage = 4003 + 1000;
+/// Around what would be taken for the client's own words.
+constexpr std::size_t Marks = 4;
+constexpr std::size_t LongestMessage = 4003 + 1000 + 2 * Marks;
 constexpr std::string_view ExtendedInfo = "@Message.ExtendedInfo";
 
 struct Case
@@ -161,6 +164,23 @@ std::vector<BmcMessage> CheckMessages(std::string_view body, const std::optional
     return messages;
 }
 
+/// How far a change came is told by the client alone: what the BMC says in the same words changes nothing of it.
+void CheckDelivery(const AnsweredRequest& request, int status, RedfishConfigResult& result,
+                   std::vector<RedfishConfigResult>& errors)
+{
+    AnsweredRequest plain = request;
+    plain.FailedTask = request.FailedTask.empty() ? "" : "Exception";
+    HttpAnswer silent;
+    silent.Status = result == 33 ? 503 : status;
+    std::vector<RedfishConfigResult> none;
+    RedfishConfigResult expected = JudgeAnswer(plain, silent, none);
+    FUZZ_REQUIRE(DeliveryIn(result.ErrorMsg()) == DeliveryIn(expected.ErrorMsg()), result.ErrorMsg());
+    for (RedfishConfigResult& error : errors)
+    {
+        FUZZ_REQUIRE(!DeliveryIn(error.ErrorMsg()), error.ErrorMsg());
+    }
+}
+
 void CheckJudgement(const Case& one, const HttpAnswer& answer, bool silent, bool broken)
 {
     AnsweredRequest request{one.Verb, one.WithErrorList, "/redfish/v1/Systems/1/Bios/Settings", "bmc:443", true};
@@ -176,10 +196,18 @@ void CheckJudgement(const Case& one, const HttpAnswer& answer, bool silent, bool
     for (RedfishConfigResult& error : errors)
     {
         FUZZ_REQUIRE(IsOneOf(error, {9, 10, 18}) && !error.ErrorSetting().empty(), answer.Body);
-        CheckWords(error.ErrorMsg(), LongestWords);
+        CheckWords(error.ErrorMsg(), LongestWords + Marks);
         FUZZ_REQUIRE(error.ErrorMsg().find(Secret) == std::string::npos, error.ErrorMsg());
     }
     FUZZ_REQUIRE(IsBusy(answer) == (result == 33) || one.Status == 401 || one.Status == 403, answer.Body);
+    CheckDelivery(request, one.Status, result, errors);
+    request.FailedTask = answer.Header("location");
+    if (!request.FailedTask.empty())
+    {
+        errors.clear();
+        result = JudgeAnswer(request, answer, errors);
+        CheckDelivery(request, one.Status, result, errors);
+    }
 }
 
 /// The words that the registry itself has for the key.
