@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -26,9 +27,14 @@ inline std::vector<std::filesystem::path> Machines()
     return machines;
 }
 
+/// Throws where there is no such file, so that none is taken for an empty one.
 inline std::string ReadFile(const std::filesystem::path& path)
 {
     std::ifstream file(path, std::ios::binary);
+    if (!file)
+    {
+        throw std::runtime_error("cannot be opened: " + path.string());
+    }
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();

@@ -57,6 +57,8 @@ struct Answer
     boost::json::object Data;
     /// Further members of that document.
     boost::json::object More;
+    /// It tells what became of changes: where standard output is lost, standard error gets it.
+    bool OfChanges = false;
 };
 
 /// The codes that count as success: 0, 1, 3, 4 and 5.

@@ -37,8 +37,6 @@ struct Command
     /// What is wrong with the options before anything is opened or asked, empty for
     /// nothing; null when the command has nothing of its own to check.
     std::string (*Check)(const Options& options) = nullptr;
-    /// What it prints tells what became of changes, and so must not be lost.
-    bool TellsOfChanges = false;
 };
 
 std::span<const Command> Commands();

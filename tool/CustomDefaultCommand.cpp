@@ -100,6 +100,7 @@ Answer Import(RedfishConfigProc& front, const Options& options)
         return answer;
     }
     answer.Data = {{"file", ValidUtf8(file)}, {"bytes", content.size()}};
+    answer.OfChanges = true;
     return answer;
 }
 

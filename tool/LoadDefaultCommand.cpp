@@ -171,6 +171,15 @@ RedfishConfigResult AllDefaults(RedfishConfigProc& front, const ManagerReader& r
     return {CodeSucceed, "", ""};
 }
 
+/// Whether the BMC shows that all settings wait for their defaults.
+bool ShowsWaitingDefaults(const BmcRequests& requests)
+{
+    SystemResource system;
+    BiosResource bios;
+    return IsSuccess(ReadSystemAndBios(requests, system, bios).ErrorCode()) &&
+           (bios.DefaultsPending || (IsSuccess(ReadPostLoad(requests, bios).ErrorCode()) && bios.DefaultsPending));
+}
+
 Answer RunWhole(const Options& options, Bmc& bmc)
 {
     Answer answer;
@@ -189,13 +198,23 @@ Answer RunWhole(const Options& options, Bmc& bmc)
             return answer;
         }
     }
-    answer = LoadAllDefaults(*bmc.Front(0), options);
+    answer = LoadAllDefaults(*bmc.Front(0), RequestsOf(bmc), options);
     if (IsSuccess(answer.Code))
     {
         RebootMeans means = MeansOf(bmc);
         means.LoadsDefaults = true;
         RebootAndVerify(means, options, expected, answer);
     }
+    return answer;
+}
+
+Answer RunSingle(const Options& options, Bmc& bmc)
+{
+    WaitingChanges waiting;
+    // The registry tells the kinds of protected settings as well.
+    Answer answer = LoadSingleDefaults(
+        options, [&] { return bmc.DecimalFront(); }, bmc.SettingManagers(ManagerValues::Ordinary), waiting);
+    RebootForChanges(MeansOf(bmc), options, waiting, answer);
     return answer;
 }
 
@@ -239,7 +258,7 @@ std::string LoadDefaultFault(const Options& options)
     return fault.empty() ? RebootFault(options) : fault;
 }
 
-Answer LoadAllDefaults(RedfishConfigProc& front, const Options& options)
+Answer LoadAllDefaults(RedfishConfigProc& front, const BmcRequests& requests, const Options& options)
 {
     Answer answer;
     CauseLog causes;
@@ -249,9 +268,15 @@ Answer LoadAllDefaults(RedfishConfigProc& front, const Options& options)
     {
         answer.Notes.emplace_back(MissingActionHint);
     }
-    const bool isSent = IsSuccess(failure.Code);
-    PutOutcome(front.m_Prefix, isSent ? OutcomeWords::Sent : WordOf(EndOf(failure)), isSent ? "" : failure.Message,
-               options, answer);
+    const RequestEnd end = EndOf(failure);
+    const bool isShown = (end == RequestEnd::Refused || end == RequestEnd::Unknown) && ShowsWaitingDefaults(requests);
+    if (isShown)
+    {
+        answer.Notes.push_back(OutcomeWords::ShownAllTheSame + failure.Message);
+    }
+    const bool isSent = isShown || end == RequestEnd::Accepted;
+    PutOutcome(front.m_Prefix, isSent ? OutcomeWords::Sent : WordOf(end), isSent ? "" : failure.Message, options,
+               answer);
     if (!isSent)
     {
         AddFailure(answer, failure);
@@ -274,15 +299,8 @@ Answer LoadSingleDefaults(const Options& options, const FrontMaker& freshFront, 
 
 Answer RunLoadDefault(const Options& options, Bmc& bmc)
 {
-    if (IsWhole(options))
-    {
-        return RunWhole(options, bmc);
-    }
-    WaitingChanges waiting;
-    // The registry tells the kinds of protected settings as well.
-    Answer answer = LoadSingleDefaults(
-        options, [&] { return bmc.DecimalFront(); }, bmc.SettingManagers(ManagerValues::Ordinary), waiting);
-    RebootForChanges(MeansOf(bmc), options, waiting, answer);
+    Answer answer = IsWhole(options) ? RunWhole(options, bmc) : RunSingle(options, bmc);
+    answer.OfChanges = true;
     return answer;
 }
 

@@ -6,6 +6,7 @@
 #include "Fronts.h"
 #include "RedfishConfigProc.h"
 #include "SettingManager.h"
+#include "SystemResource.h"
 #include "Verify.h"
 
 namespace CLI
@@ -36,6 +37,7 @@ Answer LoadSingleDefaults(const Options& options, const FrontMaker& freshFront, 
 
 /// Asks for the defaults of all settings: by the reset action, or with `--post` by the
 /// firmware at its next start.
-Answer LoadAllDefaults(RedfishConfigProc& front, const Options& options);
+/// @param requests  look whether a BMC that refuses it, or whose answer was lost, did it all the same.
+Answer LoadAllDefaults(RedfishConfigProc& front, const BmcRequests& requests, const Options& options);
 
 } // namespace Tavrine::Tool

@@ -240,7 +240,8 @@ Knowledge KnowledgeOf(const DefaultLoad& load, const Manager& manager, const Pen
     const auto find = [&](const auto& texts)
     {
         const auto found = texts.find(load.Key);
-        return found != texts.end() ? Text(found->second) : std::nullopt;
+        // What a BMC shows for a password, if anything, is none.
+        return found != texts.end() && !load.Password ? Text(found->second) : std::nullopt;
     };
     const Text effective = find(values.Effective);
     const Text pending = find(values.Pending);

@@ -89,7 +89,11 @@ class NamedReader
         }
         for (const std::string& name : names)
         {
-            if (!HasNothingPending(name))
+            if (HasNothingPending(name))
+            {
+                TellUnshown(name);
+            }
+            else
             {
                 ReadOne(name, compared);
             }
@@ -106,10 +110,7 @@ class NamedReader
     void ReadTogether()
     {
         m_All = ReadAllPending(*m_Front);
-        if (m_All->Result == CodeNothingPending)
-        {
-            ReadSettingManager(*m_Front, m_Manager, ManagerValues::None); // without it each name is asked for
-        }
+        m_NothingWaits = m_All->Result == CodeNothingPending;
         m_Causes.Explain(m_All->Result); // the names are to fail by what is told about them
         if (!Answered(m_All->Result))
         {
@@ -120,34 +121,40 @@ class NamedReader
     /// Whether that is known without a request: for an ordinary setting that the BMC reports, with a value or without.
     bool HasNothingPending(const std::string& name)
     {
-        if (m_Manager == nullptr)
-        {
-            return false;
-        }
-        std::string key = name;
-        BIOSCompatibleModule(m_Front->m_Options).ConvertNameFromOldToNew(name, key);
         RedfishConfigSettingInfoStru info;
-        if (m_Manager->GetSettingOutline(key, info) != CodeSucceed || (info.IsProtected && m_HasProtected))
+        if (!m_NothingWaits || !Describe(name, info) || (info.IsProtected && m_HasProtected))
         {
             return false;
         }
         SettingStringMap inForce;
         const RedfishConfigResult reported = m_Front->QuerySettingValue(name, inForce);
-        return IsSuccess(reported.ErrorCode()) || TellUnshown(reported, name);
+        return IsSuccess(reported.ErrorCode()) || reported == CodeNoValue;
     }
 
-    /// A value that the BMC shows as none, as it does for passwords, may have another one waiting for it.
-    /// @return whether it is such a one.
-    bool TellUnshown(const RedfishConfigResult& reported, const std::string& name)
+    /// @return false for a setting that the registry does not have, and without a registry.
+    bool Describe(const std::string& name, RedfishConfigSettingInfoStru& info)
     {
-        if (reported != CodeNoValue)
+        if (!std::exchange(m_IsRegistryRead, true))
         {
-            return false;
+            ReadSettingManager(*m_Front, m_Manager, ManagerValues::None);
         }
-        m_KnowsAll = false;
-        m_Answer.Notes.push_back(m_Front->m_Prefix + "." + name +
-                                 ": whether a change waits is not known, since the BMC shows no value of it");
-        return true;
+        std::string key = name;
+        BIOSCompatibleModule(m_Front->m_Options).ConvertNameFromOldToNew(name, key);
+        return m_Manager != nullptr && m_Manager->GetSettingOutline(key, info) == CodeSucceed;
+    }
+
+    /// Where the BMC shows no value, or no true one as of a password, another one may wait.
+    void TellUnshown(const std::string& name)
+    {
+        RedfishConfigSettingInfoStru info;
+        SettingStringMap inForce;
+        const bool isPassword = Describe(name, info) && info.SettingType == "Password";
+        if (isPassword || m_Front->QuerySettingValue(name, inForce) == CodeNoValue)
+        {
+            m_KnowsAll = false;
+            m_Answer.Notes.push_back(m_Front->m_Prefix + "." + name + ": whether a change waits is not known, since " +
+                                     (isPassword ? "it is a password" : "the BMC shows no value of it"));
+        }
     }
 
     void ReadOne(const std::string& name, SettingCompareMap& compared)
@@ -162,8 +169,7 @@ class NamedReader
         RedfishConfigResult result = m_Front->CompareSettingPendingValues(compared, name);
         if (result == CodeNothingPending || (IsSuccess(result.ErrorCode()) && !compared.contains(shownName)))
         {
-            SettingStringMap inForce;
-            TellUnshown(m_Front->QuerySettingValue(name, inForce), name);
+            TellUnshown(name);
             return;
         }
         if (Answered(result) || (result == CodeNotFound && TakeFromAll(name, shownName, compared)))
@@ -208,7 +214,9 @@ class NamedReader
     const TypedFrontMaker& m_FreshFront;
     std::unique_ptr<RedfishConfigProc> m_Front;
     std::optional<AllPending> m_All;
-    /// There where nothing at all is pending.
+    bool m_NothingWaits = false;
+    bool m_IsRegistryRead = false;
+    /// Null where the registry could not be read.
     std::unique_ptr<RedfishConfigSettingManager> m_Manager;
     std::optional<Failure> m_Unreachable;
     bool m_KnowsAll = true;
@@ -320,7 +328,8 @@ void PutAll(Answer& answer, const SettingCompareMap& compared, const Options& op
 }
 
 /// @param nothing  what is said where no value is pending.
-void PutInto(Answer& answer, CauseLog& causes, const SettingCompareMap& compared, const Options& options,
+/// @return whether none is.
+bool PutInto(Answer& answer, CauseLog& causes, const SettingCompareMap& compared, const Options& options,
              const TypedFrontMaker& freshFront, bool typed, const std::string& nothing)
 {
     std::optional<KindReader> kinds;
@@ -329,21 +338,23 @@ void PutInto(Answer& answer, CauseLog& causes, const SettingCompareMap& compared
         kinds.emplace(answer, causes, freshFront);
     }
     PutAll(answer, compared, options, kinds ? &*kinds : nullptr);
-    if (compared.empty() && answer.Errors.empty())
+    const bool isNothing = compared.empty() && answer.Errors.empty();
+    if (isNothing)
     {
-        answer.Message = StandardText(CodeNothingPending);
+        answer.Message = nothing;
         answer.Text = options.Json ? "" : nothing + "\n";
     }
+    return isNothing;
 }
 
 /// What is pending beside single values.
-void PutDefaults(const RedfishConfigProc& front, const Options& options, Answer& answer)
+void PutDefaults(const RedfishConfigProc& front, const Options& options, bool isNothing, Answer& answer)
 {
     if (!WarnOfDefaults(front, answer.Notes))
     {
         return;
     }
-    if (answer.Message == StandardText(CodeNothingPending))
+    if (isNothing)
     {
         answer.Message = "All settings go to their defaults at the next start of the system.";
         answer.Text = options.Json ? "" : answer.Message + "\n";
@@ -363,9 +374,10 @@ Answer ShowPending(const Options& options, const TypedFrontMaker& freshFront, bo
     SettingCompareMap compared;
     NamedReader reader(answer, causes, options, freshFront);
     reader.Read(BareNames(options.Names, PrefixesOf(options)), compared);
-    PutInto(answer, causes, compared, options, freshFront, typed,
-            reader.KnowsAll() ? "Nothing is pending." : "Nothing is pending that the BMC shows.");
-    PutDefaults(reader.Front(), options, answer);
+    const bool isNothing =
+        PutInto(answer, causes, compared, options, freshFront, typed,
+                reader.KnowsAll() ? "Nothing is pending." : "Nothing is pending that the BMC shows.");
+    PutDefaults(reader.Front(), options, isNothing, answer);
     return answer;
 }
 
@@ -379,9 +391,9 @@ Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const Ty
     {
         AddFailure(answer, ExplainPending(front, result, causes, {}));
     }
-    PutInto(answer, causes, compared, options, freshFront, typed,
-            "Nothing is pending; passwords and protected settings are not looked at.");
-    PutDefaults(front, options, answer);
+    const bool isNothing = PutInto(answer, causes, compared, options, freshFront, typed,
+                                   "Nothing is pending; passwords and protected settings are not looked at.");
+    PutDefaults(front, options, isNothing, answer);
     return answer;
 }
 

@@ -139,7 +139,12 @@ Answer TellResults(const BmcRequests& requests, const Options& options, const st
     return answer;
 }
 
-Answer RunReboot(const Options& options, Bmc& bmc) { return RestartSystem(MeansOf(bmc), options); }
+Answer RunReboot(const Options& options, Bmc& bmc)
+{
+    Answer answer = RestartSystem(MeansOf(bmc), options);
+    answer.OfChanges = true;
+    return answer;
+}
 
 Answer RunResults(const Options& options, Bmc& bmc)
 {

@@ -159,18 +159,14 @@ int Tell(Answer answer, const Options& options)
     const std::string output = options.Json ? JsonDocument(answer, options.Chosen->JsonMember) : answer.Text;
     WriteError(StderrLines(answer));
     const std::string error = WriteOutput(output);
-    if (StopSignal() != 0)
+    const bool isStopped = StopSignal() != 0;
+    if (!error.empty() && (answer.OfChanges || !isStopped))
     {
-        return SignalStatus + StopSignal();
+        WriteError(StderrLines(AnswerWith({CodeExternal, "Unable to write to standard output: " + error, {}, {}})));
+        WriteError(answer.OfChanges ? output : "");
     }
-    if (!error.empty())
-    {
-        const Answer lost = AnswerWith({CodeExternal, "Unable to write to standard output: " + error, {}, {}});
-        WriteError(StderrLines(lost));
-        WriteError(options.Chosen->TellsOfChanges ? output : "");
-        return IsSuccess(answer.Code) ? lost.Code : ExitStatus(answer.Code);
-    }
-    return ExitStatus(answer.Code);
+    const int code = error.empty() || !IsSuccess(answer.Code) ? answer.Code : CodeExternal;
+    return isStopped ? SignalStatus + StopSignal() : ExitStatus(code);
 }
 
 int TellWithoutRun(const ParsedCommandLine& parsed)

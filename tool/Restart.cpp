@@ -43,7 +43,15 @@ bool IsStarting(const SystemResource& system)
     return std::find(States.begin(), States.end(), system.BootState) != States.end();
 }
 
-std::optional<Failure> PostReset(const RebootMeans& means, SystemResource& system, std::string& type)
+/// What became of the request for a reset.
+struct Asked
+{
+    std::optional<Failure> Why;
+    /// Whether it has arrived is not known.
+    bool Open = false;
+};
+
+Asked PostReset(const RebootMeans& means, SystemResource& system, std::string& type)
 {
     RedfishConfigResult result = ReadSystem(means.Requests, system);
     if (IsSuccess(result.ErrorCode()))
@@ -52,11 +60,11 @@ std::optional<Failure> PostReset(const RebootMeans& means, SystemResource& syste
     }
     if (!IsSuccess(result.ErrorCode()))
     {
-        return FailureOf(result);
+        return {FailureOf(result)};
     }
     if (system.ResetTarget.empty())
     {
-        return Failure{CodeNotSupported, "The BMC offers no reset action for " + system.Path, {}, {}};
+        return {Failure{CodeNotSupported, "The BMC offers no reset action for " + system.Path, {}, {}}};
     }
     if (type.empty())
     {
@@ -65,15 +73,21 @@ std::optional<Failure> PostReset(const RebootMeans& means, SystemResource& syste
     const std::vector<std::string>& types = system.ResetTypes;
     if (!types.empty() && std::find(types.begin(), types.end(), type) == types.end())
     {
-        return Failure{CodeParameter,
-                       fmt::format("The BMC does not offer the reset {}; it offers: {}", type, fmt::join(types, ", ")),
-                       {},
-                       {}};
+        return {Failure{CodeParameter,
+                        fmt::format("The BMC does not offer the reset {}; it offers: {}", type, fmt::join(types, ", ")),
+                        {},
+                        {}}};
     }
     std::string response;
     const std::string body = json::serialize(json::object{{"ResetType", type}});
     const RedfishConfigResult asked = means.Requests.Post(system.ResetTarget, body, response);
-    return IsSuccess(asked.ErrorCode()) ? std::nullopt : std::optional(FailureOf(asked));
+    if (IsSuccess(asked.ErrorCode()))
+    {
+        return {};
+    }
+    Failure failure = FailureOf(asked);
+    const bool isOpen = DeliveryIn(failure.Message) == Delivery::Sent;
+    return {std::move(failure), isOpen};
 }
 
 } // namespace
@@ -157,9 +171,8 @@ std::string UnansweredWarning(const Failure& unanswered)
 RestartEnd Restart(const RebootMeans& means, const Options& options, milliseconds until, SystemResource& system,
                    std::string& type)
 {
-    std::optional<Failure> asked = PostReset(means, system, type);
     // Whether a request has arrived whose answer was lost, the system will tell.
-    const bool isOpen = asked && DeliveryIn(asked->Message) == Delivery::Sent;
+    auto [asked, isOpen] = PostReset(means, system, type);
     if (!options.Wait || (asked && !isOpen))
     {
         return {!asked, std::move(asked), isOpen, {}};

@@ -71,6 +71,8 @@ WaitingChanges WaitingOf(const RestorePlan& plan, const std::string& prefix)
 {
     WaitingChanges waiting;
     waiting.RequestFailed = plan.CallFailed;
+    // A setting that the file has and the system refuses is left out of the calls and holds nothing back.
+    waiting.Refused = plan.CallUnfit;
     for (const RestoreSetting& setting : plan.Settings)
     {
         waiting.Unknown = waiting.Unknown || setting.Outcome == RestoreOutcome::Unknown;
@@ -360,6 +362,11 @@ void TellRestore(const RestorePlan& plan, const Options& options, const std::str
     TellTable(plan, options, prefix, answer);
 }
 
-Answer RunRestore(const Options& options, Bmc& bmc) { return Restorer(options, bmc).Run(); }
+Answer RunRestore(const Options& options, Bmc& bmc)
+{
+    Answer answer = Restorer(options, bmc).Run();
+    answer.OfChanges = true;
+    return answer;
+}
 
 } // namespace Tavrine::Tool

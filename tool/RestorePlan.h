@@ -58,6 +58,8 @@ struct RestorePlan
     bool PendingUnread = false;
     /// A request failed, and the BMC does not show that all was done all the same.
     bool CallFailed = false;
+    /// The library's own check refused a call, of which nothing was sent.
+    bool CallUnfit = false;
 };
 
 /// Whether the BMC reports a setting at all, with a value or without; asked about those

@@ -258,6 +258,7 @@ void TellFailedCalls(RestorePlan& plan, const std::vector<FailedCall>& failed, s
         }
     }
     plan.CallFailed = IsCallFailed(plan, failed);
+    plan.CallUnfit = std::ranges::any_of(failed, &FailedCall::Unfit);
 }
 
 /// What failed, and nothing else is sent once the BMC cannot be reached.

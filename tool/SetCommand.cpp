@@ -27,7 +27,7 @@ constexpr int TextOutput = 0;
 WaitingChanges WaitingOf(const SetPlan& plan)
 {
     WaitingChanges waiting;
-    waiting.RequestFailed = plan.RequestFailed;
+    waiting.RequestFailed = plan.RequestFailed || plan.Stop;
     for (const SetSetting& setting : plan.Settings)
     {
         waiting.Unknown = waiting.Unknown || setting.Outcome == SetOutcome::Unknown;
@@ -121,6 +121,7 @@ Answer RunSet(const Options& options, Bmc& bmc)
         bmc.Keep(bmc.Front(TypedOutput)), bmc.SettingManagers(), options, pairs, [&] { return bmc.Front(TextOutput); },
         waiting);
     RebootForChanges(MeansOf(bmc), options, waiting, answer);
+    answer.OfChanges = true;
     return answer;
 }
 

@@ -98,18 +98,11 @@ std::string CauseOf(const BiosResource& bios, const std::string& name)
     return cause;
 }
 
-/// What the BMC tells before a restart; nothing where that cannot be read.
-std::optional<BiosResource> ReadBefore(const RebootMeans& means, SystemResource& system)
-{
-    BiosResource bios;
-    const bool read = IsSuccess(ReadSystemAndBios(means.Requests, system, bios).ErrorCode());
-    return read ? std::optional(std::move(bios)) : std::nullopt;
-}
-
 /// Why the system must not be restarted for changes of single settings.
-std::optional<Failure> WhyToStay(const RebootMeans& means, BiosResource& bios)
+/// @param told  of the read that filled `bios`.
+std::optional<Failure> WhyToStay(const RebootMeans& means, const RedfishConfigResult& told, BiosResource& bios)
 {
-    const RedfishConfigResult read = ReadPostLoad(means.Requests, bios);
+    const RedfishConfigResult read = IsSuccess(told.ErrorCode()) ? ReadPostLoad(means.Requests, bios) : told;
     if (bios.DefaultsPending)
     {
         return Failure{CodeRefused,
@@ -240,16 +233,18 @@ bool RebootAndLook(const RebootMeans& means, const Options& options, const std::
     }
     const milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
     SystemResource system;
-    std::optional<BiosResource> before = ReadBefore(means, system);
-    if (before && !means.LoadsDefaults)
+    BiosResource before;
+    const RedfishConfigResult read = ReadSystemAndBios(means.Requests, system, before);
+    if (!means.LoadsDefaults)
     {
-        if (std::optional<Failure> reason = WhyToStay(means, *before))
+        if (std::optional<Failure> reason = WhyToStay(means, read, before))
         {
             AddFailure(answer, Hidden(std::move(*reason), secrets));
             return false;
         }
     }
-    const std::optional<std::string> timeBefore = before ? std::optional(before->ChangeTime) : std::nullopt;
+    const std::optional<std::string> timeBefore =
+        IsSuccess(read.ErrorCode()) ? std::optional(before.ChangeTime) : std::nullopt;
     std::string type;
     RestartEnd end = Restart(means, options, until, system, type);
     if (end.Trouble)

@@ -205,7 +205,7 @@ TEST(ChangeFault, HowFarAChangeCameIsReadFromItsMessage)
     }
 }
 
-/// A BMC may have these words by chance, or to be believed what it is not.
+/// A BMC may say these words by chance, or to pass itself off as the client.
 TEST(ChangeFault, ABmcCannotTellHowFarAChangeCameInTheClientsWords)
 {
     const std::string sayings[] = {

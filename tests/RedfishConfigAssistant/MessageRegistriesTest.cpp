@@ -1,5 +1,7 @@
 #include "MessageRegistries.h"
 
+#include <atomic>
+
 #include <gtest/gtest.h>
 
 #include "BMCBaseAssistant.h"
@@ -348,7 +350,7 @@ TEST(MessageRegistries, AreReadWithinTheLongestTimeOfARequest)
 TEST(MessageRegistries, NoneIsAskedForInTheLastOfFifteenSeconds)
 {
     LeapingClock clock;
-    std::size_t reads = 0;
+    std::atomic<std::size_t> reads{0};
     const TestServer server(
         [&, refusal = OfManyRegistries()](const httplib::Request& request, httplib::Response& response)
         {
@@ -357,7 +359,7 @@ TEST(MessageRegistries, NoneIsAskedForInTheLastOfFifteenSeconds)
                 AnswerJson(response, refusal, 400);
                 return;
             }
-            clock.Leap(std::chrono::milliseconds(++reads < 5 ? 3'000 : 2'300));
+            clock.Leap(std::chrono::milliseconds(++reads < 5 ? 2'500 : 4'200));
             AnswerJson(response, Collection({}));
         });
     const GivenOptions times(CURLOPT_TIMEOUT_MS);

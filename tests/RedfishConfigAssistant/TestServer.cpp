@@ -1,5 +1,7 @@
 #include "TestServer.h"
 
+#include <stdexcept>
+
 namespace resttest
 {
 
@@ -19,7 +21,7 @@ std::unique_ptr<httplib::Server> ServerOf(const Certificate* certificate, int tl
     return std::make_unique<httplib::SSLServer>(
         [&](SSL_CTX& context)
         {
-            return SSL_CTX_set_cipher_list(&context, resttest::AllCiphers) == 1 &&
+            return SSL_CTX_set_cipher_list(&context, AllCiphers) == 1 &&
                    SSL_CTX_use_certificate(&context, certificate->Leaf.get()) == 1 &&
                    SSL_CTX_use_PrivateKey(&context, certificate->Key.get()) == 1 &&
                    SSL_CTX_set_min_proto_version(&context, tlsVersion) == 1 &&
@@ -33,6 +35,10 @@ TestServer::TestServer(Handler handler, const Certificate* certificate, int tlsV
     : m_Handler(std::move(handler)), m_Tls(certificate != nullptr)
 {
     m_Server = ServerOf(certificate, tlsVersion);
+    if (!m_Server->is_valid())
+    {
+        throw std::runtime_error("no test server: OpenSSL refuses its certificate, or its version of TLS");
+    }
     m_Server->set_keep_alive_max_count(100'000);
     const auto serve = [this](const httplib::Request& request, httplib::Response& response)
     { Serve(request, response); };
@@ -40,7 +46,12 @@ TestServer::TestServer(Handler handler, const Certificate* certificate, int tlsV
     m_Server->Post(".*", serve);
     m_Server->Patch(".*", serve);
     m_Server->Delete(".*", serve);
-    m_Port = static_cast<std::uint16_t>(m_Server->bind_to_any_port("127.0.0.1"));
+    const int port = m_Server->bind_to_any_port("127.0.0.1");
+    if (port <= 0)
+    {
+        throw std::runtime_error("no test server: no port of 127.0.0.1 can be had");
+    }
+    m_Port = static_cast<std::uint16_t>(port);
     m_Thread = std::thread([this] { m_Server->listen_after_bind(); });
 }
 

@@ -46,6 +46,7 @@ class TestServer
 
     /// @param certificate  null for http.
     /// @param tlsVersion  the only one spoken, as OpenSSL names it, with old ciphers, too; 0 for what is usual.
+    /// Throws std::runtime_error where the machine allows no such server.
     explicit TestServer(Handler handler, const Certificate* certificate = nullptr, int tlsVersion = 0);
     TestServer(const TestServer&) = delete;
     TestServer& operator=(const TestServer&) = delete;

@@ -175,8 +175,8 @@ TEST_F(CompareCommand, NothingPendingIsAGoodAnswer)
     const Answer answer = ComparePending(Asked({"pending"}), From(front));
     EXPECT_EQ(answer.Code, 0);
     EXPECT_EQ(answer.Text, "");
-    EXPECT_EQ(answer.Notes, Words{"note: There are no pending values on the current system."});
-    EXPECT_EQ(answer.Message, "There are no pending values on the current system.");
+    EXPECT_EQ(answer.Notes, Words{"note: Nothing is pending; passwords and protected settings are not looked at."});
+    EXPECT_EQ(answer.Message, "Nothing is pending; passwords and protected settings are not looked at.");
     EXPECT_TRUE(answer.Errors.empty());
 }
 

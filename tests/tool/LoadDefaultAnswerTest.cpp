@@ -163,6 +163,35 @@ TEST(LoadDefaultAnswer, OfARefusalTheBmcTellsWhetherItIsOne)
     }
 }
 
+TEST(LoadDefaultAnswer, WhatIsShownForAPasswordTellsNothing)
+{
+    struct Case
+    {
+        RedfishConfigResult Result;
+        std::string Word;
+        int Code;
+    };
+    const std::string unknown = "unknown: whether it has its default, or gets it with a reboot, is not known; its "
+                                "pending value could not be read";
+    const Case cases[] = {
+        {{18, "PATCH /x was refused by h (400 Bad Request).", ""},
+         "refused: PATCH /x was refused by h (400 Bad Request).",
+         18},
+        {{0, "", ""}, unknown, 18},
+        {{1, "", ""}, "sent, takes effect after a reboot", 0},
+    };
+    for (const Case& one : cases)
+    {
+        LoadScript script;
+        script.Answers.emplace("Word", one.Result);
+        script.Effective = {{"BIOS.Word", ""}};
+        script.Defaults = {{"Word", ""}};
+        const Answer answer = Load(script, {"Word"});
+        EXPECT_EQ(answer.Text, "BIOS.Word: " + one.Word + "\n");
+        EXPECT_EQ(answer.Code, one.Code);
+    }
+}
+
 TEST(LoadDefaultAnswer, ARefusalThatIsNoneShowsNoPasswordEither)
 {
     LoadScript script;

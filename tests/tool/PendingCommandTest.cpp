@@ -61,18 +61,19 @@ TEST_F(PendingCommand, ThatNothingIsPendingIsAnAnswer)
     Prepare = [](ShownFront& front, bool) { front.Result = {2, "", ""}; };
     for (const Words& names : {Words{}, Words{"A", "B"}})
     {
+        const std::string nothing = names.empty()
+                                        ? "Nothing is pending; passwords and protected settings are not looked at.\n"
+                                        : "Nothing is pending.\n";
         Given.Json = false;
         Answer answer = Pending(names);
         EXPECT_EQ(answer.Code, 0);
-        EXPECT_EQ(answer.Text, names.empty()
-                                   ? "Nothing is pending; passwords and protected settings are not looked at.\n"
-                                   : "Nothing is pending.\n");
+        EXPECT_EQ(answer.Text, nothing);
         EXPECT_TRUE(answer.Errors.empty());
         Given.Json = true;
         answer = Pending(names);
         EXPECT_EQ(answer.Code, 0);
         EXPECT_TRUE(answer.Data.empty());
-        EXPECT_EQ(answer.Message, "There are no pending values on the current system.");
+        EXPECT_EQ(answer.Message + "\n", nothing);
     }
 }
 

@@ -11,7 +11,7 @@ using namespace Tavrine;
 using namespace Tavrine::Tool;
 using namespace tooltest;
 
-TEST(PendingValues, OfASettingThatCannotBeReadNothingIsKnown)
+TEST(PendingValues, ASettingIsKnownAsFarAsItCanBeRead)
 {
     using Texts = std::map<std::string, std::string>;
     struct Case

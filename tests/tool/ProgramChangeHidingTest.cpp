@@ -8,7 +8,6 @@
 #include <fstream>
 #include <future>
 #include <set>
-#include <sstream>
 
 #include "ChangeMachine.h"
 #include "FaultyProxy.h"
@@ -42,7 +41,7 @@ std::set<std::string> WrittenBy(const fs::path& process)
     {
         std::error_code failure;
         const bool regular = fs::is_regular_file(entry.path(), failure);
-        std::istringstream info(testdata::ReadFile(process / "fdinfo" / entry.path().filename()));
+        std::ifstream info(process / "fdinfo" / entry.path().filename());
         std::string word;
         while (info >> word && word != "flags:")
         {

@@ -356,11 +356,11 @@ TEST(ProgramKnow, NothingPendingIsAGoodAnswer)
     const Finished text = RunToEnd(On("", {"compare", "pending"}));
     EXPECT_EQ(text.Status, 0);
     EXPECT_EQ(text.Output, "");
-    EXPECT_EQ(text.Errors, "tavrine: note: There are no pending values on the current system.\n");
+    EXPECT_EQ(text.Errors, "tavrine: note: Nothing is pending; passwords and protected settings are not looked at.\n");
     const Finished data = RunToEnd(On("", {"compare", "pending", "--json"}));
     EXPECT_EQ(data.Status, 0);
     EXPECT_EQ(Parsed(data.Output), Parsed(R"({"code":0,
-        "message":"There are no pending values on the current system.","settings":{},"errors":[]})"));
+        "message":"Nothing is pending; passwords and protected settings are not looked at.","settings":{},"errors":[]})"));
 }
 
 TEST(ProgramKnow, SettingsWithoutADefaultAreANoteAndNoFailure)

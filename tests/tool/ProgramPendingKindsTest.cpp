@@ -5,6 +5,7 @@
 #include <boost/json/parse.hpp>
 
 #include "InsideRun.h"
+#include "TemporaryFolder.h"
 
 using namespace tooltest;
 
@@ -90,4 +91,31 @@ TEST_F(PendingKinds, WhatCannotBeReadIsAFailureWhereItMatters)
     EXPECT_EQ(document.at("code"), data.Status);
     EXPECT_TRUE(document.at("settings").as_object().empty());
     EXPECT_EQ(document.at("errors").as_array().size(), 1U);
+}
+
+TEST(PendingPassword, WhatIsShownForItDoesNotTellThatNothingWaits)
+{
+    const testdata::TemporaryFolder folder;
+    folder.Write("machine/bios.json", R"({"@odata.id":"/redfish/v1/Systems/1/Bios","@odata.type":"#Bios.v1_1_0.Bios",
+        "Id":"Bios","Name":"BIOS","AttributeRegistry":"Small.v1_0_0","Attributes":{"Word":"","Mode":"a"},
+        "@Redfish.Settings":{"SettingsObject":{"@odata.id":"/redfish/v1/Systems/1/Bios/Settings"}}})");
+    folder.Write("machine/registry.en.json", R"({"@odata.type":"#AttributeRegistry.v1_3_6.AttributeRegistry",
+        "Id":"Small.v1_0_0","Name":"Small","Language":"en","OwningEntity":"Tests","RegistryVersion":"1.0.0",
+        "RegistryEntries":{"Attributes":[{"AttributeName":"Word","Type":"Password"},
+                                         {"AttributeName":"Mode","Type":"String"}],"Menus":[],"Dependencies":[]}})");
+    const InsideBmc bmc((folder.Path() / "machine").string());
+    const InsideRun tool(bmc.Url());
+    for (const Words& names : {Words{"Word"}, Words{"Mode", "Word"}})
+    {
+        Words words = {"pending"};
+        words.insert(words.end(), names.begin(), names.end());
+        const Finished pending = tool(words);
+        EXPECT_EQ(pending.Status, 0) << pending.Errors;
+        EXPECT_EQ(pending.Output, "Nothing is pending that the BMC shows.\n");
+        EXPECT_NE(pending.Errors.find("tavrine: BIOS.Word: whether a change waits is not known, since it is a "
+                                      "password\n"),
+                  std::string::npos)
+            << pending.Errors;
+    }
+    EXPECT_EQ(tool({"pending", "Mode"}).Output, "Nothing is pending.\n");
 }

@@ -136,6 +136,13 @@ TEST(ProgramStreams, WhatBecameOfChangesIsToldWhereStandardOutputIsLost)
     launch.Arguments.emplace_back("--json");
     const std::string document = RunToEnd(launch).Errors;
     EXPECT_NE(document.find(R"("outcome":"already")"), std::string::npos) << document;
+
+    const testdata::TemporaryFolder folder;
+    const std::string file = folder.Write("custom", "BootPromptSeconds=9\n");
+    launch = bmc.Tool({"custom-default", "import", file, "--json"});
+    launch.OutputFile = "/dev/full";
+    const std::string imported = RunToEnd(launch).Errors;
+    EXPECT_NE(imported.find(R"("bytes":20)"), std::string::npos) << imported;
 }
 
 TEST(ProgramStreams, AReaderIsWaitedForWhereWritingDoesNot)
@@ -181,7 +188,9 @@ TEST(ProgramStreams, AClosedStandardOutputIsAnErrorAndGetsNowhereElse)
     Launch launch = Simulated({"show", "--json", "--log-file", log});
     launch.CloseOutput = true;
     EXPECT_EQ(RunToEnd(launch).Status, 15);
-    EXPECT_EQ(testdata::ReadFile(log).find("\"settings\""), std::string::npos);
+    const std::string text = testdata::ReadFile(log);
+    EXPECT_NE(text, "");
+    EXPECT_EQ(text.find("\"settings\""), std::string::npos);
 }
 
 TEST(ProgramStreams, ASessionIsOpenedAndClosedOnOneConnection)

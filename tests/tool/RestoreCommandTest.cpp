@@ -361,6 +361,7 @@ TEST(RestoreCommand, WhatTheCheckRefusedOnTheWayIsNoFailedRequestBesideOthers)
         EXPECT_EQ(Find(plan, "Size").Outcome, RestoreOutcome::NotSent);
         EXPECT_EQ(Find(plan, "Size").Why, "The setting Size is read-only.");
         EXPECT_EQ(plan.CallFailed, !isDone);
+        EXPECT_TRUE(plan.CallUnfit);
     }
 }
 
