@@ -177,7 +177,7 @@ bool ShowsWaitingDefaults(const BmcRequests& requests)
     SystemResource system;
     BiosResource bios;
     return IsSuccess(ReadSystemAndBios(requests, system, bios).ErrorCode()) &&
-           (bios.DefaultsPending || (IsSuccess(ReadPostLoad(requests, bios).ErrorCode()) && bios.DefaultsPending));
+           IsSuccess(ReadPostLoad(requests, bios).ErrorCode()) && bios.DefaultsPending;
 }
 
 Answer RunWhole(const Options& options, Bmc& bmc)
@@ -269,7 +269,8 @@ Answer LoadAllDefaults(RedfishConfigProc& front, const BmcRequests& requests, co
         answer.Notes.emplace_back(MissingActionHint);
     }
     const RequestEnd end = EndOf(failure);
-    const bool isShown = (end == RequestEnd::Refused || end == RequestEnd::Unknown) && ShowsWaitingDefaults(requests);
+    // Behind a refusal it would be somebody else's load that waits.
+    const bool isShown = end == RequestEnd::Unknown && ShowsWaitingDefaults(requests);
     if (isShown)
     {
         answer.Notes.push_back(OutcomeWords::ShownAllTheSame + failure.Message);

@@ -37,7 +37,7 @@ Answer LoadSingleDefaults(const Options& options, const FrontMaker& freshFront, 
 
 /// Asks for the defaults of all settings: by the reset action, or with `--post` by the
 /// firmware at its next start.
-/// @param requests  look whether a BMC that refuses it, or whose answer was lost, did it all the same.
+/// @param requests  look whether a BMC whose answer was lost did it.
 Answer LoadAllDefaults(RedfishConfigProc& front, const BmcRequests& requests, const Options& options);
 
 } // namespace Tavrine::Tool

@@ -289,9 +289,10 @@ std::string DoubtOf(const DefaultLoad& load, const Knowledge& known)
     const std::string doubt(load.Open ? DeliveryWords::OutcomeUnknown
                                       : "whether it has its default, or gets it with a reboot, is not known");
     return doubt + "; " +
-           (!known.Effective ? OutcomeWords::NotRead
-            : !known.Default ? "its default could not be read"
-                             : OutcomeWords::NotShown);
+           (load.Password      ? "it is a password"
+            : !known.Effective ? OutcomeWords::NotRead
+            : !known.Default   ? "its default could not be read"
+                               : OutcomeWords::NotShown);
 }
 
 /// Of a refusal that the BMC belies nothing is left but a warning.

@@ -258,7 +258,8 @@ void TellFailedCalls(RestorePlan& plan, const std::vector<FailedCall>& failed, s
         }
     }
     plan.CallFailed = IsCallFailed(plan, failed);
-    plan.CallUnfit = std::ranges::any_of(failed, &FailedCall::Unfit);
+    plan.CallUnfit =
+        std::ranges::any_of(failed, [&](const FailedCall& call) { return call.Unfit && !IsDone(plan, *call.Indices); });
 }
 
 /// What failed, and nothing else is sent once the BMC cannot be reached.

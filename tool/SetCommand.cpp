@@ -27,7 +27,8 @@ constexpr int TextOutput = 0;
 WaitingChanges WaitingOf(const SetPlan& plan)
 {
     WaitingChanges waiting;
-    waiting.RequestFailed = plan.RequestFailed || plan.Stop;
+    waiting.RequestFailed = plan.RequestFailed;
+    waiting.Refused = plan.Stop.has_value();
     for (const SetSetting& setting : plan.Settings)
     {
         waiting.Unknown = waiting.Unknown || setting.Outcome == SetOutcome::Unknown;

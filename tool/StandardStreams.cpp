@@ -64,7 +64,7 @@ void ReserveStandardStreams()
 std::string WriteOutput(std::string_view text)
 {
     const int cause = WriteAll(STDOUT_FILENO, text);
-    return cause == 0 || cause == EPIPE || cause == EINTR ? std::string() : std::strerror(cause);
+    return cause == 0 || cause == EPIPE ? std::string() : std::strerror(cause);
 }
 
 void WriteError(std::string_view text) { WriteAll(STDERR_FILENO, text); }

@@ -11,8 +11,8 @@ namespace Tavrine::Tool
 void ReserveStandardStreams();
 
 /// Writes to standard output.
-/// @return empty when all is written, or when the reader has gone, or when a stop
-///         signal ended the wait for him; otherwise the cause.
+/// @return empty when all is written, or when the reader has gone; otherwise the cause, a stop
+///         signal that ended the wait for him among them.
 std::string WriteOutput(std::string_view text);
 
 /// Writes to standard error; there is nowhere to tell a failure.

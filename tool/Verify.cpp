@@ -103,6 +103,13 @@ std::string CauseOf(const BiosResource& bios, const std::string& name)
 std::optional<Failure> WhyToStay(const RebootMeans& means, const RedfishConfigResult& told, BiosResource& bios)
 {
     const RedfishConfigResult read = IsSuccess(told.ErrorCode()) ? ReadPostLoad(means.Requests, bios) : told;
+    if (!IsSuccess(read.ErrorCode()))
+    {
+        Failure unread = FailureOf(read);
+        unread.Message.insert(0, "The system was not restarted, since it is not known whether all settings would go "
+                                 "to their defaults with it: ");
+        return unread;
+    }
     if (bios.DefaultsPending)
     {
         return Failure{CodeRefused,
@@ -111,15 +118,7 @@ std::optional<Failure> WhyToStay(const RebootMeans& means, const RedfishConfigRe
                        {},
                        {}};
     }
-    if (IsSuccess(read.ErrorCode()))
-    {
-        return std::nullopt;
-    }
-    Failure unread = FailureOf(read);
-    unread.Message.insert(0,
-                          "The system was not restarted, since it is not known whether all settings would go to their "
-                          "defaults with it: ");
-    return unread;
+    return std::nullopt;
 }
 
 struct Verification

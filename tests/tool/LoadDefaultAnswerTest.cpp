@@ -171,8 +171,8 @@ TEST(LoadDefaultAnswer, WhatIsShownForAPasswordTellsNothing)
         std::string Word;
         int Code;
     };
-    const std::string unknown = "unknown: whether it has its default, or gets it with a reboot, is not known; its "
-                                "pending value could not be read";
+    const std::string unknown = "unknown: whether it has its default, or gets it with a reboot, is not known; it "
+                                "is a password";
     const Case cases[] = {
         {{18, "PATCH /x was refused by h (400 Bad Request).", ""},
          "refused: PATCH /x was refused by h (400 Bad Request).",
