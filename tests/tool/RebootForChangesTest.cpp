@@ -14,6 +14,22 @@ using namespace Tavrine::Tool;
 using namespace tooltest;
 using std::chrono::milliseconds;
 
+namespace
+{
+
+/// With `--reboot`, and `--wait` where there is a time to wait.
+Answer Rebooted(FakeMachine& machine, const WaitingChanges& waiting, std::optional<std::uint32_t> wait = std::nullopt)
+{
+    Options options;
+    options.Reboot = true;
+    options.Wait = wait;
+    Answer answer;
+    RebootForChanges(MeansOf(machine), options, waiting, answer);
+    return answer;
+}
+
+} // namespace
+
 TEST(RebootForChanges, OnlyForWhatIsKnownToWaitIsASystemRestarted)
 {
     struct Case
@@ -61,14 +77,10 @@ TEST(RebootForChanges, OnlyForWhatIsKnownToWaitIsASystemRestarted)
     {
         FakeMachine machine;
         machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
-        Options options;
         Answer unasked;
-        RebootForChanges(MeansOf(machine), options, one.Waiting, unasked);
+        RebootForChanges(MeansOf(machine), Options(), one.Waiting, unasked);
         EXPECT_TRUE(unasked.Notes.empty()) << one.What;
-        options.Reboot = true;
-        options.Wait = one.Wait ? std::optional<std::uint32_t>(600) : std::nullopt;
-        Answer answer;
-        RebootForChanges(MeansOf(machine), options, one.Waiting, answer);
+        const Answer answer = Rebooted(machine, one.Waiting, one.Wait ? std::optional(600U) : std::nullopt);
         EXPECT_EQ(machine.Reset(), one.Restarts) << one.What;
         EXPECT_EQ(answer.Notes, one.Note.empty() ? std::vector<std::string>() : std::vector<std::string>{one.Note})
             << one.What;
@@ -103,14 +115,11 @@ TEST(RebootForChanges, WhatElseComesIntoForceIsTold)
         machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
         machine.Pending = one.Pending;
         machine.PendingResult = one.Result;
-        Options options;
-        options.Reboot = true;
         WaitingChanges waiting;
         waiting.Expected = {{"A", "new"}};
         waiting.Unreadable = {"BIOS.P"};
         waiting.Secrets.emplace_back(std::string("hunter2000"));
-        Answer answer;
-        RebootForChanges(MeansOf(machine), options, waiting, answer);
+        const Answer answer = Rebooted(machine, waiting);
         EXPECT_TRUE(machine.Reset());
         std::vector<std::string> notes = one.Notes;
         notes.emplace_back("restart requested (GracefulRestart); what comes of the changes: tavrine results");
@@ -122,13 +131,9 @@ TEST(RebootForChanges, NoValueIsSaidToBeUnverifiedWhereTheSystemWasNotRestarted)
 {
     FakeMachine machine;
     machine.Offered = R"(["On"])";
-    Options options;
-    options.Reboot = true;
-    options.Wait = 600;
     WaitingChanges waiting;
     waiting.Unreadable = {"BIOS.P"};
-    Answer answer;
-    RebootForChanges(MeansOf(machine), options, waiting, answer);
+    const Answer answer = Rebooted(machine, waiting, 600);
     EXPECT_EQ(answer.Code, 16);
     EXPECT_EQ(answer.Notes, std::vector<std::string>());
 }
@@ -151,14 +156,10 @@ TEST(RebootForChanges, WhatTheBmcTellsOfTheChangesShowsNoPassword)
         machine.System = [](milliseconds since) { return AwayUntil(since, milliseconds(0), milliseconds(1)); };
         machine.Values = [](milliseconds) { return R"({"A":"old"})"; };
         machine.Messages = R"([{"Message":"Not with hunter2000.","RelatedProperties":["#/Attributes/A"]}])";
-        Options options;
-        options.Reboot = true;
-        options.Wait = 600;
         WaitingChanges waiting;
         waiting.Expected = {{"A", "new"}};
         waiting.Secrets.emplace_back(std::string(one.Password));
-        Answer answer;
-        RebootForChanges(MeansOf(machine), options, waiting, answer);
+        const Answer answer = Rebooted(machine, waiting, 600);
         ASSERT_EQ(answer.Errors.size(), 1U);
         EXPECT_EQ(answer.Errors[0].Message, "BIOS.A: the new value is not in force after the reboot; it is old");
         EXPECT_EQ(answer.Errors[0].Cause, one.Told);
@@ -169,13 +170,10 @@ TEST(RebootForChanges, AnAnswerToTheRequestForARestartShowsNoPassword)
 {
     FakeMachine machine;
     machine.ResetResult = RedfishConfigResult(18, "Not with hunter2000.", "");
-    Options options;
-    options.Reboot = true;
     WaitingChanges waiting;
     waiting.Expected = {{"A", "new"}};
     waiting.Secrets.emplace_back(std::string("hunter2000"));
-    Answer answer;
-    RebootForChanges(MeansOf(machine), options, waiting, answer);
+    const Answer answer = Rebooted(machine, waiting);
     EXPECT_EQ(answer.Message, "The system was not restarted: Not with ********.");
 }
 
@@ -206,14 +204,10 @@ TEST(RebootForChanges, WhatIsToldOfALostRestartOrOfLostValuesShowsNoPassword)
         machine.ValuesResult = one.Values;
         machine.System = [](milliseconds)
         { return FakeMachine::Plain("On", R"(,"LastResetTime":"2026-01-01T00:00:00Z")"); };
-        Options options;
-        options.Reboot = true;
-        options.Wait = 600;
         WaitingChanges waiting;
         waiting.Expected = {{"A", "new"}};
         waiting.Secrets.emplace_back(std::string("hunter2000"));
-        Answer answer;
-        RebootForChanges(MeansOf(machine), options, waiting, answer);
+        const Answer answer = Rebooted(machine, waiting, 600);
         EXPECT_EQ(answer.Notes, one.Notes);
         EXPECT_EQ(answer.Message, one.Message);
     }
@@ -223,12 +217,9 @@ TEST(RebootForChanges, WhereTheBiosResourceCannotBeReadNothingIsRestarted)
 {
     FakeMachine machine;
     machine.IsBiosUnread = true;
-    Options options;
-    options.Reboot = true;
     WaitingChanges waiting;
     waiting.Expected = {{"A", "new"}};
-    Answer answer;
-    RebootForChanges(MeansOf(machine), options, waiting, answer);
+    const Answer answer = Rebooted(machine, waiting);
     EXPECT_EQ(answer.Code, 26);
     EXPECT_EQ(answer.Message, "The system was not restarted, since it is not known whether all settings would go to "
                               "their defaults with it: not found");
@@ -239,13 +230,9 @@ TEST(RebootForChanges, WhatTheBmcOffersDoesNotTellThatSomethingWasSent)
 {
     FakeMachine machine;
     machine.Offered = R"(["On","whether the change was done is not known"])";
-    Options options;
-    options.Reboot = true;
-    options.Wait = 600;
     WaitingChanges waiting;
     waiting.Expected = {{"A", "new"}};
-    Answer answer;
-    RebootForChanges(MeansOf(machine), options, waiting, answer);
+    const Answer answer = Rebooted(machine, waiting, 600);
     EXPECT_EQ(answer.Code, 16);
     EXPECT_EQ(answer.Message, "The system was not restarted: The BMC does not offer the reset GracefulRestart; it "
                               "offers: On, whether the change was done is not known");
