@@ -8,8 +8,9 @@ namespace Tavrine
 {
 
 /// Finds names in a map of settings. One that stands right behind the name found before it costs one
-/// comparison of bytes, so that a walk through names in the map's order is linear; any other is found as
-/// by the map itself. The map outlives this object and keeps its entries meanwhile.
+/// comparison of bytes, and one that is missing there two of the map's own, so that a walk through names in
+/// the map's order is linear; any other is found as by the map itself. The map outlives this object and keeps
+/// its entries meanwhile.
 template <class Map> class OrderedLookup
 {
   public:
@@ -20,7 +21,8 @@ template <class Map> class OrderedLookup
     /// @return as Map::find.
     Iterator Find(const std::string& name)
     {
-        const Iterator found = m_Next != m_Map.end() && m_Next->first == name ? m_Next : m_Map.find(name);
+        const bool isNext = m_Next != m_Map.end() && m_Next->first == name;
+        const Iterator found = isNext ? m_Next : BelongsBeforeNext(name) ? m_Map.end() : m_Map.find(name);
         if (found != m_Map.end())
         {
             m_Next = std::next(found);
@@ -29,6 +31,14 @@ template <class Map> class OrderedLookup
     }
 
   private:
+    /// Between two neighbours of the map nothing stands.
+    bool BelongsBeforeNext(const std::string& name) const
+    {
+        const auto precedes = m_Map.key_comp();
+        return (m_Next == m_Map.end() || precedes(name, m_Next->first)) &&
+               (m_Next == m_Map.begin() || precedes(std::prev(m_Next)->first, name));
+    }
+
     Map& m_Map;
     Iterator m_Next;
 };

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "CodePoints.h"
+#include "OrderedLookup.h"
 
 namespace Tavrine
 {
@@ -37,27 +38,57 @@ const char* ConditionWords(TermCondition condition)
     return words[static_cast<std::size_t>(condition)];
 }
 
-/// A value that a map holds under the name, whatever its case.
-const OptionalVar* FindValue(const SettingValueMap& values, const std::string& name)
+/// By attribute: whether some dependency forces or reads it.
+std::vector<bool> NamedByDependencies(const AttributeRegistry& registry)
 {
-    const auto found = values.find(name);
-    return found != values.end() ? &found->second : nullptr;
+    std::vector<bool> named(registry.Attributes.size());
+    const auto name = [&](std::size_t attribute)
+    {
+        if (attribute != NoIndex)
+        {
+            named[attribute] = true;
+        }
+    };
+    for (const RegistryDependency& dependency : registry.Dependencies)
+    {
+        name(dependency.Attribute);
+        for (const DependencyTerm& term : dependency.Terms)
+        {
+            name(term.Attribute);
+        }
+    }
+    return named;
 }
 
 } // namespace
 
 DependencyEvaluation::DependencyEvaluation(const SettingModel& model, const SettingValueMap& values)
-    : m_Model(&model), m_Values(model.Registry().Attributes.size()), m_Named(m_Values.size())
+    : m_Model(&model), m_Values(model.Registry().Attributes.size()), m_Named(NamedByDependencies(model.Registry()))
 {
-    ResolveValues(values, {});
+    OrderedLookup lookup(values); // of the other names, too, since a registry often has them in this order
+    for (std::size_t attribute = 0; attribute < m_Values.size(); ++attribute)
+    {
+        const auto found = lookup.Find(m_Model->Attribute(attribute).Name());
+        if (m_Named[attribute])
+        {
+            m_Values[attribute].Value = ReportedValue(attribute, found != values.end() ? &found->second : nullptr);
+        }
+    }
     RunRounds(nullptr);
 }
 
-DependencyEvaluation::DependencyEvaluation(const DependencyEvaluation& before, const SettingValueMap& values,
-                                           const SettingValueMap& changes)
-    : m_Model(before.m_Model), m_Values(before.m_Values.size()), m_Named(m_Values.size())
+DependencyEvaluation::DependencyEvaluation(const DependencyEvaluation& before, const SettingValueMap& changes)
+    : m_Model(before.m_Model), m_Values(before.m_Values), m_Named(before.m_Named)
 {
-    ResolveValues(values, changes);
+    OrderedLookup lookup(changes);
+    for (std::size_t attribute = 0; attribute < m_Values.size(); ++attribute)
+    {
+        const auto changed = lookup.Find(m_Model->Attribute(attribute).Name());
+        if (m_Named[attribute] && changed != changes.end())
+        {
+            m_Values[attribute] = {ScalarFromValue(changed->second), true};
+        }
+    }
     RunRounds(changes.empty() ? nullptr : &before);
 }
 
@@ -66,11 +97,13 @@ void DependencyEvaluation::MoveValues(const std::vector<std::string>& names, con
     bool moved = false;
     for (const std::string& name : names)
     {
+        const auto found = values.find(name);
+        const OptionalVar* reported = found != values.end() ? &found->second : nullptr;
         for (const std::size_t attribute : m_Model->AttributesNamed(name))
         {
             if (m_Named[attribute])
             {
-                m_Values[attribute].Value = ReportedValue(attribute, values);
+                m_Values[attribute].Value = ReportedValue(attribute, reported);
                 moved = true;
             }
         }
@@ -81,34 +114,10 @@ void DependencyEvaluation::MoveValues(const std::vector<std::string>& names, con
     }
 }
 
-RegistryScalar DependencyEvaluation::ReportedValue(std::size_t attribute, const SettingValueMap& values) const
+RegistryScalar DependencyEvaluation::ReportedValue(std::size_t attribute, const OptionalVar* reported) const
 {
-    const OptionalVar* reported = FindValue(values, m_Model->Attribute(attribute).Name());
     return reported != nullptr ? ScalarFromValue(*reported)
                                : PropertyOfRegistry(m_Model->Attribute(attribute), SettingProperty::CurrentValue);
-}
-
-void DependencyEvaluation::ResolveValues(const SettingValueMap& values, const SettingValueMap& changes)
-{
-    const auto resolve = [&](std::size_t attribute)
-    {
-        if (attribute == NoIndex || m_Named[attribute])
-        {
-            return;
-        }
-        m_Named[attribute] = true;
-        const OptionalVar* changed = FindValue(changes, m_Model->Attribute(attribute).Name());
-        m_Values[attribute] = {changed != nullptr ? ScalarFromValue(*changed) : ReportedValue(attribute, values),
-                               changed != nullptr};
-    };
-    for (const RegistryDependency& dependency : m_Model->Registry().Dependencies)
-    {
-        resolve(dependency.Attribute);
-        for (const DependencyTerm& term : dependency.Terms)
-        {
-            resolve(term.Attribute);
-        }
-    }
 }
 
 void DependencyEvaluation::RunRounds(const DependencyEvaluation* before)

@@ -38,9 +38,9 @@ class DependencyEvaluation
     /// Works all out at once. The model must outlive this object, the map need
     /// not.
     DependencyEvaluation(const SettingModel& model, const SettingValueMap& values);
-    /// @param before  what stands by `values` alone; it need not outlive this object.
-    DependencyEvaluation(const DependencyEvaluation& before, const SettingValueMap& values,
-                         const SettingValueMap& changes);
+    /// Works out what stands by the values of `before` with the changes on top.
+    /// @param before  made without changes; it need not outlive this object.
+    DependencyEvaluation(const DependencyEvaluation& before, const SettingValueMap& changes);
 
     const SettingModel& Model() const { return *m_Model; }
 
@@ -82,8 +82,7 @@ class DependencyEvaluation
     };
     using MenuFlags = std::array<MenuFlag, FlagProperties.size()>;
 
-    void ResolveValues(const SettingValueMap& values, const SettingValueMap& changes);
-    RegistryScalar ReportedValue(std::size_t attribute, const SettingValueMap& values) const;
+    RegistryScalar ReportedValue(std::size_t attribute, const OptionalVar* reported) const;
     void RunRounds(const DependencyEvaluation* before);
     bool RunRound(const DependencyEvaluation* before);
     void KeepFormerValues(std::vector<std::size_t>& winners) const;

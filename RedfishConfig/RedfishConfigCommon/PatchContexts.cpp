@@ -145,9 +145,8 @@ RedfishConfigResult JudgeWanted(const WantedValue& wanted, const DependencyEvalu
     return {0, "", ""};
 }
 
-JointEvaluation::JointEvaluation(const DependencyEvaluation& now, const SettingValueMap& values,
-                                 const std::vector<WantedValue>& wanted)
-    : m_Model(now.Model()), m_Values(values), m_Now(now), m_EvaluationsLeft(OwnEvaluations(m_Model.Registry()))
+JointEvaluation::JointEvaluation(const DependencyEvaluation& now, const std::vector<WantedValue>& wanted)
+    : m_Model(now.Model()), m_Now(now), m_EvaluationsLeft(OwnEvaluations(m_Model.Registry()))
 {
     auto place = m_Changes.begin();
     for (const WantedValue& one : wanted)
@@ -175,7 +174,7 @@ JointEvaluation::JointEvaluation(const DependencyEvaluation& now, const SettingV
 
 std::unique_ptr<DependencyEvaluation> JointEvaluation::WithChanges() const
 {
-    return std::make_unique<DependencyEvaluation>(m_Now, m_Values, m_Changes);
+    return std::make_unique<DependencyEvaluation>(m_Now, m_Changes);
 }
 
 void JointEvaluation::FindSelfReaders()

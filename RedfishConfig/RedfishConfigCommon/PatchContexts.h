@@ -53,9 +53,8 @@ std::string LockedWords(const DependencyEvaluation& evaluation, std::size_t attr
 class JointEvaluation
 {
   public:
-    /// @param now  what stands by `values` alone. Both must outlive this object.
-    JointEvaluation(const DependencyEvaluation& now, const SettingValueMap& values,
-                    const std::vector<WantedValue>& wanted);
+    /// @param now  what stands without them. It must outlive this object.
+    JointEvaluation(const DependencyEvaluation& now, const std::vector<WantedValue>& wanted);
 
     const DependencyEvaluation& For(const WantedValue& wanted);
 
@@ -64,7 +63,6 @@ class JointEvaluation
     std::unique_ptr<DependencyEvaluation> WithChanges() const;
 
     const SettingModel& m_Model;
-    const SettingValueMap& m_Values;
     SettingValueMap m_Changes;
     const DependencyEvaluation& m_Now;
     std::unique_ptr<DependencyEvaluation> m_Joint;

@@ -73,14 +73,14 @@ void LogLeftOut(const std::string& name, const std::string& reason)
 
 using Failures = std::map<std::string, RedfishConfigResult>;
 
-void JudgeAll(const std::vector<WantedValue>& wanted, const SettingValueMap& values, filterAction action,
-              SettingStringMap& contexts, Failures& failures)
+void JudgeAll(const std::vector<WantedValue>& wanted, filterAction action, SettingStringMap& contexts,
+              Failures& failures)
 {
     if (wanted.empty())
     {
         return;
     }
-    Tavrine::JointEvaluation joint(wanted.front().Setting->Evaluated()->Now(), values, wanted);
+    Tavrine::JointEvaluation joint(wanted.front().Setting->Evaluated()->Now(), wanted);
     for (const WantedValue& one : wanted)
     {
         const std::string& name = one.Setting->Attribute().Name();
@@ -197,7 +197,7 @@ RedfishConfigResult RedfishConfigSettingManager::PreparePatchContext(const Setti
         wanted.push_back(ReadWanted(setting, now != nullptr ? DefaultAsDecimal(setting, text, *now) : text, m_Values,
                                     m_NotTold, action));
     }
-    JudgeAll(wanted, m_Values, action, passed, failures);
+    JudgeAll(wanted, action, passed, failures);
     contexts = std::move(passed);
     for (const auto& [name, failure] : failures)
     {

@@ -291,23 +291,22 @@ TEST(DependencyValues, ChangesCarryOnThroughReportedValues)
                                      Dependency(Term("B", "EQU", "\"byA\""), "C", "CurrentValue", "\"byB\"") + "," +
                                      Dependency(Term("D", "EQU", "\"d\""), "D", "CurrentValue", "\"self\""));
     const SettingValueMap values = {{"A", "a"}, {"B", "b"}, {"C", "c"}, {"D", "d"}};
-    const DependencyEvaluation changed(DependencyEvaluation(*model, values), values, {{"A", "x"}});
+    const DependencyEvaluation changed(DependencyEvaluation(*model, values), {{"A", "x"}});
     EXPECT_EQ(ValueText(changed, 0), "x");
     EXPECT_EQ(ValueText(changed, 1), "byA");
     EXPECT_EQ(ValueText(changed, 2), "byB");
     EXPECT_EQ(ValueText(changed, 3), "d") << "nothing that its condition reads has moved";
     EXPECT_TRUE(changed.Settled());
 
-    const DependencyEvaluation withBoth(DependencyEvaluation(*model, values), values, {{"A", "x"}, {"B", "mine"}});
+    const DependencyEvaluation withBoth(DependencyEvaluation(*model, values), {{"A", "x"}, {"B", "mine"}});
     EXPECT_EQ(ValueText(withBoth, 1), "mine") << "a change is never replaced";
     EXPECT_EQ(ValueText(withBoth, 2), "c");
 
-    const DependencyEvaluation withUntold(DependencyEvaluation(*model, values), values,
-                                          {{"A", "x"}, {"B", std::nullopt}});
+    const DependencyEvaluation withUntold(DependencyEvaluation(*model, values), {{"A", "x"}, {"B", std::nullopt}});
     EXPECT_EQ(ValueText(withUntold, 1), "null") << "nor is one to a number that no value can hold";
 
     const SettingValueMap already = {{"A", "x"}, {"B", "b"}, {"C", "c"}};
-    const DependencyEvaluation same(DependencyEvaluation(*model, already), already, {{"A", "x"}});
+    const DependencyEvaluation same(DependencyEvaluation(*model, already), {{"A", "x"}});
     EXPECT_EQ(ValueText(same, 1), "b") << "a change to the value that stands moves nothing";
 }
 
@@ -323,7 +322,7 @@ TEST(DependencyValues, ValueThatUndoesItsOwnConditionStays)
     const auto model = ModelOf(Letters("EV"), away("E", "V", "1", "2") + "," + away("E", "V", "2", "1") + "," +
                                                   away("V", "E", "1", "2") + "," + away("V", "E", "2", "1"));
     const SettingValueMap reported = {{"E", "2"}, {"V", "1"}};
-    const DependencyEvaluation changed(DependencyEvaluation(*model, reported), reported, {{"E", "1"}});
+    const DependencyEvaluation changed(DependencyEvaluation(*model, reported), {{"E", "1"}});
     EXPECT_TRUE(changed.Settled());
     EXPECT_EQ(ValueText(changed, 0), "1");
     EXPECT_EQ(ValueText(changed, 1), "2");

@@ -202,8 +202,8 @@ void CheckRounds(std::string_view text, const SettingValueMap& values, const Set
     }
     const SettingModel model(std::move(registry));
     const DependencyEvaluation before(model, values);
-    const DependencyEvaluation first(before, values, changes);
-    const DependencyEvaluation second(before, values, changes);
+    const DependencyEvaluation first(before, changes);
+    const DependencyEvaluation second(before, changes);
     FUZZ_REQUIRE(first.Rounds() <= DependencyEvaluation::MaxRounds, text);
     FUZZ_REQUIRE(first.Settled() || first.Rounds() == DependencyEvaluation::MaxRounds, text);
     FUZZ_REQUIRE(first.TermsRead() <= terms * first.Rounds(), text);
