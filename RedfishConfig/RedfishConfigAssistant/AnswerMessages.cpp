@@ -25,6 +25,8 @@ namespace json = boost::json;
 
 constexpr std::size_t MaxMessages = 500;
 constexpr std::size_t MaxArguments = 20;
+/// Of all messages together: each of them becomes an entry with the message's words.
+constexpr std::size_t MaxNamedSettings = 5000;
 constexpr std::size_t MaxIdBytes = 256;
 constexpr std::string_view ExtendedInfo = "@Message.ExtendedInfo";
 
@@ -35,24 +37,37 @@ std::string Unquoted(std::string text)
     return quoted ? text.substr(1, text.size() - 2) : text;
 }
 
-std::vector<std::string> Texts(const json::value* list)
+std::vector<std::string> ArgumentsOf(const json::value& message)
 {
-    std::vector<std::string> texts;
+    std::vector<std::string> arguments;
+    const json::value* const list = Member(&message, "MessageArgs");
     const json::array* const array = list == nullptr ? nullptr : list->if_array();
-    if (array == nullptr)
+    for (std::size_t i = 0; array != nullptr && i < std::min(array->size(), MaxArguments); ++i)
     {
-        return texts;
+        const json::string* const text = (*array)[i].if_string();
+        arguments.push_back(Unquoted(
+            CleanText(text != nullptr ? std::string(text->data(), text->size()) : json::serialize((*array)[i]))));
     }
-    for (const json::value& entry : *array)
+    return arguments;
+}
+
+/// Each once, in their order; pointers are texts (DSP0268, Message), anything else there names nothing.
+std::vector<std::string> RelatedSettings(const json::value& message)
+{
+    std::vector<std::string> settings;
+    std::unordered_set<std::string> seen;
+    const json::value* const list = Member(&message, "RelatedProperties");
+    const json::array* const array = list == nullptr ? nullptr : list->if_array();
+    for (std::size_t i = 0; array != nullptr && i < array->size() && settings.size() <= MaxNamedSettings; ++i)
     {
-        if (texts.size() == MaxArguments)
+        const json::string* const pointer = (*array)[i].if_string();
+        std::string setting = pointer == nullptr ? "" : SettingOfPointer(CleanText(std::string(*pointer)));
+        if (!setting.empty() && seen.insert(setting).second)
         {
-            break;
+            settings.push_back(std::move(setting));
         }
-        const json::string* const text = entry.if_string();
-        texts.push_back(CleanText(text != nullptr ? std::string(text->data(), text->size()) : json::serialize(entry)));
     }
-    return texts;
+    return settings;
 }
 
 MessageKind KindOf(const KnownMessage* known, const json::value& message, bool refused)
@@ -74,15 +89,7 @@ MessageKind KindOf(const KnownMessage* known, const json::value& message, bool r
 std::vector<std::string> SettingsOf(const json::value& message, const KnownMessage* known,
                                     const std::vector<std::string>& arguments, const std::string& annotated)
 {
-    std::vector<std::string> settings;
-    for (const std::string& pointer : Texts(Member(&message, "RelatedProperties")))
-    {
-        std::string setting = SettingOfPointer(pointer);
-        if (!setting.empty() && std::find(settings.begin(), settings.end(), setting) == settings.end())
-        {
-            settings.push_back(std::move(setting));
-        }
-    }
+    std::vector<std::string> settings = RelatedSettings(message);
     if (settings.empty() && !annotated.empty())
     {
         settings.push_back(annotated);
@@ -112,8 +119,7 @@ BmcMessage ReadOne(const json::value& message, bool refused, const std::string& 
     std::string_view id = TextMember(&message, "MessageId");
     id = id.empty() ? TextMember(&message, "MessageID") : id;
     BmcMessage read;
-    read.Arguments = Texts(Member(&message, "MessageArgs"));
-    std::transform(read.Arguments.begin(), read.Arguments.end(), read.Arguments.begin(), Unquoted);
+    read.Arguments = ArgumentsOf(message);
     const KnownMessage* const known = FindMessage(MessageKey(id));
     read.Kind = KindOf(known, message, refused);
     SetWords(read, id, TextMember(&message, "Message"), known);
@@ -182,7 +188,8 @@ class Collector
         {
             return;
         }
-        if (m_List.Messages.size() == MaxMessages)
+        m_NamedSettings += message.Settings.size();
+        if (m_List.Messages.size() == MaxMessages || m_NamedSettings > MaxNamedSettings)
         {
             m_List.Unread = "full of messages";
             return;
@@ -214,6 +221,7 @@ class Collector
 
     bool m_Refused;
     bool m_Empty = true;
+    std::size_t m_NamedSettings = 0;
     MessageList m_List;
     std::unordered_set<std::string> m_Held;
 };

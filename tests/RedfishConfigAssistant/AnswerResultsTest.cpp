@@ -23,8 +23,6 @@ namespace
 
 namespace json = boost::json;
 
-std::vector<RedfishConfigResult> noErrors;
-
 HttpAnswer Answer(int status, const std::string& body, std::map<std::string, std::string> headers = {})
 {
     return {status, std::move(headers), body};
@@ -36,6 +34,15 @@ RedfishConfigResult JudgePatch(int status, const std::string& body, std::vector<
 {
     return JudgeAnswer(Patch(), Answer(status, body), errors);
 }
+
+/// These two where the entries are of no interest.
+RedfishConfigResult Judge(const AnsweredRequest& request, const HttpAnswer& answer)
+{
+    std::vector<RedfishConfigResult> errors;
+    return JudgeAnswer(request, answer, errors);
+}
+
+RedfishConfigResult JudgePatch(int status, const std::string& body) { return Judge(Patch(), Answer(status, body)); }
 
 /// "Name=code" of each entry.
 std::vector<std::string> Listed(std::vector<RedfishConfigResult> errors)
@@ -129,8 +136,7 @@ TEST(AnswerResults, CodesByVerbAndStatus)
     for (const Row& row : rows)
     {
         SCOPED_TRACE(std::string(VerbName(row.Verb)) + " " + std::to_string(row.Status));
-        RedfishConfigResult result =
-            JudgeAnswer({row.Verb, row.WithErrors, "/x", "bmc:443", true}, Answer(row.Status, ""), noErrors);
+        RedfishConfigResult result = Judge({row.Verb, row.WithErrors, "/x", "bmc:443", true}, Answer(row.Status, ""));
         EXPECT_THAT(result, HasCode(row.Code));
         EXPECT_EQ(result.ErrorMsg().empty(), row.Code == 0);
     }
@@ -163,7 +169,7 @@ TEST(AnswerResults, MessageWithoutTextIsFilledFromTheTable)
 
 TEST(AnswerResults, MessageWithoutTextAndUnknownKeyShowsItsId)
 {
-    EXPECT_THAT(JudgePatch(400, ListOf(R"({"MessageId":"X.2.3.SYS409"})"), noErrors), Fails(18, "X.2.3.SYS409"));
+    EXPECT_THAT(JudgePatch(400, ListOf(R"({"MessageId":"X.2.3.SYS409"})")), Fails(18, "X.2.3.SYS409"));
 }
 
 TEST(AnswerResults, OneFaultToldTwiceIsListedOnce)
@@ -196,19 +202,18 @@ TEST(AnswerResults, NotesAreNoFaults)
           R"({"MessageId":"OEM.1.0.Unheard","Message":"Fine.","Severity":"OK"})",
           R"({"MessageId":"OEM.1.0.Unheard","Message":"Hm.","Severity":"Warning"})"})
     {
-        EXPECT_THAT(JudgePatch(200, ListOf(message), noErrors), HasCode(0)) << message;
+        EXPECT_THAT(JudgePatch(200, ListOf(message)), HasCode(0)) << message;
     }
-    EXPECT_THAT(
-        JudgePatch(200, ListOf(R"({"MessageId":"OEM.1.0.Unheard","Message":"Bad.","Severity":"Critical"})"), noErrors),
-        Fails(18, "Bad."));
+    EXPECT_THAT(JudgePatch(200, ListOf(R"({"MessageId":"OEM.1.0.Unheard","Message":"Bad.","Severity":"Critical"})")),
+                Fails(18, "Bad."));
 }
 
 TEST(AnswerResults, ResetNeededIsToldForChangesAlone)
 {
     const std::string body = ListOf(R"({"MessageId":"Base.1.18.ResetRequired"})");
-    EXPECT_THAT(JudgePatch(200, body, noErrors), HasCode(1));
-    EXPECT_THAT(JudgeAnswer({HttpVerb::Post, false, "/x", "bmc:443", true}, Answer(200, body), noErrors), HasCode(1));
-    EXPECT_THAT(JudgeAnswer({HttpVerb::Get, false, "/x", "bmc:443", true}, Answer(200, body), noErrors), HasCode(0));
+    EXPECT_THAT(JudgePatch(200, body), HasCode(1));
+    EXPECT_THAT(Judge({HttpVerb::Post, false, "/x", "bmc:443", true}, Answer(200, body)), HasCode(1));
+    EXPECT_THAT(Judge({HttpVerb::Get, false, "/x", "bmc:443", true}, Answer(200, body)), HasCode(0));
 }
 
 TEST(AnswerResults, BusyIsToldByStatusOrMessage)
@@ -218,19 +223,19 @@ TEST(AnswerResults, BusyIsToldByStatusOrMessage)
         const std::string body = ListOf(R"({"MessageId":"Base.1.8.)" + std::string(key) + R"("})");
         for (const int status : {200, 400, 404, 500})
         {
-            EXPECT_THAT(JudgePatch(status, body, noErrors), HasCode(33)) << key << " " << status;
+            EXPECT_THAT(JudgePatch(status, body), HasCode(33)) << key << " " << status;
         }
     }
-    EXPECT_THAT(JudgePatch(500, ListOf(R"({"MessageId":"Base.1.8.ServiceInUnknownState"})"), noErrors), HasCode(32));
-    EXPECT_THAT(JudgeAnswer(Patch(), Answer(503, "", {{"retry-after", "30"}}), noErrors), Fails(33, "after 30 s"));
+    EXPECT_THAT(JudgePatch(500, ListOf(R"({"MessageId":"Base.1.8.ServiceInUnknownState"})")), HasCode(32));
+    EXPECT_THAT(Judge(Patch(), Answer(503, "", {{"retry-after", "30"}})), Fails(33, "after 30 s"));
 }
 
 TEST(AnswerResults, LoginFailuresNameTheCause)
 {
-    EXPECT_THAT(JudgePatch(401, "", noErrors), Fails(24, "bmc:443: it refuses the user name or the password"));
-    EXPECT_THAT(JudgeAnswer({HttpVerb::Get, false, "/x", "bmc:443", false}, Answer(401, ""), noErrors),
+    EXPECT_THAT(JudgePatch(401, ""), Fails(24, "bmc:443: it refuses the user name or the password"));
+    EXPECT_THAT(Judge({HttpVerb::Get, false, "/x", "bmc:443", false}, Answer(401, "")),
                 Fails(24, "bmc:443: it asks for a user name and a password"));
-    EXPECT_THAT(JudgePatch(403, "", noErrors), Fails(24, "has not the privilege for PATCH /settings"));
+    EXPECT_THAT(JudgePatch(403, ""), Fails(24, "has not the privilege for PATCH /settings"));
 }
 
 TEST(AnswerResults, NamesComeFromPropertiesThenAnnotationThenArguments)
@@ -270,17 +275,18 @@ TEST(AnswerResults, BodiesOfWrongShapeAreHarmless)
          R"({"error":{"@Message.ExtendedInfo":[{"MessageArgs":[null,7,{}],"RelatedProperties":[null,7,{}]}]}})",
          R"({"error":{"message":{"value":7},"code":[]}})", R"({"Attributes":7,"Messages":{}})"})
     {
-        EXPECT_THAT(JudgePatch(400, body, noErrors), HasCode(18)) << body;
-        EXPECT_THAT(JudgePatch(200, body, noErrors), HasCode(0)) << body;
+        std::vector<RedfishConfigResult> errors;
+        EXPECT_THAT(JudgePatch(400, body, errors), HasCode(18)) << body;
+        EXPECT_THAT(JudgePatch(200, body, errors), HasCode(0)) << body;
+        EXPECT_EQ(Listed(errors), std::vector<std::string>()) << body;
     }
 }
 
 TEST(AnswerResults, AnErrorWithoutListInsideA200IsAFault)
 {
-    EXPECT_THAT(JudgePatch(200, R"({"error":{"code":"1","message":"It failed."}})", noErrors), Fails(18, "It failed."));
-    EXPECT_THAT(JudgePatch(200, R"({"error":{"code":"Base.1.0.Success","message":"Done."}})", noErrors), HasCode(0));
-    EXPECT_THAT(JudgePatch(200, R"({"error":{"code":"X.0.10.ExtendedInfo","message":"See the list."}})", noErrors),
-                HasCode(0));
+    EXPECT_THAT(JudgePatch(200, R"({"error":{"code":"1","message":"It failed."}})"), Fails(18, "It failed."));
+    EXPECT_THAT(JudgePatch(200, R"({"error":{"code":"Base.1.0.Success","message":"Done."}})"), HasCode(0));
+    EXPECT_THAT(JudgePatch(200, R"({"error":{"code":"X.0.10.ExtendedInfo","message":"See the list."}})"), HasCode(0));
 }
 
 TEST(AnswerResults, FloodsOfMessagesAreCut)
@@ -306,8 +312,7 @@ TEST(AnswerResults, WhatIsNoFaultTakesNoPlaceOfOne)
         EXPECT_THAT(JudgePatch(200, ListOf(ManyOf(harmless, 552) + refusal), errors), HasCode(18)) << harmless;
         EXPECT_EQ(Listed(errors), std::vector<std::string>{"Mode=18"}) << harmless;
     }
-    EXPECT_THAT(JudgePatch(200, ListOf(ManyOf("B.Success", 552) + R"(,{"MessageId":"B.ResetRequired"})"), noErrors),
-                HasCode(1));
+    EXPECT_THAT(JudgePatch(200, ListOf(ManyOf("B.Success", 552) + R"(,{"MessageId":"B.ResetRequired"})")), HasCode(1));
 }
 
 TEST(AnswerResults, AFaultIsNoDuplicateOfAHarmlessMessage)
@@ -331,8 +336,8 @@ TEST(AnswerResults, MessagesOfALargeAnswerAreReadWhereTheyStand)
           R"("Attributes":{"Mode@Message.ExtendedInfo":)" + refusal + "}", R"("Messages":)" + refusal,
           std::string(R"("error":{"code":"1","message":"It failed."})")})
     {
-        EXPECT_THAT(JudgePatch(200, "{" + filler + "," + member + "}", noErrors), HasCode(18)) << member;
-        EXPECT_THAT(JudgePatch(200, "{" + member + "," + filler + "}", noErrors), HasCode(18)) << member;
+        EXPECT_THAT(JudgePatch(200, "{" + filler + "," + member + "}"), HasCode(18)) << member;
+        EXPECT_THAT(JudgePatch(200, "{" + member + "," + filler + "}"), HasCode(18)) << member;
     }
     for (const std::string member :
          {R"("Content":"\"Messages\": and X@Message.ExtendedInfo\": of a file")", R"("error":"none")",
@@ -340,7 +345,7 @@ TEST(AnswerResults, MessagesOfALargeAnswerAreReadWhereTheyStand)
           R"("Attributes":{"X":{"@Message.ExtendedInfo":[{"MessageId":"B.PropertyNotWritable"}]}})",
           R"("@Message.ExtendedInfo":[{"MessageId":"Base.1.8.Success"}])"})
     {
-        EXPECT_THAT(JudgePatch(200, "{" + filler + "," + member + "}", noErrors), HasCode(0)) << member;
+        EXPECT_THAT(JudgePatch(200, "{" + filler + "," + member + "}"), HasCode(0)) << member;
     }
     EXPECT_TRUE(log.Records().empty());
 }
@@ -353,10 +358,10 @@ TEST(AnswerResults, AnAnswerWithMoreMessagesThanAreReadIsNoSuccess)
         const std::string body =
             R"({"@Message.ExtendedInfo":[{"MessageId":"B.Success"},{"MessageId":"B.Success","Oem":")" +
             std::string(MaxPartsBytes - (cut ? 0 : 1000), 'x') + R"("}]})";
-        EXPECT_THAT(JudgePatch(200, body, noErrors), cut ? Fails(27, "PATCH /settings") : Fails(0, ""));
+        EXPECT_THAT(JudgePatch(200, body), cut ? Fails(27, "PATCH /settings") : Fails(0, ""));
         EXPECT_EQ(log.Records().size(), cut ? 1U : 0U);
-        EXPECT_THAT(JudgePatch(400, body, noErrors), HasCode(18));
-        EXPECT_THAT(JudgePatch(503, body, noErrors), HasCode(33));
+        EXPECT_THAT(JudgePatch(400, body), HasCode(18));
+        EXPECT_THAT(JudgePatch(503, body), HasCode(33));
     }
 }
 
@@ -372,17 +377,17 @@ TEST(AnswerResults, AnAnswerThatIsNoWholeObjectIsNoSuccess)
     };
     for (const std::string& tail : tails)
     {
-        EXPECT_THAT(JudgePatch(200, " " + fault + tail, noErrors),
+        EXPECT_THAT(JudgePatch(200, " " + fault + tail),
                     Fails(27, tail.ends_with("]}")              ? "is nested deeper"
                               : tail.find("1e400") != tail.npos ? "is unusable: a number is too large"
                                                                 : "is no JSON"))
             << tail;
-        EXPECT_THAT(JudgePatch(400, fault + tail, noErrors), HasCode(18)) << tail;
+        EXPECT_THAT(JudgePatch(400, fault + tail), HasCode(18)) << tail;
     }
-    EXPECT_THAT(JudgePatch(200, "\xEF\xBB\xBF" + fault + "}", noErrors), Fails(27, "is no JSON"));
+    EXPECT_THAT(JudgePatch(200, "\xEF\xBB\xBF" + fault + "}"), Fails(27, "is no JSON"));
     for (const std::string body : {"OK", "<html>{</html>", "[1", " ", "\"{"})
     {
-        EXPECT_THAT(JudgePatch(200, body, noErrors), HasCode(0)) << body;
+        EXPECT_THAT(JudgePatch(200, body), HasCode(0)) << body;
     }
 }
 
@@ -398,7 +403,7 @@ TEST(AnswerResults, MessagesInFrontOfThoseThatAreTooLargeAreRead)
 
 TEST(AnswerResults, ControlCharactersOfTheBmcDoNotReachAMessage)
 {
-    RedfishConfigResult result = JudgePatch(400, ListOf(R"({"MessageId":"X","Message":"a\nb\u001b[2Jc"})"), noErrors);
+    RedfishConfigResult result = JudgePatch(400, ListOf(R"({"MessageId":"X","Message":"a\nb\u001b[2Jc"})"));
     EXPECT_TRUE(result.ErrorMsg().ends_with("a b [2Jc")) << result.ErrorMsg();
 }
 
