@@ -18,7 +18,8 @@ struct RedfishConfigSettingInfoStru
 {
     bool ReadOnly = false;
     bool WriteOnly = false;
-    /// The setting is reached by the OEM actions for protected attributes.
+    /// The setting is reached by the OEM actions for protected attributes. A registry marks it at the
+    /// attribute (DSP8010 has no member for that): "Oem": {"Zorvan": {"Protected": true}}.
     bool IsProtected = false;
     bool Hidden = false;
     bool GrayOut = false;

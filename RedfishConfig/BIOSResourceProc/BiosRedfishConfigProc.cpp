@@ -1,5 +1,7 @@
 #include "BiosRedfishConfigProc.h"
 
+#include <utility>
+
 #include "BiosRedfishProcCreator.h"
 #include "BiosSettingAssistant.h"
 #include "RedfishConfigSettingManager.h"
@@ -39,9 +41,11 @@ void BiosRedfishConfigProc::SetPrefix(const std::string& first, const std::strin
     {
         return;
     }
-    // The arguments may be this object's own members.
-    m_ProcCreator->m_Prefix = std::string(first);
-    m_ProcCreator->m_SecondPrefix = std::string(second);
+    // The arguments may be members of this object or of the creator, so both are copied before either is written.
+    std::string firstCopy = first;
+    std::string secondCopy = second;
+    m_ProcCreator->m_Prefix = std::move(firstCopy);
+    m_ProcCreator->m_SecondPrefix = std::move(secondCopy);
 }
 
 RedfishConfigResult BiosRedfishConfigProc::ExportUEFICustomDefaultFile(std::string& content)

@@ -111,7 +111,7 @@ void SetWords(BmcMessage& message, std::string_view id, std::string_view words, 
     message.Key = CleanText(MessageKey(id), MaxIdBytes);
     message.Id = CleanText(id, MaxIdBytes);
     message.Text = CleanText(words.empty() ? MessageText(id, message.Arguments) : std::string(words));
-    message.Wordless = words.empty() && !id.empty() && (known == nullptr || known->Text.empty());
+    message.Wordless = words.empty() && !id.empty() && known == nullptr;
 }
 
 BmcMessage ReadOne(const json::value& message, bool refused, const std::string& annotated)

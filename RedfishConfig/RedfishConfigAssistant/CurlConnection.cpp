@@ -320,7 +320,7 @@ CURLcode CurlConnection::Drive(const HttpRequest& request, Reception& reception)
     int running = 1;
     while (curl_multi_perform(m_Multi.get(), &running) == CURLM_OK && running > 0)
     {
-        reception.End.Aborted = AbortFlag::IsRaised() && !request.DespiteAbort;
+        reception.End.Aborted = AbortFlag::IsRaised() && !request.EndsSession;
         if (reception.End.Aborted || curl_multi_poll(m_Multi.get(), nullptr, 0, PollMilliseconds, nullptr) != CURLM_OK)
         {
             break;
@@ -380,10 +380,9 @@ Exchange CurlConnection::Run(const HttpRequest& request, const Credentials& cred
     limits.RequestTimeout = request.Timeout;
     Reception reception;
     reception.MaxBody = limits.MaxBody;
-    // Logging out twice is no more than logging out.
-    reception.MayRepeat = request.Verb == HttpVerb::Get || (request.Verb == HttpVerb::Delete && request.DespiteAbort);
+    reception.MayRepeat = request.Verb == HttpVerb::Get || request.EndsSession;
     reception.End.Code = CURLE_FAILED_INIT;
-    if (AbortFlag::IsRaised() && !request.DespiteAbort)
+    if (AbortFlag::IsRaised() && !request.EndsSession)
     {
         reception.End.Aborted = true;
     }

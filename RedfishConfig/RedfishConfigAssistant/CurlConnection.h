@@ -35,7 +35,7 @@ class CurlConnection
     ~CurlConnection();
 
     /// Sends one request and waits for the whole answer. Follows no redirection and
-    /// repeats nothing, but for a GET whose kept connection turns out to be dead.
+    /// repeats nothing, but for a GET or a logout whose kept connection turns out to be dead.
     Exchange Run(const HttpRequest& request, const Credentials& credentials);
 
     const Origin& Place() const { return m_Origin; }

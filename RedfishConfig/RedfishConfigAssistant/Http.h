@@ -38,8 +38,9 @@ struct HttpRequest
     std::chrono::seconds Timeout{60};
     /// Headers beside those that every request has.
     const SettingStringMap* Headers = nullptr;
-    /// Goes out even after AbortRequests().
-    bool DespiteAbort = false;
+    /// The logout: it goes out even after AbortRequests(), may be repeated as a GET may, since to log out twice is no
+    /// more than to log out, and nobody waits for the words of its refusal.
+    bool EndsSession = false;
 };
 
 struct HttpAnswer

@@ -1,5 +1,8 @@
 #include "MessageTable.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace Tavrine
 {
 
@@ -203,6 +206,9 @@ constexpr KnownMessage knownMessages[] = {
     {"MaximumErrorsExceeded", Refused, 0, "Too many errors have occurred to report them all."},
 };
 
+static_assert(std::none_of(std::begin(knownMessages), std::end(knownMessages),
+                           [](const KnownMessage& message) { return message.Text.empty(); }));
+
 } // namespace
 
 std::string FilledText(std::string_view text, const std::vector<std::string>& arguments)
@@ -243,7 +249,7 @@ const KnownMessage* FindMessage(std::string_view key)
 std::string MessageText(std::string_view messageId, const std::vector<std::string>& arguments)
 {
     const KnownMessage* const known = FindMessage(MessageKey(messageId));
-    return known == nullptr || known->Text.empty() ? std::string(messageId) : FilledText(known->Text, arguments);
+    return known == nullptr ? std::string(messageId) : FilledText(known->Text, arguments);
 }
 
 } // namespace Tavrine

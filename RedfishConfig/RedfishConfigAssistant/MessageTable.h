@@ -28,7 +28,7 @@ struct KnownMessage
     MessageKind Kind;
     /// Which argument names the property, counted from 1; 0 for none.
     unsigned int PropertyArgument;
-    /// English text with %1, %2 for arguments; empty where no standard text exists.
+    /// English text with %1, %2 for arguments, never empty.
     std::string_view Text;
 };
 

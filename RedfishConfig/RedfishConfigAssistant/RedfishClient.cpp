@@ -427,10 +427,9 @@ RedfishConfigResult RedfishClient::Judge(const HttpRequest& request, const Excha
     answered.OfTask = task.IsTask;
     answered.FailedTask = task.FailedState;
     const auto deadline = std::chrono::steady_clock::now() + LookupTimeoutOfAll;
-    // After a refused login a read would send the same password once more; after a logout
-    // nobody waits for words.
+    // After a refused login a read would send the same password once more.
     const bool login = request.Verb == HttpVerb::Post && request.Path == SessionsPath;
-    if (!login && !request.DespiteAbort)
+    if (!login && !request.EndsSession)
     {
         answered.FindWords = [this, deadline](const BmcMessage& message) { return FindWords(message, deadline); };
     }

@@ -161,7 +161,7 @@ void DependencyEvaluation::KeepFormerValues(std::vector<std::size_t>& winners) c
 {
     for (std::size_t slot = 0; slot < winners.size(); ++slot)
     {
-        if (winners[slot] == NoIndex && m_Model->Slots()[slot].Property == SettingProperty::CurrentValue)
+        if (winners[slot] == NoIndex && m_Model->Slots()[slot] == SettingProperty::CurrentValue)
         {
             winners[slot] = m_Winners[slot];
         }

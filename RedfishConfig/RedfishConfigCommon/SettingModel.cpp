@@ -71,7 +71,7 @@ void SettingModel::IndexDependencies()
         const auto [slot, isNew] = m_SlotIndex.try_emplace(key, m_Slots.size());
         if (isNew)
         {
-            m_Slots.push_back({dependency.Attribute, dependency.Menu, dependency.Property});
+            m_Slots.push_back(dependency.Property);
         }
         m_SlotOfDependency.push_back(slot->second);
         m_DependenciesOn[owner].push_back(index);

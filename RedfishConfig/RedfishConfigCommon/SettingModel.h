@@ -13,15 +13,6 @@
 namespace Tavrine
 {
 
-/// What dependencies can force: a property of one attribute, or a flag of one
-/// menu.
-struct DependencySlot
-{
-    std::size_t Attribute = NoIndex;
-    std::size_t Menu = NoIndex;
-    SettingProperty Property = SettingProperty::ReadOnly;
-};
-
 /// A registry and the indexes that keep every question about it cheap. Never
 /// changed once built, so it is shared freely.
 class SettingModel
@@ -32,7 +23,8 @@ class SettingModel
     const AttributeRegistry& Registry() const { return m_Registry; }
     const RegistryAttribute& Attribute(std::size_t index) const { return m_Registry.Attributes[index]; }
 
-    const std::vector<DependencySlot>& Slots() const { return m_Slots; }
+    /// A slot is what dependencies can force, a property of one attribute or a flag of one menu; by slot, which.
+    const std::vector<SettingProperty>& Slots() const { return m_Slots; }
     std::size_t SlotOfDependency(std::size_t dependency) const { return m_SlotOfDependency[dependency]; }
     /// Whether dependencies name it as what they force.
     bool HasDependencies(std::size_t attribute) const { return !m_DependenciesOn[attribute].empty(); }
@@ -68,7 +60,7 @@ class SettingModel
     void AddSettingsBelow(std::vector<std::size_t> menus, std::vector<std::size_t>& settings) const;
 
     AttributeRegistry m_Registry;
-    std::vector<DependencySlot> m_Slots;
+    std::vector<SettingProperty> m_Slots;
     std::vector<std::size_t> m_SlotOfDependency;
     std::unordered_map<std::size_t, std::size_t> m_SlotIndex;
     /// Dependencies by what they force (attributes, then menus) and by the

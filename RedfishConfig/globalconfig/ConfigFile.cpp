@@ -43,10 +43,12 @@ std::string Cause(const std::string& path, int error)
     return OnOneLine(path + ": " + std::generic_category().message(error));
 }
 
-// Reads at most one byte over the limit.
+constexpr std::size_t BlockSize = 16384;
+
+// Reads a block over the limit at most.
 int ReadAll(int file, std::string& text)
 {
-    char block[16384];
+    char block[BlockSize];
     while (text.size() <= MaxSize)
     {
         const ssize_t count = ::read(file, block, sizeof block);
@@ -68,6 +70,7 @@ int ReadAll(int file, std::string& text)
 
 int ReadFile(const std::string& path, std::string& text)
 {
+    text.reserve(MaxSize + BlockSize); // nothing throws while the file is open
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0)
     {

@@ -100,14 +100,10 @@ bool EnsureLogFile(const std::string& path, std::string& error)
         error = Cause(path, errno);
         return false;
     }
-    if (isNew && ::fchmod(file, 0600) != 0)
-    {
-        error = Cause(path, errno);
-        ::close(file);
-        return false;
-    }
+    const int failure = isNew && ::fchmod(file, 0600) != 0 ? errno : 0;
     ::close(file);
-    return true;
+    error = failure != 0 ? Cause(path, failure) : error;
+    return failure == 0;
 }
 
 } // namespace

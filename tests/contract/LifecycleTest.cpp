@@ -192,6 +192,17 @@ TEST_F(Lifecycle, SetPrefixTakesTheObjectsOwnMembers)
     EXPECT_EQ(proc.m_ProcCreator->m_SecondPrefix, "Second");
 }
 
+TEST_F(Lifecycle, SetPrefixTakesTheCreatorsMembersCrosswise)
+{
+    BiosRedfishConfigProc proc = Make(0);
+    proc.SetPrefix("First", "Second");
+    proc.SetPrefix(proc.m_ProcCreator->m_SecondPrefix, proc.m_ProcCreator->m_Prefix);
+    EXPECT_EQ(proc.m_Prefix, "Second");
+    EXPECT_EQ(proc.m_SecondPrefix, "First");
+    EXPECT_EQ(proc.m_ProcCreator->m_Prefix, "Second");
+    EXPECT_EQ(proc.m_ProcCreator->m_SecondPrefix, "First");
+}
+
 TEST_F(Lifecycle, SetPrefixWithoutACreatorStoresOnly)
 {
     BiosRedfishConfigProc proc = Make(0);
