@@ -114,12 +114,16 @@ class Describer
         RedfishConfigResult result = m_Manager->GetSettingProperties(bare, description.Info);
         if (!IsSuccess(result.ErrorCode()))
         {
-            if (result == CodeNotFound && DescribeUnregistered(bare, description))
+            if (result == CodeNotFound)
+            {
+                result = DescribeUnregistered(bare, result, description);
+            }
+            if (IsSuccess(result.ErrorCode()))
             {
                 return description;
             }
             result.SetErrorMsg(WithShownName(result.ErrorMsg(), bare, description.ShownName));
-            AddFailure(m_Answer, FailureOf(result, description.ShownName));
+            AddFailure(m_Answer, m_Causes.Explain(result, description.ShownName));
             return std::nullopt;
         }
         AddTexts(bare, description);
@@ -128,21 +132,26 @@ class Describer
     }
 
     /// A value that the BMC reports and no registry describes.
-    bool DescribeUnregistered(const std::string& bare, SettingDescription& description)
+    /// @return 0; `missing`, the answer about the name, where there is none; why the BMC cannot be asked.
+    RedfishConfigResult DescribeUnregistered(const std::string& bare, const RedfishConfigResult& missing,
+                                             SettingDescription& description)
     {
-        AllPending();
+        if (const RedfishConfigResult& pending = AllPending(); IsUnreachable(pending.ErrorCode()))
+        {
+            return pending;
+        }
         const std::string key = m_Prefixes.Second + "." + bare;
         const auto value = Reported().find(key);
         if (value == Reported().end() || value->first != key)
         {
-            return false;
+            return IsUnreachable(m_ReportedResult.ErrorCode()) ? m_ReportedResult : missing;
         }
         description.InForce.Text = value->second;
         if (const auto pending = m_Compared.find(key); pending != m_Compared.end())
         {
             description.Pending.Text = pending->second.second;
         }
-        return true;
+        return {CodeSucceed, "", ""};
     }
 
     using OneText = RedfishConfigResult (RedfishConfigSettingManager::*)(std::string, std::string&);
@@ -160,7 +169,7 @@ class Describer
         if (!m_Reported)
         {
             SettingStringMap values;
-            m_Sources.Standard.QueryGroupSettingValues(values);
+            m_ReportedResult = m_Sources.Standard.QueryGroupSettingValues(values);
             m_Reported.emplace(values.begin(), values.end());
         }
         return *m_Reported;
@@ -290,6 +299,7 @@ class Describer
     std::unique_ptr<RedfishConfigProc> m_ProtectedFront;
     bool m_Many = false;
     std::optional<ValuesByName> m_Reported;
+    RedfishConfigResult m_ReportedResult = {CodeSucceed, "", ""};
     std::optional<RedfishConfigResult> m_AllPending;
     SettingCompareMap m_Compared;
 };

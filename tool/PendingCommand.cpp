@@ -172,7 +172,11 @@ class NamedReader
             TellUnshown(name);
             return;
         }
-        if (Answered(result) || (result == CodeNotFound && TakeFromAll(name, shownName, compared)))
+        if (result == CodeNotFound)
+        {
+            result = TakeFromAll(name, shownName, result, compared);
+        }
+        if (Answered(result))
         {
             return;
         }
@@ -189,8 +193,10 @@ class NamedReader
         AddFailure(m_Answer, failure);
     }
 
-    /// @return false when the BMC does not report such a setting either.
-    bool TakeFromAll(const std::string& name, const std::string& shownName, SettingCompareMap& compared)
+    /// @return 0; `missing`, the answer about the name, where the BMC does not report such a setting either; why it
+    /// cannot be asked.
+    RedfishConfigResult TakeFromAll(const std::string& name, const std::string& shownName,
+                                    const RedfishConfigResult& missing, SettingCompareMap& compared)
     {
         if (!m_All)
         {
@@ -198,14 +204,14 @@ class NamedReader
         }
         if (!Answered(m_All->Result))
         {
-            return false;
+            return IsUnreachable(m_All->Result.ErrorCode()) ? m_All->Result : missing;
         }
         const std::string key = m_Front->GetSecondPrefix() + "." + name;
         if (const auto entry = m_All->Compared.find(key); entry != m_All->Compared.end())
         {
             compared[shownName] = entry->second;
         }
-        return m_All->Reported.count(key) != 0;
+        return m_All->Reported.count(key) != 0 ? RedfishConfigResult(CodeSucceed, "", "") : missing;
     }
 
     Answer& m_Answer;

@@ -104,11 +104,16 @@ class GroupLookup
     {
     }
 
-    bool Take(const std::string& name, ShownSettings& settings)
+    /// @return 0; `missing`, the answer about the name, where the group lacks it, too; why nobody can be asked.
+    RedfishConfigResult Take(const std::string& name, const RedfishConfigResult& missing, ShownSettings& settings)
     {
-        Read();
+        if (const RedfishConfigResult& read = Read(); IsUnreachable(read.ErrorCode()))
+        {
+            return read;
+        }
         const Prefixes prefixes = ShownPrefixes(m_Front);
-        return TakeFromGroup(m_Group, prefixes.Second + "." + name, prefixes.First + "." + name, settings);
+        const bool found = TakeFromGroup(m_Group, prefixes.Second + "." + name, prefixes.First + "." + name, settings);
+        return found ? RedfishConfigResult(CodeSucceed, "", "") : missing;
     }
 
     /// All settings whose names match, under the names of single ones.
@@ -229,9 +234,13 @@ Answer ShowNames(RedfishConfigProc& front, const Options& options, const FrontMa
             AddFailure(answer, *unreachable);
             continue;
         }
-        const RedfishConfigResult result =
+        RedfishConfigResult result =
             pattern ? lookup.TakeMatching(name, settings) : ReadOne(front, name, options, settings);
-        if (IsSuccess(result.ErrorCode()) || (!pattern && result == CodeNotFound && lookup.Take(name, settings)))
+        if (!pattern && result == CodeNotFound)
+        {
+            result = lookup.Take(name, result, settings);
+        }
+        if (IsSuccess(result.ErrorCode()))
         {
             continue;
         }

@@ -202,6 +202,19 @@ TEST_F(DescribeCommand, AValueThatIsInNoRegistryIsShown)
               R"({"BIOS.Loose":{"value":"1","pending":"2","registered":false}})");
 }
 
+TEST_F(DescribeCommand, WhetherTheBmcHasANameIsNotKnownWhereItCannotBeAsked)
+{
+    for (const int code : {24, 33, 26})
+    {
+        KnowingFront front = Machine();
+        front.Group = {{code, "gone", ""}, {}};
+        EXPECT_EQ(Describe(front, {}, {"Nowhere"}).Code, code == 26 ? 20 : code);
+        front = Machine();
+        front.PendingPairs.insert_or_assign("", std::pair(RedfishConfigResult(code, "gone", ""), SettingCompareMap()));
+        EXPECT_EQ(Describe(front, {}, {"Nowhere"}).Code, code == 26 ? 20 : code);
+    }
+}
+
 TEST_F(DescribeCommand, ProtectedValuesAreAskedForOnlyWhenThatIsAllowed)
 {
     KnowingFront front = Machine();

@@ -321,6 +321,32 @@ TEST_F(PendingCommand, AfterALostConnectionNobodyIsAskedAgain)
     EXPECT_EQ(StderrLines(answer), "tavrine: 24 gone\n");
 }
 
+TEST_F(PendingCommand, WhetherTheBmcHasANameIsNotKnownWhereItCannotBeAsked)
+{
+    class Unregistered : public ShownFront
+    {
+      public:
+        explicit Unregistered(int code) : m_Code(code) {}
+        RedfishConfigResult CompareSettingPendingValues(tooltest::SettingCompareMap&,
+                                                        const std::string& setting) override
+        {
+            return setting.empty() ? RedfishConfigResult{m_Code, "gone", ""}
+                                   : RedfishConfigResult{20, "Unable to find the setting " + setting, ""};
+        }
+
+      private:
+        int m_Code;
+    };
+    Given.Names = {"Unregistered"};
+    for (const int code : {24, 33, 26})
+    {
+        const Answer answer = ShowPending(Given, [&](bool) { return std::make_unique<Unregistered>(code); });
+        EXPECT_EQ(answer.Code, code == 26 ? 20 : code);
+        ASSERT_EQ(answer.Errors.size(), 1U);
+        EXPECT_EQ(answer.Errors[0].Setting, "BIOS.Unregistered");
+    }
+}
+
 TEST_F(PendingCommand, MissingOemActionsNameTheOption)
 {
     Prepare = [](ShownFront& front, bool) {

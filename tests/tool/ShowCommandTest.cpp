@@ -199,6 +199,24 @@ TEST_F(ShowCommand, OnlyAnUnknownNameIsLookedUpInTheGroup)
     EXPECT_EQ(front.Asked, (std::vector<std::string>{"A"}));
 }
 
+TEST_F(ShowCommand, WhetherTheBmcHasANameIsNotKnownWhereItCannotBeAsked)
+{
+    for (const int code : {24, 33})
+    {
+        FakeFront front;
+        front.Group = {{code, "gone", ""}, {}};
+        const Answer answer = Show(front, {}, {"Unregistered", "B"});
+        EXPECT_EQ(answer.Code, code);
+        EXPECT_EQ(front.Asked, (std::vector<std::string>{"Unregistered", "*"}));
+        EXPECT_EQ(StderrLines(answer), "tavrine: " + std::to_string(code) + " gone\n");
+    }
+    FakeFront front;
+    front.Group = {{26, "no values", ""}, {}};
+    Options options;
+    options.Names = {"Unregistered"};
+    EXPECT_EQ(ShowNames(front, options, [] { return nullptr; }).Code, 20);
+}
+
 TEST_F(ShowCommand, AfterALostConnectionNobodyIsAskedAgain)
 {
     for (const int code : {24, 33})
