@@ -212,12 +212,14 @@ class TAVRINE_EXPORT RedfishConfigSettingManager
                                                       std::size_t index);
     /// Once for each setting.
     const RedfishConfigSetting* KeepSetting(const std::shared_ptr<Tavrine::EvaluatedModel>& model, std::size_t index);
-    /// The registry has been read and has settings.
+    /// What all settings share, which hangs on each of them: null before the registry has been read, and for a
+    /// registry without settings.
+    const std::shared_ptr<Tavrine::EvaluatedModel>& Evaluated() const;
+    /// These two where there is at least one setting.
     const Tavrine::SettingModel& Model() const;
+    const Tavrine::DependencyEvaluation& Now() const;
     /// nullptr for an unknown name. Once the registry has been read.
     const RedfishConfigSetting* SettingNamed(const std::string& name);
-    /// There is at least one setting.
-    const Tavrine::DependencyEvaluation& Now() const;
     /// What the model knows better than the registry that `info` is of: which types there are, and the value now.
     void TypeAndValue(const RedfishConfigSetting& setting, Tavrine::RedfishConfigSettingInfoStru& info) const;
     const Tavrine::SettingStringMap& ForcedOn(const RedfishConfigSetting& setting);

@@ -209,28 +209,31 @@ RedfishConfigSettingManager::MakeSetting(const std::shared_ptr<Tavrine::Evaluate
     return setting;
 }
 
-const Tavrine::SettingModel& RedfishConfigSettingManager::Model() const { return m_Settings.begin()->second->Model(); }
+const std::shared_ptr<Tavrine::EvaluatedModel>& RedfishConfigSettingManager::Evaluated() const
+{
+    static const std::shared_ptr<Tavrine::EvaluatedModel> none;
+    return m_Settings.empty() ? none : m_Settings.begin()->second->Evaluated();
+}
+
+const Tavrine::SettingModel& RedfishConfigSettingManager::Model() const { return *Evaluated()->Model(); }
+
+const Tavrine::DependencyEvaluation& RedfishConfigSettingManager::Now() const { return Evaluated()->Now(); }
 
 const RedfishConfigSetting* RedfishConfigSettingManager::SettingNamed(const std::string& name)
 {
-    if (m_Settings.empty())
+    const std::shared_ptr<Tavrine::EvaluatedModel>& model = Evaluated();
+    if (model == nullptr)
     {
         return nullptr;
     }
-    const auto& index = Model().Registry().AttributeIndex;
+    const auto& index = model->Model()->Registry().AttributeIndex;
     const auto found = index.find(name);
     if (found == index.end())
     {
         return nullptr;
     }
-    const std::shared_ptr<Tavrine::EvaluatedModel>& model = m_Settings.begin()->second->Evaluated();
     const RedfishConfigSetting* const kept = model->Kept(found->second);
     return kept != nullptr ? kept : KeepSetting(model, found->second);
-}
-
-const Tavrine::DependencyEvaluation& RedfishConfigSettingManager::Now() const
-{
-    return m_Settings.begin()->second->Evaluated()->Now();
 }
 
 void RedfishConfigSettingManager::UpdateSettingValue(const Tavrine::SettingValueMap& values)
@@ -253,9 +256,9 @@ try
     if (!moved.empty())
     {
         m_ForcedProperties.clear();
-        if (!m_Settings.empty())
+        if (Evaluated() != nullptr)
         {
-            m_Settings.begin()->second->Evaluated()->ValuesMoved(std::move(moved));
+            Evaluated()->ValuesMoved(std::move(moved));
         }
     }
 }
@@ -264,9 +267,9 @@ try
 catch (...)
 {
     m_ForcedProperties.clear();
-    if (!m_Settings.empty())
+    if (Evaluated() != nullptr)
     {
-        m_Settings.begin()->second->Evaluated()->AllMoved();
+        Evaluated()->AllMoved();
     }
     throw;
 }
@@ -362,9 +365,9 @@ void RedfishConfigSettingManager::TakeRegistryOf(RedfishConfigSettingManager& ot
     m_Settings.clear();
     m_Groups.clear();
     m_ForcedProperties.clear();
-    if (!other.m_Settings.empty())
+    if (other.Evaluated() != nullptr)
     {
-        TakeModel(other.m_Settings.begin()->second->Evaluated()->Model());
+        TakeModel(other.Evaluated()->Model());
     }
     m_Schema = other.m_Schema;
 }

@@ -142,10 +142,9 @@ RedfishConfigResult RedfishConfigSettingManager::QueryAll(SettingStringMap& text
         return result;
     }
     const DependencyEvaluation& now = Now();
-    const std::shared_ptr<Tavrine::EvaluatedModel>& evaluated = m_Settings.begin()->second->Evaluated();
     for (const std::size_t index : Model().ByName())
     {
-        const std::shared_ptr<RedfishConfigSetting> setting = MakeSetting(evaluated, index);
+        const std::shared_ptr<RedfishConfigSetting> setting = MakeSetting(Evaluated(), index);
         std::string text;
         const RedfishConfigResult one = (this->*query)(*setting, now, text);
         if (one == 0)
@@ -215,8 +214,7 @@ RedfishConfigResult RedfishConfigSettingManager::FetchSaveSettingValues(SettingS
     Tavrine::OrderedLookup known(m_Values);
     for (const std::size_t index : model.ByName())
     {
-        const std::shared_ptr<RedfishConfigSetting> setting =
-            MakeSetting(m_Settings.begin()->second->Evaluated(), index);
+        const std::shared_ptr<RedfishConfigSetting> setting = MakeSetting(Evaluated(), index);
         const std::string& name = setting->Attribute().Name();
         const auto reported = known.Find(name);
         const Tavrine::OptionalVar value =
