@@ -16,6 +16,8 @@ namespace
 constexpr std::array SuccessCodes = {0, 1, 3, 4, 5};
 constexpr int LargestStatus = 127; // above it a status reads as death by a signal
 
+bool IsOfTheBmc(int code) { return code == CodeConnection || code == CodeBmcFailed || code == CodeNotReady; }
+
 } // namespace
 
 bool IsSuccess(int code) { return std::find(SuccessCodes.begin(), SuccessCodes.end(), code) != SuccessCodes.end(); }
@@ -47,7 +49,8 @@ Failure FailureOf(RedfishConfigResult result, const std::string& setting)
 
 void AddFailure(Answer& answer, Failure failure)
 {
-    if (IsSuccess(answer.Code) && !IsSuccess(failure.Code))
+    const bool outranks = IsOfTheBmc(failure.Code) && !IsOfTheBmc(answer.Code);
+    if (!IsSuccess(failure.Code) && (IsSuccess(answer.Code) || outranks))
     {
         answer.Code = failure.Code;
         answer.Message = failure.Message;

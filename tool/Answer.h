@@ -75,7 +75,8 @@ std::string StandardText(int code);
 Failure FailureOf(RedfishConfigResult result, const std::string& setting = {});
 
 /// Adds a failure. The first one with a code that is no success gives the answer its
-/// code and message.
+/// code and message, unless a later one tells that the BMC cannot be used, fails or is not ready
+/// where that one is about less.
 void AddFailure(Answer& answer, Failure failure);
 
 /// "CODE text", then the notes of the answer, each behind "tavrine: " on a line of

@@ -46,6 +46,11 @@ class Judge
             {
                 Settle(setting, RestoreOutcome::NotSent, CodeNotFound, "this system does not know the setting");
             }
+            else if (AsksForDefaults(setting.Name, setting.Value))
+            {
+                Settle(setting, RestoreOutcome::NotSent, CodeSucceed,
+                       "it asks for all defaults at the next start, as loaddefault with --post does");
+            }
             else if (uefi && info.IsProtected)
             {
                 Settle(setting, RestoreOutcome::NotSent, CodeHidden, "it is a protected setting, which set changes");

@@ -2,11 +2,14 @@
 
 #include <chrono>
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <boost/json/object.hpp>
 #include <fmt/chrono.h>
 
+#include "BiosSettingManager.h"
 #include "Bmc.h"
 #include "CauseLog.h"
 #include "JsonOutput.h"
@@ -41,6 +44,18 @@ json::object ObjectOf(const SettingStringMap& settings)
     return object;
 }
 
+/// What asks for something to be done is no state to go back to.
+void LeaveRequestsOut(SettingStringMap& settings, const std::string& prefix, std::vector<std::string>& notes)
+{
+    const std::string name = prefix + "." + std::string(PostLoadSetting);
+    if (const auto found = settings.find(name);
+        found != settings.end() && AsksForDefaults(PostLoadSetting, found->second))
+    {
+        notes.push_back(fmt::format("note: {}={} is not saved, since it asks for all defaults", name, found->second));
+        settings.erase(found);
+    }
+}
+
 } // namespace
 
 std::string SaveFault(const Options& options)
@@ -63,6 +78,7 @@ Answer SaveSettings(RedfishConfigProc& front, const Options& options, SavedHeade
         return answer;
     }
     WarnOfDefaults(front, answer.Notes);
+    LeaveRequestsOut(saved.Settings, front.GetSecondPrefix(), answer.Notes);
     if (saved.Settings.empty())
     {
         answer.Notes.emplace_back(

@@ -10,6 +10,7 @@
 #include <boost/json/basic_parser_impl.hpp>
 #include <fmt/format.h>
 
+#include "BiosSettingManager.h"
 #include "InputFile.h"
 #include "JsonOutput.h"
 #include "TextOutput.h"
@@ -355,6 +356,11 @@ std::optional<Failure> ReadSavedSettings(const std::string& path, SavedSettings&
         return Failure{CodeParameter, "The file " + path + " holds no saved settings: " + error, {}, {}};
     }
     return std::nullopt;
+}
+
+bool AsksForDefaults(std::string_view bareName, std::string_view value)
+{
+    return bareName == PostLoadSetting && value == PostLoadValue;
 }
 
 std::string TakeBareSettings(const SavedSettings& saved, const Prefixes& prefixes, SettingStringMap& bare)

@@ -77,6 +77,10 @@ std::string ParseSavedSettings(std::string_view text, SavedSettings& saved);
 /// something else.
 std::optional<Failure> ReadSavedSettings(const std::string& path, SavedSettings& saved);
 
+/// Whether a setting stands for no state of a system but asks for all defaults at its next start (PostLoadSetting).
+/// Such a one is neither saved nor restored: it would undo all else that is.
+bool AsksForDefaults(std::string_view bareName, std::string_view value);
+
 /// The settings of a file by bare name. Off each name goes a prefix in force, else that of the file's header, else
 /// "BIOS" or "UEFI": a file may be written by hand, or come from a system of another kind.
 /// @return empty, or which setting stands in the file under two names.

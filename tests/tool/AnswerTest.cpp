@@ -47,6 +47,21 @@ TEST(Failures, TheFirstFailingCodeIsThatOfTheAnswer)
     EXPECT_EQ(answer.Errors.size(), 3U);
 }
 
+TEST(Failures, OneOfTheWholeBmcOutranksThoseOfSingleSettings)
+{
+    for (const int code : {24, 32, 33})
+    {
+        Answer answer;
+        AddFailure(answer, {18, "refused", "BIOS.A", ""});
+        AddFailure(answer, {code, "gone", "BIOS.B", ""});
+        AddFailure(answer, {code == 24 ? 33 : 24, "later", "BIOS.C", ""});
+        AddFailure(answer, {20, "unknown", "BIOS.D", ""});
+        EXPECT_EQ(answer.Code, code);
+        EXPECT_EQ(answer.Message, "gone");
+        EXPECT_EQ(answer.Errors.size(), 4U);
+    }
+}
+
 TEST(StderrLines, OneLineAFailureWithoutControlCharacters)
 {
     Answer answer;

@@ -316,6 +316,7 @@ TEST_F(ProgramChangeDefaults, ALoadByTheFirmwareIsSeenUntilTheNextStart)
     {
         EXPECT_TRUE(Says(Tool(words).Errors, Warning)) << words.front();
     }
+    EXPECT_FALSE(Says(testdata::ReadFile(Now), "PostLoadSetupDefault")) << "to restore it would load the defaults";
     EXPECT_TRUE(Says(Tool({"results"}).Errors, "all settings go to their defaults at the next start"));
     ExpectNothingRestored({"restore", Saved});
     ExpectNoRestart({"set", "NumLock=false", "--reboot"});

@@ -29,6 +29,8 @@ inline constexpr const char* RestoreRegistry =
     {"AttributeName":"_first","Type":"String","CurrentValue":"1"},
     {"AttributeName":"Zone","Type":"Integer","CurrentValue":1,"UpperBound":9},
     {"AttributeName":"apple","Type":"String","CurrentValue":"1"},
+    {"AttributeName":"SystemRecovery_PostLoadSetupDefault","Type":"Enumeration","CurrentValue":"Disabled",
+    "Value":[{"ValueName":"Disabled"},{"ValueName":"Enabled"}]},
     {"AttributeName":"Limited","Type":"Integer","CurrentValue":1,"UpperBound":9}],
     "Dependencies":[{"Type":"Map","DependencyFor":"Size","Dependency":{"MapFrom":[{"MapFromAttribute":"Mode",
     "MapFromProperty":"CurrentValue","MapFromCondition":"EQU","MapFromValue":"Fixed"}],"MapToAttribute":"Size",

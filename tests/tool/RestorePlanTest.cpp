@@ -74,6 +74,17 @@ TEST(RestorePlan, ProtectedSettingsOfAUefiSystemAreLeftOut)
     EXPECT_EQ(Calls(PlanOf({{"Seal", "v"}})), (Names{{"Seal"}}));
 }
 
+TEST(RestorePlan, ARequestForAllDefaultsIsNoStateToGoBackTo)
+{
+    const RestorePlan plan = PlanOf({{"SystemRecovery_PostLoadSetupDefault", "Enabled"}, {"Tag", "new"}});
+    EXPECT_EQ(Find(plan, "SystemRecovery_PostLoadSetupDefault").Outcome, RestoreOutcome::NotSent);
+    EXPECT_EQ(Find(plan, "SystemRecovery_PostLoadSetupDefault").Code, 0);
+    EXPECT_EQ(Calls(plan), (Names{{"Tag"}}));
+    EXPECT_EQ(Find(PlanOf({{"SystemRecovery_PostLoadSetupDefault", "Disabled"}}), "SystemRecovery_PostLoadSetupDefault")
+                  .Outcome,
+              RestoreOutcome::InPlace);
+}
+
 TEST(RestorePlan, WhatAnotherSettingOfTheFileLocksGoesFirst)
 {
     EXPECT_EQ(Calls(PlanOf({{"Mode", "Fixed"}, {"Size", "3"}, {"Tag", "new"}})), (Names{{"Size"}, {"Mode", "Tag"}}));
