@@ -57,6 +57,14 @@ struct Traffic
     std::uint64_t BytesReceived = 0;
 };
 
+/// What a request ended in.
+struct RequestResult
+{
+    /// Counts the requests of one connection, from 1.
+    std::uint64_t Number = 0;
+    RedfishConfigResult Result = {0, "", ""};
+};
+
 /// One BMC as its caller sees it: owns the profile, the shared client and the
 /// session (DSP0266, "Session management"). All library objects made from Info()
 /// use them. Those that outlive this object go on over the same connection, by the profile's rules, but without the
@@ -101,6 +109,11 @@ class TAVRINE_EXPORT BmcConnection
     std::uint32_t RetryAfter() const;
 
     Traffic Counters() const;
+
+    /// What the last GET, POST, PATCH or DELETE over this connection came to, also of an object made from Info().
+    /// Some operations of those answer with a code of their own, 26 say, and this tells whether it was the BMC that
+    /// could not be reached or was not ready. Number 0 where there was none; logins and logouts do not count.
+    RequestResult LastResult() const;
 
     /// Makes every request of this process that runs now or is made later fail
     /// with code 24, but those of CloseSession; waits between requests end, too.

@@ -39,6 +39,30 @@ std::optional<Failure> CheckReadable(const char* what, const std::string& path, 
                      CodeOpenFile, std::string("Unable to read the ") + what + " " + path + ": " + error, {}, {}});
 }
 
+/// The library answers 26 where no values of a group can be had, whatever the reason. This tells a BMC that cannot be
+/// reached or is not ready from one that refuses.
+class GroupTellingProc : public BiosRedfishConfigProc
+{
+  public:
+    GroupTellingProc(const TavrineConnection::BmcConnection& connection, ConfigurateSupportedSystemType systemType,
+                     const Config_Options& options)
+        : BiosRedfishConfigProc(connection.Info(), systemType, options), m_Connection(connection)
+    {
+    }
+
+    RedfishConfigResult QueryGroupSettingValues(SettingStringMap& values) override
+    {
+        const std::uint64_t before = m_Connection.LastResult().Number;
+        const RedfishConfigResult result = BiosRedfishConfigProc::QueryGroupSettingValues(values);
+        const TavrineConnection::RequestResult last = m_Connection.LastResult();
+        const bool failed = last.Number != before && !IsSuccess(last.Result.ErrorCode());
+        return result == CodeQuery && failed ? last.Result : result;
+    }
+
+  private:
+    const TavrineConnection::BmcConnection& m_Connection;
+};
+
 /// Empty for an empty one.
 std::string AbsolutePath(const std::string& path)
 {
@@ -225,8 +249,8 @@ std::unique_ptr<RedfishConfigProc> Bmc::MakeFront(int outputFormat, std::int32_t
     options.allowProtectedSettings = m_Options.Protected;
     options.LegacyNameMode = m_Options.LegacyNames;
     options.OutputFormat = outputFormat;
-    auto front = std::make_unique<BiosRedfishConfigProc>(
-        m_Connection->Info(), static_cast<ConfigurateSupportedSystemType>(systemType), options);
+    auto front = std::make_unique<GroupTellingProc>(*m_Connection,
+                                                    static_cast<ConfigurateSupportedSystemType>(systemType), options);
     if (!m_Options.FirstPrefix.empty())
     {
         front->SetPrefix(m_Options.FirstPrefix, m_Options.SecondPrefix);

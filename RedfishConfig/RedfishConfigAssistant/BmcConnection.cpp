@@ -64,6 +64,8 @@ std::uint32_t BmcConnection::RetryAfter() const { return m_Client->RetryAfter();
 
 Traffic BmcConnection::Counters() const { return m_Client->Counters(); }
 
+RequestResult BmcConnection::LastResult() const { return m_Client->LastResult(); }
+
 void BmcConnection::AbortRequests() { Tavrine::AbortFlag::Raise(); }
 
 } // namespace TavrineConnection

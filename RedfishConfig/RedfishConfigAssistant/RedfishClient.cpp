@@ -148,6 +148,11 @@ std::shared_ptr<RedfishClient> RedfishClient::MakeClosed(const ConnectionInfo& i
 
 RedfishConfigResult RedfishClient::Get(std::string_view path, std::string& response, Revalidation* copy)
 {
+    return Kept(GetOnce(path, response, copy));
+}
+
+RedfishConfigResult RedfishClient::GetOnce(std::string_view path, std::string& response, Revalidation* copy)
+{
     SettingStringMap condition;
     if (copy != nullptr && !copy->Tag.empty())
     {
@@ -195,6 +200,26 @@ RedfishConfigResult RedfishClient::Get(std::string_view path, std::string& respo
 
 RedfishConfigResult RedfishClient::Change(const HttpRequest& request, std::string& response,
                                           std::vector<RedfishConfigResult>* errors)
+{
+    return Kept(ChangeOnce(request, response, errors));
+}
+
+RedfishConfigResult RedfishClient::Kept(RedfishConfigResult result)
+{
+    const std::lock_guard lock(m_LastMutex);
+    ++m_Last.Number;
+    m_Last.Result = result;
+    return result;
+}
+
+TavrineConnection::RequestResult RedfishClient::LastResult() const
+{
+    const std::lock_guard lock(m_LastMutex);
+    return m_Last;
+}
+
+RedfishConfigResult RedfishClient::ChangeOnce(const HttpRequest& request, std::string& response,
+                                              std::vector<RedfishConfigResult>* errors)
 {
     response.clear();
     if (const std::string fault = RequestFault(request); !fault.empty())

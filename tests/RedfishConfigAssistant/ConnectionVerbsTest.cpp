@@ -48,6 +48,29 @@ TEST(ConnectionVerbs, RunOverTheConnectionOfTheLibrary)
     EXPECT_EQ(server.Connections(), 1U);
 }
 
+TEST(ConnectionVerbs, TheLastResultIsThatOfAnyObjectOverTheConnection)
+{
+    const TestServer server(
+        [](const httplib::Request& request, httplib::Response& response)
+        {
+            response.set_header("X-Auth-Token", "token");
+            AnswerJson(response, request.path == "/busy" ? "" : "{}", request.path == "/busy" ? 503 : 201);
+        });
+    BmcConnection connection(server.Info(), {});
+    EXPECT_EQ(connection.LastResult().Number, 0U);
+    EXPECT_THAT(connection.OpenSession(), HasCode(0));
+    EXPECT_EQ(connection.LastResult().Number, 0U) << "a login is no request of the caller's";
+    std::string response;
+    EXPECT_THAT(BMCBaseAssistant(connection.Info(), SystemTypeBios).GetData("/busy", response), HasCode(33));
+    EXPECT_EQ(connection.LastResult().Number, 1U);
+    EXPECT_THAT(connection.LastResult().Result, Fails(33, "503"));
+    std::vector<RedfishConfigResult> errors;
+    EXPECT_THAT(BMCBaseAssistant(connection.Info(), SystemTypeBios).PatchData("/x", "{}", errors, true, {}),
+                HasCode(0));
+    EXPECT_EQ(connection.LastResult().Number, 2U);
+    EXPECT_THAT(connection.LastResult().Result, HasCode(0));
+}
+
 TEST(ConnectionVerbs, RefusalsHaveTheCodesOfTheLibrary)
 {
     const TestServer server(Body(Refusal, 400));

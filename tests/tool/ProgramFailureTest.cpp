@@ -157,17 +157,18 @@ TEST(ProgramFailure, ABiosResourceThatCannotBeUsedIsExplained)
     struct Row
     {
         std::string Bios;
+        int Code;
         const char* Word;
     };
     const Row rows[] = {
-        {"no JSON", "tavrine: cause: "},
-        {R"({"Id":"Bios"})", "Attributes"},
-        {std::string(20000, '['), "tavrine: cause: "},
+        {"no JSON", 27, "/redfish/v1/Systems/1/Bios from 127.0.0.1"},
+        {R"({"Id":"Bios"})", 26, "has no object \"Attributes\""},
+        {std::string(20000, '['), 27, "nested deeper"},
     };
     for (const Row& row : rows)
     {
         const FakeBmc bmc({{"/redfish/v1/Systems", Systems}, {"/redfish/v1/Systems/1/Bios", row.Bios}});
-        ExpectFailure(bmc.Tool({"show"}), 26, row.Word);
+        ExpectFailure(bmc.Tool({"show"}), row.Code, row.Word);
     }
     const FakeBmc bmc({{"/redfish/v1/Systems", Systems}});
     ExpectFailure(bmc.Tool({"show"}), 26, "404");
