@@ -226,14 +226,10 @@ std::optional<Machine> LoadTree(const fs::path& folder, std::string& error)
         return std::nullopt;
     }
     // A settings object that stands in the tree is served as the machine's own.
-    const std::string settingsPath = NormalPath(machine.SettingsPath);
-    const auto settings =
-        std::find_if(machine.Resources.begin(), machine.Resources.end(),
-                     [&](const auto& resource) { return NormalPath(resource.first) == settingsPath; });
-    if (settings != machine.Resources.end())
+    if (const json::object* settings = FindResource(machine, machine.SettingsPath))
     {
-        machine.Settings = std::move(settings->second);
-        machine.Resources.erase(settings);
+        machine.Settings = *settings;
+        std::erase_if(machine.Resources, [settings](const auto& resource) { return &resource.second == settings; });
     }
     return machine;
 }
@@ -285,6 +281,14 @@ std::optional<Machine> GenerateMachine(unsigned int attributes, std::string& err
         AddServiceResources(*machine);
     }
     return machine;
+}
+
+const json::object* FindResource(const Machine& machine, std::string_view path)
+{
+    const std::string normal = NormalPath(path);
+    const auto found = std::find_if(machine.Resources.begin(), machine.Resources.end(),
+                                    [&normal](const auto& resource) { return NormalPath(resource.first) == normal; });
+    return found != machine.Resources.end() ? &found->second : nullptr;
 }
 
 std::string LastSegment(std::string_view path)

@@ -40,6 +40,8 @@ std::optional<Machine> GenerateMachine(unsigned int attributes, std::string& err
 /// One form for every way of writing a path: small letters, no doubled and no
 /// trailing slashes.
 std::string NormalPath(std::string_view path);
+/// The machine's resource at a path, however the two are written; null where there is none.
+const boost::json::object* FindResource(const Machine& machine, std::string_view path);
 /// "3" of "/redfish/v1/TaskService/Tasks/3/".
 std::string LastSegment(std::string_view path);
 

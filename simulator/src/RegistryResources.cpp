@@ -1,9 +1,11 @@
 #include "RegistryResources.h"
 
 #include "JsonFile.h"
+#include "ServicePaths.h"
 
 #include <boost/json/array.hpp>
 #include <fmt/format.h>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -68,9 +70,9 @@ json::object Link(const std::string& path) { return {{"@odata.id", path}}; }
 
 json::object MakeSystem(const Machine& machine)
 {
-    const std::string path = "/redfish/v1/Systems/" + machine.SystemId;
+    const std::string path = SystemPath(machine);
     json::object reset{
-        {"target", path + "/Actions/ComputerSystem.Reset"},
+        {"target", UsualResetTarget(machine)},
         {"ResetType@Redfish.AllowableValues",
          json::array{"On", "ForceOff", "GracefulShutdown", "GracefulRestart", "ForceRestart", "PowerCycle"}},
     };
@@ -116,7 +118,7 @@ json::object MakeServiceRoot()
         {"RedfishVersion", "1.15.0"},
         {"UUID", "0f7c2f6e-5b4a-4a57-8a35-6a2f1f2f5e10"},
         {"ProtocolFeaturesSupported", std::move(features)},
-        {"Systems", Link("/redfish/v1/Systems")},
+        {"Systems", Link(SystemsPath)},
         {"Registries", Link(RegistriesPath)},
         {"SessionService", Link("/redfish/v1/SessionService")},
         {"Links", json::object{{"Sessions", Link("/redfish/v1/SessionService/Sessions")}}},
@@ -127,7 +129,7 @@ json::object MakeServiceDocument()
 {
     json::array entries;
     for (const auto& [name, url] :
-         {std::pair{"Service", "/redfish/v1/"}, std::pair{"Systems", "/redfish/v1/Systems"},
+         {std::pair{"Service", "/redfish/v1/"}, std::pair{"Systems", SystemsPath},
           std::pair{"Registries", "/redfish/v1/Registries"}, std::pair{"SessionService", "/redfish/v1/SessionService"}})
     {
         entries.push_back(json::object{{"name", name}, {"kind", "Singleton"}, {"url", url}});
@@ -190,10 +192,10 @@ void AddRegistries(Machine& machine, Registries registries, const json::object* 
 void AddServiceResources(Machine& machine)
 {
     // What the machine's own files hold comes first, however its path is written.
-    std::map<std::string, bool> present;
+    std::set<std::string> present;
     for (const auto& [path, resource] : machine.Resources)
     {
-        present.emplace(NormalPath(path), true);
+        present.insert(NormalPath(path));
     }
     const auto add = [&](const std::string& path, json::object resource)
     {
@@ -202,7 +204,7 @@ void AddServiceResources(Machine& machine)
             machine.Resources.emplace(path, std::move(resource));
         }
     };
-    const std::string system = "/redfish/v1/Systems/" + machine.SystemId;
+    const std::string system = SystemPath(machine);
     json::object registries =
         MakeCollection(RegistriesPath, "#MessageRegistryFileCollection.MessageRegistryFileCollection",
                        "Registry File Collection", RegistryFileLinks(machine));
@@ -210,9 +212,8 @@ void AddServiceResources(Machine& machine)
     add("/redfish/v1", MakeServiceRoot());
     add("/redfish/v1/odata", MakeServiceDocument());
     add(system, MakeSystem(machine));
-    add("/redfish/v1/Systems",
-        MakeCollection("/redfish/v1/Systems", "#ComputerSystemCollection.ComputerSystemCollection",
-                       "Computer System Collection", json::array{Link(system)}));
+    add(SystemsPath, MakeCollection(SystemsPath, "#ComputerSystemCollection.ComputerSystemCollection",
+                                    "Computer System Collection", json::array{Link(system)}));
     add(RegistriesPath, std::move(registries));
 }
 

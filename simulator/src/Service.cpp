@@ -172,16 +172,14 @@ void Service::RouteResources()
         Route(path, "GET",
               [body = std::move(body), tag](const HttpRequest& request) { return ReadAnswer(request, body, tag); });
     };
-    const std::string system = NormalPath(SystemPath(m_Machine));
     for (const auto& [path, resource] : m_Machine.Resources)
     {
-        if (NormalPath(path) == system)
-        {
-            Route(path, "GET",
-                  [this, &resource = resource](const HttpRequest& request) { return GetSystem(request, resource); });
-            continue;
-        }
         serve(path, resource);
+    }
+    if (const json::object* system = FindResource(m_Machine, SystemPath(m_Machine)))
+    {
+        Route(SystemPath(m_Machine), "GET",
+              [this, system](const HttpRequest& request) { return GetSystem(request, *system); });
     }
     Route("/redfish/v1/$metadata", "GET",
           [](const HttpRequest& request)

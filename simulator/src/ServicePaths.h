@@ -13,7 +13,9 @@ constexpr const char* SetProtectedAction = "ZorvanBios.SetProtectedAttributes";
 constexpr const char* ReadFileAction = "ZorvanComputerSystem.DSReadFile";
 constexpr const char* WriteFileAction = "ZorvanComputerSystem.DSWriteFile";
 
-inline std::string SystemPath(const Machine& machine) { return "/redfish/v1/Systems/" + machine.SystemId; }
+constexpr const char* SystemsPath = "/redfish/v1/Systems";
+
+inline std::string SystemPath(const Machine& machine) { return std::string(SystemsPath) + '/' + machine.SystemId; }
 
 inline std::string OemBiosAction(const Machine& machine, const std::string& name)
 {
@@ -23,6 +25,12 @@ inline std::string OemBiosAction(const Machine& machine, const std::string& name
 inline std::string OemSystemAction(const Machine& machine, const std::string& name)
 {
     return SystemPath(machine) + "/Actions/Oem/" + name;
+}
+
+/// Where the reset stands unless the system's resource names another place.
+inline std::string UsualResetTarget(const Machine& machine)
+{
+    return SystemPath(machine) + "/Actions/ComputerSystem.Reset";
 }
 
 /// The action that resets the system, as the system's resource tells it.

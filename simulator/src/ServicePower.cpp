@@ -69,14 +69,6 @@ Effect EffectOf(const std::string& type, bool poweredOff)
     return nothingToDo ? Effect::None : effect;
 }
 
-const json::object* FindSystem(const Machine& machine)
-{
-    const std::string system = NormalPath(SystemPath(machine));
-    const auto found = std::find_if(machine.Resources.begin(), machine.Resources.end(),
-                                    [&system](const auto& entry) { return NormalPath(entry.first) == system; });
-    return found != machine.Resources.end() ? &found->second : nullptr;
-}
-
 void TellPower(json::object& system, const char* power, const char* progress)
 {
     system["PowerState"] = power;
@@ -92,8 +84,8 @@ void TellPower(json::object& system, const char* power, const char* progress)
 
 SystemReset ResetAction(const Machine& machine)
 {
-    SystemReset reset{SystemPath(machine) + "/Actions/ComputerSystem.Reset", {}};
-    const json::object* system = FindSystem(machine);
+    SystemReset reset{UsualResetTarget(machine), {}};
+    const json::object* system = FindResource(machine, SystemPath(machine));
     const json::object* actions = system != nullptr ? FindObject(*system, "Actions") : nullptr;
     const json::object* action = actions != nullptr ? FindObject(*actions, ResetName) : nullptr;
     if (action == nullptr)

@@ -87,17 +87,14 @@ void Service::RouteSessions()
 HttpResponse Service::GetSessionCollection(const HttpRequest& request)
 {
     json::array members;
-    const auto file =
-        std::find_if(m_Machine.Resources.begin(), m_Machine.Resources.end(),
-                     [](const auto& resource) { return NormalPath(resource.first) == NormalPath(CollectionPath); });
     json::object collection{
         {"@odata.id", CollectionPath},
         {"@odata.type", "#SessionCollection.SessionCollection"},
         {"Name", "Session Collection"},
     };
-    if (file != m_Machine.Resources.end())
+    if (const json::object* file = FindResource(m_Machine, CollectionPath))
     {
-        collection = file->second;
+        collection = *file;
         const json::array* given = FindArray(collection, "Members");
         members = given != nullptr ? *given : json::array();
     }
