@@ -1,6 +1,7 @@
 #include "HttpParser.h"
 
 #include "FaultEffects.h"
+#include "SmallLetters.h"
 
 #include <algorithm>
 #include <sstream>
@@ -22,13 +23,6 @@ bool MayHaveBody(std::string_view method)
 {
     constexpr std::string_view names[] = {"POST", "PUT", "PATCH", "DELETE", "PRI"};
     return std::find(std::begin(names), std::end(names), method) != std::end(names);
-}
-
-std::string SmallLetters(std::string text)
-{
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
 }
 
 /// Whether the list of an Accept-Encoding header names gzip, with a weight above 0.

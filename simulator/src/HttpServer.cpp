@@ -1,7 +1,9 @@
 #include "HttpServer.h"
 
+#include "Descriptor.h"
 #include "HttpConnection.h"
 #include "HttpParser.h"
+#include "SystemMessage.h"
 
 #include <array>
 #include <cerrno>
@@ -16,39 +18,12 @@
 #include <sys/socket.h>
 #include <system_error>
 #include <thread>
-#include <unistd.h>
 #include <utility>
 
 namespace bmcsim
 {
 namespace
 {
-
-class Descriptor
-{
-  public:
-    explicit Descriptor(int value = -1) : m_Value(value) {}
-    ~Descriptor()
-    {
-        if (m_Value >= 0)
-        {
-            close(m_Value);
-        }
-    }
-    Descriptor(Descriptor&& other) noexcept : m_Value(std::exchange(other.m_Value, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept
-    {
-        std::swap(m_Value, other.m_Value);
-        return *this;
-    }
-    int Get() const { return m_Value; }
-    bool Valid() const { return m_Value >= 0; }
-
-  private:
-    int m_Value;
-};
-
-std::string SystemMessage(int number) { return std::generic_category().message(number); }
 
 Descriptor Listen(const std::string& address, std::uint16_t port, std::string& error)
 {

@@ -1,5 +1,7 @@
 #include "JsonFile.h"
 
+#include "SystemMessage.h"
+
 #include <algorithm>
 #include <boost/json/parser.hpp>
 #include <cerrno>
@@ -53,7 +55,7 @@ std::optional<std::string> ReadTextFile(const std::filesystem::path& path, std::
     std::ifstream file(path, std::ios::binary);
     if (!file)
     {
-        error = fmt::format("cannot read '{}': {}", path.string(), std::generic_category().message(errno));
+        error = fmt::format("cannot read '{}': {}", path.string(), SystemMessage(errno));
         return std::nullopt;
     }
     std::string text;
@@ -69,7 +71,7 @@ std::optional<std::string> ReadTextFile(const std::filesystem::path& path, std::
     }
     if (file.bad())
     {
-        error = fmt::format("cannot read '{}': {}", path.string(), std::generic_category().message(errno));
+        error = fmt::format("cannot read '{}': {}", path.string(), SystemMessage(errno));
         return std::nullopt;
     }
     return text;

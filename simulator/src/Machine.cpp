@@ -4,6 +4,7 @@
 #include "GeneratedMachine.h"
 #include "JsonFile.h"
 #include "RegistryResources.h"
+#include "SmallLetters.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -305,7 +306,7 @@ std::string NormalPath(std::string_view path)
     {
         if (c != '/' || normal.empty() || normal.back() != '/')
         {
-            normal += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+            normal += SmallLetter(c);
         }
     }
     if (normal.size() > 1 && normal.back() == '/')

@@ -1,9 +1,10 @@
 #include "RedfishErrors.h"
 
+#include "Answers.h"
+
 #include <array>
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
-#include <boost/json/serialize.hpp>
 #include <fmt/format.h>
 
 namespace bmcsim
@@ -132,16 +133,6 @@ json::array Describe(const std::vector<Notice>& notices)
     return messages;
 }
 
-HttpResponse Answer(int status, const json::object& body)
-{
-    HttpResponse response;
-    response.Status = status;
-    response.Body = json::serialize(body);
-    response.Headers["OData-Version"] = "4.0";
-    response.Headers["Cache-Control"] = "no-cache";
-    return response;
-}
-
 } // namespace
 
 json::object DescribeNotice(const Notice& notice)
@@ -165,7 +156,7 @@ json::object DescribeNotice(const Notice& notice)
 
 HttpResponse DoneAnswer(const std::vector<Notice>& notices)
 {
-    return Answer(200, {{"@Message.ExtendedInfo", Describe(notices)}});
+    return JsonAnswer(200, {{"@Message.ExtendedInfo", Describe(notices)}});
 }
 
 HttpResponse RedfishErrors(int status, const std::vector<Notice>& notices)
@@ -174,7 +165,7 @@ HttpResponse RedfishErrors(int status, const std::vector<Notice>& notices)
     const json::object head = DescribeNotice(notices.size() == 1 ? notices.front() : general);
     json::object error{
         {"code", head.at("MessageId")}, {"message", head.at("Message")}, {"@Message.ExtendedInfo", Describe(notices)}};
-    return Answer(status, {{"error", std::move(error)}});
+    return JsonAnswer(status, {{"error", std::move(error)}});
 }
 
 HttpResponse RedfishError(int status, Base message, const std::vector<std::string>& arguments)

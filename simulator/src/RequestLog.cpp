@@ -1,19 +1,18 @@
 #include "RequestLog.h"
 
+#include "SystemMessage.h"
+
 #include <boost/json/serialize.hpp>
 #include <boost/json/value.hpp>
 #include <cerrno>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace bmcsim
 {
 namespace
 {
-
-std::string SystemMessage(int number) { return std::generic_category().message(number); }
 
 /// A request line may hold any bytes; the log is UTF-8.
 std::string PlainText(const std::string& target)
@@ -39,46 +38,45 @@ std::string Line(const HttpRecord& record)
 
 } // namespace
 
-RequestLog::RequestLog(std::string file, int descriptor) : m_File(std::move(file)), m_Descriptor(descriptor) {}
-
-RequestLog::~RequestLog()
+RequestLog::RequestLog(std::string file, Descriptor descriptor)
+    : m_File(std::move(file)), m_Descriptor(std::move(descriptor))
 {
-    if (m_Descriptor >= 0)
-    {
-        close(m_Descriptor);
-    }
 }
 
 std::unique_ptr<RequestLog> RequestLog::Open(const std::string& file, std::string& error)
 {
-    int descriptor = -1;
+    Descriptor descriptor;
     if (!file.empty())
     {
-        descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-        if (descriptor < 0)
+        descriptor = Descriptor(open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
+        if (!descriptor.Valid())
         {
             error = fmt::format("cannot open access log '{}': {}", file, SystemMessage(errno));
             return nullptr;
         }
     }
-    return std::unique_ptr<RequestLog>(new RequestLog(file, descriptor));
+    return std::unique_ptr<RequestLog>(new RequestLog(file, std::move(descriptor)));
 }
 
 void RequestLog::Add(const HttpRecord& record)
 {
-    const std::string line = m_Descriptor >= 0 ? Line(record) : std::string();
+    const std::string line = m_Descriptor.Valid() ? Line(record) : std::string();
     const std::lock_guard lock(m_Mutex);
     if (m_Records.size() >= MaxRecords)
     {
         m_Records.pop_front();
     }
     m_Records.push_back({record.Method, record.Target, record.Status, record.Bytes, record.Connection});
-    if (m_Descriptor >= 0)
+    if (m_Descriptor.Valid())
     {
-        errno = 0;
-        if (write(m_Descriptor, line.data(), line.size()) != static_cast<ssize_t>(line.size()))
+        const ssize_t written = write(m_Descriptor.Get(), line.data(), line.size());
+        if (written != static_cast<ssize_t>(line.size()))
         {
-            m_Trouble = fmt::format("cannot write access log '{}': {}", m_File, SystemMessage(errno));
+            // Of a line that was written in part the system gives no reason.
+            const std::string reason = written < 0
+                                           ? SystemMessage(errno)
+                                           : fmt::format("{} of a line's {} bytes were written", written, line.size());
+            m_Trouble = fmt::format("cannot write access log '{}': {}", m_File, reason);
         }
     }
 }

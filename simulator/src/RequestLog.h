@@ -1,8 +1,8 @@
 #pragma once
 
-#include "HttpServer.h"
-
 #include "BmcSimulator.h"
+#include "Descriptor.h"
+#include "HttpServer.h"
 
 #include <cstddef>
 #include <deque>
@@ -26,7 +26,6 @@ class RequestLog
     /// @param file  empty: none.
     /// @return empty when the file cannot be opened; error names it.
     static std::unique_ptr<RequestLog> Open(const std::string& file, std::string& error);
-    ~RequestLog();
     RequestLog(const RequestLog&) = delete;
     RequestLog& operator=(const RequestLog&) = delete;
 
@@ -35,10 +34,10 @@ class RequestLog
     std::string Trouble() const;
 
   private:
-    RequestLog(std::string file, int descriptor);
+    RequestLog(std::string file, Descriptor descriptor);
 
     const std::string m_File;
-    const int m_Descriptor;
+    const Descriptor m_Descriptor;
     mutable std::mutex m_Mutex;
     std::deque<AccessRecord> m_Records;
     std::string m_Trouble;

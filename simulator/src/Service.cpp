@@ -5,6 +5,7 @@
 #include "JsonFile.h"
 #include "RedfishErrors.h"
 #include "ServicePaths.h"
+#include "SmallLetters.h"
 
 #include <algorithm>
 #include <array>
@@ -107,7 +108,7 @@ bool Service::IsAuthorised(const HttpRequest& request)
     }
     const std::string header = request.Header("authorization");
     constexpr std::string_view scheme = "basic ";
-    if (NormalPath(header.substr(0, scheme.size())) != scheme)
+    if (SmallLetters(header.substr(0, scheme.size())) != scheme)
     {
         return false;
     }

@@ -40,7 +40,7 @@ bool IsFileName(const std::string& name)
 }
 
 /// @return false when the file cannot be written so, and response tells why.
-bool WriteFile(json::object& files, const json::object& parameters, HttpResponse& response)
+bool StoreContent(json::object& files, const json::object& parameters, HttpResponse& response)
 {
     const std::string name = FindText(parameters, "FileName");
     const bool exists = files.contains(name);
@@ -113,7 +113,7 @@ HttpResponse Service::WriteFile(const HttpRequest& request)
         return RedfishError(400, Base::ActionParameterValueFormatError, {name, "FileName", WriteFileAction});
     }
     return Changed([&](Values& values, HttpResponse& response)
-                   { return bmcsim::WriteFile(values.*FilesOf(*body), *body, response); });
+                   { return StoreContent(values.*FilesOf(*body), *body, response); });
 }
 
 } // namespace bmcsim

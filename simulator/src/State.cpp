@@ -1,6 +1,8 @@
 #include "State.h"
 
+#include "Descriptor.h"
 #include "JsonFile.h"
+#include "SystemMessage.h"
 
 #include <boost/json/serialize.hpp>
 #include <cerrno>
@@ -135,8 +137,6 @@ bool ReadValues(const json::object& file, const std::string& identity, Values& v
     return ReadMembers(file, *version, values, reason);
 }
 
-std::string SystemMessage() { return std::generic_category().message(errno); }
-
 bool WriteAll(int descriptor, const std::string& text)
 {
     std::size_t done = 0;
@@ -152,38 +152,22 @@ bool WriteAll(int descriptor, const std::string& text)
     return true;
 }
 
-/// Closes its file at the end of the scope.
-class Descriptor
-{
-  public:
-    explicit Descriptor(int number) : m_Number(number) {}
-    ~Descriptor() { Close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int Number() const { return m_Number; }
-    bool Close() { return m_Number < 0 || close(std::exchange(m_Number, -1)) == 0; }
-
-  private:
-    int m_Number;
-};
-
 /// On failure the file is as it was.
 bool ReplaceFile(const std::string& file, const std::string& text)
 {
     const fs::path parent = fs::path(file).parent_path();
     const Descriptor folder(open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     std::string temporary = file + ".XXXXXX";
-    Descriptor made(folder.Number() < 0 ? -1 : mkostemp(temporary.data(), O_CLOEXEC));
-    if (made.Number() < 0)
+    Descriptor made(!folder.Valid() ? -1 : mkostemp(temporary.data(), O_CLOEXEC));
+    if (!made.Valid())
     {
         return false;
     }
-    const bool written = WriteAll(made.Number(), text) && fsync(made.Number()) == 0 && made.Close();
+    const bool written = WriteAll(made.Get(), text) && fsync(made.Get()) == 0 && made.Close();
     if (written && std::rename(temporary.c_str(), file.c_str()) == 0)
     {
         // The new file stands; a folder that cannot be synced does not take it back.
-        fsync(folder.Number());
+        fsync(folder.Get());
         return true;
     }
     const int reason = errno;
@@ -272,7 +256,7 @@ bool State::Save(const Values& values, std::string& error) const
     }
     if (!ReplaceFile(m_File, json::serialize(file) + "\n"))
     {
-        error = fmt::format("cannot write state file '{}': {}", m_File, SystemMessage());
+        error = fmt::format("cannot write state file '{}': {}", m_File, SystemMessage(errno));
         return false;
     }
     return true;

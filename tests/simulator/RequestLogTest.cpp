@@ -4,6 +4,7 @@
 #include "SharedData.h"
 
 #include <sstream>
+#include <sys/resource.h>
 
 namespace
 {
@@ -120,6 +121,24 @@ TEST(RequestLog, FullDiskIsTold)
     ASSERT_TRUE(Connect(*simulator)->Get("/redfish"));
     EXPECT_THAT(simulator->Trouble(), HasSubstr("/dev/full"));
     EXPECT_EQ(simulator->AccessLog().size(), 1U);
+}
+
+TEST(RequestLog, LineWrittenInPartIsTold)
+{
+    const testdata::TemporaryFolder folder;
+    const std::string file = (folder.Path() / "log").string();
+    std::string error;
+    const auto log = bmcsim::RequestLog::Open(file, error);
+    ASSERT_TRUE(log) << error;
+    rlimit former{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &former), 0);
+    const rlimit less{10, former.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &less), 0);
+    log->Add({});
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &former), 0);
+    EXPECT_EQ(testdata::ReadFile(file).size(), 10U);
+    EXPECT_THAT(log->Trouble(),
+                testing::MatchesRegex("cannot write access log '.*': 10 of a line's [0-9]+ bytes were written"));
 }
 
 TEST(RequestLog, MemoryKeepsTheNewestRecords)
