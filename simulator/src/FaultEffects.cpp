@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 #include <iterator>
 #include <limits>
+#include <optional>
 
 namespace bmcsim
 {
@@ -26,14 +27,19 @@ std::size_t HeadLength(const std::string& answer)
 }
 
 /// Where an answer or a body of `size` bytes is cut.
-std::size_t CutAt(std::int64_t wish, std::size_t usual, std::size_t size)
+std::size_t CutAt(std::optional<std::int64_t> wish, std::size_t usual, std::size_t size)
 {
-    return wish < 0 ? usual : std::min(static_cast<std::size_t>(wish), size);
+    return wish ? std::min(static_cast<std::size_t>(*wish), size) : usual;
 }
+
+/// Of an effect that has one in every rule, or for which none is the same as 0.
+std::int64_t Number(const Fault& fault) { return fault.Amount.value_or(0); }
+
+bool WaitsUntilLeft(const Fault& fault) { return fault.Kind == FaultKind::Stall && Number(fault) == 0; }
 
 HttpResponse StatusAnswer(const Fault& fault)
 {
-    const int status = static_cast<int>(fault.Amount);
+    const int status = static_cast<int>(Number(fault));
     HttpResponse answer;
     if (status >= 400)
     {
@@ -54,19 +60,23 @@ HttpResponse StatusAnswer(const Fault& fault)
 HttpResponse BusyAnswer(const Fault& fault)
 {
     HttpResponse answer = RedfishError(503, Base::GeneralError);
-    answer.Headers["Retry-After"] = std::to_string(fault.Amount);
+    answer.Headers["Retry-After"] = std::to_string(Number(fault));
     return answer;
 }
 
 HttpResponse LoopAnswer(const HttpRequest& request)
 {
+    constexpr std::string_view name = "turn=";
     std::uint64_t turn = 0;
-    std::from_chars(request.Query.data() + std::min<std::size_t>(request.Query.size(), 5),
-                    request.Query.data() + request.Query.size(), turn);
+    if (request.Query.starts_with(name))
+    {
+        const char* query = request.Query.data();
+        std::from_chars(query + name.size(), query + request.Query.size(), turn);
+    }
     HttpResponse answer;
     answer.Status = 307;
     answer.Headers["Location"] =
-        fmt::format("{}?turn={}", request.Target.substr(0, request.Target.find('?')), turn + 1);
+        fmt::format("{}?{}{}", request.Target.substr(0, request.Target.find('?')), name, turn + 1);
     answer.Body = "{}";
     return answer;
 }
@@ -123,13 +133,13 @@ bool SendUntilCut(const Fault&, const std::string& answer, HttpConnection& conne
 
 bool SendLate(const Fault& fault, const std::string& answer, HttpConnection& connection)
 {
-    if (fault.Amount == 0)
+    if (WaitsUntilLeft(fault))
     {
         connection.WaitUntilLeft();
         return false;
     }
     // Of a request that was not carried out there is nothing to tell.
-    return connection.PauseUnlessLeft(std::chrono::seconds(fault.Amount)) && fault.Done && Write(connection, answer);
+    return connection.PauseUnlessLeft(std::chrono::seconds(Number(fault))) && fault.Done && Write(connection, answer);
 }
 
 bool SendSlowly(const Fault& fault, const std::string& answer, HttpConnection& connection)
@@ -137,7 +147,7 @@ bool SendSlowly(const Fault& fault, const std::string& answer, HttpConnection& c
     return std::all_of(
         answer.begin(), answer.end(),
         [&](char c) {
-            return Write(connection, {&c, 1}) && connection.PauseUnlessLeft(std::chrono::milliseconds(fault.Amount));
+            return Write(connection, {&c, 1}) && connection.PauseUnlessLeft(std::chrono::milliseconds(Number(fault)));
         });
 }
 
@@ -145,7 +155,8 @@ bool SendWrongLength(const Fault& fault, const std::string& answer, HttpConnecti
 {
     std::string head = HeadWithoutLength(answer);
     const auto body = static_cast<std::int64_t>(answer.size() - HeadLength(answer));
-    head.insert(head.size() - 2, fmt::format("Content-Length: {}\r\n", std::max<std::int64_t>(0, body + fault.Amount)));
+    head.insert(head.size() - 2,
+                fmt::format("Content-Length: {}\r\n", std::max<std::int64_t>(0, body + Number(fault))));
     return Write(connection, head + answer.substr(HeadLength(answer)));
 }
 
@@ -153,7 +164,7 @@ bool SendGarbage(const Fault& fault, const std::string&, HttpConnection& connect
 {
     // Bytes of all kinds, the same ones in every run, and no "HTTP" at their begin.
     std::uint32_t last = 1;
-    std::string text(static_cast<std::size_t>(fault.Amount), '\0');
+    std::string text(static_cast<std::size_t>(Number(fault)), '\0');
     std::generate(text.begin(), text.end(),
                   [&]
                   {
@@ -169,7 +180,7 @@ constexpr std::string_view BigEnd = R"("})";
 
 bool SendHuge(const Fault& fault, const std::string&, HttpConnection& connection)
 {
-    const std::uint64_t size = static_cast<std::uint64_t>(fault.Amount) * 1024 * 1024;
+    const std::uint64_t size = static_cast<std::uint64_t>(Number(fault)) * 1024 * 1024;
     bool sent = Write(connection, fmt::format("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n"
                                               "Content-Length: {}\r\n\r\n{}",
                                               size, BigBegin));
@@ -198,10 +209,13 @@ bool SendEndless(const Fault&, const std::string&, HttpConnection& connection)
 
 bool SendHugeHead(const Fault& fault, const std::string& answer, HttpConnection& connection)
 {
+    constexpr std::size_t lineSize = 1024;
+    constexpr std::size_t frameSize = std::string_view("X-Filler-000000: \r\n").size();
+    const std::string value(lineSize - frameSize, 'x');
     std::string filler;
-    for (std::int64_t i = 0; i < fault.Amount; ++i)
+    for (std::int64_t i = 0; i < Number(fault); ++i)
     {
-        filler += fmt::format("X-Filler-{:06}: {}\r\n", i, std::string(1024 - 19, 'x'));
+        filler += fmt::format("X-Filler-{:06}: {}\r\n", i, value);
     }
     const std::size_t at = HeadLength(answer) - 2;
     return Write(connection, answer.substr(0, at) + filler + answer.substr(at));
@@ -256,7 +270,7 @@ bool ActsOnBytes(FaultKind kind) { return FindByteEffect(kind) != nullptr; }
 
 bool IsSilent(const Fault& fault)
 {
-    const bool stalled = fault.Kind == FaultKind::Stall && (fault.Amount == 0 || !fault.Done);
+    const bool stalled = WaitsUntilLeft(fault) || (fault.Kind == FaultKind::Stall && !fault.Done);
     return stalled || fault.Kind == FaultKind::CloseBefore || fault.Kind == FaultKind::Garbage;
 }
 

@@ -24,59 +24,138 @@ enum class Argument
     Text,
 };
 
-struct Effect
+/// Whether the request is carried out.
+enum class CarriedOut
 {
-    std::string_view Name;
-    FaultKind Kind;
-    Argument Takes;
-    std::string_view ArgumentName;
-    std::int64_t Low;
-    std::int64_t High;
-    std::int64_t Usual;
-    /// The request is carried out unless "undone" is written.
-    bool Done;
-    /// "done" and "undone" may be written. An effect that is done to the real answer needs one.
-    bool Free;
-    std::string_view Help;
+    /// Where "done" is written.
+    IfDone,
+    UnlessUndone,
+    /// The effect is done to the real answer, which needs one.
+    Always,
 };
 
 constexpr std::int64_t Anything = 1'000'000'000;
 
+struct Effect
+{
+    std::string_view Name;
+    FaultKind Kind;
+    Argument Takes = Argument::None;
+    std::string_view ArgumentName = {};
+    /// Of a number.
+    std::int64_t Low = 0;
+    std::int64_t High = Anything;
+    /// The number where none is written; empty where none has a meaning of its own.
+    std::optional<std::int64_t> Usual = std::nullopt;
+    CarriedOut Carried;
+    std::string_view Help;
+};
+
 constexpr Effect Effects[] = {
-    {"status", FaultKind::Status, Argument::Status, "CODE [NAME=VALUE ...]", 200, 599, 500, false, true,
-     "answers with that status and these headers"},
-    {"busy", FaultKind::Busy, Argument::Number, "[SECONDS]", 0, Anything, 1, false, true,
-     "answers 503 with Retry-After: SECONDS (1)"},
-    {"redirect-loop", FaultKind::RedirectLoop, Argument::None, "", 0, 0, 0, false, true,
-     "answers 307 with a Location that leads to the same path, each time by another query"},
-    {"close-before", FaultKind::CloseBefore, Argument::None, "", 0, 0, 0, true, true,
-     "closes the connection instead of answering"},
-    {"close-within", FaultKind::CloseWithin, Argument::Number, "[BYTES]", 0, Anything, -1, true, false,
-     "closes after so many bytes of the answer (its head and half of its body)"},
-    {"close-after", FaultKind::CloseAfter, Argument::None, "", 0, 0, 0, true, false,
-     "answers as if the connection stayed open, and closes it"},
-    {"tls-cut", FaultKind::TlsCut, Argument::None, "", 0, 0, 0, true, false,
-     "half of an answer whose end only the end of the connection tells, cut without TLS's good-bye (https)"},
-    {"stall", FaultKind::Stall, Argument::Number, "[SECONDS]", 0, Anything, 0, true, true,
-     "is silent for so long before it answers; without a number until the client goes"},
-    {"slow", FaultKind::Slow, Argument::Number, "[MILLISECONDS]", 0, Anything, 10, true, false,
-     "sends the answer byte by byte with this pause (10) after each"},
-    {"truncated", FaultKind::Truncated, Argument::Number, "[BYTES]", 0, Anything, -1, true, false,
-     "cuts the body after so many bytes (half of it), with a Content-Length to match"},
-    {"wrong-length", FaultKind::WrongLength, Argument::Number, "[BYTES]", -Anything, Anything, -10, true, false,
-     "tells a Content-Length that is wrong by so many bytes (-10); the connection stays open"},
-    {"content-type", FaultKind::ContentType, Argument::Text, "[TYPE]", 0, 0, 0, true, false,
-     "gives the body another type (text/html)"},
-    {"garbage", FaultKind::Garbage, Argument::Number, "[BYTES]", 1, Anything, 1000, true, true,
-     "sends so many bytes (1000) that are no HTTP, and closes"},
-    {"garbage-json", FaultKind::GarbageJson, Argument::None, "", 0, 0, 0, true, true,
-     "answers 200 with a body that is no JSON"},
-    {"huge", FaultKind::Huge, Argument::Number, "[MEBIBYTES]", 1, 65536, 100, true, true,
-     "answers 200 with a JSON object so large (100), and says so in Content-Length"},
-    {"endless", FaultKind::Endless, Argument::None, "", 0, 0, 0, true, true,
-     "answers 200 with a JSON text that never ends"},
-    {"huge-head", FaultKind::HugeHead, Argument::Number, "[KIBIBYTES]", 1, 65536, 200, true, false,
-     "puts headers of so many KiB (200) in front of the answer"},
+    {.Name = "status",
+     .Kind = FaultKind::Status,
+     .Takes = Argument::Status,
+     .ArgumentName = "CODE [NAME=VALUE ...]",
+     .Low = 200,
+     .High = 599,
+     .Carried = CarriedOut::IfDone,
+     .Help = "answers with that status and these headers"},
+    {.Name = "busy",
+     .Kind = FaultKind::Busy,
+     .Takes = Argument::Number,
+     .ArgumentName = "[SECONDS]",
+     .Usual = 1,
+     .Carried = CarriedOut::IfDone,
+     .Help = "answers 503 with Retry-After: SECONDS (1)"},
+    {.Name = "redirect-loop",
+     .Kind = FaultKind::RedirectLoop,
+     .Carried = CarriedOut::IfDone,
+     .Help = "answers 307 with a Location that leads to the same path, each time by another query"},
+    {.Name = "close-before",
+     .Kind = FaultKind::CloseBefore,
+     .Carried = CarriedOut::UnlessUndone,
+     .Help = "closes the connection instead of answering"},
+    {.Name = "close-within",
+     .Kind = FaultKind::CloseWithin,
+     .Takes = Argument::Number,
+     .ArgumentName = "[BYTES]",
+     .Carried = CarriedOut::Always,
+     .Help = "closes after so many bytes of the answer (its head and half of its body)"},
+    {.Name = "close-after",
+     .Kind = FaultKind::CloseAfter,
+     .Carried = CarriedOut::Always,
+     .Help = "answers as if the connection stayed open, and closes it"},
+    {.Name = "tls-cut",
+     .Kind = FaultKind::TlsCut,
+     .Carried = CarriedOut::Always,
+     .Help = "half of an answer whose end only the end of the connection tells, cut without TLS's good-bye (https)"},
+    {.Name = "stall",
+     .Kind = FaultKind::Stall,
+     .Takes = Argument::Number,
+     .ArgumentName = "[SECONDS]",
+     .Carried = CarriedOut::UnlessUndone,
+     .Help = "is silent for so long before it answers; without a number until the client goes"},
+    {.Name = "slow",
+     .Kind = FaultKind::Slow,
+     .Takes = Argument::Number,
+     .ArgumentName = "[MILLISECONDS]",
+     .Usual = 10,
+     .Carried = CarriedOut::Always,
+     .Help = "sends the answer byte by byte with this pause (10) after each"},
+    {.Name = "truncated",
+     .Kind = FaultKind::Truncated,
+     .Takes = Argument::Number,
+     .ArgumentName = "[BYTES]",
+     .Carried = CarriedOut::Always,
+     .Help = "cuts the body after so many bytes (half of it), with a Content-Length to match"},
+    {.Name = "wrong-length",
+     .Kind = FaultKind::WrongLength,
+     .Takes = Argument::Number,
+     .ArgumentName = "[BYTES]",
+     .Low = -Anything,
+     .Usual = -10,
+     .Carried = CarriedOut::Always,
+     .Help = "tells a Content-Length that is wrong by so many bytes (-10); the connection stays open"},
+    {.Name = "content-type",
+     .Kind = FaultKind::ContentType,
+     .Takes = Argument::Text,
+     .ArgumentName = "[TYPE]",
+     .Carried = CarriedOut::Always,
+     .Help = "gives the body another type (text/html)"},
+    {.Name = "garbage",
+     .Kind = FaultKind::Garbage,
+     .Takes = Argument::Number,
+     .ArgumentName = "[BYTES]",
+     .Low = 1,
+     .Usual = 1000,
+     .Carried = CarriedOut::UnlessUndone,
+     .Help = "sends so many bytes (1000) that are no HTTP, and closes"},
+    {.Name = "garbage-json",
+     .Kind = FaultKind::GarbageJson,
+     .Carried = CarriedOut::UnlessUndone,
+     .Help = "answers 200 with a body that is no JSON"},
+    {.Name = "huge",
+     .Kind = FaultKind::Huge,
+     .Takes = Argument::Number,
+     .ArgumentName = "[MEBIBYTES]",
+     .Low = 1,
+     .High = 65536,
+     .Usual = 100,
+     .Carried = CarriedOut::UnlessUndone,
+     .Help = "answers 200 with a JSON object so large (100), and says so in Content-Length"},
+    {.Name = "endless",
+     .Kind = FaultKind::Endless,
+     .Carried = CarriedOut::UnlessUndone,
+     .Help = "answers 200 with a JSON text that never ends"},
+    {.Name = "huge-head",
+     .Kind = FaultKind::HugeHead,
+     .Takes = Argument::Number,
+     .ArgumentName = "[KIBIBYTES]",
+     .Low = 1,
+     .High = 65536,
+     .Usual = 200,
+     .Carried = CarriedOut::Always,
+     .Help = "puts headers of so many KiB (200) in front of the answer"},
 };
 
 /// Words are parted by blanks; between double quotes blanks are part of the word.
@@ -184,21 +263,35 @@ std::string TakeNumber(const std::string& word, const Effect& effect, Fault& fau
 {
     std::string_view digits = word;
     digits.remove_prefix(digits.starts_with('+') ? 1 : 0);
-    if (!ReadNumber(digits, fault.Amount) || fault.Amount < effect.Low || fault.Amount > effect.High)
+    std::int64_t number = 0;
+    if (!ReadNumber(digits, number) || number < effect.Low || number > effect.High)
     {
         return fmt::format("'{}' behind {} must be a whole number from {} to {}", word, effect.Name, effect.Low,
                            effect.High);
     }
+    fault.Amount = number;
     return {};
+}
+
+std::size_t MostWords(Argument takes)
+{
+    switch (takes)
+    {
+    case Argument::None:
+        return 0;
+    case Argument::Status:
+        return std::numeric_limits<std::size_t>::max();
+    default:
+        return 1;
+    }
 }
 
 std::string TakeArguments(const std::vector<std::string>& words, const Effect& effect, Fault& fault)
 {
-    constexpr std::size_t most[] = {0, 1, std::numeric_limits<std::size_t>::max(), 1};
-    if (words.size() > most[static_cast<std::size_t>(effect.Takes)])
+    const std::size_t most = MostWords(effect.Takes);
+    if (words.size() > most)
     {
-        return fmt::format("'{}' is too much behind {}", words[most[static_cast<std::size_t>(effect.Takes)]],
-                           effect.Name);
+        return fmt::format("'{}' is too much behind {}", words[most], effect.Name);
     }
     if (words.empty())
     {
@@ -235,12 +328,12 @@ std::string TakeEffect(std::vector<std::string> words, Fault& fault)
     {
         return fmt::format("'{}' is none of {}", words.front(), fmt::join(FaultNames(), ", "));
     }
-    if (told && !effect->Free && !done)
+    if (told && !done && effect->Carried == CarriedOut::Always)
     {
         return fmt::format("{} is done to the answer, so the request cannot stay undone", effect->Name);
     }
     fault.Kind = effect->Kind;
-    fault.Done = told ? done : effect->Done;
+    fault.Done = told ? done : effect->Carried != CarriedOut::IfDone;
     fault.Amount = effect->Usual;
     words.erase(words.begin());
     return TakeArguments(words, *effect, fault);
@@ -313,9 +406,11 @@ std::string FaultHelp()
                        "#COUNT  #3 the third such request, #3-5, #3+; all without it\n"
                        "The first rule that fits acts. Effects (- the request is not carried out unless \"done\" is\n"
                        "written, + it is unless \"undone\" is written, = it always is):\n";
+    // In the order of CarriedOut.
+    constexpr std::string_view marks = "-+=";
     for (const Effect& effect : Effects)
     {
-        const char mark = !effect.Free ? '=' : effect.Done ? '+' : '-';
+        const char mark = marks[static_cast<std::size_t>(effect.Carried)];
         text +=
             fmt::format("  {} {:<32} {}\n", mark,
                         fmt::format("{}{}{}", effect.Name, effect.ArgumentName.empty() ? "" : " ", effect.ArgumentName),

@@ -38,8 +38,9 @@ struct Fault
     FaultKind Kind = FaultKind::Status;
     /// The request is carried out all the same.
     bool Done = false;
-    /// The number behind the effect's name: a status, seconds, bytes, as the effect has it.
-    std::int64_t Amount = 0;
+    /// The number behind the effect's name, or its usual one: a status, seconds, bytes, as the effect has it. Empty
+    /// where there is neither.
+    std::optional<std::int64_t> Amount;
     /// The text behind the effect's name.
     std::string Text;
     /// Of Status.

@@ -26,11 +26,19 @@ constexpr std::string_view Root = "/redfish/v1";
 constexpr std::size_t MaxTreeFiles = 20000;
 constexpr int MaxTreeDepth = 32;
 
+/// "en" of "registry.en.json"; empty for other files.
+std::string_view LanguageOf(std::string_view name)
+{
+    constexpr std::string_view begin = "registry.";
+    constexpr std::string_view end = ".json";
+    const bool isRegistry = name.starts_with(begin) && name.ends_with(end) && name.size() > begin.size() + end.size();
+    return isRegistry ? name.substr(begin.size(), name.size() - begin.size() - end.size()) : std::string_view();
+}
+
 bool IsMachineFile(std::string_view name)
 {
     constexpr std::string_view names[] = {"bios.json", "settings.json", "registryfile.json", "protected.json"};
-    const bool isRegistry = name.starts_with("registry.") && name.ends_with(".json") && name.size() > 14;
-    return isRegistry || std::find(std::begin(names), std::end(names), name) != std::end(names);
+    return !LanguageOf(name).empty() || std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
 std::vector<std::string> Segments(const std::string& path)
@@ -116,9 +124,8 @@ std::optional<Machine> BuildMachine(Objects files, const std::string& place, std
     Registries registries;
     for (auto& [name, object] : files)
     {
-        if (name.starts_with("registry."))
+        if (const std::string_view language = LanguageOf(name); !language.empty())
         {
-            const std::string_view language = std::string_view(name).substr(9, name.size() - 14);
             registries.emplace(language, std::move(object));
         }
     }

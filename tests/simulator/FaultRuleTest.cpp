@@ -6,6 +6,7 @@
 #include "Fixture.h"
 
 #include <limits>
+#include <optional>
 
 namespace
 {
@@ -64,16 +65,19 @@ TEST(FaultRuleTest, WhatIsLeftOutHasItsUsualValue)
     {
         const char* Text;
         FaultKind Kind;
-        std::int64_t Amount;
+        std::optional<std::int64_t> Amount;
         bool Done;
     };
     const Row rows[] = {
         {"busy", FaultKind::Busy, 1, false},
         {"busy 0", FaultKind::Busy, 0, false},
         {"done busy 7", FaultKind::Busy, 7, true},
-        {"undone close-before", FaultKind::CloseBefore, 0, false},
-        {"close-before", FaultKind::CloseBefore, 0, true},
-        {"stall", FaultKind::Stall, 0, true},
+        {"undone close-before", FaultKind::CloseBefore, std::nullopt, false},
+        {"close-before", FaultKind::CloseBefore, std::nullopt, true},
+        {"stall", FaultKind::Stall, std::nullopt, true},
+        {"stall 0", FaultKind::Stall, 0, true},
+        {"close-within", FaultKind::CloseWithin, std::nullopt, true},
+        {"truncated 0", FaultKind::Truncated, 0, true},
         {"wrong-length", FaultKind::WrongLength, -10, true},
         {"wrong-length +5", FaultKind::WrongLength, 5, true},
         {"done slow 2", FaultKind::Slow, 2, true},
@@ -155,7 +159,7 @@ TEST(FaultPlanTest, EveryRuleCountsAndTheFirstWhoseTurnItIsActs)
     const auto status = [&](const char* method, const char* path)
     {
         const auto fault = plan.Next(method, path);
-        return fault ? fault->Amount : 0;
+        return fault ? fault->Amount.value_or(0) : 0;
     };
     EXPECT_EQ(status("GET", "/a"), 0);
     EXPECT_EQ(status("POST", "/a"), 0);
