@@ -54,6 +54,7 @@ struct SimulatorOptions
 struct AccessRecord
 {
     std::string Method;
+    /// As it stood in the request line, with its query.
     std::string Path;
     /// 0: a fault kept the whole answer back.
     int Status = 0;

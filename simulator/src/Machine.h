@@ -13,7 +13,7 @@ namespace bmcsim
 struct Machine
 {
     std::string SystemId = "1";
-    /// The Bios resource, "@odata.etag" apart; empty where the machine has none.
+    /// The Bios resource, with the "@odata.etag" that its file gives it; empty where the machine has none.
     std::optional<boost::json::object> Bios;
     /// Where the Bios resource says that it stands.
     std::string BiosPath;

@@ -75,7 +75,7 @@ class Service
     Page SettingsPage(std::shared_ptr<const Values> values) const;
     HttpResponse GetPage(const HttpRequest& request, Page& kept,
                          Page (Service::*make)(std::shared_ptr<const Values>) const);
-    HttpResponse GetSystem(const HttpRequest& request, const boost::json::object& system) const;
+    HttpResponse GetSystem(const HttpRequest& request, const boost::json::object& resource) const;
     HttpResponse PatchSettings(const HttpRequest& request);
     HttpResponse ResetSystem(const HttpRequest& request);
     HttpResponse ResetBios(const HttpRequest& request);
