@@ -11,6 +11,8 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -152,8 +154,42 @@ bool WriteAll(int descriptor, const std::string& text)
     return true;
 }
 
+/// Locks the file that bears the name now, for as long as the descriptor lives: what two simulators keep in one file
+/// would be lost by turns. A file system without locks goes without.
+/// @return invalid where the file cannot be opened, or `taken` where another has it.
+Descriptor LockFile(const std::string& file, bool& taken)
+{
+    constexpr int mostReplacements = 100;
+    for (int i = 0; i < mostReplacements; ++i)
+    {
+        Descriptor opened(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+        taken = opened.Valid() && flock(opened.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+        struct stat ours = {};
+        struct stat named = {};
+        const bool isNamed = opened.Valid() && fstat(opened.Get(), &ours) == 0 && stat(file.c_str(), &named) == 0 &&
+                             ours.st_dev == named.st_dev && ours.st_ino == named.st_ino;
+        if (!opened.Valid() || taken || isNamed)
+        {
+            return taken ? Descriptor() : std::move(opened);
+        }
+    }
+    taken = true; // somebody replaces it all the time
+    return Descriptor();
+}
+
+bool PutInPlace(const std::string& temporary, const std::string& file, bool mayReplace)
+{
+    if (!mayReplace && renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, file.c_str(), RENAME_NOREPLACE) == 0)
+    {
+        return true;
+    }
+    // Not every file system knows that flag.
+    return (mayReplace || errno == EINVAL || errno == ENOSYS) && std::rename(temporary.c_str(), file.c_str()) == 0;
+}
+
 /// On failure the file is as it was.
-bool ReplaceFile(const std::string& file, const std::string& text)
+/// @param lock  of the file that is replaced, invalid where there must be none; of the new one afterwards.
+bool ReplaceFile(const std::string& file, const std::string& text, Descriptor& lock)
 {
     const fs::path parent = fs::path(file).parent_path();
     const Descriptor folder(open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -163,11 +199,16 @@ bool ReplaceFile(const std::string& file, const std::string& text)
     {
         return false;
     }
-    const bool written = WriteAll(made.Get(), text) && fsync(made.Get()) == 0 && made.Close();
-    if (written && std::rename(temporary.c_str(), file.c_str()) == 0)
+    const bool written = WriteAll(made.Get(), text) && fsync(made.Get()) == 0;
+    if (written)
+    {
+        flock(made.Get(), LOCK_EX | LOCK_NB); // nobody else knows it yet
+    }
+    if (written && PutInPlace(temporary, file, lock.Valid()))
     {
         // The new file stands; a folder that cannot be synced does not take it back.
         fsync(folder.Get());
+        lock = std::move(made);
         return true;
     }
     const int reason = errno;
@@ -178,8 +219,8 @@ bool ReplaceFile(const std::string& file, const std::string& text)
 
 } // namespace
 
-State::State(std::string identity, std::string file, Values values)
-    : m_Identity(std::move(identity)), m_File(std::move(file)),
+State::State(std::string identity, std::string file, Values values, Descriptor lock)
+    : m_Identity(std::move(identity)), m_File(std::move(file)), m_Lock(std::move(lock)),
       m_Values(std::make_shared<const Values>(std::move(values)))
 {
 }
@@ -191,6 +232,13 @@ std::unique_ptr<State> State::Open(const Machine& machine, const std::string& fi
     std::error_code code;
     if (!file.empty() && fs::symlink_status(file, code).type() != fs::file_type::not_found)
     {
+        bool taken = false;
+        Descriptor lock = LockFile(file, taken);
+        if (taken)
+        {
+            error = fmt::format("state file '{}' is in use by another simulator", file);
+            return nullptr;
+        }
         const auto text = ReadTextFile(file, error);
         const auto object = text ? ParseObject(*text, file, error) : std::nullopt;
         std::string reason;
@@ -199,9 +247,9 @@ std::unique_ptr<State> State::Open(const Machine& machine, const std::string& fi
             error = fmt::format("state file {}", object ? fmt::format("'{}' cannot be used: {}", file, reason) : error);
             return nullptr;
         }
-        return std::unique_ptr<State>(new State(identity, file, std::move(values)));
+        return std::unique_ptr<State>(new State(identity, file, std::move(values), std::move(lock)));
     }
-    std::unique_ptr<State> state(new State(identity, file, std::move(values)));
+    std::unique_ptr<State> state(new State(identity, file, std::move(values), Descriptor()));
     return state->Save(*state->m_Values, error) ? std::move(state) : nullptr;
 }
 
@@ -239,7 +287,7 @@ std::string State::Trouble() const
     return m_Trouble;
 }
 
-bool State::Save(const Values& values, std::string& error) const
+bool State::Save(const Values& values, std::string& error)
 {
     if (m_File.empty())
     {
@@ -254,7 +302,7 @@ bool State::Save(const Values& values, std::string& error) const
     {
         file.emplace(flag.Name, values.*flag.Place);
     }
-    if (!ReplaceFile(m_File, json::serialize(file) + "\n"))
+    if (!ReplaceFile(m_File, json::serialize(file) + "\n", m_Lock))
     {
         error = fmt::format("cannot write state file '{}': {}", m_File, SystemMessage(errno));
         return false;

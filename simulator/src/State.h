@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Descriptor.h"
 #include "Machine.h"
 
 #include <boost/json/object.hpp>
@@ -36,13 +37,13 @@ struct Values
 };
 
 /// The values of one machine, kept in a file where one is named. The file is
-/// replaced as a whole or not at all.
+/// replaced as a whole or not at all, and belongs to one State at a time, of whatever process.
 class State
 {
   public:
     /// Takes the values from the file; makes the file where there is none.
     /// @param file  empty: nothing is kept.
-    /// @return empty when the file is there but of no use, or cannot be made; it is
+    /// @return empty when the file is there but of no use, is another's, or cannot be made; it is
     /// then left as it is and error names it.
     static std::unique_ptr<State> Open(const Machine& machine, const std::string& file, std::string& error);
 
@@ -57,11 +58,12 @@ class State
     std::string Trouble() const;
 
   private:
-    State(std::string identity, std::string file, Values values);
-    bool Save(const Values& values, std::string& error) const;
+    State(std::string identity, std::string file, Values values, Descriptor lock);
+    bool Save(const Values& values, std::string& error);
 
     const std::string m_Identity;
     const std::string m_File;
+    Descriptor m_Lock;
     /// Held through a whole change; readers never wait for it.
     std::mutex m_ChangeMutex;
     mutable std::mutex m_Mutex;

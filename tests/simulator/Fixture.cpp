@@ -83,6 +83,7 @@ std::unique_ptr<httplib::Client> Connect(const bmcsim::BmcSimulator& simulator)
 
 void SimulatorTest::StartWith(const bmcsim::SimulatorOptions& options)
 {
+    m_Simulator.reset(); // its state file may be that of the next
     m_Simulator = Start(options);
     ASSERT_TRUE(m_Simulator);
     m_Client = Connect(*m_Simulator);

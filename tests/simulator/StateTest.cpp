@@ -50,6 +50,30 @@ TEST_F(StateTest, MissingFileIsMadeWithTheMachinesValues)
     EXPECT_EQ(FilesInFolder(), 1U);
 }
 
+TEST_F(StateTest, FileIsOneSimulatorsAtATime)
+{
+    const std::string taken = "state file '" + File() + "' is in use by another simulator";
+    std::string error;
+    auto first = Open(File(), error);
+    ASSERT_TRUE(first) << error;
+    EXPECT_FALSE(Open(File(), error));
+    EXPECT_EQ(error, taken);
+
+    const auto enter = [](Values& values)
+    {
+        values.Pending["BootFailLimit"] = 3;
+        return true;
+    };
+    EXPECT_TRUE(first->Update(enter)); // another file has the name now
+    EXPECT_FALSE(Open(File(), error));
+    EXPECT_EQ(error, taken);
+    first.reset();
+    const auto second = Open(File(), error);
+    ASSERT_TRUE(second) << error;
+    EXPECT_EQ(second->Current()->Pending.at("BootFailLimit"), 3);
+    EXPECT_EQ(FilesInFolder(), 1U);
+}
+
 TEST_F(StateTest, FileIsForItsOwnerAlone)
 {
     std::string error;

@@ -109,14 +109,14 @@ TEST_F(ProgramConfirm, ASignalAtTheQuestionSendsNothing)
 
 TEST_F(ProgramConfirm, TheQuestionTellsWhatIsLost)
 {
-    OnTerminal now(Tool({"loaddefault", "UEFI"}));
-    EXPECT_TRUE(now.Shows("the simulated BMC: This resets all settings of the system to their defaults. "
-                          "Type yes to go on: "))
-        << now.Shown();
-    OnTerminal later(Tool({"loaddefault", "UEFI", "--post"}));
-    EXPECT_TRUE(later.Shows("the simulated BMC: This sets all settings of the system to their defaults at its next "
-                            "start. Type yes to go on: "))
-        << later.Shown();
+    const auto asks = [this](const std::vector<std::string>& arguments, const std::string& question)
+    {
+        OnTerminal tool(Tool(arguments));
+        EXPECT_TRUE(tool.Shows("the simulated BMC: " + question + " Type yes to go on: ")) << tool.Shown();
+    };
+    asks({"loaddefault", "UEFI"}, "This resets all settings of the system to their defaults.");
+    asks({"loaddefault", "UEFI", "--post"},
+         "This sets all settings of the system to their defaults at its next start.");
 }
 
 TEST_F(ProgramConfirm, YesOnTheCommandLineIsNotAskedFor)
