@@ -22,6 +22,8 @@ bool IsOfTheBmc(int code) { return code == CodeConnection || code == CodeBmcFail
 
 bool IsSuccess(int code) { return std::find(SuccessCodes.begin(), SuccessCodes.end(), code) != SuccessCodes.end(); }
 
+bool IsUnreachable(int code) { return code == CodeConnection || code == CodeNotReady; }
+
 int ExitStatus(int code)
 {
     if (IsSuccess(code))

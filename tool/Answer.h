@@ -13,16 +13,24 @@ namespace Tavrine::Tool
 /// Exit status of a command line that cannot be understood.
 inline constexpr int StatusUsage = 64;
 
-/// Codes of ResultMessageTable that the tool builds itself, or asks for in more than one place.
+/// Codes of ResultMessageTable that the tool builds itself or asks for. 1 has two meanings: a change that was taken
+/// waits for a reboot, and one that was to join others is not needed.
 inline constexpr int CodeSucceed = 0;
+inline constexpr int CodeReboot = 1;
+inline constexpr int CodeAlready = 1;
 inline constexpr int CodeNothingPending = 2;
+inline constexpr int CodePassword = 4;
+inline constexpr int CodePartly = 7;
 inline constexpr int CodeNoValue = 8;
+inline constexpr int CodeInvalidValue = 10;
+inline constexpr int CodeNotSupported = 11;
 inline constexpr int CodeInternal = 13;
 inline constexpr int CodeExternal = 15;
 inline constexpr int CodeParameter = 16;
 inline constexpr int CodeConfiguration = 17;
 inline constexpr int CodeRefused = 18;
 inline constexpr int CodeNotFound = 20;
+inline constexpr int CodeNoDefault = 21;
 inline constexpr int CodeConnection = 24;
 inline constexpr int CodeQuery = 26;
 inline constexpr int CodeUnusable = 27;
@@ -63,6 +71,9 @@ struct Answer
 
 /// The codes that count as success: 0, 1, 3, 4 and 5.
 bool IsSuccess(int code);
+
+/// Whether nobody needs to be asked after a failure of this code.
+bool IsUnreachable(int code);
 
 /// Exit status for a result's code: 0 for success, else the code.
 int ExitStatus(int code);

@@ -22,7 +22,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeNoSessions = 11;
 /// Milliseconds; doubled for each further one.
 constexpr std::uint32_t FirstRetryPause = 200;
 
@@ -187,7 +186,7 @@ std::optional<Failure> Bmc::OpenSession(std::vector<std::string>& notes)
         return std::nullopt;
     }
     const RedfishConfigResult opened = m_Connection->OpenSession();
-    if (opened == CodeSucceed || opened == CodeNoSessions)
+    if (opened == CodeSucceed || opened == CodeNotSupported) // a BMC without sessions: basic authentication serves
     {
         return std::nullopt;
     }

@@ -258,7 +258,8 @@ class Describer
     void ReadPending(RedfishConfigProc& front, const std::string& bare, SettingDescription& description)
     {
         SettingCompareMap compared;
-        RedfishConfigResult result = &front == &m_Sources.Standard ? AllPending() : RedfishConfigResult(0, "", "");
+        RedfishConfigResult result =
+            &front == &m_Sources.Standard ? AllPending() : RedfishConfigResult(CodeSucceed, "", "");
         if (IsSuccess(result.ErrorCode()))
         {
             result = front.CompareSettingPendingValues(compared, bare);

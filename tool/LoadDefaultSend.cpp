@@ -28,8 +28,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeReboot = 1;
-
 using Text = std::optional<std::string>;
 
 std::vector<DefaultLoad> LoadsOf(const Options& options, const Prefixes& prefixes)

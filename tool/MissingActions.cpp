@@ -11,7 +11,7 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr std::array Codes = {18, 28, 32};
+constexpr std::array Codes = {CodeRefused, CodeActionFailed, CodeBmcFailed};
 
 } // namespace
 

@@ -14,11 +14,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodePartly = 7;
-constexpr int CodeBadValue = 10;
-constexpr int CodeNotSupported = 11;
-constexpr int CodeNoDefault = 21;
-
 RequestEnd EndOf(Delivery delivery)
 {
     return delivery == Delivery::NotSent      ? RequestEnd::NotSent
@@ -75,7 +70,7 @@ template <RequestEnd End> RequestEnd Always(std::string_view) { return End; }
 
 constexpr EndByCode EndsByCode[] = {
     {CodePartly, Always<RequestEnd::Unfit>},
-    {CodeBadValue, Always<RequestEnd::Unfit>},
+    {CodeInvalidValue, Always<RequestEnd::Unfit>},
     {CodeNotSupported, Always<RequestEnd::Unfit>},
     {CodeParameter, Always<RequestEnd::Unfit>},
     {CodeNotFound, Always<RequestEnd::Unfit>},

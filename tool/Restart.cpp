@@ -25,7 +25,6 @@ namespace
 
 using std::chrono::milliseconds;
 
-constexpr int CodeNotSupported = 11;
 constexpr milliseconds FirstPause(250);
 constexpr milliseconds LongestPause(10'000);
 constexpr milliseconds PauseSlice(100);

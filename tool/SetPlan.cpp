@@ -26,8 +26,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeInvalidValue = 10;
-
 void Refuse(SetSetting& setting, Failure failure)
 {
     setting.Outcome = SetOutcome::Refused;
@@ -131,8 +129,8 @@ class Planner
         {
             RedfishConfigResult read = ReadEffective(setting);
             RedfishConfigSettingInfoStru info;
-            RedfishConfigResult known =
-                m_Manager ? m_Manager->GetSettingProperties(setting.Key, info) : RedfishConfigResult(0, "", "");
+            RedfishConfigResult known = m_Manager ? m_Manager->GetSettingProperties(setting.Key, info)
+                                                  : RedfishConfigResult(CodeSucceed, "", "");
             m_Reported.push_back(read == CodeSucceed || read == CodeNoValue);
             if (read == CodeHidden || (read == CodeNotFound && (m_Options.NoCheck || known == CodeNotFound)))
             {

@@ -25,9 +25,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int CodeAlready = 1;
-constexpr int CodePassword = 4;
-
 using Indices = std::vector<std::size_t>;
 
 class Sender
@@ -104,7 +101,7 @@ class Sender
             }
             else
             {
-                const bool useless = result == CodeNotReady || result == CodeConnection;
+                const bool useless = IsUnreachable(result.ErrorCode());
                 At(index).Outcome = useless ? SetOutcome::NotSent : SetOutcome::Refused;
                 At(index).Why = m_Causes.Explain(result, At(index).ShownName);
                 if (useless)

@@ -15,6 +15,4 @@ std::string SingleKey(const std::string& key, const Prefixes& prefixes)
     return key.starts_with(prefixes.Second + ".") ? prefixes.First + key.substr(prefixes.Second.size()) : key;
 }
 
-bool IsUnreachable(int code) { return code == CodeConnection || code == CodeNotReady; }
-
 } // namespace Tavrine::Tool

@@ -26,9 +26,6 @@ std::string BareGroupKey(const std::string& key, const Prefixes& prefixes);
 /// without the prefix of groups stays as it is.
 std::string SingleKey(const std::string& key, const Prefixes& prefixes);
 
-/// Whether nobody needs to be asked after a failure of this code.
-bool IsUnreachable(int code);
-
 /// Asks one operation of the library about the settings that a command line names: by
 /// themselves, as patterns over the whole group's answer, or all of them. All patterns
 /// together cost one such answer.
@@ -211,8 +208,6 @@ template <typename Map> class SettingSelection
         }
         return m_Known;
     }
-
-    static constexpr int CodePartly = 7;
 
     Prefixes m_Prefixes;
     Query m_Query;
