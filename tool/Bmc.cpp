@@ -221,16 +221,19 @@ void Bmc::Close(std::vector<std::string>& notes)
     }
 }
 
-std::unique_ptr<RedfishConfigProc> Bmc::Front(int outputFormat) const
+std::unique_ptr<RedfishConfigProc> Bmc::Front(OutputForm form) const
 {
-    return MakeFront(outputFormat, m_Options.SystemType, m_Options.Hex);
+    return MakeFront(form, m_Options.SystemType, m_Options.Hex);
 }
 
-std::unique_ptr<RedfishConfigProc> Bmc::DecimalFront() const { return MakeFront(0, m_Options.SystemType, false); }
-
-std::unique_ptr<RedfishConfigProc> Bmc::StandardFront(int outputFormat) const
+std::unique_ptr<RedfishConfigProc> Bmc::DecimalFront() const
 {
-    std::unique_ptr<RedfishConfigProc> standard = MakeFront(outputFormat, SystemTypeBios, m_Options.Hex);
+    return MakeFront(OutputForm::Text, m_Options.SystemType, false);
+}
+
+std::unique_ptr<RedfishConfigProc> Bmc::StandardFront(OutputForm form) const
+{
+    std::unique_ptr<RedfishConfigProc> standard = MakeFront(form, SystemTypeBios, m_Options.Hex);
     const Prefixes prefixes = PrefixesOf(m_Options);
     standard->SetPrefix(prefixes.First, prefixes.Second);
     return standard;
@@ -241,13 +244,13 @@ RedfishConfigProc& Bmc::Keep(std::unique_ptr<RedfishConfigProc> front)
     return *m_Kept.emplace_back(std::move(front));
 }
 
-std::unique_ptr<RedfishConfigProc> Bmc::MakeFront(int outputFormat, std::int32_t systemType, bool hex) const
+std::unique_ptr<RedfishConfigProc> Bmc::MakeFront(OutputForm form, std::int32_t systemType, bool hex) const
 {
     Config_Options options;
     options.HexValueMode = hex;
     options.allowProtectedSettings = m_Options.Protected;
     options.LegacyNameMode = m_Options.LegacyNames;
-    options.OutputFormat = outputFormat;
+    options.OutputFormat = FormatOf(form);
     auto front = std::make_unique<GroupTellingProc>(*m_Connection,
                                                     static_cast<ConfigurateSupportedSystemType>(systemType), options);
     if (!m_Options.FirstPrefix.empty())

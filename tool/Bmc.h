@@ -9,6 +9,7 @@
 #include "Answer.h"
 #include "BmcConnection.h"
 #include "BmcSimulator.h"
+#include "Fronts.h"
 #include "RedfishConfigProc.h"
 #include "SettingManager.h"
 
@@ -45,8 +46,7 @@ class Bmc
     void Close(std::vector<std::string>& notes);
 
     /// A front object of the library as the options ask for it.
-    /// @param outputFormat  Config_Options::OutputFormat.
-    std::unique_ptr<RedfishConfigProc> Front(int outputFormat) const;
+    std::unique_ptr<RedfishConfigProc> Front(OutputForm form = OutputForm::Text) const;
 
     /// One of text output whose numbers are decimal whatever the options say: for what neither shows
     /// numbers nor takes them, and compares them with defaults, which always are.
@@ -54,7 +54,7 @@ class Bmc
 
     /// One that never asks for protected settings, whatever the kind of the system, and
     /// shows names as Front does.
-    std::unique_ptr<RedfishConfigProc> StandardFront(int outputFormat) const;
+    std::unique_ptr<RedfishConfigProc> StandardFront(OutputForm form = OutputForm::Text) const;
 
     /// Keeps a front object for as long as this stands: the program ends without freeing what it
     /// holds, which takes long for the model of a big registry.
@@ -71,7 +71,7 @@ class Bmc
     std::string Name() const;
 
   private:
-    std::unique_ptr<RedfishConfigProc> MakeFront(int outputFormat, std::int32_t systemType, bool hex) const;
+    std::unique_ptr<RedfishConfigProc> MakeFront(OutputForm form, std::int32_t systemType, bool hex) const;
     std::optional<Failure> StartSimulator();
     std::optional<Failure> MakeConnection();
     TavrineConnection::ConnectionInfo Record() const;

@@ -330,7 +330,7 @@ Answer ComparePending(const Options& options, const CompareWay& way)
     }
     if (!patterns.empty())
     {
-        const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(false);
+        const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(OutputForm::Text);
         const json::object all =
             PendingData(ShowAllPending(ForPending(options, {}), *front, way.FreshFront, typed), answer);
         std::optional<SettingStringMap> reported;
@@ -364,7 +364,7 @@ Answer CompareFile(const Options& options, const CompareWay& way)
         return answer;
     }
     CauseLog causes;
-    const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(true);
+    const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(OutputForm::Typed);
     const Prefixes prefixes = ShownPrefixes(*front);
     SettingStringMap saved;
     if (const std::string error = TakeBareSettings(file, prefixes, saved); !error.empty())
@@ -418,9 +418,9 @@ Answer RunCompare(const Options& options, Bmc& bmc)
     const std::string& other = options.Names.front();
     if (other == "defaults")
     {
-        return CompareDefaults(bmc.Keep(bmc.Front(0)), options, TerminalWidth());
+        return CompareDefaults(bmc.Keep(bmc.Front()), options, TerminalWidth());
     }
-    const CompareWay way = {[&](bool typed) { return bmc.Front(typed ? 1 : 0); }, TerminalWidth(),
+    const CompareWay way = {[&](OutputForm form) { return bmc.Front(form); }, TerminalWidth(),
                             bmc.SettingManagers(ManagerValues::None)};
     return other == "pending" ? ComparePending(options, way) : CompareFile(options, way);
 }

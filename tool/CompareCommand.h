@@ -28,9 +28,8 @@ Answer RunCompare(const Options& options, Bmc& bmc);
 /// What the names of `options` compare, the first of them aside, and how it is shown.
 struct CompareWay
 {
-    /// Gives a front object that was not used yet: of typed output where the argument is
-    /// true, else of text output.
-    TypedFrontMaker FreshFront;
+    /// Gives a front object that was not used yet.
+    FormedFrontMaker FreshFront;
     /// Width of the table; nothing: a line a setting, its name and both values, with tabs
     /// between and "\N" for a value that is not there.
     std::optional<std::size_t> Columns;

@@ -138,6 +138,6 @@ Answer CarryCustomDefault(RedfishConfigProc& front, const Options& options)
     return options.Names.front() == "export" ? Export(front, options) : Import(front, options);
 }
 
-Answer RunCustomDefault(const Options& options, Bmc& bmc) { return CarryCustomDefault(*bmc.Front(0), options); }
+Answer RunCustomDefault(const Options& options, Bmc& bmc) { return CarryCustomDefault(*bmc.Front(), options); }
 
 } // namespace Tavrine::Tool

@@ -331,9 +331,9 @@ Answer DescribeSettings(const DescribeSources& sources, const Options& options, 
 
 Answer RunDescribe(const Options& options, Bmc& bmc)
 {
-    RedfishConfigProc& standard = bmc.Keep(bmc.StandardFront(0));
+    RedfishConfigProc& standard = bmc.Keep(bmc.StandardFront());
     Answer answer =
-        DescribeSettings({standard, bmc.SettingManagers(), [&] { return bmc.Front(0); }}, options, TerminalWidth());
+        DescribeSettings({standard, bmc.SettingManagers(), [&] { return bmc.Front(); }}, options, TerminalWidth());
     WarnOfDefaults(standard, answer.Notes);
     return answer;
 }

@@ -296,7 +296,7 @@ void AddFindOptions(CLI::App& command, Options& options)
 
 Answer RunFind(const Options& options, Bmc& bmc)
 {
-    return FindSettings(*bmc.StandardFront(0), bmc.SettingManagers(), options, TerminalWidth());
+    return FindSettings(*bmc.StandardFront(), bmc.SettingManagers(), options, TerminalWidth());
 }
 
 } // namespace Tavrine::Tool

@@ -91,7 +91,7 @@ Answer ListGroups(RedfishConfigProc& front, const Options& options, bool tree)
 
 Answer RunGroups(const Options& options, Bmc& bmc)
 {
-    return ListGroups(*bmc.Front(0), options, isatty(STDOUT_FILENO) == 1);
+    return ListGroups(*bmc.Front(), options, isatty(STDOUT_FILENO) == 1);
 }
 
 } // namespace Tavrine::Tool

@@ -191,14 +191,14 @@ Answer RunWhole(const Options& options, Bmc& bmc)
     }
     if (options.Wait)
     {
-        const RedfishConfigResult result = AllDefaults(*bmc.StandardFront(0), bmc.SettingManagers(), expected);
+        const RedfishConfigResult result = AllDefaults(*bmc.StandardFront(), bmc.SettingManagers(), expected);
         if (!IsSuccess(result.ErrorCode()))
         {
             AddFailure(answer, FailureOf(result));
             return answer;
         }
     }
-    answer = LoadAllDefaults(*bmc.Front(0), RequestsOf(bmc), options);
+    answer = LoadAllDefaults(*bmc.Front(), RequestsOf(bmc), options);
     if (IsSuccess(answer.Code))
     {
         RebootMeans means = MeansOf(bmc);

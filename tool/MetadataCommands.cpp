@@ -153,12 +153,12 @@ Answer ListDefaults(RedfishConfigProc& front, const Options& options, const Mana
 
 Answer RunValues(const Options& options, Bmc& bmc)
 {
-    return ListValues(*bmc.Front(0), options, bmc.SettingManagers(ManagerValues::Ordinary));
+    return ListValues(*bmc.Front(), options, bmc.SettingManagers(ManagerValues::Ordinary));
 }
 
 Answer RunDefaults(const Options& options, Bmc& bmc)
 {
-    return ListDefaults(*bmc.Front(0), options, bmc.SettingManagers(ManagerValues::Ordinary));
+    return ListDefaults(*bmc.Front(), options, bmc.SettingManagers(ManagerValues::Ordinary));
 }
 
 } // namespace Tavrine::Tool

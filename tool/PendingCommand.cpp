@@ -75,9 +75,9 @@ AllPending ReadAllPending(RedfishConfigProc& front)
 class NamedReader
 {
   public:
-    NamedReader(Answer& answer, CauseLog& causes, const Options& options, const TypedFrontMaker& freshFront)
+    NamedReader(Answer& answer, CauseLog& causes, const Options& options, const FormedFrontMaker& freshFront)
         : m_Answer(answer), m_Causes(causes), m_HasProtected(options.SystemType == SystemTypeUefi),
-          m_FreshFront(freshFront), m_Front(freshFront(false))
+          m_FreshFront(freshFront), m_Front(freshFront(OutputForm::Text))
     {
     }
 
@@ -200,7 +200,7 @@ class NamedReader
     {
         if (!m_All)
         {
-            m_All = ReadAllPending(*m_FreshFront(false));
+            m_All = ReadAllPending(*m_FreshFront(OutputForm::Text));
         }
         if (!Answered(m_All->Result))
         {
@@ -217,7 +217,7 @@ class NamedReader
     Answer& m_Answer;
     CauseLog& m_Causes;
     bool m_HasProtected;
-    const TypedFrontMaker& m_FreshFront;
+    const FormedFrontMaker& m_FreshFront;
     std::unique_ptr<RedfishConfigProc> m_Front;
     std::optional<AllPending> m_All;
     bool m_NothingWaits = false;
@@ -232,8 +232,8 @@ class NamedReader
 class KindReader
 {
   public:
-    KindReader(Answer& answer, CauseLog& causes, const TypedFrontMaker& freshFront)
-        : m_Answer(answer), m_Causes(causes), m_Front(freshFront(true))
+    KindReader(Answer& answer, CauseLog& causes, const FormedFrontMaker& freshFront)
+        : m_Answer(answer), m_Causes(causes), m_Front(freshFront(OutputForm::Typed))
     {
     }
 
@@ -336,7 +336,7 @@ void PutAll(Answer& answer, const SettingCompareMap& compared, const Options& op
 /// @param nothing  what is said where no value is pending.
 /// @return whether none is.
 bool PutInto(Answer& answer, CauseLog& causes, const SettingCompareMap& compared, const Options& options,
-             const TypedFrontMaker& freshFront, bool typed, const std::string& nothing)
+             const FormedFrontMaker& freshFront, bool typed, const std::string& nothing)
 {
     std::optional<KindReader> kinds;
     if (typed && !compared.empty() && (options.Json || options.Hex))
@@ -369,11 +369,11 @@ void PutDefaults(const RedfishConfigProc& front, const Options& options, bool is
 
 } // namespace
 
-Answer ShowPending(const Options& options, const TypedFrontMaker& freshFront, bool typed)
+Answer ShowPending(const Options& options, const FormedFrontMaker& freshFront, bool typed)
 {
     if (options.Names.empty())
     {
-        return ShowAllPending(options, *freshFront(false), freshFront, typed);
+        return ShowAllPending(options, *freshFront(OutputForm::Text), freshFront, typed);
     }
     Answer answer;
     CauseLog causes;
@@ -387,7 +387,7 @@ Answer ShowPending(const Options& options, const TypedFrontMaker& freshFront, bo
     return answer;
 }
 
-Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const TypedFrontMaker& freshFront, bool typed)
+Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const FormedFrontMaker& freshFront, bool typed)
 {
     Answer answer;
     CauseLog causes;
@@ -405,7 +405,7 @@ Answer ShowAllPending(const Options& options, RedfishConfigProc& front, const Ty
 
 Answer RunPending(const Options& options, Bmc& bmc)
 {
-    return ShowPending(options, [&](bool typed) { return bmc.Front(typed ? 1 : 0); });
+    return ShowPending(options, [&](OutputForm form) { return bmc.Front(form); });
 }
 
 } // namespace Tavrine::Tool

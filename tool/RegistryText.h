@@ -8,12 +8,9 @@
 namespace Tavrine::Tool
 {
 
-/// Value of Config_Options::OutputFormat that makes valid values the whole registry.
-inline constexpr int RegistryOutput = 2;
-
 /// The attribute registry as JSON text, the values that settings have now, pending ones
 /// first, written into it as "CurrentValue".
-/// @param front  of RegistryOutput.
+/// @param front  of OutputForm::Registry.
 /// @return 0 with `text` filled, or the library's failure, or 26 when it has no text.
 RedfishConfigResult ReadRegistryText(RedfishConfigProc& front, std::string& text);
 

@@ -93,7 +93,7 @@ Asked PostReset(const RebootMeans& means, SystemResource& system, std::string& t
 
 RebootMeans MeansOf(Bmc& bmc)
 {
-    return {RequestsOf(bmc), [&](bool typed) { return bmc.Front(typed ? 1 : 0); },
+    return {RequestsOf(bmc), [&](OutputForm form) { return bmc.Front(form); },
             []
             { return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch()); },
             [](milliseconds time)

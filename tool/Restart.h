@@ -20,7 +20,7 @@ struct Options;
 struct RebootMeans
 {
     BmcRequests Requests;
-    TypedFrontMaker FreshFront;
+    FormedFrontMaker FreshFront;
     std::function<std::chrono::milliseconds()> Now;
     /// Lets so much time go by; false when the run is to end.
     std::function<bool(std::chrono::milliseconds)> Pause;

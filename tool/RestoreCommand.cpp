@@ -214,7 +214,7 @@ class Restorer
 
     std::optional<Failure> Judge(RestorePlan& plan)
     {
-        std::unique_ptr<RedfishConfigProc> front = m_Bmc.StandardFront(0);
+        std::unique_ptr<RedfishConfigProc> front = m_Bmc.StandardFront();
         std::unique_ptr<RedfishConfigSettingManager> manager;
         const PendingFallback fallback;
         RedfishConfigResult result = m_Bmc.SettingManagers()(*front, manager);
@@ -249,7 +249,7 @@ class Restorer
 
     /// The one that the plan was judged by, where it is as Front makes them: it has the values and the registry, and
     /// nothing was sent since. Each further one reads anew.
-    std::unique_ptr<RedfishConfigProc> NextFront() { return m_Judging ? std::move(m_Judging) : m_Bmc.Front(0); }
+    std::unique_ptr<RedfishConfigProc> NextFront() { return m_Judging ? std::move(m_Judging) : m_Bmc.Front(); }
 
     const Options& m_Options;
     Bmc& m_Bmc;

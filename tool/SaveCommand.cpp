@@ -123,7 +123,7 @@ Answer RunSave(const Options& options, Bmc& bmc)
         AddFailure(answer, FailureOf(result));
         return answer;
     }
-    RedfishConfigProc& front = bmc.Keep(bmc.Front(0));
+    RedfishConfigProc& front = bmc.Keep(bmc.Front());
     return SaveSettings(front, options,
                         {UtcNow(), bmc.Name(), system.Manufacturer, system.Model, system.SerialNumber,
                          system.BiosVersion, bios.Registry, front.GetSecondPrefix()});

@@ -102,7 +102,7 @@ std::string SchemaFault(const Options& options)
 Answer RunSchema(const Options& options, Bmc& bmc)
 {
     const std::unique_ptr<RedfishConfigProc> front =
-        options.Protected ? bmc.Front(RegistryOutput) : bmc.StandardFront(RegistryOutput);
+        options.Protected ? bmc.Front(OutputForm::Registry) : bmc.StandardFront(OutputForm::Registry);
     return ExportSchema(*front, options);
 }
 

@@ -19,7 +19,7 @@ Answer RunSchema(const Options& options, Bmc& bmc);
 
 /// The attribute registry with the current values, as the answer's text or data, or
 /// written to the one file that `options` names.
-/// @param front  of RegistryOutput.
+/// @param front  of OutputForm::Registry.
 Answer ExportSchema(RedfishConfigProc& front, const Options& options);
 
 } // namespace Tavrine::Tool

@@ -21,9 +21,6 @@ namespace Tavrine::Tool
 namespace
 {
 
-constexpr int TypedOutput = 1;
-constexpr int TextOutput = 0;
-
 WaitingChanges WaitingOf(const SetPlan& plan)
 {
     WaitingChanges waiting;
@@ -119,7 +116,7 @@ Answer RunSet(const Options& options, Bmc& bmc)
     }
     WaitingChanges waiting;
     Answer answer = ChangeSettings(
-        bmc.Keep(bmc.Front(TypedOutput)), bmc.SettingManagers(), options, pairs, [&] { return bmc.Front(TextOutput); },
+        bmc.Keep(bmc.Front(OutputForm::Typed)), bmc.SettingManagers(), options, pairs, [&] { return bmc.Front(); },
         waiting);
     RebootForChanges(MeansOf(bmc), options, waiting, answer);
     answer.OfChanges = true;

@@ -29,8 +29,8 @@ std::string SetFault(const Options& options);
 /// `set NAME=VALUE … [--no-check] [--dry-run] [--reboot [--wait SECONDS]]`.
 Answer RunSet(const Options& options, Bmc& bmc);
 
-/// Changes these settings through `front`, whose Config_Options::OutputFormat is 1 and
-/// which was not used yet; with Options::DryRun nothing is sent but what reads.
+/// Changes these settings through `front`, which is of typed output and
+/// was not used yet; with Options::DryRun nothing is sent but what reads.
 /// @param freshFront  gives an object of text output that was not used yet; asked for
 ///                    what the BMC shows after a change.
 /// @param waiting  receives what a reboot is to bring into force: what was changed, and

@@ -92,7 +92,7 @@ struct SetPlan
 /// the attribute registry, the current values and the other changes of the call. The
 /// order of the requests follows the library's own rules: related settings never share
 /// one, nor do protected and ordinary settings, so that each answer is about one
-/// request. A front object whose Config_Options::OutputFormat is 1, and the others as
+/// request. A front object of typed output, and else as
 /// `options` ask for, is expected.
 SetPlan MakeSetPlan(RedfishConfigProc& front, const ManagerReader& readManager, const Options& options,
                     const std::vector<SettingPair>& pairs, CauseLog& causes);

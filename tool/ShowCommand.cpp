@@ -265,13 +265,13 @@ Answer ShowNames(RedfishConfigProc& front, const Options& options, const FrontMa
 
 Answer RunShow(const Options& options, Bmc& bmc)
 {
-    const int outputFormat = options.Json ? 1 : 0;
-    RedfishConfigProc& front = bmc.Keep(bmc.Front(outputFormat));
+    const OutputForm form = options.Json ? OutputForm::Typed : OutputForm::Text;
+    RedfishConfigProc& front = bmc.Keep(bmc.Front(form));
     if (options.Names.empty())
     {
         return ShowAll(front, options);
     }
-    return ShowNames(front, options, [&] { return bmc.Front(outputFormat); });
+    return ShowNames(front, options, [&] { return bmc.Front(form); });
 }
 
 } // namespace Tavrine::Tool

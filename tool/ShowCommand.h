@@ -13,8 +13,8 @@ struct Options;
 /// `show [NAME …]`.
 Answer RunShow(const Options& options, Bmc& bmc);
 
-/// All settings of `front`, whose OutputFormat is 1 when `options` asks for JSON and
-/// 0 otherwise. Settings that the configuration hides are left out.
+/// All settings of `front`, of typed output when `options` asks for JSON and
+/// of text output otherwise. Settings that the configuration hides are left out.
 Answer ShowAll(RedfishConfigProc& front, const Options& options);
 
 /// The settings that `options` names, each by a query of its own. A name that the

@@ -39,7 +39,7 @@ std::optional<Failure> ReadValues(const RebootMeans& means, const std::vector<Ex
                                   SettingStringMap& values)
 {
     CauseLog causes;
-    const std::unique_ptr<RedfishConfigProc> front = means.FreshFront(true);
+    const std::unique_ptr<RedfishConfigProc> front = means.FreshFront(OutputForm::Typed);
     TypedSettings group;
     const auto read = [&](const SettingStringMap& given)
     {
@@ -298,7 +298,7 @@ void TellOthers(const RebootMeans& means, const WaitingChanges& waiting, const S
     }
     CauseLog causes;
     SettingCompareMap compared;
-    const RedfishConfigResult read = means.FreshFront(false)->CompareSettingPendingValues(compared, "");
+    const RedfishConfigResult read = means.FreshFront(OutputForm::Text)->CompareSettingPendingValues(compared, "");
     if (!Answered(read))
     {
         answer.Notes.push_back("warning: whether other changes wait for the restart, too, is not known: " +

@@ -36,7 +36,8 @@ RedfishConfigResult ReadSmallManager(RedfishConfigProc& front, std::unique_ptr<R
 CompareWay From(const KnowingFront& texts, const KnowingFront& typed = KnowingFront(),
                 std::optional<std::size_t> columns = std::nullopt)
 {
-    return {[&texts, typed](bool wantTyped) { return std::make_unique<KnowingFront>(wantTyped ? typed : texts); },
+    return {[&texts, typed](OutputForm form)
+            { return std::make_unique<KnowingFront>(form == OutputForm::Typed ? typed : texts); },
             columns, ReadSmallManager};
 }
 
@@ -310,7 +311,7 @@ TEST_F(CompareCommand, NamesSelectFromTheFile)
 
 TEST_F(CompareCommand, AFileThatCannotBeReadAsksNobody)
 {
-    const CompareWay way = {[](bool)
+    const CompareWay way = {[](OutputForm)
                             {
                                 ADD_FAILURE() << "the BMC was asked";
                                 return std::make_unique<KnowingFront>();

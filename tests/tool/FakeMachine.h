@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "FakeFront.h"
+#include "Fronts.h"
 #include "Log.h"
 #include "Options.h"
 #include "Verify.h"
@@ -92,14 +93,14 @@ struct FakeMachine
 class ValuesFront : public FakeFront
 {
   public:
-    ValuesFront(const FakeMachine& machine, bool isTyped) : m_Machine(machine), m_IsTyped(isTyped)
+    ValuesFront(const FakeMachine& machine, Tavrine::Tool::OutputForm form) : m_Machine(machine), m_Form(form)
     {
         Group = {machine.ValuesResult, {{"BIOS", machine.Values(machine.Since())}}};
     }
 
     RedfishConfigResult QueryGroupSettingValues(SettingStringMap& values) override
     {
-        EXPECT_TRUE(m_IsTyped);
+        EXPECT_EQ(m_Form, Tavrine::Tool::OutputForm::Typed);
         if (Group.first != 0)
         {
             Tavrine::Log(1, __FILE__, __LINE__).Stream() << "failed though: no way to it";
@@ -109,14 +110,14 @@ class ValuesFront : public FakeFront
 
     RedfishConfigResult CompareSettingPendingValues(SettingCompareMap& values, const std::string& setting) override
     {
-        EXPECT_TRUE(setting.empty() && !m_IsTyped && !m_Machine.Reset());
+        EXPECT_TRUE(setting.empty() && m_Form == Tavrine::Tool::OutputForm::Text && !m_Machine.Reset());
         values = m_Machine.Pending;
         return m_Machine.PendingResult;
     }
 
   private:
     const FakeMachine& m_Machine;
-    bool m_IsTyped;
+    Tavrine::Tool::OutputForm m_Form;
 };
 
 inline Tavrine::Tool::RebootMeans MeansOf(FakeMachine& machine)
@@ -129,7 +130,7 @@ inline Tavrine::Tool::RebootMeans MeansOf(FakeMachine& machine)
                  machine.ResetAt = machine.Clock;
                  return machine.ResetResult;
              }},
-            [&](bool isTyped) { return std::make_unique<ValuesFront>(machine, isTyped); },
+            [&](Tavrine::Tool::OutputForm form) { return std::make_unique<ValuesFront>(machine, form); },
             [&] { return machine.Clock; },
             [&](std::chrono::milliseconds time)
             {

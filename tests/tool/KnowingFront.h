@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "FakeFront.h"
+#include "Fronts.h"
 
 namespace tooltest
 {
@@ -22,12 +23,12 @@ class KnowingFront : public FakeFront
     Table<SettingStringMap> Descriptions;
     Table<SettingCompareMap> DefaultPairs;
     Table<SettingCompareMap> PendingPairs;
-    /// What valid values are with OutputFormat 2, under the second prefix.
+    /// What valid values are with OutputForm::Registry, under the second prefix.
     std::pair<RedfishConfigResult, std::string> Registry{{11, "", ""}, ""};
 
     RedfishConfigResult QuerySettingValidValues(SettingStringMap& values, const std::string& setting) override
     {
-        if (m_Options.OutputFormat != 2)
+        if (m_Options.OutputFormat != FormatOf(Tavrine::Tool::OutputForm::Registry))
         {
             return Look("values", ValidValues, setting, values);
         }

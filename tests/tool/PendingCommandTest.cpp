@@ -23,7 +23,7 @@ using Words = std::vector<std::string>;
 class PendingCommand : public ::testing::Test
 {
   public:
-    /// Sets a new object up; `typed` tells its output.
+    /// Sets a new object up; the flag tells that it is of typed output.
     std::function<void(ShownFront&, bool)> Prepare = [](ShownFront&, bool) {};
     int Made = 0;
     Tavrine::Tool::Options Given;
@@ -32,11 +32,11 @@ class PendingCommand : public ::testing::Test
     {
         Given.Names = names;
         return ShowPending(Given,
-                           [this](bool typed)
+                           [this](OutputForm form)
                            {
                                ++Made;
                                auto front = std::make_unique<ShownFront>();
-                               Prepare(*front, typed);
+                               Prepare(*front, form == OutputForm::Typed);
                                return front;
                            });
     }
@@ -183,7 +183,7 @@ TEST_F(PendingCommand, NamesAreAskedForOneByOne)
     };
     Given.Names = {"bios.A", "Same", "Loose", "Missing", "A"};
     const Answer answer = ShowPending(Given,
-                                      [&](bool)
+                                      [&](OutputForm)
                                       {
                                           auto front = std::make_unique<Named>(asked);
                                           front->Group = {{0, "", ""}, {{"BIOS.Loose", "3"}}};
@@ -220,7 +220,7 @@ TEST_F(PendingCommand, WhatWasLostOnceIsReadAnew)
     int asked = 0;
     Given.Names = {"Loose", "Missing"};
     const Answer answer = ShowPending(Given,
-                                      [&](bool)
+                                      [&](OutputForm)
                                       {
                                           auto front = std::make_unique<LostOnce>(asked);
                                           front->Group = {{0, "", ""}, {{"BIOS.Loose", "3"}}};
@@ -244,7 +244,7 @@ TEST_F(PendingCommand, OneNameIsAskedForByItself)
       private:
         std::vector<Words>& m_Asked;
     };
-    ShowPending(Given, [&](bool) { return std::make_unique<Telling>(asked); });
+    ShowPending(Given, [&](OutputForm) { return std::make_unique<Telling>(asked); });
     EXPECT_EQ(asked, std::vector<Words>{Words{"A"}});
 }
 
@@ -340,7 +340,7 @@ TEST_F(PendingCommand, WhetherTheBmcHasANameIsNotKnownWhereItCannotBeAsked)
     Given.Names = {"Unregistered"};
     for (const int code : {24, 33, 26})
     {
-        const Answer answer = ShowPending(Given, [&](bool) { return std::make_unique<Unregistered>(code); });
+        const Answer answer = ShowPending(Given, [&](OutputForm) { return std::make_unique<Unregistered>(code); });
         EXPECT_EQ(answer.Code, code == 26 ? 20 : code);
         ASSERT_EQ(answer.Errors.size(), 1U);
         EXPECT_EQ(answer.Errors[0].Setting, "BIOS.Unregistered");

@@ -4,9 +4,9 @@
 
 #include <boost/json/parse.hpp>
 
+#include "Fronts.h"
 #include "KnowingFront.h"
 #include "Options.h"
-#include "RegistryText.h"
 #include "SharedData.h"
 #include "SmallRegistry.h"
 #include "TemporaryFolder.h"
@@ -20,7 +20,7 @@ namespace
 KnowingFront Machine()
 {
     KnowingFront front("One", "Two");
-    front.m_Options.OutputFormat = RegistryOutput;
+    front.m_Options.OutputFormat = FormatOf(OutputForm::Registry);
     front.Registry = {{0, "", ""}, tooltest::SmallRegistry};
     return front;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "FakeFront.h"
+#include "Fronts.h"
 
 namespace tooltest
 {
@@ -17,7 +18,7 @@ class SetFront : public FakeFront
   public:
     explicit SetFront(const std::string& prefix = "BIOS") : FakeFront(prefix, prefix)
     {
-        m_Options.OutputFormat = 1;
+        m_Options.OutputFormat = FormatOf(Tavrine::Tool::OutputForm::Typed);
         Value("Mode", R"("Uefi")");
         Value("Timeout", "10");
         Value("NumLock", "true");
@@ -52,7 +53,7 @@ class SetFront : public FakeFront
 
     RedfishConfigResult QuerySettingValidValues(SettingStringMap& values, const std::string& setting) override
     {
-        if (m_Options.OutputFormat != 2 || !setting.empty())
+        if (m_Options.OutputFormat != FormatOf(Tavrine::Tool::OutputForm::Registry) || !setting.empty())
         {
             return {11, "", ""};
         }

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "Fronts.h"
 #include "RegistryText.h"
 #include "SettingManager.h"
 
@@ -16,7 +17,7 @@ inline RedfishConfigResult ReadTextManager(Tavrine::RedfishConfigProc& front,
                                            std::unique_ptr<RedfishConfigSettingManager>& manager)
 {
     std::string text;
-    const int outputFormat = std::exchange(front.m_Options.OutputFormat, Tavrine::Tool::RegistryOutput);
+    const int outputFormat = std::exchange(front.m_Options.OutputFormat, FormatOf(Tavrine::Tool::OutputForm::Registry));
     RedfishConfigResult result = Tavrine::Tool::ReadRegistryText(front, text);
     front.m_Options.OutputFormat = outputFormat;
     if (result != 0)
