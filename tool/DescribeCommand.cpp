@@ -281,10 +281,7 @@ class Describer
     /// Puts a failure among those of the answer. @return its message.
     std::string Tell(Failure failure)
     {
-        if (MissesAction(failure))
-        {
-            m_Answer.Notes.emplace_back(MissingActionHint);
-        }
+        HintAtMissingAction(failure, m_Answer.Notes);
         std::string message = failure.Message;
         AddFailure(m_Answer, std::move(failure));
         return message;

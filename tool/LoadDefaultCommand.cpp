@@ -264,10 +264,7 @@ Answer LoadAllDefaults(RedfishConfigProc& front, const BmcRequests& requests, co
     CauseLog causes;
     const RedfishConfigResult result = front.PostDefaultvalue("", options.Post ? PostRequest : ResetRequest);
     const Failure failure = causes.Explain(result);
-    if (MissesAction(failure))
-    {
-        answer.Notes.emplace_back(MissingActionHint);
-    }
+    HintAtMissingAction(failure, answer.Notes);
     const RequestEnd end = EndOf(failure);
     // Behind a refusal it would be somebody else's load that waits.
     const bool isShown = end == RequestEnd::Unknown && ShowsWaitingDefaults(requests);

@@ -53,6 +53,15 @@ struct Note
     std::string Words;
 };
 
+/// Lines that hold no words of the BMC.
+void AddOwnWords(const std::vector<std::string>& lines, std::vector<Note>& notes)
+{
+    for (const std::string& line : lines)
+    {
+        notes.push_back({line, {}});
+    }
+}
+
 void TakeAnswer(DefaultLoad& load, const Failure& answer, std::vector<Note>& notes)
 {
     const RequestEnd end = EndOf(answer);
@@ -64,10 +73,9 @@ void TakeAnswer(DefaultLoad& load, const Failure& answer, std::vector<Note>& not
     {
         return;
     }
-    if (MissesAction(answer))
-    {
-        notes.push_back({MissingActionHint, {}});
-    }
+    std::vector<std::string> hints;
+    HintAtMissingAction(answer, hints);
+    AddOwnWords(hints, notes);
     if (load.Open)
     {
         notes.push_back({"warning: " + load.ShownName + ": ", answer.Message});
@@ -215,10 +223,7 @@ RedfishConfigResult ReadBack(const std::vector<DefaultLoad>& loads, RedfishConfi
     RedfishConfigResult result = ReadPendingValues(reader, values);
     std::vector<std::string> warnings;
     WarnOfDefaults(reader, warnings);
-    for (std::string& warning : warnings)
-    {
-        notes.push_back({std::move(warning), {}});
-    }
+    AddOwnWords(warnings, notes);
     if (!IsSuccess(result.ErrorCode()))
     {
         return result;

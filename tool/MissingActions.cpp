@@ -23,4 +23,13 @@ bool MissesAction(const Failure& failure)
                                { return failure.Message.find(status) != std::string::npos; });
 }
 
+void HintAtMissingAction(const Failure& failure, std::vector<std::string>& notes)
+{
+    if (MissesAction(failure))
+    {
+        notes.emplace_back(
+            "hint: the BMC lacks the OEM actions for protected settings; for such a BMC give --system-type bios");
+    }
+}
+
 } // namespace Tavrine::Tool

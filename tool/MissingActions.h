@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "Answer.h"
 
@@ -11,8 +12,7 @@ namespace Tavrine::Tool
 /// protected settings.
 bool MissesAction(const Failure& failure);
 
-/// What to do about it.
-inline constexpr const char* MissingActionHint =
-    "hint: the BMC lacks the OEM actions for protected settings; for such a BMC give --system-type bios";
+/// Notes what to do about it, where it reads so.
+void HintAtMissingAction(const Failure& failure, std::vector<std::string>& notes);
 
 } // namespace Tavrine::Tool

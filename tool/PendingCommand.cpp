@@ -182,10 +182,7 @@ class NamedReader
         }
         result.SetErrorMsg(WithShownName(result.ErrorMsg(), name, shownName));
         const Failure failure = ExplainPending(*m_Front, result, m_Causes, shownName);
-        if (MissesAction(failure))
-        {
-            m_Answer.Notes.emplace_back(MissingActionHint);
-        }
+        HintAtMissingAction(failure, m_Answer.Notes);
         if (IsUnreachable(failure.Code))
         {
             m_Unreachable = failure;

@@ -291,10 +291,7 @@ std::vector<FailedCall> MakeCalls(RestorePlan& plan, const Options& options, con
         {
             stopped = failure.Code;
         }
-        if (MissesAction(failure))
-        {
-            notes.emplace_back(MissingActionHint);
-        }
+        HintAtMissingAction(failure, notes);
     }
     return failed;
 }

@@ -84,10 +84,7 @@ Answer ExportSchema(RedfishConfigProc& front, const Options& options)
     }
     Answer answer;
     const Failure failure = causes.Explain(result);
-    if (MissesAction(failure))
-    {
-        answer.Notes.emplace_back(MissingActionHint);
-    }
+    HintAtMissingAction(failure, answer.Notes);
     AddFailure(answer, failure);
     return answer;
 }

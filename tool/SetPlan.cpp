@@ -87,10 +87,7 @@ class Planner
     bool Stop(RedfishConfigResult result)
     {
         m_Plan.Stop = m_Causes.Explain(std::move(result));
-        if (MissesAction(*m_Plan.Stop))
-        {
-            m_Plan.Notes.emplace_back(MissingActionHint);
-        }
+        HintAtMissingAction(*m_Plan.Stop, m_Plan.Notes);
         return false;
     }
 

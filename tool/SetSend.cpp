@@ -296,10 +296,7 @@ class Sender
         {
             return std::nullopt;
         }
-        if (MissesAction(*m_Failed))
-        {
-            m_Plan.Notes.emplace_back(MissingActionHint);
-        }
+        HintAtMissingAction(*m_Failed, m_Plan.Notes);
         const bool anyLeft = std::any_of(m_Plan.Settings.begin(), m_Plan.Settings.end(),
                                          [](const SetSetting& setting) { return setting.Why.has_value(); });
         if (m_Recovered && !anyLeft)

@@ -245,10 +245,7 @@ Answer ShowNames(RedfishConfigProc& front, const Options& options, const FrontMa
             continue;
         }
         const Failure failure = causes.Explain(result, shownName);
-        if (MissesAction(failure))
-        {
-            answer.Notes.emplace_back(MissingActionHint);
-        }
+        HintAtMissingAction(failure, answer.Notes);
         if (failure.Code == CodeHidden && options.SystemType == SystemTypeUefi && !options.Protected)
         {
             answer.Notes.emplace_back("hint: protected settings need --protected");
