@@ -1,7 +1,7 @@
 #include "CustomDefaultCommand.h"
 
 #include <cstddef>
-#include <sys/types.h>
+#include <utility>
 
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
@@ -24,7 +24,6 @@ namespace
 {
 
 constexpr std::size_t LargestCustomDefault = std::size_t{16} << 20;
-constexpr mode_t OwnersAlone = 0600;
 
 Answer Export(RedfishConfigProc& front, const Options& options)
 {
@@ -49,9 +48,9 @@ Answer Export(RedfishConfigProc& front, const Options& options)
     const std::string& file = options.Names[1];
     if (file != "-")
     {
-        if (const std::string error = WriteWholeFile(file, content, OwnersAlone); !error.empty())
+        if (std::optional<Failure> failure = SaveFile(file, content, OwnersAlone))
         {
-            AddFailure(answer, {CodeOpenFile, "Unable to write the file " + file + ": " + error, {}, {}});
+            AddFailure(answer, std::move(*failure));
             return answer;
         }
         answer.Data = {{"file", ValidUtf8(file)}, {"bytes", content.size()}};
@@ -73,9 +72,9 @@ Answer Import(RedfishConfigProc& front, const Options& options)
     CauseLog causes;
     const std::string& file = options.Names[1];
     FileContent read;
-    if (const std::string lost = ReadWholeFile(file, LargestCustomDefault, read); !lost.empty())
+    if (std::optional<Failure> failure = LoadFile(file, LargestCustomDefault, read))
     {
-        AddFailure(answer, {CodeOpenFile, "Unable to read the file " + file + ": " + lost, {}, {}});
+        AddFailure(answer, std::move(*failure));
         return answer;
     }
     const std::string& content = read.Text;

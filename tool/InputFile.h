@@ -1,7 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+
+#include "Answer.h"
 
 // Files that a command line names, as input.
 namespace Tavrine::Tool
@@ -18,6 +21,9 @@ struct FileContent
 /// @param most  the file is refused when it is larger.
 /// @return empty, or why it could not be read.
 std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent& content);
+
+/// The same for a command: the failure has code 38.
+std::optional<Failure> LoadFile(const std::string& path, std::size_t most, FileContent& content);
 
 /// How often a file is read by its name.
 enum class Reading

@@ -1,11 +1,18 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
 
+#include "Answer.h"
+
 namespace Tavrine::Tool
 {
+
+/// Permissions before the umask: of a file that anybody may see, and of one with settings in it.
+inline constexpr mode_t Everybodys = 0666;
+inline constexpr mode_t OwnersAlone = 0600;
 
 /// Writes a file so that its name never stands for half of a text: to a temporary name
 /// in the same folder, synced, renamed. Links to a file are followed, those to nothing refused; a
@@ -15,6 +22,9 @@ namespace Tavrine::Tool
 /// @param mode  permissions of a new file before the umask, and the widest of any.
 /// @return empty, or what went wrong; the former file is untouched then, unless the text tells that it was replaced and
 ///         only the sync of the folder failed.
-std::string WriteWholeFile(const std::string& path, std::string_view text, mode_t mode = 0666);
+std::string WriteWholeFile(const std::string& path, std::string_view text, mode_t mode = Everybodys);
+
+/// The same for a command: the failure has code 38.
+std::optional<Failure> SaveFile(const std::string& path, std::string_view text, mode_t mode = Everybodys);
 
 } // namespace Tavrine::Tool

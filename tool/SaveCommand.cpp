@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,8 +26,6 @@ namespace Tavrine::Tool
 {
 namespace
 {
-
-constexpr mode_t OwnersAlone = 0600;
 
 std::string UtcNow()
 {
@@ -89,9 +88,9 @@ Answer SaveSettings(RedfishConfigProc& front, const Options& options, SavedHeade
     if (!file.empty())
     {
         const std::string text = WantsLines(file) ? SavedLines(saved) : SavedDocument(saved);
-        if (const std::string error = WriteWholeFile(file, text, OwnersAlone); !error.empty())
+        if (std::optional<Failure> failure = SaveFile(file, text, OwnersAlone))
         {
-            AddFailure(answer, {CodeOpenFile, "Unable to write the file " + file + ": " + error, {}, {}});
+            AddFailure(answer, std::move(*failure));
             return answer;
         }
         answer.More["file"] = ValidUtf8(file);

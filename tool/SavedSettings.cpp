@@ -347,9 +347,9 @@ std::string ParseSavedSettings(std::string_view text, SavedSettings& saved)
 std::optional<Failure> ReadSavedSettings(const std::string& path, SavedSettings& saved)
 {
     FileContent file;
-    if (const std::string lost = ReadWholeFile(path, LargestSavedSettings, file); !lost.empty())
+    if (std::optional<Failure> failure = LoadFile(path, LargestSavedSettings, file))
     {
-        return Failure{CodeOpenFile, "Unable to read the file " + path + ": " + lost, {}, {}};
+        return failure;
     }
     if (const std::string error = ParseSavedSettings(file.Text, saved); !error.empty())
     {

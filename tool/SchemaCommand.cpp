@@ -1,7 +1,9 @@
 #include "SchemaCommand.h"
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <boost/json/object.hpp>
@@ -27,9 +29,9 @@ Answer WriteSchema(const std::string& text, const Options& options)
 {
     Answer answer;
     const std::string& file = options.Names.front();
-    if (const std::string error = WriteWholeFile(file, text + "\n"); !error.empty())
+    if (std::optional<Failure> failure = SaveFile(file, text + "\n"))
     {
-        AddFailure(answer, {CodeOpenFile, "Unable to write the file " + file + ": " + error, {}, {}});
+        AddFailure(answer, std::move(*failure));
     }
     else if (options.Json)
     {
