@@ -31,20 +31,13 @@ std::string ReadDescriptor(int descriptor, std::size_t most, FileContent& conten
     std::array<char, 65536> buffer{};
     for (;;)
     {
-        if (!WaitForInput(descriptor))
+        std::string error;
+        const std::optional<std::size_t> count = ReadSome(descriptor, buffer.data(), buffer.size(), error);
+        if (count.value_or(0) == 0)
         {
-            return WhyNothingCame();
+            return error;
         }
-        const ssize_t count = read(descriptor, buffer.data(), buffer.size());
-        if (count < 0 && errno != EINTR)
-        {
-            return std::strerror(errno);
-        }
-        if (count == 0)
-        {
-            return {};
-        }
-        content.Text.append(buffer.data(), count < 0 ? 0 : static_cast<std::size_t>(count));
+        content.Text.append(buffer.data(), *count);
         if (content.Text.size() > most)
         {
             return fmt::format("it is larger than {} bytes", most);
@@ -65,6 +58,25 @@ std::string WhyNoFirstByte(const std::string& path)
 }
 
 } // namespace
+
+std::optional<std::size_t> ReadSome(int descriptor, char* buffer, std::size_t most, std::string& error)
+{
+    while (WaitForInput(descriptor))
+    {
+        const ssize_t count = read(descriptor, buffer, most);
+        if (count >= 0)
+        {
+            return static_cast<std::size_t>(count);
+        }
+        if (errno != EINTR)
+        {
+            error = std::strerror(errno);
+            return std::nullopt;
+        }
+    }
+    error = WhyNothingCame();
+    return std::nullopt;
+}
 
 std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent& content)
 {

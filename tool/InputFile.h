@@ -17,6 +17,10 @@ struct FileContent
     bool IsPlainFile = false;
 };
 
+/// Waits until something can be read, and reads it.
+/// @return how many bytes, 0 at the end; nothing when a stop signal came or it cannot be read, and `error` tells which.
+std::optional<std::size_t> ReadSome(int descriptor, char* buffer, std::size_t most, std::string& error);
+
 /// Reads a whole file, "-" for standard input. A stop signal ends the wait for what writes into it.
 /// @param most  the file is refused when it is larger.
 /// @return empty, or why it could not be read.

@@ -8,8 +8,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "InputFile.h"
 #include "Progress.h"
-#include "Signals.h"
 
 namespace Tavrine::Tool
 {
@@ -88,16 +88,13 @@ std::string ReadLine(int descriptor, std::string& line)
     for (;;)
     {
         char byte = 0;
-        if (!WaitForInput(descriptor))
+        std::string error;
+        const std::optional<std::size_t> count = ReadSome(descriptor, &byte, 1, error);
+        if (!count)
         {
-            return StopSignal() != 0 ? "interrupted" : std::strerror(errno);
+            return error;
         }
-        const ssize_t count = read(descriptor, &byte, 1);
-        if (count < 0)
-        {
-            return std::strerror(errno);
-        }
-        if (count == 0 || byte == '\n')
+        if (*count == 0 || byte == '\n')
         {
             break;
         }

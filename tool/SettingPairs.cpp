@@ -1,18 +1,16 @@
 #include "SettingPairs.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
+#include <cstddef>
 #include <set>
 #include <unistd.h>
 #include <utility>
 
 #include <fmt/format.h>
 
+#include "InputFile.h"
 #include "Options.h"
 #include "Password.h"
 #include "Secret.h"
-#include "Signals.h"
 
 namespace Tavrine::Tool
 {
@@ -28,19 +26,16 @@ std::string ReadAll(int input, std::string& text)
     Secret collected(LargestInputValue + 2 + ReadStep);
     for (;;)
     {
-        if (!WaitForInput(input))
-        {
-            return StopSignal() != 0 ? "interrupted" : std::strerror(errno);
-        }
         const std::size_t size = collected.Text().size();
         collected.Text().resize(size + ReadStep);
-        const ssize_t count = read(input, collected.Text().data() + size, ReadStep);
-        collected.Text().resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-        if (count < 0 && errno != EINTR)
+        std::string error;
+        const std::optional<std::size_t> count = ReadSome(input, collected.Text().data() + size, ReadStep, error);
+        collected.Text().resize(size + count.value_or(0));
+        if (!count)
         {
-            return std::strerror(errno);
+            return error;
         }
-        if (count == 0)
+        if (*count == 0)
         {
             break;
         }
