@@ -41,7 +41,7 @@ std::string StandardText(int code)
 
 Failure FailureOf(RedfishConfigResult result, const std::string& setting)
 {
-    Failure failure{result.ErrorCode(), result.ErrorMsg(), setting, {}};
+    Failure failure{result.ErrorCode(), result.ErrorMsg(), setting};
     if (failure.Message.empty())
     {
         failure.Message = (setting.empty() ? "" : setting + ": ") + StandardText(failure.Code);

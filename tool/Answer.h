@@ -46,9 +46,9 @@ struct Failure
     int Code = CodeSucceed;
     std::string Message;
     /// Shown name of the setting; empty where the failure is about no single one.
-    std::string Setting;
+    std::string Setting = {};
     /// What is known beyond the message; often empty.
-    std::string Cause;
+    std::string Cause = {};
 };
 
 /// What a command has to say, before it is written anywhere.

@@ -32,10 +32,9 @@ std::optional<Failure> CheckReadable(const char* what, const std::string& path, 
         return std::nullopt;
     }
     const std::string error = WhyNotReadable(path, reading);
-    return error.empty()
-               ? std::nullopt
-               : std::optional(Failure{
-                     CodeOpenFile, std::string("Unable to read the ") + what + " " + path + ": " + error, {}, {}});
+    return error.empty() ? std::nullopt
+                         : std::optional(Failure{CodeOpenFile, std::string("Unable to read the ") + what + " " + path +
+                                                                   ": " + error});
 }
 
 /// The library answers 26 where no values of a group can be had, whatever the reason. This tells a BMC that cannot be
@@ -122,7 +121,7 @@ std::optional<Failure> Bmc::StartSimulator()
     std::string error;
     m_Simulator = Tool::StartSimulator(simulated, error);
     return m_Simulator ? std::nullopt
-                       : std::optional(Failure{CodeExternal, "Unable to start the simulated BMC: " + error, {}, {}});
+                       : std::optional(Failure{CodeExternal, "Unable to start the simulated BMC: " + error});
 }
 
 TavrineConnection::ConnectionInfo Bmc::Record() const

@@ -280,7 +280,7 @@ std::map<std::string, std::string> ChosenOfFile(const SettingStringMap& saved, c
         {
             const std::string shownName = prefixes.First + "." + bare;
             AddFailure(answer,
-                       {CodeNotFound, "The file " + path + " does not have the setting " + shownName, shownName, {}});
+                       {CodeNotFound, "The file " + path + " does not have the setting " + shownName, shownName});
         }
     }
     return chosen;
@@ -369,7 +369,7 @@ Answer CompareFile(const Options& options, const CompareWay& way)
     SettingStringMap saved;
     if (const std::string error = TakeBareSettings(file, prefixes, saved); !error.empty())
     {
-        AddFailure(answer, {CodeParameter, "The file " + path + " cannot be compared: " + error, {}, {}});
+        AddFailure(answer, {CodeParameter, "The file " + path + " cannot be compared: " + error});
         return answer;
     }
     TypedSettings inForce;

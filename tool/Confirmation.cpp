@@ -61,7 +61,7 @@ std::optional<Failure> Confirm(const Options& options, const std::string& what)
     {
         return std::nullopt;
     }
-    return Failure{StatusUsage, "Not confirmed, nothing was sent", {}, {}};
+    return Failure{StatusUsage, "Not confirmed, nothing was sent"};
 }
 
 } // namespace Tavrine::Tool

@@ -39,9 +39,8 @@ Answer Export(RedfishConfigProc& front, const Options& options)
     const std::optional<std::string> found = FileInAnswer(response);
     if (!found)
     {
-        AddFailure(
-            answer,
-            {CodeUnusable, "The answer of the BMC holds no file of custom defaults: it is empty or no JSON", {}, {}});
+        AddFailure(answer,
+                   {CodeUnusable, "The answer of the BMC holds no file of custom defaults: it is empty or no JSON"});
         return answer;
     }
     const std::string& content = *found;
@@ -82,14 +81,12 @@ Answer Import(RedfishConfigProc& front, const Options& options)
     {
         AddFailure(answer, {CodeParameter,
                             (file == "-" ? "Standard input" : "The file " + file) +
-                                " is empty and no plain file; only an empty plain file empties what the BMC keeps",
-                            {},
-                            {}});
+                                " is empty and no plain file; only an empty plain file empties what the BMC keeps"});
         return answer;
     }
     if (ValidUtf8(content) != content)
     {
-        AddFailure(answer, {CodeParameter, "The file " + file + " cannot be sent: it is no text in UTF-8", {}, {}});
+        AddFailure(answer, {CodeParameter, "The file " + file + " cannot be sent: it is no text in UTF-8"});
         return answer;
     }
     const RedfishConfigResult result = front.ImportUEFICustomDefaultFile(content);

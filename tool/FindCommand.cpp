@@ -250,13 +250,10 @@ Answer FindSettings(RedfishConfigProc& front, const ManagerReader& readManager, 
     }
     if (findings.Settings.empty())
     {
-        AddFailure(answer,
-                   {CodeNotFound,
-                    findings.GivenUp == 0 ? "Unable to find a setting with what is looked for"
-                                          : "No setting with what is looked for was found before the search was "
-                                            "given up",
-                    {},
-                    {}});
+        AddFailure(answer, {CodeNotFound, findings.GivenUp == 0
+                                              ? "Unable to find a setting with what is looked for"
+                                              : "No setting with what is looked for was found before the search was "
+                                                "given up"});
     }
     if (options.Json && findings.GivenUp > 0)
     {

@@ -54,7 +54,7 @@ SettingGroupMap ChosenGroups(const SettingGroupMap& shown, const std::vector<std
         }
         if (!found)
         {
-            AddFailure(answer, {CodeNotFound, "Unable to find the group " + name, {}, {}});
+            AddFailure(answer, {CodeNotFound, "Unable to find the group " + name});
         }
     }
     return chosen;

@@ -97,9 +97,8 @@ std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent
 std::optional<Failure> LoadFile(const std::string& path, std::size_t most, FileContent& content)
 {
     const std::string error = ReadWholeFile(path, most, content);
-    return error.empty()
-               ? std::nullopt
-               : std::optional(Failure{CodeOpenFile, "Unable to read the file " + path + ": " + error, {}, {}});
+    return error.empty() ? std::nullopt
+                         : std::optional(Failure{CodeOpenFile, "Unable to read the file " + path + ": " + error});
 }
 
 std::string WhyNotReadable(const std::string& path, Reading reading)

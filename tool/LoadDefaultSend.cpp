@@ -97,7 +97,7 @@ void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& c
             load.Code = stopped;
             load.RequestFailed = true;
             load.Outcome = LoadOutcome::NotSent;
-            load.Why = Failure{stopped, "a request before it failed", load.ShownName, {}};
+            load.Why = Failure{stopped, "a request before it failed", load.ShownName};
             continue;
         }
         TakeAnswer(load, causes.Explain(front.PostDefaultvalue(load.Name, ""), load.ShownName), notes);
@@ -327,7 +327,7 @@ void Judge(DefaultLoad& load, const Knowledge& known, const std::optional<Failur
     else if (load.Outcome == LoadOutcome::Unknown)
     {
         const int code = load.Open ? load.Code : unread ? unread->Code : CodeRefused;
-        load.Why = Failure{code, DoubtOf(load, known), load.ShownName, {}};
+        load.Why = Failure{code, DoubtOf(load, known), load.ShownName};
     }
 }
 

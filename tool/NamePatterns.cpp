@@ -30,7 +30,7 @@ bool NamePattern::Matches(const std::string& bareName) const
 
 Failure NothingMatches(const std::string& pattern)
 {
-    return {CodeNotFound, "Unable to find a setting that matches " + pattern, pattern, {}};
+    return {CodeNotFound, "Unable to find a setting that matches " + pattern, pattern};
 }
 
 } // namespace Tavrine::Tool

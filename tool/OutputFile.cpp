@@ -129,9 +129,8 @@ std::string WriteWholeFile(const std::string& path, std::string_view text, mode_
 std::optional<Failure> SaveFile(const std::string& path, std::string_view text, mode_t mode)
 {
     const std::string error = WriteWholeFile(path, text, mode);
-    return error.empty()
-               ? std::nullopt
-               : std::optional(Failure{CodeOpenFile, "Unable to write the file " + path + ": " + error, {}, {}});
+    return error.empty() ? std::nullopt
+                         : std::optional(Failure{CodeOpenFile, "Unable to write the file " + path + ": " + error});
 }
 
 } // namespace Tavrine::Tool

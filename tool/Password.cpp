@@ -122,11 +122,11 @@ std::optional<Failure> ReadPasswordFile(const std::string& file, std::string& pa
     const Descriptor input(standardInput ? STDIN_FILENO : open(file.c_str(), O_RDONLY | O_CLOEXEC), !standardInput);
     if (input.Number() < 0)
     {
-        return Failure{CodeOpenFile, "Unable to open the password file " + shown + ": " + std::strerror(errno), {}, {}};
+        return Failure{CodeOpenFile, "Unable to open the password file " + shown + ": " + std::strerror(errno)};
     }
     if (const std::string error = ReadLine(input.Number(), password); !error.empty())
     {
-        return Failure{CodeParameter, "Unable to read the password from " + shown + ": " + error, {}, {}};
+        return Failure{CodeParameter, "Unable to read the password from " + shown + ": " + error};
     }
     return std::nullopt;
 }
@@ -140,11 +140,9 @@ std::optional<Failure> TakeFromEnvironment(char* value, std::string& password)
     explicit_bzero(value, size);
     unsetenv(Variable);
     return !isTooLong ? std::nullopt
-                      : std::optional(Failure{CodeParameter,
-                                              "Unable to read the password from " + std::string(Variable) +
-                                                  ": it is longer than " + std::to_string(LongestPassword) + " bytes",
-                                              {},
-                                              {}});
+                      : std::optional(Failure{CodeParameter, "Unable to read the password from " +
+                                                                 std::string(Variable) + ": it is longer than " +
+                                                                 std::to_string(LongestPassword) + " bytes"});
 }
 
 bool HasControllingTerminal() { return Descriptor(open(Terminal, O_RDWR | O_CLOEXEC | O_NOCTTY), true).Number() >= 0; }
@@ -153,12 +151,12 @@ std::optional<Failure> Prompt(const std::string& who, std::string& password)
 {
     if (!HasControllingTerminal())
     {
-        return Failure{StatusUsage, "No password: give --password-file or TAVRINE_PASSWORD", {}, {}};
+        return Failure{StatusUsage, "No password: give --password-file or TAVRINE_PASSWORD"};
     }
     const std::string error = AskHidden("Password of " + who + ": ", password);
-    return error.empty() ? std::nullopt
-                         : std::optional(Failure{
-                               CodeParameter, "Unable to read the password from the terminal: " + error, {}, {}});
+    return error.empty()
+               ? std::nullopt
+               : std::optional(Failure{CodeParameter, "Unable to read the password from the terminal: " + error});
 }
 
 } // namespace

@@ -51,7 +51,7 @@ class LogFile
         std::string error;
         m_Sink = Logging::AddFileSink(path, level, error);
         return m_Sink != 0 ? std::nullopt
-                           : std::optional(Failure{CodeOpenFile, "Unable to open the log file: " + error, {}, {}});
+                           : std::optional(Failure{CodeOpenFile, "Unable to open the log file: " + error});
     }
 
     /// Empty, or what it lacks.
@@ -149,7 +149,7 @@ void TellStop(Answer& answer)
         }
         answer.Code = CodeSucceed;
         answer.Errors.clear();
-        AddFailure(answer, {CodeConnection, std::move(message), {}, {}});
+        AddFailure(answer, {CodeConnection, std::move(message)});
     }
 }
 
@@ -162,7 +162,7 @@ int Tell(Answer answer, const Options& options)
     const bool isStopped = StopSignal() != 0;
     if (!error.empty() && (answer.OfChanges || !isStopped))
     {
-        WriteError(StderrLines(AnswerWith({CodeExternal, "Unable to write to standard output: " + error, {}, {}})));
+        WriteError(StderrLines(AnswerWith({CodeExternal, "Unable to write to standard output: " + error})));
         WriteError(answer.OfChanges ? output : "");
     }
     const int code = error.empty() || !IsSuccess(answer.Code) ? answer.Code : CodeExternal;
@@ -181,7 +181,7 @@ int TellWithoutRun(const ParsedCommandLine& parsed)
     {
         return 0;
     }
-    WriteError(StderrLines(AnswerWith({CodeExternal, "Unable to write to standard output: " + error, {}, {}})));
+    WriteError(StderrLines(AnswerWith({CodeExternal, "Unable to write to standard output: " + error})));
     return CodeExternal;
 }
 
@@ -191,7 +191,7 @@ Answer Perform(const Options& options, const std::function<void(const std::strin
 {
     if (const std::string error = GlobalConfig::LoadError(); !error.empty())
     {
-        return AnswerWith({CodeConfiguration, StandardText(CodeConfiguration) + ": " + error, {}, {}});
+        return AnswerWith({CodeConfiguration, StandardText(CodeConfiguration) + ": " + error});
     }
     LogFile log;
     if (!options.LogFile.empty())
@@ -239,7 +239,7 @@ int RunProgram(int argc, char** argv)
     }
     catch (const std::exception& error)
     {
-        answer = AnswerWith({CodeInternal, std::string("Internal error: ") + error.what(), {}, {}});
+        answer = AnswerWith({CodeInternal, std::string("Internal error: ") + error.what()});
     }
     return Tell(std::move(answer), *parsed.Request);
 }

@@ -63,7 +63,7 @@ Asked PostReset(const RebootMeans& means, SystemResource& system, std::string& t
     }
     if (system.ResetTarget.empty())
     {
-        return {Failure{CodeNotSupported, "The BMC offers no reset action for " + system.Path, {}, {}}};
+        return {Failure{CodeNotSupported, "The BMC offers no reset action for " + system.Path}};
     }
     if (type.empty())
     {
@@ -72,10 +72,8 @@ Asked PostReset(const RebootMeans& means, SystemResource& system, std::string& t
     const std::vector<std::string>& types = system.ResetTypes;
     if (!types.empty() && std::find(types.begin(), types.end(), type) == types.end())
     {
-        return {Failure{CodeParameter,
-                        fmt::format("The BMC does not offer the reset {}; it offers: {}", type, fmt::join(types, ", ")),
-                        {},
-                        {}}};
+        return {Failure{CodeParameter, fmt::format("The BMC does not offer the reset {}; it offers: {}", type,
+                                                   fmt::join(types, ", "))}};
     }
     std::string response;
     const std::string body = json::serialize(json::object{{"ResetType", type}});
@@ -155,9 +153,7 @@ std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResou
             return Failure{CodeConnection,
                            answers ? starting ? "The system has not started within the time to wait"
                                               : "Whether the system was restarted within the time to wait is not known"
-                                   : "The BMC did not come back within the time to wait: " + FailureOf(result).Message,
-                           {},
-                           {}};
+                                   : "The BMC did not come back within the time to wait: " + FailureOf(result).Message};
         }
     }
 }

@@ -193,7 +193,7 @@ class Restorer
         }
         if (const std::string error = TakeSavedNames(saved, PrefixesOf(m_Options), plan); !error.empty())
         {
-            return Failure{CodeParameter, "The file " + file + " cannot be restored: " + error, {}, {}};
+            return Failure{CodeParameter, "The file " + file + " cannot be restored: " + error};
         }
         failure = CheckIdentity(saved.Header);
         return failure ? failure : Judge(plan);
@@ -241,9 +241,7 @@ class Restorer
         }
         return due ? std::optional(Failure{CodeRefused,
                                            "All settings go to their defaults at the next start of the system, which "
-                                           "may undo what is restored now: restart it first (tavrine reboot)",
-                                           {},
-                                           {}})
+                                           "may undo what is restored now: restart it first (tavrine reboot)"})
                    : std::nullopt;
     }
 
@@ -283,11 +281,11 @@ void TellOutcome(const RestorePlan& plan, RestoreOutcome outcome, const Options&
         std::size_t& count = alike[setting.Why];
         if (options.Json || (count > 0 && count <= NamesInMessage))
         {
-            AddFailure(answer, {setting.Code, shown + ": " + Words(setting, shown), shown, {}});
+            AddFailure(answer, {setting.Code, shown + ": " + Words(setting, shown), shown});
         }
         else if (count > NamesInMessage)
         {
-            AddFailure(answer, {setting.Code, fmt::format("{} settings: {}", count, Words(setting, shown)), {}, {}});
+            AddFailure(answer, {setting.Code, fmt::format("{} settings: {}", count, Words(setting, shown))});
             count = 0;
         }
     }
@@ -340,9 +338,7 @@ std::optional<Failure> OtherSystem(const SavedHeader& header, const SystemResour
             return Failure{CodeParameter,
                            fmt::format("The file {} is from another system: its {} is {}, and that of this system is "
                                        "{}; --force takes it all the same",
-                                       options.Names.front(), trait.What, trait.Saved, trait.Here),
-                           {},
-                           {}};
+                                       options.Names.front(), trait.What, trait.Saved, trait.Here)};
         }
     }
     if (header.Model.empty() && header.Registry.empty())

@@ -66,7 +66,7 @@ Answer PrintSchema(const std::string& text, const Options& options)
     json::object* registry = failure ? nullptr : parsed.if_object();
     if (registry == nullptr)
     {
-        AddFailure(answer, {CodeInternal, "The attribute registry of the library is no JSON object.", {}, {}});
+        AddFailure(answer, {CodeInternal, "The attribute registry of the library is no JSON object."});
         return answer;
     }
     answer.Data = std::move(*registry);

@@ -100,7 +100,7 @@ class Planner
             if (!keys.insert(setting.Key).second)
             {
                 m_Plan.Stop =
-                    Failure{StatusUsage, "The setting " + setting.Key + " is given twice, by two of its names", {}, {}};
+                    Failure{StatusUsage, "The setting " + setting.Key + " is given twice, by two of its names"};
                 return true;
             }
         }
@@ -212,10 +212,8 @@ class Planner
 
     static bool CannotSend(SetSetting& setting, const std::string& reason)
     {
-        Refuse(setting, Failure{CodeInvalidValue,
-                                setting.ShownName + ": the new value cannot be sent: " + reason,
-                                setting.ShownName,
-                                {}});
+        Refuse(setting, Failure{CodeInvalidValue, setting.ShownName + ": the new value cannot be sent: " + reason,
+                                setting.ShownName});
         return false;
     }
 
@@ -430,7 +428,7 @@ void Abandon(SetPlan& plan, SetOutcome outcome, int code, const std::string& rea
         if (setting.Outcome == SetOutcome::Planned)
         {
             setting.Outcome = outcome;
-            setting.Why = Failure{code, setting.ShownName + ": " + reason, setting.ShownName, {}};
+            setting.Why = Failure{code, setting.ShownName + ": " + reason, setting.ShownName};
         }
     }
 }

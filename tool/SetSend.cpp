@@ -177,7 +177,7 @@ class Sender
         const auto because = [&](SetOutcome outcome, const std::string& reason)
         {
             setting.Outcome = outcome;
-            setting.Why = Failure{m_Failed->Code, setting.ShownName + ": " + reason, setting.ShownName, {}};
+            setting.Why = Failure{m_Failed->Code, setting.ShownName + ": " + reason, setting.ShownName};
         };
         switch (end)
         {
@@ -273,8 +273,7 @@ class Sender
             setting.Why = Failure{CodeRefused,
                                   setting.ShownName + ": the BMC accepted the change, but does not show it among its "
                                                       "pending values",
-                                  setting.ShownName,
-                                  {}};
+                                  setting.ShownName};
         }
         else if (end == RequestEnd::Unknown)
         {

@@ -134,8 +134,7 @@ std::optional<Failure> ReadPairs(const Options& options, int input, std::vector<
             return Failure{CodeParameter,
                            "Unable to read the value of " + shownName +
                                (isatty(input) == 1 ? " from the terminal: " : " from standard input: ") + error,
-                           shownName,
-                           {}};
+                           shownName};
         }
     }
     return std::nullopt;

@@ -54,7 +54,7 @@ std::optional<Failure> ReadValues(const RebootMeans& means, const std::vector<Ex
     }
     if (!read(given))
     {
-        return Failure{CodeInternal, "The values of the library are no JSON object.", {}, {}};
+        return Failure{CodeInternal, "The values of the library are no JSON object."};
     }
     for (const ExpectedValue& one : expected)
     {
@@ -114,9 +114,7 @@ std::optional<Failure> WhyToStay(const RebootMeans& means, const RedfishConfigRe
     {
         return Failure{CodeRefused,
                        "The system was not restarted, since all settings would go to their defaults with it: "
-                       "tavrine reboot does so",
-                       {},
-                       {}};
+                       "tavrine reboot does so"};
     }
     return std::nullopt;
 }
