@@ -53,7 +53,7 @@ std::string WhatIsWiped(const Options& options)
                         : "This resets all settings of the system to their defaults";
 }
 
-std::string WordOf(const std::optional<LoadOutcome>& outcome)
+const char* WordOf(const std::optional<LoadOutcome>& outcome)
 {
     switch (outcome.value_or(LoadOutcome::Unknown))
     {
@@ -65,17 +65,28 @@ std::string WordOf(const std::optional<LoadOutcome>& outcome)
         return OutcomeWords::Refused;
     case LoadOutcome::NotSent:
         return OutcomeWords::NotSent;
-    default:
+    case LoadOutcome::Unknown:
         return OutcomeWords::Unknown;
     }
+    return OutcomeWords::Unknown;
 }
 
-/// Of a request that failed.
-std::string WordOf(RequestEnd end)
+const char* WordOf(RequestEnd end)
 {
-    return end == RequestEnd::NotSent   ? OutcomeWords::NotSent
-           : end == RequestEnd::Unknown ? OutcomeWords::Unknown
-                                        : OutcomeWords::Refused;
+    switch (end)
+    {
+    case RequestEnd::Accepted:
+        return OutcomeWords::Sent;
+    case RequestEnd::Unfit:
+    case RequestEnd::TurnedAway:
+    case RequestEnd::Refused:
+        return OutcomeWords::Refused;
+    case RequestEnd::NotSent:
+        return OutcomeWords::NotSent;
+    case RequestEnd::Unknown:
+        return OutcomeWords::Unknown;
+    }
+    return OutcomeWords::Unknown;
 }
 
 /// @param reason  empty for none.

@@ -51,9 +51,10 @@ const char* WordOf(RestoreOutcome outcome)
         return OutcomeWords::Refused;
     case RestoreOutcome::NotSent:
         return OutcomeWords::NotSent;
-    default:
+    case RestoreOutcome::Unknown:
         return OutcomeWords::Unknown;
     }
+    return OutcomeWords::Unknown;
 }
 
 std::string ReasonOf(const RestoreSetting& setting, const std::string& shownName)

@@ -107,9 +107,10 @@ RestoreOutcome OutcomeOf(RequestEnd end)
     case RequestEnd::TurnedAway:
     case RequestEnd::Refused:
         return RestoreOutcome::Refused;
-    default:
+    case RequestEnd::Unknown:
         return RestoreOutcome::Unknown;
     }
+    return RestoreOutcome::Unknown;
 }
 
 /// What is known of the settings of a call from the library's answer alone. The lists of

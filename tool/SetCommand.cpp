@@ -10,6 +10,7 @@
 #include "CauseLog.h"
 #include "JsonValues.h"
 #include "Options.h"
+#include "OutcomeWords.h"
 #include "Secret.h"
 #include "SetOutcome.h"
 #include "SetPlan.h"
@@ -85,7 +86,7 @@ Answer ChangeSettings(RedfishConfigProc& front, const ManagerReader& readManager
     WarnOfDefaults(front, plan.Notes);
     if (plan.Stop)
     {
-        Abandon(plan, SetOutcome::NotSent, plan.Stop->Code, "not sent");
+        Abandon(plan, SetOutcome::NotSent, plan.Stop->Code, OutcomeWords::NotSent);
     }
     if (options.DryRun)
     {

@@ -13,6 +13,7 @@
 #include "JsonOutput.h"
 #include "JsonValues.h"
 #include "Options.h"
+#include "OutcomeWords.h"
 #include "Secret.h"
 #include "TextOutput.h"
 #include "ValueConversions.h"
@@ -35,14 +36,15 @@ const char* WordOf(SetOutcome outcome)
     case SetOutcome::Already:
         return "already";
     case SetOutcome::Refused:
-        return "refused";
+        return OutcomeWords::Refused;
     case SetOutcome::RefusedWithOthers:
         return "not changed";
     case SetOutcome::Unknown:
-        return "unknown";
-    default:
-        return "not sent";
+        return OutcomeWords::Unknown;
+    case SetOutcome::NotSent:
+        return OutcomeWords::NotSent;
     }
+    return OutcomeWords::Unknown;
 }
 
 std::string TextOf(const SetSetting& setting, const Options& options)

@@ -187,7 +187,7 @@ class Sender
             break;
         case RequestEnd::Unfit:
         case RequestEnd::NotSent:
-            because(SetOutcome::NotSent, "not sent");
+            because(SetOutcome::NotSent, OutcomeWords::NotSent);
             break;
         case RequestEnd::TurnedAway:
             because(SetOutcome::Refused, "not changed, since the BMC turned the request away");

@@ -158,7 +158,7 @@ void TellVerification(const Verification& found, const std::vector<ExpectedValue
         const bool known = !found.Lost && value != found.Values.end();
         const bool inForce = known && value->second == one.Text;
         good += inForce ? 1 : 0;
-        data[ValidUtf8(shown)] = inForce ? "in force" : known ? "not in force" : "unknown";
+        data[ValidUtf8(shown)] = inForce ? "in force" : known ? "not in force" : OutcomeWords::Unknown;
         if (!inForce && !found.Lost)
         {
             AddFailure(answer,
