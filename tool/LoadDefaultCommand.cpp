@@ -137,7 +137,7 @@ WaitingChanges WaitingOf(const std::vector<DefaultLoad>& loads)
     {
         waiting.Unknown = waiting.Unknown || load.Outcome == LoadOutcome::Unknown;
         const bool isLeftOut = load.Outcome == LoadOutcome::Refused || load.Outcome == LoadOutcome::NotSent;
-        waiting.RequestFailed = waiting.RequestFailed || (load.RequestFailed && isLeftOut);
+        waiting.RequestFailed = waiting.RequestFailed || (load.HasFailedRequest() && isLeftOut);
         waiting.Refused = waiting.Refused || load.Outcome == LoadOutcome::Refused;
         if (load.Expected)
         {

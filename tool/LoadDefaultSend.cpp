@@ -64,24 +64,21 @@ void AddOwnWords(const std::vector<std::string>& lines, std::vector<Note>& notes
 
 void TakeAnswer(DefaultLoad& load, const Failure& answer, std::vector<Note>& notes)
 {
-    const RequestEnd end = EndOf(answer);
     load.Code = answer.Code;
-    load.Open = end == RequestEnd::Unknown;
-    load.RefusedByBmc = end == RequestEnd::Refused;
-    load.RequestFailed = end != RequestEnd::Accepted && end != RequestEnd::Unfit;
-    if (end == RequestEnd::Accepted)
+    load.End = EndOf(answer);
+    if (load.End == RequestEnd::Accepted)
     {
         return;
     }
     std::vector<std::string> hints;
     HintAtMissingAction(answer, hints);
     AddOwnWords(hints, notes);
-    if (load.Open)
+    if (load.IsOpen())
     {
         notes.push_back({"warning: " + load.ShownName + ": ", answer.Message});
         return;
     }
-    load.Outcome = end == RequestEnd::NotSent ? LoadOutcome::NotSent : LoadOutcome::Refused;
+    load.Outcome = load.End == RequestEnd::NotSent ? LoadOutcome::NotSent : LoadOutcome::Refused;
     load.Answered = true;
     load.Why = answer;
     load.Why->Message = WithShownName(load.Why->Message, load.Name, load.ShownName);
@@ -95,7 +92,6 @@ void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& c
         if (stopped != CodeSucceed)
         {
             load.Code = stopped;
-            load.RequestFailed = true;
             load.Outcome = LoadOutcome::NotSent;
             load.Why = Failure{stopped, "a request before it failed", load.ShownName};
             continue;
@@ -106,7 +102,7 @@ void Send(std::vector<DefaultLoad>& loads, RedfishConfigProc& front, CauseLog& c
 }
 
 /// Neither the answer nor what kept a setting from being sent has settled it for good.
-bool IsToJudge(const DefaultLoad& load) { return !load.Outcome || load.RefusedByBmc; }
+bool IsToJudge(const DefaultLoad& load) { return !load.Outcome || load.IsRefusedByBmc(); }
 
 /// Whether the BMC has said something about it, which may repeat what it was sent.
 bool IsAnswered(const DefaultLoad& load)
@@ -285,12 +281,12 @@ LoadOutcome OutcomeOf(const DefaultLoad& load, const Knowledge& known)
 /// Why nobody knows what became of a setting.
 std::string DoubtOf(const DefaultLoad& load, const Knowledge& known)
 {
-    if (!load.Open && known.Effective && known.Default)
+    if (!load.IsOpen() && known.Effective && known.Default)
     {
         return "no failure was reported, but the BMC does not show the default among its pending values";
     }
-    const std::string doubt(load.Open ? DeliveryWords::OutcomeUnknown
-                                      : "whether it has its default, or gets it with a reboot, is not known");
+    const std::string doubt(load.IsOpen() ? DeliveryWords::OutcomeUnknown
+                                          : "whether it has its default, or gets it with a reboot, is not known");
     return doubt + "; " +
            (load.Password      ? "it is a password"
             : !known.Effective ? OutcomeWords::NotRead
@@ -310,11 +306,11 @@ void DropRefusal(DefaultLoad& load, std::vector<Note>& notes)
 void Judge(DefaultLoad& load, const Knowledge& known, const std::optional<Failure>& unread, std::vector<Note>& notes)
 {
     const LoadOutcome outcome = OutcomeOf(load, known);
-    if (load.RefusedByBmc && outcome == LoadOutcome::Unknown)
+    if (load.IsRefusedByBmc() && outcome == LoadOutcome::Unknown)
     {
         return;
     }
-    if (load.RefusedByBmc)
+    if (load.IsRefusedByBmc())
     {
         DropRefusal(load, notes);
     }
@@ -326,7 +322,7 @@ void Judge(DefaultLoad& load, const Knowledge& known, const std::optional<Failur
     }
     else if (load.Outcome == LoadOutcome::Unknown)
     {
-        const int code = load.Open ? load.Code : unread ? unread->Code : CodeRefused;
+        const int code = load.IsOpen() ? load.Code : unread ? unread->Code : CodeRefused;
         load.Why = Failure{code, DoubtOf(load, known), load.ShownName};
     }
 }

@@ -8,6 +8,7 @@
 #include "Answer.h"
 #include "Fronts.h"
 #include "RedfishConfigProc.h"
+#include "RequestEnd.h"
 #include "Secret.h"
 #include "SettingManager.h"
 #include "ValueTypes.h"
@@ -40,12 +41,8 @@ struct DefaultLoad
     std::string ShownName;
     /// Of the library's answer, or of what kept it from being asked.
     int Code = CodeSucceed;
-    /// Nobody knows whether its request was carried out; by the answer alone.
-    bool Open = false;
-    /// The BMC refuses it, of whom a lenient one may have done it all the same.
-    bool RefusedByBmc = false;
-    /// Its request has failed, or one that kept it from being sent.
-    bool RequestFailed = false;
+    /// What that answer alone says about its request; without one it was not sent.
+    RequestEnd End = RequestEnd::NotSent;
     bool Password = false;
     /// Its values are names of a list, not free texts.
     bool HasNames = false;
@@ -64,6 +61,13 @@ struct DefaultLoad
     bool Answered = false;
     /// Of Sent: what has to be in force after a reboot; nothing where that cannot be found out or is a secret.
     std::optional<std::string> Expected;
+
+    /// Nobody knows whether its request was carried out; by the answer alone.
+    bool IsOpen() const { return End == RequestEnd::Unknown; }
+    /// The BMC refuses it, of whom a lenient one may have done it all the same.
+    bool IsRefusedByBmc() const { return End == RequestEnd::Refused; }
+    /// Its request has failed, or one that kept it from being sent.
+    bool HasFailedRequest() const { return End != RequestEnd::Accepted && End != RequestEnd::Unfit; }
 };
 
 /// Asks for the defaults of the settings that `options` names, one after the other, and finds out what became of each:
