@@ -19,6 +19,9 @@ inline constexpr std::string_view UnreadLine = "Failed to get pending values map
 /// Begins the line that follows where the values in force stand in for them.
 inline constexpr std::string_view TakenLine = "Query pending value error, use effective value directly.";
 
+/// Stands in a refusal by the BMC, whether the library words it or the tool, and in none that was judged before.
+inline constexpr std::string_view OfBmc = "the BMC";
+
 /// A message about the answer to a change begins with its request.
 inline constexpr std::array<std::string_view, 2> ChangeCalls = {"PATCH ", "POST "};
 /// Ends the path of the action that reads protected settings, which is no change.

@@ -16,6 +16,7 @@
 #include "GlobalConfig.h"
 #include "Heap.h"
 #include "JsonOutput.h"
+#include "LibraryTexts.h"
 #include "Logging.h"
 #include "Options.h"
 #include "PendingFallback.h"
@@ -68,27 +69,50 @@ Answer AnswerWith(Failure failure)
     return answer;
 }
 
+/// A code of failures that come of what the BMC has answered.
+struct AnsweredCode
+{
+    int Code;
+    /// A file may have stood in for the answer.
+    bool MayBeFile;
+    /// What was judged here has the code, too: only the words tell what the BMC did.
+    bool NeedsWords;
+};
+
+constexpr std::array AnsweredCodes = {
+    AnsweredCode{CodeQuery, true, false},         AnsweredCode{CodeUnusable, true, false},
+    AnsweredCode{CodeActionFailed, false, false}, AnsweredCode{CodeBmcFailed, false, false},
+    AnsweredCode{CodeRefused, false, true},
+};
+
 /// Failures of answers tell which resource was wrong, but not whose it was. One line is enough that names the
 /// machine, and the file that stood in for answers. What was judged here (a setting that is read-only, a time that
-/// has passed) came of no answer alone, unless its words are of what the BMC did, and a connection that failed tells
-/// where.
+/// has passed) came of no answer alone, and a connection that failed tells where.
 void NameSource(Answer& answer, const Options& options, const std::string& bmc)
 {
-    constexpr std::array fromAnswers = {CodeQuery, CodeUnusable, CodeActionFailed, CodeBmcFailed};
-    constexpr std::array fromFile = {CodeQuery, CodeUnusable};
+    const auto* const kind = std::ranges::find(AnsweredCodes, answer.Code, &AnsweredCode::Code);
+    if (kind == AnsweredCodes.end())
+    {
+        return;
+    }
     const std::string& file = options.DebugConfigFile;
-    const bool mayBeFile = !file.empty() && std::ranges::count(fromFile, answer.Code) != 0;
-    const bool mayBeRefused = answer.Code == CodeRefused;
-    const bool isAnswered = !options.Simulate && (mayBeRefused || std::ranges::count(fromAnswers, answer.Code) != 0);
+    const bool mayBeFile = kind->MayBeFile && !file.empty();
+    if (options.Simulate && !mayBeFile)
+    {
+        return;
+    }
     const auto namesSource = [&](const Failure& failure)
     {
         const std::string text = failure.Message + failure.Cause;
         return text.find(bmc) != std::string::npos || (mayBeFile && text.find(file) != std::string::npos);
     };
     const auto tellsOfIt = [&](const Failure& failure)
-    { return failure.Code == answer.Code && (!mayBeRefused || failure.Message.find("the BMC") != std::string::npos); };
+    {
+        return failure.Code == answer.Code &&
+               (!kind->NeedsWords || failure.Message.find(LibraryTexts::OfBmc) != std::string::npos);
+    };
     const auto first = std::ranges::find_if(answer.Errors, tellsOfIt);
-    if (!(mayBeFile || isAnswered) || first == answer.Errors.end() || std::ranges::any_of(answer.Errors, namesSource))
+    if (first == answer.Errors.end() || std::ranges::any_of(answer.Errors, namesSource))
     {
         return;
     }
