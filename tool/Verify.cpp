@@ -17,7 +17,6 @@
 #include "OutcomeWords.h"
 #include "PendingValues.h"
 #include "SettingNames.h"
-#include "SettingSelection.h"
 #include "Signals.h"
 
 namespace json = boost::json;
@@ -119,6 +118,14 @@ std::optional<Failure> WhyToStay(const RebootMeans& means, const RedfishConfigRe
     return std::nullopt;
 }
 
+/// What is known before a restart.
+struct Before
+{
+    SystemResource System;
+    /// When the BMC last applied changes; nothing where that could not be read.
+    std::optional<std::string> ChangeTime;
+};
+
 struct Verification
 {
     SettingStringMap Values;
@@ -126,17 +133,17 @@ struct Verification
     std::optional<Failure> Lost;
 };
 
-Verification LookUntilInForce(const RebootMeans& means, const SystemResource& system,
-                              const std::optional<std::string>& timeBefore, const std::vector<ExpectedValue>& expected,
-                              milliseconds until)
+Verification LookUntilInForce(const RebootMeans& means, const Before& before,
+                              const std::vector<ExpectedValue>& expected, milliseconds until)
 {
     GrowingPause pause(means, std::min(until, means.Now() + ValuesLag));
     for (;;)
     {
         Verification found;
-        const RedfishConfigResult result = ReadBios(means.Requests, system, found.Bios);
+        const RedfishConfigResult result = ReadBios(means.Requests, before.System, found.Bios);
         // Before the values: what they are read after is then applied for certain.
-        const bool applied = timeBefore && IsSuccess(result.ErrorCode()) && found.Bios.ChangeTime != *timeBefore;
+        const bool applied =
+            before.ChangeTime && IsSuccess(result.ErrorCode()) && found.Bios.ChangeTime != *before.ChangeTime;
         found.Lost = ReadValues(means, expected, found.Values);
         const bool settled = !found.Lost && (applied || AllInForce(expected, found.Values));
         if (settled || !pause.Take())
@@ -147,8 +154,9 @@ Verification LookUntilInForce(const RebootMeans& means, const SystemResource& sy
 }
 
 void TellVerification(const Verification& found, const std::vector<ExpectedValue>& expected, const Options& options,
-                      const std::string& prefix, const SecretTexts& secrets, Answer& answer)
+                      const SecretTexts& secrets, Answer& answer)
 {
+    const std::string prefix = PrefixesOf(options).First;
     json::object data;
     std::size_t good = 0;
     for (const ExpectedValue& one : expected)
@@ -197,53 +205,31 @@ std::string WhyNotRestarted(const WaitingChanges& waiting)
                              : "";
 }
 
-} // namespace
+/// Asked again behind each wait for the BMC, in which a signal may have come.
+bool IsToRestart(const Options& options) { return options.Reboot && StopSignal() == 0; }
 
-void AddRebootOptions(CLI::App& command, Options& options)
+/// Reads what is known before a restart. @return whether it may be made; otherwise the answer tells why not.
+bool MayRestart(const RebootMeans& means, const SecretTexts& secrets, Before& before, Answer& answer)
 {
-    CLI::Option* reboot =
-        command.add_flag("--reboot", options.Reboot, "Restart the system afterwards, so that changes come into force");
-    command
-        .add_option("--wait", options.Wait,
-                    "Wait so long until the system is back, and verify that each change is in force")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(std::uint32_t{1}, LongestWait))
-        ->needs(reboot);
+    BiosResource bios;
+    const RedfishConfigResult read = ReadSystemAndBios(means.Requests, before.System, bios);
+    if (IsSuccess(read.ErrorCode()))
+    {
+        before.ChangeTime = bios.ChangeTime;
+    }
+    std::optional<Failure> reason = means.LoadsDefaults ? std::nullopt : WhyToStay(means, read, bios);
+    if (reason)
+    {
+        AddFailure(answer, Hidden(std::move(*reason), secrets));
+    }
+    return !reason;
 }
 
-std::string RebootFault(const Options& options)
-{
-    return options.DryRun && options.Reboot ? "--dry-run and --reboot exclude each other" : "";
-}
-
-namespace
-{
-
-/// @param secrets  that the words of the BMC may repeat.
+/// @param type  of the reset.
 /// @return whether the system was seen to be back.
-bool RebootAndLook(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
-                   const SecretTexts& secrets, Answer& answer)
+bool TellRestart(RestartEnd end, const std::string& type, const Options& options, const SecretTexts& secrets,
+                 Answer& answer)
 {
-    if (!options.Reboot || StopSignal() != 0)
-    {
-        return false;
-    }
-    const milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
-    SystemResource system;
-    BiosResource before;
-    const RedfishConfigResult read = ReadSystemAndBios(means.Requests, system, before);
-    if (!means.LoadsDefaults)
-    {
-        if (std::optional<Failure> reason = WhyToStay(means, read, before))
-        {
-            AddFailure(answer, Hidden(std::move(*reason), secrets));
-            return false;
-        }
-    }
-    const std::optional<std::string> timeBefore =
-        IsSuccess(read.ErrorCode()) ? std::optional(before.ChangeTime) : std::nullopt;
-    std::string type;
-    RestartEnd end = Restart(means, options, until, system, type);
     if (end.Trouble)
     {
         end.Trouble = Hidden(std::move(*end.Trouble), secrets);
@@ -263,13 +249,35 @@ bool RebootAndLook(const RebootMeans& means, const Options& options, const std::
     {
         answer.Notes.push_back(UnansweredWarning(Hidden(std::move(*end.Unanswered), secrets)));
     }
-    means.Tell("the system is back");
-    if (expected.empty())
+    return true;
+}
+
+/// @param secrets  that the words of the BMC may repeat.
+/// @return whether the system was seen to be back.
+bool RebootAndLook(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
+                   const SecretTexts& secrets, Answer& answer)
+{
+    if (!IsToRestart(options))
     {
-        return true;
+        return false;
     }
-    const Verification found = LookUntilInForce(means, system, timeBefore, expected, until);
-    TellVerification(found, expected, options, PrefixesOf(options).First, secrets, answer);
+    const milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
+    Before before;
+    if (!MayRestart(means, secrets, before, answer))
+    {
+        return false;
+    }
+    std::string type;
+    RestartEnd end = Restart(means, options, until, before.System, type);
+    if (!TellRestart(std::move(end), type, options, secrets, answer))
+    {
+        return false;
+    }
+    means.Tell("the system is back");
+    if (!expected.empty())
+    {
+        TellVerification(LookUntilInForce(means, before, expected, until), expected, options, secrets, answer);
+    }
     return true;
 }
 
@@ -320,6 +328,23 @@ void TellOthers(const RebootMeans& means, const WaitingChanges& waiting, const S
 
 } // namespace
 
+void AddRebootOptions(CLI::App& command, Options& options)
+{
+    CLI::Option* reboot =
+        command.add_flag("--reboot", options.Reboot, "Restart the system afterwards, so that changes come into force");
+    command
+        .add_option("--wait", options.Wait,
+                    "Wait so long until the system is back, and verify that each change is in force")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(std::uint32_t{1}, LongestWait))
+        ->needs(reboot);
+}
+
+std::string RebootFault(const Options& options)
+{
+    return options.DryRun && options.Reboot ? "--dry-run and --reboot exclude each other" : "";
+}
+
 void RebootAndVerify(const RebootMeans& means, const Options& options, const std::vector<ExpectedValue>& expected,
                      Answer& answer)
 {
@@ -328,7 +353,7 @@ void RebootAndVerify(const RebootMeans& means, const Options& options, const std
 
 void RebootForChanges(const RebootMeans& means, const Options& options, const WaitingChanges& waiting, Answer& answer)
 {
-    if (!options.Reboot || StopSignal() != 0)
+    if (!IsToRestart(options))
     {
         return;
     }
