@@ -99,14 +99,14 @@ Answer RestartSystem(const RebootMeans& means, const Options& options)
     const std::chrono::milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
     std::string type = options.Names.empty() ? std::string() : options.Names.front();
     RestartEnd end = Restart(means, options, until, before, type);
-    if (end.Trouble)
+    if (end.Why && end.State != RestartState::Back)
     {
-        AddFailure(answer, std::move(*end.Trouble));
+        AddFailure(answer, std::move(*end.Why));
         return answer;
     }
-    if (end.Unanswered)
+    if (end.Why)
     {
-        answer.Notes.push_back(UnansweredWarning(*end.Unanswered));
+        answer.Notes.push_back(UnansweredWarning(*end.Why));
     }
     const std::string outcome = options.Wait ? "the system is back" : "restart requested";
     if (options.Json)

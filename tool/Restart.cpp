@@ -168,22 +168,26 @@ RestartEnd Restart(const RebootMeans& means, const Options& options, millisecond
 {
     // Whether a request has arrived whose answer was lost, the system will tell.
     auto [asked, isOpen] = PostReset(means, system, type);
-    if (!options.Wait || (asked && !isOpen))
+    if (asked && !isOpen)
     {
-        return {!asked, std::move(asked), isOpen, {}};
+        return {RestartState::NotRequested, std::move(asked)};
+    }
+    if (!options.Wait)
+    {
+        return {isOpen ? RestartState::Open : RestartState::Requested, std::move(asked)};
     }
     means.Tell(isOpen ? "looking whether the system restarts" : "restart requested (" + type + ")");
     std::optional<Failure> waited = WaitUntilBack(means, system, until, !isOpen);
-    if (!isOpen)
-    {
-        return {true, std::move(waited), false, {}};
-    }
     if (!waited)
     {
-        return {true, {}, false, std::move(asked)};
+        return {RestartState::Back, std::move(asked)};
+    }
+    if (!isOpen)
+    {
+        return {RestartState::NotBack, std::move(waited)};
     }
     asked->Message += " " + waited->Message;
-    return {false, std::move(asked), true, {}};
+    return {RestartState::Open, std::move(asked)};
 }
 
 } // namespace Tavrine::Tool

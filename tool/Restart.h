@@ -48,19 +48,28 @@ class GrowingPause
     std::chrono::milliseconds m_Next;
 };
 
+enum class RestartState
+{
+    NotRequested,
+    /// Nobody knows whether the request was carried out.
+    Open,
+    /// It was asked for, and not waited for.
+    Requested,
+    /// It was asked for and waited for in vain.
+    NotBack,
+    /// The system is back.
+    Back,
+};
+
 /// What became of a restart.
 struct RestartEnd
 {
-    /// It was asked for, for all that is known.
-    bool Requested = false;
-    std::optional<Failure> Trouble;
-    /// Nobody knows whether the request was carried out; Trouble tells why.
-    bool Open = false;
-    /// Why the request failed, which was carried out all the same.
-    std::optional<Failure> Unanswered;
+    RestartState State = RestartState::NotRequested;
+    /// Of Back: why the request failed, which was carried out all the same. Of Requested there is none.
+    std::optional<Failure> Why = {};
 };
 
-/// The warning that tells of it.
+/// The warning of a request that failed and was carried out all the same.
 std::string UnansweredWarning(const Failure& unanswered);
 
 /// Asks for a reset of the system: of this type, or with an empty one for a graceful

@@ -227,29 +227,34 @@ bool MayRestart(const RebootMeans& means, const SecretTexts& secrets, Before& be
 
 /// @param type  of the reset.
 /// @return whether the system was seen to be back.
-bool TellRestart(RestartEnd end, const std::string& type, const Options& options, const SecretTexts& secrets,
-                 Answer& answer)
+bool TellRestart(const RestartEnd& end, const std::string& type, const SecretTexts& secrets, Answer& answer)
 {
-    if (end.Trouble)
+    const Failure why = Hidden(end.Why.value_or(Failure()), secrets);
+    const auto fail = [&](const std::string& before, const std::string& behind) {
+        AddFailure(answer, {why.Code, before + why.Message + behind, why.Setting, why.Cause});
+    };
+    switch (end.State)
     {
-        end.Trouble = Hidden(std::move(*end.Trouble), secrets);
-        end.Trouble->Message.insert(0, end.Requested ? ""
-                                       : end.Open    ? "Whether the system is restarted is not known: "
-                                                     : "The system was not restarted: ");
-        end.Trouble->Message += end.Requested ? "; whether the changes are in force is not known" : "";
-        AddFailure(answer, std::move(*end.Trouble));
-        return false;
-    }
-    if (!options.Wait)
-    {
+    case RestartState::NotRequested:
+        fail("The system was not restarted: ", "");
+        break;
+    case RestartState::Open:
+        fail("Whether the system is restarted is not known: ", "");
+        break;
+    case RestartState::NotBack:
+        fail("", "; whether the changes are in force is not known");
+        break;
+    case RestartState::Requested:
         answer.Notes.push_back("restart requested (" + type + "); what comes of the changes: tavrine results");
-        return false;
+        break;
+    case RestartState::Back:
+        if (end.Why)
+        {
+            answer.Notes.push_back(UnansweredWarning(why));
+        }
+        break;
     }
-    if (end.Unanswered)
-    {
-        answer.Notes.push_back(UnansweredWarning(Hidden(std::move(*end.Unanswered), secrets)));
-    }
-    return true;
+    return end.State == RestartState::Back;
 }
 
 /// @param secrets  that the words of the BMC may repeat.
@@ -268,8 +273,8 @@ bool RebootAndLook(const RebootMeans& means, const Options& options, const std::
         return false;
     }
     std::string type;
-    RestartEnd end = Restart(means, options, until, before.System, type);
-    if (!TellRestart(std::move(end), type, options, secrets, answer))
+    const RestartEnd end = Restart(means, options, until, before.System, type);
+    if (!TellRestart(end, type, secrets, answer))
     {
         return false;
     }
