@@ -98,9 +98,11 @@ Answer ChangeSettings(RedfishConfigProc& front, const ManagerReader& readManager
         // A stopped run tells no failures, but this it must tell.
         for (const SetSetting& setting : plan.Settings)
         {
-            plan.Notes.push_back(setting.Why ? WithoutPasswords(plan, &setting, *setting.Why).Message : std::string());
+            if (setting.Why)
+            {
+                plan.Notes.push_back(WithoutPasswords(plan, &setting, *setting.Why).Message);
+            }
         }
-        std::erase(plan.Notes, std::string());
     }
     waiting = WaitingOf(plan);
     return AnswerOf(plan, failure, options);

@@ -181,8 +181,14 @@ Answer DryRunAnswerOf(const SetPlan& plan, const Options& options)
     {
         const std::string body = BodyOf(plan, request);
         oemAction = oemAction || plan.Settings[request.front()].Protected;
-        options.Json ? static_cast<void>(bodies.push_back(ValueOfJson(body)))
-                     : static_cast<void>(answer.Text += body + "\n");
+        if (options.Json)
+        {
+            bodies.push_back(ValueOfJson(body));
+        }
+        else
+        {
+            answer.Text += body + "\n";
+        }
     }
     if (options.Json)
     {

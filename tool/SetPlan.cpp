@@ -76,9 +76,14 @@ class Planner
             setting.Value = pair.Value;
             BIOSCompatibleModule(m_Front.m_Options).ConvertNameFromOldToNew(pair.Name, setting.Key);
         }
-        if (!RefuseSameSettings() && TakeRegistry() && ReadSettings())
+        const bool isRead = !RefuseSameSettings() && TakeRegistry() && ReadSettings();
+        if (isRead && m_Options.NoCheck)
         {
-            m_Options.NoCheck ? PlanUnchecked() : PlanChecked();
+            PlanUnchecked();
+        }
+        else if (isRead)
+        {
+            PlanChecked();
         }
         return std::move(m_Plan);
     }
@@ -112,12 +117,12 @@ class Planner
     bool TakeRegistry()
     {
         const RedfishConfigResult result = m_ReadManager(m_Front, m_Manager);
-        if (IsSuccess(result.ErrorCode()))
+        // Without the check a BMC that serves no protected settings is good enough.
+        if (IsSuccess(result.ErrorCode()) || (m_Options.NoCheck && MissesAction(FailureOf(result))))
         {
             return true;
         }
-        // Without the check a BMC that serves no protected settings is good enough.
-        return m_Options.NoCheck && MissesAction(FailureOf(result)) ? true : Stop(result);
+        return Stop(result);
     }
 
     bool ReadSettings()

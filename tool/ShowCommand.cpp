@@ -139,7 +139,9 @@ class GroupLookup
             }
             return found;
         };
-        const bool found = take(m_Group.Texts, settings.Texts) | take(m_Group.Typed, settings.Typed);
+        const bool foundTexts = take(m_Group.Texts, settings.Texts);
+        const bool foundTyped = take(m_Group.Typed, settings.Typed);
+        const bool found = foundTexts || foundTyped;
         return {found ? CodeSucceed : CodeNotFound, found ? "" : NothingMatches(word).Message, ""};
     }
 
