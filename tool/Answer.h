@@ -90,8 +90,8 @@ Failure FailureOf(RedfishConfigResult result, const std::string& setting = {});
 /// where that one is about less.
 void AddFailure(Answer& answer, Failure failure);
 
-/// "CODE text", then the notes of the answer, each behind "tavrine: " on a line of
-/// its own; a line that was there already is left out.
+/// "CODE text" of each failure, with "cause: text" behind it where it has a cause, then the notes of the answer, each
+/// behind "tavrine: " on a line of its own; a line that was there already is left out.
 std::string StderrLines(const Answer& answer);
 
 } // namespace Tavrine::Tool

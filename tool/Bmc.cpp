@@ -147,7 +147,7 @@ TavrineConnection::ConnectionInfo Bmc::Record() const
 std::optional<Failure> Bmc::MakeConnection()
 {
     TavrineConnection::ConnectionInfo info = Record();
-    Secret password(LongestPassword + 1);
+    PasswordText password;
     if (m_Simulator)
     {
         password.Text() = bmcsim::SimulatorOptions().Password;

@@ -67,7 +67,7 @@ class Bmc
     /// For single requests; there after Prepare.
     TavrineConnection::BmcConnection& Connection() const { return *m_Connection; }
 
-    /// Host and port; for messages.
+    /// Host and port, or that the BMC is the simulated one; for messages.
     std::string Name() const;
 
   private:

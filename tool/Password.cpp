@@ -83,8 +83,9 @@ class EchoOff
 
 /// Reads up to a line's end, byte by byte, so that nothing behind it is swallowed.
 /// @return empty, or what went wrong.
-std::string ReadLine(int descriptor, std::string& line)
+std::string ReadLine(int descriptor, PasswordText& password)
 {
+    std::string& line = password.Text();
     for (;;)
     {
         char byte = 0;
@@ -115,7 +116,7 @@ std::string ReadLine(int descriptor, std::string& line)
     return line.empty() ? "the first line is empty" : std::string();
 }
 
-std::optional<Failure> ReadPasswordFile(const std::string& file, std::string& password)
+std::optional<Failure> ReadPasswordFile(const std::string& file, PasswordText& password)
 {
     const bool standardInput = file == "-";
     const std::string shown = standardInput ? "standard input" : file;
@@ -132,11 +133,11 @@ std::optional<Failure> ReadPasswordFile(const std::string& file, std::string& pa
 }
 
 /// @param value  of the variable; nothing of it is left there.
-std::optional<Failure> TakeFromEnvironment(char* value, std::string& password)
+std::optional<Failure> TakeFromEnvironment(char* value, PasswordText& password)
 {
     const std::size_t size = std::strlen(value);
     const bool isTooLong = size > LongestPassword;
-    password.assign(value, isTooLong ? 0 : size);
+    password.Text().assign(value, isTooLong ? 0 : size);
     explicit_bzero(value, size);
     unsetenv(Variable);
     return !isTooLong ? std::nullopt
@@ -147,7 +148,7 @@ std::optional<Failure> TakeFromEnvironment(char* value, std::string& password)
 
 bool HasControllingTerminal() { return Descriptor(open(Terminal, O_RDWR | O_CLOEXEC | O_NOCTTY), true).Number() >= 0; }
 
-std::optional<Failure> Prompt(const std::string& who, std::string& password)
+std::optional<Failure> Prompt(const std::string& who, PasswordText& password)
 {
     if (!HasControllingTerminal())
     {
@@ -161,7 +162,7 @@ std::optional<Failure> Prompt(const std::string& who, std::string& password)
 
 } // namespace
 
-std::string AskHidden(const std::string& question, std::string& reply)
+std::string AskHidden(const std::string& question, PasswordText& reply)
 {
     const Descriptor terminal(open(Terminal, O_RDWR | O_CLOEXEC | O_NOCTTY), true);
     if (terminal.Number() < 0)
@@ -177,15 +178,15 @@ std::string AskHidden(const std::string& question, std::string& reply)
     return ReadLine(terminal.Number(), reply);
 }
 
-std::optional<Failure> FindPassword(const std::string& file, const std::string& who, Secret& password)
+std::optional<Failure> FindPassword(const std::string& file, const std::string& who, PasswordText& password)
 {
     if (!file.empty())
     {
-        return ReadPasswordFile(file, password.Text());
+        return ReadPasswordFile(file, password);
     }
     char* const value = std::getenv(Variable);
     const bool isSet = value != nullptr && *value != '\0';
-    return isSet ? TakeFromEnvironment(value, password.Text()) : Prompt(who, password.Text());
+    return isSet ? TakeFromEnvironment(value, password) : Prompt(who, password);
 }
 
 } // namespace Tavrine::Tool

@@ -68,12 +68,12 @@ std::string ReadValue(int input, const std::string& shownName, std::string& text
     {
         return ReadAll(input, text);
     }
-    Secret line(LongestPassword + 1);
-    Secret again(LongestPassword + 1);
-    std::string error = AskHidden("New value of " + shownName + ": ", line.Text());
+    PasswordText line;
+    PasswordText again;
+    std::string error = AskHidden("New value of " + shownName + ": ", line);
     if (error.empty())
     {
-        error = AskHidden("The same again: ", again.Text());
+        error = AskHidden("The same again: ", again);
     }
     if (error.empty() && line.Text() != again.Text())
     {

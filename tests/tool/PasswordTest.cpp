@@ -23,7 +23,7 @@ struct Found
 
 Found FromFile(const std::string& path)
 {
-    Secret password(LongestPassword + 1);
+    PasswordText password;
     Found found;
     found.Trouble = FindPassword(path, Who, password);
     found.Text = password.Text();
@@ -91,7 +91,7 @@ TEST(PasswordVariable, IsTakenOutOfTheEnvironment)
 {
     setenv("TAVRINE_PASSWORD", "from-environment", 1);
     const char* place = std::getenv("TAVRINE_PASSWORD");
-    Secret password(LongestPassword + 1);
+    PasswordText password;
     EXPECT_FALSE(FindPassword("", Who, password));
     EXPECT_EQ(password.Text(), "from-environment");
     EXPECT_EQ(std::getenv("TAVRINE_PASSWORD"), nullptr);
@@ -105,7 +105,7 @@ TEST(PasswordVariable, IsTakenUpToTheLimitAndGoneEitherWay)
         const std::string text(size, 'p');
         setenv("TAVRINE_PASSWORD", text.c_str(), 1);
         const char* place = std::getenv("TAVRINE_PASSWORD");
-        Secret password(LongestPassword + 1);
+        PasswordText password;
         const std::optional<Failure> trouble = FindPassword("", Who, password);
         EXPECT_EQ(password.Text(), trouble ? "" : text);
         EXPECT_EQ(trouble.has_value(), size > LongestPassword);
