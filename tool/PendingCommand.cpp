@@ -353,11 +353,12 @@ bool PutInto(Answer& answer, CauseLog& causes, const SettingCompareMap& compared
 /// What is pending beside single values.
 void PutDefaults(const RedfishConfigProc& front, const Options& options, bool isNothing, Answer& answer)
 {
-    if (!WarnOfDefaults(front, answer.Notes))
+    const bool due = WarnOfDefaults(front, answer.Notes);
+    if (options.Json)
     {
-        return;
+        answer.More["defaultsPending"] = due;
     }
-    if (isNothing)
+    if (due && isNothing)
     {
         answer.Message = "All settings go to their defaults at the next start of the system.";
         answer.Text = options.Json ? "" : answer.Message + "\n";

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
 #include <httplib.h>
 
 #include "ChangeMachine.h"
@@ -75,6 +76,19 @@ class ProgramChangeDefaults : public ::testing::Test
         EXPECT_TRUE(Says(changed.Errors, Warning)) << changed.Errors;
         EXPECT_TRUE(Says(changed.Errors, "The system was not restarted, since all settings would go to their defaults"))
             << changed.Errors;
+    }
+
+    /// Programs tell it by a member, not by words.
+    void ExpectDataTellsDefaults(bool pending) const
+    {
+        for (const Words& words : {Words{"--json", "pending"}, {"--json", "pending", "NumLock"}})
+        {
+            const json::object document = json::parse(Tool(words).Output).as_object();
+            EXPECT_TRUE(document.contains("defaultsPending") && document.at("defaultsPending") == json::value(pending))
+                << json::serialize(document);
+        }
+        const json::value results = json::parse(Tool({"--json", "results"}).Output);
+        EXPECT_EQ(results.at("results").at("defaultsPending"), json::value(pending));
     }
 
     void ExpectLoadedByTheNextStart() const
@@ -280,7 +294,9 @@ TEST_F(ProgramChangeReboot, ARestartWhoseAnswerIsLostIsLookedFor)
 TEST_F(ProgramChangeDefaults, ALoadOfAllDefaultsIsSeenUntilTheNextStart)
 {
     EXPECT_FALSE(Says(Tool({"pending"}).Errors, Warning));
+    ExpectDataTellsDefaults(false);
     EXPECT_EQ(Tool({"loaddefault", "BIOS", "--yes"}).Status, 0);
+    ExpectDataTellsDefaults(true);
 
     const Finished pending = Tool({"pending"});
     EXPECT_EQ(pending.Status, 0);
@@ -312,6 +328,7 @@ TEST_F(ProgramChangeDefaults, ALoadOfAllDefaultsIsSeenUntilTheNextStart)
 TEST_F(ProgramChangeDefaults, ALoadByTheFirmwareIsSeenUntilTheNextStart)
 {
     EXPECT_EQ(Tool({"loaddefault", "BIOS", "--post", "--yes"}).Status, 0);
+    ExpectDataTellsDefaults(true);
     for (const Words& words : {Words{"pending"}, {"describe", "BootFailLimit"}, {"save", Now}})
     {
         EXPECT_TRUE(Says(Tool(words).Errors, Warning)) << words.front();
