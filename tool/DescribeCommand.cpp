@@ -276,6 +276,10 @@ class Describer
         {
             description.Pending.Unknown = FailureOf(result).Message;
         }
+        else if (description.Info.SettingType == "Password")
+        {
+            description.Pending.Unknown = "it is a password"; // no BMC shows it, whether one waits or not
+        }
     }
 
     /// Puts a failure among those of the answer. @return its message.

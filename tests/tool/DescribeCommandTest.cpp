@@ -238,6 +238,23 @@ TEST_F(DescribeCommand, PendingValuesThatCannotBeReadAreUnknown)
     EXPECT_NE(answer.Text.find("Pending value   (unknown: Fail to query the setting.)"), std::string::npos);
 }
 
+TEST_F(DescribeCommand, OfAPasswordNobodyKnowsWhatWaits)
+{
+    KnowingFront front = Machine();
+    for (const RedfishConfigResult& all :
+         {Good, RedfishConfigResult(2, "Setting has no pending value.", ""), RedfishConfigResult(20, "", "")})
+    {
+        front.PendingPairs.insert_or_assign("", std::pair(all, SettingCompareMap()));
+        const Answer answer = Describe(front, {}, {"Lock"});
+        EXPECT_EQ(answer.Code, 0) << StderrLines(answer);
+        EXPECT_NE(answer.Text.find("  Value           (none)\n  Pending value   (unknown: it is a password)\n"),
+                  std::string::npos)
+            << answer.Text;
+    }
+    front.PendingPairs.insert_or_assign("", std::pair(RedfishConfigResult(24, "gone", ""), SettingCompareMap()));
+    EXPECT_NE(Describe(front, {}, {"Lock"}).Text.find("Pending value   (unknown: gone)"), std::string::npos);
+}
+
 TEST_F(DescribeCommand, WhereNothingIsPendingItIsAskedOnce)
 {
     for (const int code : {2, 26})
