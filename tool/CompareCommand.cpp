@@ -5,6 +5,7 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,6 +21,7 @@
 #include "DisplayWidth.h"
 #include "JsonOutput.h"
 #include "JsonValues.h"
+#include "MissingActions.h"
 #include "NamePatterns.h"
 #include "Options.h"
 #include "PendingCommand.h"
@@ -199,8 +201,8 @@ json::value LikeCurrent(const std::string& text, const json::value& current)
     return value ? VariantToJson(*value) : json::value(ValidUtf8(text));
 }
 
-/// Tells of which settings of a file the values must not be shown.
-class SecretSettings
+/// Tells of which settings of a file the values must not be shown, and which have a way of their own.
+class SettingKinds
 {
   public:
     /// Reads the registry, and tells where that fails. @return false where nothing can be read any more.
@@ -221,8 +223,15 @@ class SecretSettings
         return true;
     }
 
+    /// Whether its value in force comes of an action of its own.
+    bool IsProtected(const std::string& bare) const
+    {
+        RedfishConfigSettingInfoStru info;
+        return m_Manager && m_Manager->GetSettingOutline(bare, info) == CodeSucceed && info.IsProtected;
+    }
+
     /// Without a registry any setting may be a password whose value in force is no number and no boolean.
-    bool Has(const std::string& bare, const json::value& current) const
+    bool IsSecret(const std::string& bare, const json::value& current) const
     {
         if (!m_Manager)
         {
@@ -235,6 +244,69 @@ class SecretSettings
 
   private:
     std::unique_ptr<RedfishConfigSettingManager> m_Manager;
+};
+
+/// Reads the values in force of protected settings, each by itself, where that is allowed.
+class ProtectedValues
+{
+  public:
+    /// @param front  of typed output.
+    ProtectedValues(RedfishConfigProc& front, const Options& options, CauseLog& causes, Answer& answer)
+        : m_Front(front), m_Options(options), m_Causes(causes), m_Answer(answer)
+    {
+    }
+
+    /// @return null where the setting has none, nothing where it is not known.
+    std::optional<json::value> Of(const std::string& bare, const std::string& shownName)
+    {
+        m_Withheld += m_Options.Protected ? 0U : 1U;
+        if (!m_Options.Protected || m_HasFailed)
+        {
+            return std::nullopt;
+        }
+        SettingStringMap given;
+        RedfishConfigResult result = m_Front.QuerySettingValue(bare, given);
+        TypedSettings single;
+        if (IsSuccess(result.ErrorCode()) && !given.empty() && !ReadTypedSettings(given.begin()->second, "", single))
+        {
+            result = CodeInternal;
+        }
+        if (IsSuccess(result.ErrorCode()) || result == CodeNoValue || result == CodeNotFound)
+        {
+            return single.empty() ? json::value() : single.begin()->second;
+        }
+        Fail(m_Causes.Explain(result, shownName));
+        return std::nullopt;
+    }
+
+    void TellWithheld(std::size_t all) const
+    {
+        if (m_Withheld != 0)
+        {
+            m_Answer.Notes.push_back(fmt::format("note: {} of {} settings of the file are protected, so that their "
+                                                 "values are not read; give --protected",
+                                                 m_Withheld, all));
+        }
+    }
+
+  private:
+    /// All of them come by one action, which would fail for the others as well.
+    void Fail(Failure failure)
+    {
+        m_HasFailed = true;
+        if (MissesAction(failure))
+        {
+            m_Answer.Notes.emplace_back(MissingActionHint);
+        }
+        AddFailure(m_Answer, std::move(failure));
+    }
+
+    RedfishConfigProc& m_Front;
+    const Options& m_Options;
+    CauseLog& m_Causes;
+    Answer& m_Answer;
+    std::size_t m_Withheld = 0;
+    bool m_HasFailed = false;
 };
 
 /// The settings of a file that a command line means, under the names to be shown: all
@@ -379,21 +451,28 @@ Answer CompareFile(const Options& options, const CompareWay& way)
         AddFailure(answer, causes.Explain(result));
         return answer;
     }
-    SecretSettings secrets;
-    if (!secrets.Read(*front, way.Manager, causes, answer))
+    SettingKinds kinds;
+    if (!kinds.Read(*front, way.Manager, causes, answer))
     {
         return answer;
     }
+    ProtectedValues protectedValues(*front, options, causes, answer);
     Comparison comparison;
     std::size_t absent = 0;
     for (const auto& [shownName, bare] : ChosenOfFile(saved, NamesBehindFirst(options), prefixes, path, answer))
     {
         const auto current = inForce.find(bare);
-        const json::value value = current != inForce.end() ? current->second : json::value();
-        absent += value.is_null() ? 1U : 0U;
+        std::optional<json::value> known = current != inForce.end() ? current->second : json::value();
+        if (options.SystemType == SystemTypeUefi && known->is_null() && kinds.IsProtected(bare))
+        {
+            known = protectedValues.Of(bare, shownName);
+        }
+        const json::value value = known.value_or(json::value());
+        absent += known && value.is_null() ? 1U : 0U;
         comparison.emplace_back(shownName,
-                                ValuePair{value, LikeCurrent(saved.at(bare), value), secrets.Has(bare, value)});
+                                ValuePair{value, LikeCurrent(saved.at(bare), value), kinds.IsSecret(bare, value)});
     }
+    protectedValues.TellWithheld(comparison.size());
     if (absent != 0)
     {
         answer.Notes.push_back(
@@ -410,7 +489,9 @@ void AddCompareOptions(CLI::App& command, Options& options)
         "The first word is what to compare with: defaults, pending, or a saved FILE (./defaults for one of\n"
         "that name). defaults stand beside what waits for a reboot, where something does, and else beside what is in\n"
         "force; the two others beside what is in force. With --hex defaults and what stands beside them stay\n"
-        "decimal. Passwords of a FILE are compared and not shown. Further options: tavrine --help");
+        "decimal. Passwords of a FILE are compared and not shown, and its protected settings need --protected.\n"
+        "A value that is not there or not known is \\N, in a table on a terminal (none).\n"
+        "Further options: tavrine --help");
 }
 
 Answer RunCompare(const Options& options, Bmc& bmc)

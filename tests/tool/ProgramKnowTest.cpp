@@ -253,6 +253,40 @@ TEST(ProgramKnow, ProtectedValuesAreExportedOnlyWhenThatIsAllowed)
     EXPECT_NE(exported({"describe", "Seal", "--protected"}).find("unbroken"), std::string::npos);
 }
 
+TEST(ProgramKnow, ProtectedSettingsOfAFileAreComparedWhereThatIsAllowed)
+{
+    TestMachine machine;
+    machine.AddProtected();
+    const std::string file = machine.Folder().Write("saved", "Seal=broken\nMode=Legacy\nEmpty=x\n");
+    Words words = {"compare", file};
+    const Finished withheld = RunToEnd(On(machine.Path(), words));
+    EXPECT_EQ(withheld.Status, 0);
+    EXPECT_EQ(withheld.Output, "UEFI.Empty\t\\N\tx\nUEFI.Mode\tUefi\tLegacy\nUEFI.Seal\t\\N\tbroken\n");
+    EXPECT_EQ(withheld.Errors, "tavrine: note: 1 of 3 settings of the file are protected, so that their values are "
+                               "not read; give --protected\n"
+                               "tavrine: note: 1 of 3 settings of the file have no value on the machine\n");
+    words.emplace_back("--protected");
+    const Finished read = RunToEnd(On(machine.Path(), words));
+    EXPECT_EQ(read.Status, 0);
+    EXPECT_EQ(read.Output, "UEFI.Empty\t\\N\tx\nUEFI.Mode\tUefi\tLegacy\nUEFI.Seal\tunbroken\tbroken\n");
+    EXPECT_EQ(read.Errors, "tavrine: note: 1 of 3 settings of the file have no value on the machine\n");
+    words.insert(words.begin(), {"--system-type", "bios"});
+    EXPECT_NE(RunToEnd(On(machine.Path(), words)).Errors.find("2 of 3 settings of the file have no value on the"),
+              std::string::npos);
+}
+
+TEST(ProgramKnow, ABmcWithoutTheActionsFailsOnceForAllProtectedSettingsOfAFile)
+{
+    const TestMachine machine;
+    const Finished compared = RunToEnd(
+        On(machine.Path(), {"--protected", "compare", machine.Folder().Write("saved", "Seal=broken\nMode=Uefi\n")}));
+    EXPECT_NE(compared.Status, 0);
+    EXPECT_EQ(compared.Output, "UEFI.Mode\tUefi\tUefi\nUEFI.Seal\t\\N\tbroken\n");
+    EXPECT_NE(compared.Errors.find("hint: the BMC lacks the OEM actions for protected settings"), std::string::npos)
+        << compared.Errors;
+    EXPECT_EQ(compared.Errors.find("have no value on the machine"), std::string::npos) << compared.Errors;
+}
+
 TEST(ProgramKnow, WhatWasSavedEqualsTheMachine)
 {
     const testdata::TemporaryFolder folder;
