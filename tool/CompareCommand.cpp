@@ -311,9 +311,10 @@ class ProtectedValues
 
 /// The settings of a file that a command line means, under the names to be shown: all
 /// that are not hidden, or those that are named.
-std::map<std::string, std::string> ChosenOfFile(const SettingStringMap& saved, const std::vector<std::string>& names,
-                                                const Prefixes& prefixes, const std::string& path, Answer& answer)
+std::map<std::string, std::string> ChosenOfFile(const SettingStringMap& saved, const Options& options,
+                                                const Prefixes& prefixes, Answer& answer)
 {
+    const std::vector<std::string> names = NamesBehindFirst(options);
     const std::vector<std::string> keywords = HiddenKeywords();
     std::map<std::string, std::string> chosen;
     const auto take = [&](const auto& test, const std::string& prefix)
@@ -335,7 +336,7 @@ std::map<std::string, std::string> ChosenOfFile(const SettingStringMap& saved, c
     }
     for (const std::string& name : names)
     {
-        const std::string bare = BareName(name, prefixes);
+        const std::string bare = CurrentName(BareName(name, prefixes), options.LegacyNames);
         if (IsPattern(name))
         {
             const NamePattern pattern(name, prefixes);
@@ -351,8 +352,9 @@ std::map<std::string, std::string> ChosenOfFile(const SettingStringMap& saved, c
         else
         {
             const std::string shownName = prefixes.First + "." + bare;
-            AddFailure(answer,
-                       {CodeNotFound, "The file " + path + " does not have the setting " + shownName, shownName});
+            AddFailure(answer, {CodeNotFound,
+                                "The file " + options.Names.front() + " does not have the setting " + shownName,
+                                shownName});
         }
     }
     return chosen;
@@ -439,7 +441,7 @@ Answer CompareFile(const Options& options, const CompareWay& way)
     const std::unique_ptr<RedfishConfigProc> front = way.FreshFront(OutputForm::Typed);
     const Prefixes prefixes = ShownPrefixes(*front);
     SettingStringMap saved;
-    if (const std::string error = TakeBareSettings(file, prefixes, saved); !error.empty())
+    if (const std::string error = TakeBareSettings(file, prefixes, saved, options.LegacyNames); !error.empty())
     {
         AddFailure(answer, {CodeParameter, "The file " + path + " cannot be compared: " + error});
         return answer;
@@ -459,7 +461,7 @@ Answer CompareFile(const Options& options, const CompareWay& way)
     ProtectedValues protectedValues(*front, options, causes, answer);
     Comparison comparison;
     std::size_t absent = 0;
-    for (const auto& [shownName, bare] : ChosenOfFile(saved, NamesBehindFirst(options), prefixes, path, answer))
+    for (const auto& [shownName, bare] : ChosenOfFile(saved, options, prefixes, answer))
     {
         const auto current = inForce.find(bare);
         std::optional<json::value> known = current != inForce.end() ? current->second : json::value();

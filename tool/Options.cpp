@@ -209,7 +209,8 @@ void AddSettingOptions(CLI::App& app, Options& options, Written& written)
         ->group(group);
     app.add_flag("--protected", options.Protected, "Allow protected settings of a UEFI system, where they are named")
         ->group(group);
-    app.add_flag("--legacy-names", options.LegacyNames, "Names may be old names, as the configuration lists them")
+    app.add_flag("--legacy-names", options.LegacyNames,
+                 "Names, those of a file too, may be old names, as the configuration lists them")
         ->group(group);
     app.add_option("--prefix", written.Prefix, "Prefix of shown names, and that of whole groups")
         ->type_name("A[,B]")

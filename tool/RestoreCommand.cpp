@@ -192,7 +192,8 @@ class Restorer
         {
             return failure;
         }
-        if (const std::string error = TakeSavedNames(saved, PrefixesOf(m_Options), plan); !error.empty())
+        if (const std::string error = TakeSavedNames(saved, PrefixesOf(m_Options), plan, m_Options.LegacyNames);
+            !error.empty())
         {
             return Failure{CodeParameter, "The file " + file + " cannot be restored: " + error};
         }

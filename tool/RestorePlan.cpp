@@ -192,10 +192,10 @@ class Judge
 
 } // namespace
 
-std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes, RestorePlan& plan)
+std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes, RestorePlan& plan, bool legacyNames)
 {
     SettingStringMap bare;
-    if (std::string error = TakeBareSettings(saved, prefixes, bare); !error.empty())
+    if (std::string error = TakeBareSettings(saved, prefixes, bare, legacyNames); !error.empty())
     {
         return error;
     }

@@ -67,9 +67,11 @@ struct RestorePlan
 using IsReported = std::function<bool(const std::string& name)>;
 
 /// Begins a plan anew.
+/// @param legacyNames  as TakeBareSettings has it.
 /// @return empty with the settings of the file under their bare names, or which of them
 ///         stand in it under two.
-std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes, RestorePlan& plan);
+std::string TakeSavedNames(const SavedSettings& saved, const Prefixes& prefixes, RestorePlan& plan,
+                           bool legacyNames = false);
 
 /// Judges the settings of the plan as the library will: since one that it refuses makes
 /// it send none at all, those are found here and left out.

@@ -363,7 +363,8 @@ bool AsksForDefaults(std::string_view bareName, std::string_view value)
     return bareName == PostLoadSetting && value == PostLoadValue;
 }
 
-std::string TakeBareSettings(const SavedSettings& saved, const Prefixes& prefixes, SettingStringMap& bare)
+std::string TakeBareSettings(const SavedSettings& saved, const Prefixes& prefixes, SettingStringMap& bare,
+                             bool legacyNames)
 {
     std::vector<Prefixes> known = {prefixes, {"BIOS", "UEFI"}};
     if (!saved.Header.Prefix.empty())
@@ -377,6 +378,7 @@ std::string TakeBareSettings(const SavedSettings& saved, const Prefixes& prefixe
         {
             stripped = BareName(name, *one);
         }
+        stripped = CurrentName(stripped, legacyNames);
         const std::size_t before = bare.size();
         bare.emplace_hint(bare.end(), stripped, text); // where it belongs in a file that save has written
         if (bare.size() == before)

@@ -83,7 +83,9 @@ bool AsksForDefaults(std::string_view bareName, std::string_view value);
 
 /// The settings of a file by bare name. Off each name goes a prefix in force, else that of the file's header, else
 /// "BIOS" or "UEFI": a file may be written by hand, or come from a system of another kind.
+/// @param legacyNames  old names are taken for the current ones: the file may be older than these.
 /// @return empty, or which setting stands in the file under two names.
-std::string TakeBareSettings(const SavedSettings& saved, const Prefixes& prefixes, SettingStringMap& bare);
+std::string TakeBareSettings(const SavedSettings& saved, const Prefixes& prefixes, SettingStringMap& bare,
+                             bool legacyNames = false);
 
 } // namespace Tavrine::Tool

@@ -8,6 +8,7 @@
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 
+#include "BIOSCompatibleModule.h"
 #include "ConfigOptions.h"
 #include "GlobalConfig.h"
 #include "Options.h"
@@ -46,6 +47,15 @@ std::string BareName(const std::string& name, const Prefixes& prefixes)
         }
     }
     return name;
+}
+
+std::string CurrentName(const std::string& name, bool legacyNames)
+{
+    Config_Options options;
+    options.LegacyNameMode = legacyNames;
+    std::string current = name;
+    BIOSCompatibleModule(options).ConvertNameFromOldToNew(name, current);
+    return current;
 }
 
 std::string WithShownName(std::string message, const std::string& name, const std::string& shownName)

@@ -27,6 +27,10 @@ std::string BareName(const std::string& name, const Prefixes& prefixes);
 /// The bare names in the order in which they were given, each once.
 std::vector<std::string> BareNames(const std::vector<std::string>& names, const Prefixes& prefixes);
 
+/// The name that a setting has now under an old one of the configuration file (LegacyNamesTable); any other name stays
+/// as it is, and so does each where old names are not asked for.
+std::string CurrentName(const std::string& name, bool legacyNames);
+
 /// A message of the library, in which the first "setting NAME" becomes "setting SHOWN".
 /// @param name  the bare name as the message has it: in the answers of a setting manager the name that it was asked
 ///              about, or the setting's key; in those of a front object the name that it was asked about, and where

@@ -309,6 +309,22 @@ TEST_F(CompareCommand, NamesSelectFromTheFile)
     EXPECT_EQ(answer.Errors[1].Message, "Unable to find a setting that matches Z*");
 }
 
+TEST_F(CompareCommand, OldNamesOfAFileAreTakenWhereThatIsAskedFor)
+{
+    const Configured names("[legacy_names]\nOldA = \"ProcA\"\n");
+    const KnowingFront machine = Typed(R"({"ProcA":1,"Mem":3})");
+    const std::string file = m_Folder.Write("saved", "OldA=2\nMem=3\n");
+    Options options = Asked({file});
+    EXPECT_EQ(CompareFile(options, From(KnowingFront(), machine)).Text, "Two.Mem\t3\t3\nTwo.OldA\t\\N\t2\n");
+    options.LegacyNames = true;
+    EXPECT_EQ(CompareFile(options, From(KnowingFront(), machine)).Text, "Two.Mem\t3\t3\nTwo.ProcA\t1\t2\n");
+    for (const char* const name : {"OldA", "ProcA", "One.OldA"})
+    {
+        options.Names = {file, name};
+        EXPECT_EQ(CompareFile(options, From(KnowingFront(), machine)).Text, "One.ProcA\t1\t2\n") << name;
+    }
+}
+
 TEST_F(CompareCommand, AFileThatCannotBeReadAsksNobody)
 {
     const CompareWay way = {[](OutputForm)

@@ -205,6 +205,31 @@ TEST_F(ProgramReturn, AFileWithAPrefixOfItsOwnMeansTheSameToARestoreAndAComparis
     }
 }
 
+TEST_F(ProgramReturn, OldNamesOfAFileMeanTheSameToARestoreAndAComparison)
+{
+    const std::string config = Folder().Write("names.toml", "[legacy_names]\nOldOwner = \"AssetOwner\"\n");
+    const std::string file = Folder().Write("old.conf", "OldOwner=Nobody\n");
+    const auto run = [&](const std::string& command)
+    {
+        Launch launch;
+        launch.Arguments = {"--simulate", "--state", Name("state.json"), "--legacy-names", command, file};
+        launch.Variables["TAVRINE_CONFIG"] = config;
+        return RunToEnd(launch);
+    };
+    const Finished restored = run("restore");
+    EXPECT_EQ(restored.Status, 0) << restored.Errors;
+    EXPECT_EQ(restored.Output, "UEFI.AssetOwner\tNobody\tsent, takes effect after a reboot\n");
+    EXPECT_EQ(run("compare").Output, "UEFI.AssetOwner\tComputing Centre\tNobody\n");
+    Folder().Write("old.conf", "OldOwner=Nobody\nAssetOwner=Nobody\n");
+    for (const std::string command : {"restore", "compare"})
+    {
+        const Finished refused = run(command);
+        EXPECT_EQ(refused.Status, 16);
+        EXPECT_NE(refused.Errors.find(": the setting AssetOwner stands in it under two names\n"), std::string::npos)
+            << refused.Errors;
+    }
+}
+
 TEST_F(ProgramReturn, ARestoreReadsTheValuesOnceBeforeItsChangeAndOnceBehindIt)
 {
     const RunningBmc bmc({"--access-log", Name("log")});

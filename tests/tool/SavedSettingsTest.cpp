@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "ConfigFile.h"
 #include "SavedSettingsWriter.h"
 #include "TemporaryFolder.h"
 
@@ -201,6 +202,24 @@ TEST(SavedSettings, OneSettingUnderTwoNamesIsTold)
     bare.clear();
     saved.Header.Prefix = "Rack";
     EXPECT_EQ(TakeBareSettings(saved, {"One", "Two"}, bare), "the setting A stands in it under two names");
+}
+
+TEST(SavedSettings, OldNamesAreTakenForTheCurrentOnesWhereThatIsAskedFor)
+{
+    const tooltest::Configured names("[legacy_names]\nOldA = \"A\"\nOlderA = \"A\"\nOldZ = \"A0\"\n");
+    const SavedSettings saved{{}, {{"One.OldA", "1"}, {"B", "2"}, {"UEFI.OldZ", "3"}}};
+    SettingStringMap bare;
+    EXPECT_EQ(TakeBareSettings(saved, {"One", "Two"}, bare, true), "");
+    EXPECT_EQ(bare, (SettingStringMap{{"A", "1"}, {"A0", "3"}, {"B", "2"}}));
+    bare.clear();
+    EXPECT_EQ(TakeBareSettings(saved, {"One", "Two"}, bare), "");
+    EXPECT_EQ(bare, (SettingStringMap{{"B", "2"}, {"OldA", "1"}, {"OldZ", "3"}}));
+    for (const char* const other : {"A", "OlderA", "One.OlderA"})
+    {
+        bare.clear();
+        EXPECT_EQ(TakeBareSettings({{}, {{"One.OldA", "1"}, {other, "1"}}}, {"One", "Two"}, bare, true),
+                  "the setting A stands in it under two names");
+    }
 }
 
 TEST(SavedSettings, FilesThatCannotBeReadOrAreTooLargeAreNamed)
