@@ -16,6 +16,8 @@ inline constexpr std::array<std::string_view, 2> Introductions = {"though: ", "e
 inline constexpr std::string_view NoKeywordsLine = "Failed to get the all keywords";
 /// Begins the line of pending values that could not be read. A BMC that has none gives no such line.
 inline constexpr std::string_view UnreadLine = "Failed to get pending values map";
+/// In that line, in front of the result code.
+inline constexpr std::string_view UnreadCode = "with ret=";
 /// Begins the line that follows where the values in force stand in for them.
 inline constexpr std::string_view TakenLine = "Query pending value error, use effective value directly.";
 

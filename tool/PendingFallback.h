@@ -3,6 +3,7 @@
 #include <atomic>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Logging.h"
 
@@ -21,9 +22,14 @@ class PendingFallback
 
     /// What to tell the user, if it happened.
     std::optional<std::string> Warning() const;
+    /// The result code of the read that failed, if it happened.
+    std::optional<int> FailedRead() const;
 
   private:
+    void Hear(std::string_view line);
+
     std::atomic<bool> m_Unread = false;
+    std::atomic<int> m_Code = 0;
     std::atomic<bool> m_Taken = false;
     Logging::SinkId m_Sink;
 };

@@ -16,6 +16,7 @@
 #include "JsonOutput.h"
 #include "Options.h"
 #include "OutputFile.h"
+#include "PendingFallback.h"
 #include "SavedSettingsWriter.h"
 #include "SettingManager.h"
 #include "SystemResource.h"
@@ -70,11 +71,21 @@ Answer SaveSettings(RedfishConfigProc& front, const Options& options, SavedHeade
     Answer answer;
     CauseLog causes;
     SavedSettings saved{std::move(header), {}};
+    const PendingFallback fallback;
     const RedfishConfigResult result = front.QuerySaveSettingValues(saved.Settings);
     if (!IsSuccess(result.ErrorCode()))
     {
         AddFailure(answer, causes.Explain(result));
         return answer;
+    }
+    if (const std::optional<int> code = fallback.FailedRead())
+    {
+        AddFailure(answer,
+                   {*code,
+                    "The values that wait for a reboot could not be read, so that what is saved may lack some: " +
+                        StandardText(*code),
+                    {},
+                    {}});
     }
     WarnOfDefaults(front, answer.Notes);
     LeaveRequestsOut(saved.Settings, front.GetSecondPrefix(), answer.Notes);

@@ -16,6 +16,7 @@
 #include "RunningBmc.h"
 #include "SharedData.h"
 #include "TemporaryFolder.h"
+#include "TestMachine.h"
 
 using namespace tooltest;
 
@@ -330,6 +331,45 @@ TEST_F(ProgramReturn, AnExistingFileOutlivesASaveThatCannotRead)
     launch.Variables["TAVRINE_PASSWORD"] = "wrong";
     EXPECT_EQ(RunToEnd(launch).Status, 24);
     EXPECT_EQ(Content("saved.json"), "what was there");
+}
+
+TEST_F(ProgramReturn, ASaveThatMayLackWhatWaitsIsWrittenAndFails)
+{
+    struct Row
+    {
+        const char* Fault;
+        int Status;
+    };
+    const Row rows[] = {{"status 500", 32}, {"close-before", 24}, {"busy 5", 33}, {"status 404", 26}};
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.Fault);
+        const RunningBmc bmc({"--fault", std::string("GET */Bios/Settings ") + row.Fault});
+        const Finished saved = RunToEnd(bmc.Tool({"--retries", "0", "save", Name("saved.conf")}));
+        EXPECT_EQ(saved.Status, row.Status) << saved.Errors;
+        EXPECT_NE(saved.Errors.find("tavrine: " + std::to_string(row.Status) +
+                                    " The values that wait for a reboot could not be read, so that what is saved may "
+                                    "lack some: "),
+                  std::string::npos)
+            << saved.Errors;
+        EXPECT_NE(Content("saved.conf").find("\nBIOS.BootFailLimit=5\n"), std::string::npos);
+        const Finished data = RunToEnd(bmc.Tool({"--retries", "0", "--json", "save"}));
+        EXPECT_EQ(data.Status, row.Status);
+        const json::value document = Parsed(data.Output);
+        EXPECT_EQ(document.at("code"), row.Status);
+        EXPECT_EQ(document.at("settings").at("BIOS.BootFailLimit"), "5");
+        EXPECT_EQ(document.at("errors").at(0).at("code"), row.Status);
+    }
+}
+
+TEST_F(ProgramReturn, ASaveOfABmcThatHasNothingWaitingIsNoFailure)
+{
+    const TestMachine machine; // names no settings object
+    Launch launch;
+    launch.Arguments = {"--simulate", "--machine", machine.Path(), "save", Name("saved.conf")};
+    const Finished saved = RunToEnd(launch);
+    EXPECT_EQ(saved.Status, 0) << saved.Errors;
+    EXPECT_EQ(saved.Errors.find("could not be read"), std::string::npos) << saved.Errors;
 }
 
 TEST_F(ProgramReturn, ASaveOfNothingIsTold)
