@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
@@ -56,6 +57,28 @@ struct WipedTexts
         }
     }
 };
+
+/// A value as the library writes it, which takes "TRUE", "+3" and "03", too: it compares texts, so that in another form
+/// a value that is in place would be sent. Hexadecimal numbers are brought to decimal before they are compared.
+std::string PlainForm(const std::string& text, const RedfishConfigSettingInfoStru& info, bool hexadecimal)
+{
+    const bool number = info.SettingType == "Integer" && !hexadecimal;
+    if (!number && info.SettingType != "Boolean")
+    {
+        return text;
+    }
+    const OptionalVar kind = number ? SettingVariant(std::int64_t{0}) : SettingVariant(false);
+    if (info.CurrentValue && info.CurrentValue->index() != kind->index())
+    {
+        return text;
+    }
+    OptionalVar value = kind;
+    std::string plain = text;
+    const bool plus = number && text.starts_with('+') && !text.starts_with("+-");
+    return TransferStringToOptionalVar(value, plus ? text.substr(1) : text) && GetOptionalVarAsString(value, plain)
+               ? plain
+               : text;
+}
 
 class Planner
 {
@@ -149,6 +172,10 @@ class Planner
             setting.Password = info.SettingType == "Password";
             setting.Number = info.SettingType.value_or("Integer") == "Integer";
             setting.Secret = setting.Password || !m_Manager;
+            if (!m_Options.NoCheck)
+            {
+                setting.Value = PlainForm(setting.Value, info, m_Options.Hex);
+            }
         }
         return true;
     }

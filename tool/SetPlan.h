@@ -47,7 +47,7 @@ struct SetSetting
     /// Under what the BMC knows it.
     std::string Key;
     std::string ShownName;
-    /// As the caller gave it. With the check, the library is handed this text.
+    /// As the caller gave it. With the check, the library is handed this text, a boolean or a number in plain form.
     std::string Value;
     /// The text that the library is handed without the check.
     std::string UncheckedText;

@@ -93,6 +93,42 @@ TEST_F(SetCommand, WhatWaitsForARebootIsHandedOut)
     EXPECT_TRUE(Waiting.Unknown);
 }
 
+TEST_F(SetCommand, AValueInAnotherFormIsTheSameValue)
+{
+    for (const char* const pair : {"NumLock=TRUE", "NumLock=True", "Timeout=+10", "Timeout=010", "Timeout=+0010"})
+    {
+        EXPECT_TRUE(
+            Set({pair}).Text.ends_with(std::string(": already ") + (pair[0] == 'N' ? "true" : "10") + ", in force\n"))
+            << pair;
+    }
+    EXPECT_TRUE(Front.Done.empty());
+    Set({"NumLock=FALSE"});
+    Set({"Timeout=+020"});
+    EXPECT_EQ(Front.Done, (Words{"NumLock=false", "Timeout=20"}));
+    for (const char* const pair : {"Timeout=++10", "Timeout=+-10", "Timeout= 10", "Timeout=", "NumLock=1", "NumLock="})
+    {
+        EXPECT_EQ(Set({pair}).Code, 10) << pair;
+    }
+    Front.Done.clear();
+    Given.Hex = true;
+    for (const char* const pair : {"NumLock=TRUE", "Timeout=0X0a", "Timeout=00A"})
+    {
+        EXPECT_NE(Set({pair}).Text.find(": already "), std::string::npos) << pair;
+    }
+    EXPECT_TRUE(Front.Done.empty());
+}
+
+TEST_F(SetCommand, ATextIsNotBroughtIntoAnotherForm)
+{
+    Set({"Owner=TRUE"});
+    Set({"Owner=+03"});
+    Given.NoCheck = true;
+    Set({"Owner=TRUE"});
+    Set({"Timeout=10"});
+    EXPECT_EQ(Front.Done, (Words{"Owner=TRUE", "Owner=+03", "Owner=TRUE!", "Timeout=10!"}));
+    EXPECT_EQ(Set({"Timeout=010"}).Code, 10) << "no JSON";
+}
+
 TEST_F(SetCommand, InHexadecimalModeNumbersAreComparedAndShownSo)
 {
     Given.Hex = true;
