@@ -104,9 +104,9 @@ json::object DataOf(const SetPlan& plan)
         {
             entry["value"] = ValueOfJson(setting.Context);
         }
-        if (setting.InForce)
+        if (setting.InForce || (setting.Outcome == SetOutcome::Changed && !setting.Secret))
         {
-            entry["inForce"] = *setting.InForce;
+            entry["inForce"] = setting.InForce.value_or(false); // what LineOf says of a change that was not read back
         }
         settings[ValidUtf8(setting.ShownName)] = std::move(entry);
     }

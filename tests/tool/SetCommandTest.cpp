@@ -509,6 +509,18 @@ TEST_F(SetCommand, AProtectedSettingIsNotReadBackWhereItsRequestWasAccepted)
     EXPECT_EQ(ReadBacks, 1);
 }
 
+TEST_F(SetCommand, DataOfAChangeThatWasNotReadBackSaysWhatTheTextSays)
+{
+    AskForProtected();
+    Front.Changes.insert({"Secret", {4, "", ""}});
+    EXPECT_EQ(SetData({"Seal=new", "Secret=hunter2"}),
+              R"({"BIOS.Seal":{"outcome":"changed","value":"new","inForce":false},)"
+              R"("BIOS.Secret":{"outcome":"changed"}})");
+    EXPECT_EQ(SetData({"Seal=old"}), R"({"BIOS.Seal":{"outcome":"already","value":"old","inForce":true}})");
+    Given.DryRun = true;
+    EXPECT_EQ(SetData({"Seal=new"}), R"({"BIOS.Seal":{"outcome":"would change","value":"new"}})");
+}
+
 TEST_F(SetCommand, OfASystemWithoutUefiProtectedSettingsGoWithTheOthers)
 {
     Given.SystemType = SystemTypeBios;
