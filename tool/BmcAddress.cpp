@@ -148,9 +148,10 @@ std::string HostAndPort(const BmcAddress& address)
 std::string ParsePin(std::string_view text, std::string& digits)
 {
     constexpr std::size_t Digits = 64;
-    if (!TakePrefix(text, "sha256:"))
+    // The second is what "openssl x509 -fingerprint" prints, in whatever case.
+    if (!TakePrefix(text, "sha256:") && !TakePrefix(text, "sha256 fingerprint="))
     {
-        return "a pin reads sha256: and 64 hexadecimal digits";
+        return "a pin reads sha256: and behind that 64 hexadecimal digits, with or without colons between the bytes";
     }
     std::string read;
     bool colon = true;

@@ -26,7 +26,7 @@ std::string ParseBmcAddress(std::string_view text, BmcAddress& address);
 /// Host and port as a person writes them, brackets included.
 std::string HostAndPort(const BmcAddress& address);
 
-/// Reads `sha256:HEX`: 32 bytes in hexadecimal, with or without colons between them.
+/// Reads `sha256:HEX` or `sha256 Fingerprint=HEX`: 32 bytes in hexadecimal, with or without colons between them.
 /// @return empty and `digits` filled with 64 small digits, or what is wrong.
 std::string ParsePin(std::string_view text, std::string& digits);
 

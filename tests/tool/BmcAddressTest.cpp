@@ -133,7 +133,8 @@ TEST(Pin, DigitsComeOutSmallAndWithoutColons)
         colons += byte == 0 ? "AB" : ":AB";
         digits += "ab";
     }
-    for (const std::string& text : {"sha256:" + digits, "SHA256:" + colons, "sha256:" + colons})
+    for (const std::string& text : {"sha256:" + digits, "SHA256:" + colons, "sha256:" + colons,
+                                    "sha256 Fingerprint=" + colons, "SHA256 Fingerprint=" + colons})
     {
         std::string read;
         EXPECT_EQ(ParsePin(text, read), "") << text;
@@ -154,4 +155,7 @@ TEST(Pin, OtherFormsAreRefused)
         EXPECT_NE(ParsePin(text, read), "") << text;
         EXPECT_EQ(read, "untouched");
     }
+    std::string read;
+    EXPECT_EQ(ParsePin("aa:aa", read),
+              "a pin reads sha256: and behind that 64 hexadecimal digits, with or without colons between the bytes");
 }
