@@ -19,6 +19,7 @@
 #include "Bmc.h"
 #include "CauseLog.h"
 #include "DisplayWidth.h"
+#include "InputFile.h"
 #include "JsonOutput.h"
 #include "JsonValues.h"
 #include "MissingActions.h"
@@ -352,9 +353,9 @@ std::map<std::string, std::string> ChosenOfFile(const SettingStringMap& saved, c
         else
         {
             const std::string shownName = prefixes.First + "." + bare;
-            AddFailure(answer, {CodeNotFound,
-                                "The file " + options.Names.front() + " does not have the setting " + shownName,
-                                shownName});
+            AddFailure(answer,
+                       {CodeNotFound, InputNameFirst(options.Names.front()) + " does not have the setting " + shownName,
+                        shownName});
         }
     }
     return chosen;
@@ -443,7 +444,7 @@ Answer CompareFile(const Options& options, const CompareWay& way)
     SettingStringMap saved;
     if (const std::string error = TakeBareSettings(file, prefixes, saved, options.LegacyNames); !error.empty())
     {
-        AddFailure(answer, {CodeParameter, "The file " + path + " cannot be compared: " + error});
+        AddFailure(answer, {CodeParameter, InputNameFirst(path) + " cannot be compared: " + error});
         return answer;
     }
     TypedSettings inForce;

@@ -80,13 +80,13 @@ Answer Import(RedfishConfigProc& front, const Options& options)
     if (content.empty() && !read.IsPlainFile)
     {
         AddFailure(answer, {CodeParameter,
-                            (file == "-" ? "Standard input" : "The file " + file) +
+                            InputNameFirst(file) +
                                 " is empty and no plain file; only an empty plain file empties what the BMC keeps"});
         return answer;
     }
     if (ValidUtf8(content) != content)
     {
-        AddFailure(answer, {CodeParameter, "The file " + file + " cannot be sent: it is no text in UTF-8"});
+        AddFailure(answer, {CodeParameter, InputNameFirst(file) + " cannot be sent: it is no text in UTF-8"});
         return answer;
     }
     const RedfishConfigResult result = front.ImportUEFICustomDefaultFile(content);

@@ -94,11 +94,15 @@ std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent
     return error;
 }
 
+std::string InputName(const std::string& path) { return path == "-" ? "standard input" : "the file " + path; }
+
+std::string InputNameFirst(const std::string& path) { return path == "-" ? "Standard input" : "The file " + path; }
+
 std::optional<Failure> LoadFile(const std::string& path, std::size_t most, FileContent& content)
 {
     const std::string error = ReadWholeFile(path, most, content);
     return error.empty() ? std::nullopt
-                         : std::optional(Failure{CodeOpenFile, "Unable to read the file " + path + ": " + error});
+                         : std::optional(Failure{CodeOpenFile, "Unable to read " + InputName(path) + ": " + error});
 }
 
 std::string WhyNotReadable(const std::string& path, Reading reading)

@@ -14,6 +14,7 @@
 #include "Bmc.h"
 #include "CauseLog.h"
 #include "DisplayWidth.h"
+#include "InputFile.h"
 #include "JsonOutput.h"
 #include "Options.h"
 #include "OutcomeWords.h"
@@ -195,7 +196,7 @@ class Restorer
         if (const std::string error = TakeSavedNames(saved, PrefixesOf(m_Options), plan, m_Options.LegacyNames);
             !error.empty())
         {
-            return Failure{CodeParameter, "The file " + file + " cannot be restored: " + error};
+            return Failure{CodeParameter, InputNameFirst(file) + " cannot be restored: " + error};
         }
         failure = CheckIdentity(saved.Header);
         return failure ? failure : Judge(plan);
@@ -338,9 +339,9 @@ std::optional<Failure> OtherSystem(const SavedHeader& header, const SystemResour
         if (trait.Counts && !options.Force && !trait.Saved.empty() && !trait.Here.empty() && trait.Saved != trait.Here)
         {
             return Failure{CodeParameter,
-                           fmt::format("The file {} is from another system: its {} is {}, and that of this system is "
+                           fmt::format("{} is from another system: its {} is {}, and that of this system is "
                                        "{}; --force takes it all the same",
-                                       options.Names.front(), trait.What, trait.Saved, trait.Here)};
+                                       InputNameFirst(options.Names.front()), trait.What, trait.Saved, trait.Here)};
         }
     }
     if (header.Model.empty() && header.Registry.empty())

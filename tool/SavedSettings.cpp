@@ -353,7 +353,7 @@ std::optional<Failure> ReadSavedSettings(const std::string& path, SavedSettings&
     }
     if (const std::string error = ParseSavedSettings(file.Text, saved); !error.empty())
     {
-        return Failure{CodeParameter, "The file " + path + " holds no saved settings: " + error};
+        return Failure{CodeParameter, InputNameFirst(path) + " holds no saved settings: " + error};
     }
     return std::nullopt;
 }

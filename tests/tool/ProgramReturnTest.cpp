@@ -166,6 +166,31 @@ TEST_F(ProgramReturn, ARefusalNamesTheSettingAsTheTableDoes)
               "number from 0 to 20.\n");
 }
 
+TEST_F(ProgramReturn, StandardInputIsCalledByItsName)
+{
+    struct Row
+    {
+        std::vector<std::string> Arguments;
+        std::string Input;
+        const char* Says;
+    };
+    const Row rows[] = {
+        {{"restore", "-"}, "rubbish", "16 Standard input holds no saved settings: "},
+        {{"restore", "-"}, "A=1\nUEFI.A=1\n", "16 Standard input cannot be restored: "},
+        {{"restore", "-"}, R"({"model":"Other","settings":{"A":"1"}})", "16 Standard input is from another system: "},
+        {{"restore", "-"}, std::string((16U << 20U) + 1, 'x'), "38 Unable to read standard input: "},
+        {{"compare", "-"}, "A=1\nUEFI.A=1\n", "16 Standard input cannot be compared: "},
+        {{"compare", "-", "B"}, "A=1\n", "20 Standard input does not have the setting UEFI.B"},
+        {{"custom-default", "import", "-"}, "\xFF", "16 Standard input cannot be sent: "},
+        {{"custom-default", "import", "-"}, std::string((16U << 20U) + 1, 'x'), "38 Unable to read standard input: "},
+    };
+    for (const Row& row : rows)
+    {
+        const Finished finished = Run(row.Arguments, row.Input);
+        EXPECT_EQ(finished.Errors.find(std::string("tavrine: ") + row.Says), 0U) << finished.Errors;
+    }
+}
+
 TEST_F(ProgramReturn, OneSettingUnderTwoNamesIsNeitherRestoredNorCompared)
 {
     for (const char* lines :
