@@ -103,7 +103,7 @@ std::string Shortened(const std::string& name)
     return CutToWidth(EscapeControls(name), Longest);
 }
 
-void TellStrangers(const RestorePlan& plan, const Options& options, Answer& answer)
+void TellStrangers(const RestorePlan& plan, Answer& answer)
 {
     std::vector<std::string> names;
     for (const RestoreSetting& setting : plan.Settings)
@@ -120,7 +120,7 @@ void TellStrangers(const RestorePlan& plan, const Options& options, Answer& answ
                                         names.size() == 1 ? "setting" : "settings", names.size() == 1 ? "is" : "are",
                                         OutcomeWords::FirstNames(names)),
                             {},
-                            "file " + options.Names.front()});
+                            {}});
     }
 }
 
@@ -357,7 +357,7 @@ void TellRestore(const RestorePlan& plan, const Options& options, const std::str
     {
         TellOutcome(plan, outcome, options, prefix, answer);
     }
-    TellStrangers(plan, options, answer);
+    TellStrangers(plan, answer);
     TellTable(plan, options, prefix, answer);
 }
 
