@@ -57,10 +57,10 @@ struct Traffic
     std::uint64_t BytesReceived = 0;
 };
 
-/// What a request ended in.
-struct RequestResult
+/// What a request ended in that failed.
+struct RequestFailure
 {
-    /// Counts the requests of one connection, from 1.
+    /// Counts those of one connection, from 1; 0 for none.
     std::uint64_t Number = 0;
     RedfishConfigResult Result = {0, "", ""};
 };
@@ -110,10 +110,10 @@ class TAVRINE_EXPORT BmcConnection
 
     Traffic Counters() const;
 
-    /// What the last GET, POST, PATCH or DELETE over this connection came to, also of an object made from Info().
-    /// Some operations of those answer with a code of their own, 26 say, and this tells whether it was the BMC that
-    /// could not be reached or was not ready. Number 0 where there was none; logins and logouts do not count.
-    RequestResult LastResult() const;
+    /// The last GET, POST, PATCH or DELETE over this connection that failed, also of an object made from Info(), by
+    /// code and message. Some operations of those answer with a code of their own, 26 say, and this tells whether it
+    /// was the BMC that could not be reached or was not ready. Logins and logouts do not count.
+    RequestFailure LastFailure() const;
 
     /// Makes every request of this process that runs now or is made later fail
     /// with code 24, but those of CloseSession; waits between requests end, too.

@@ -50,11 +50,10 @@ class GroupTellingProc : public BiosRedfishConfigProc
 
     RedfishConfigResult QueryGroupSettingValues(SettingStringMap& values) override
     {
-        const std::uint64_t before = m_Connection.LastResult().Number;
+        const std::uint64_t before = m_Connection.LastFailure().Number;
         const RedfishConfigResult result = BiosRedfishConfigProc::QueryGroupSettingValues(values);
-        const TavrineConnection::RequestResult last = m_Connection.LastResult();
-        const bool failed = last.Number != before && !IsSuccess(last.Result.ErrorCode());
-        return result == CodeQuery && failed ? last.Result : result;
+        const TavrineConnection::RequestFailure last = m_Connection.LastFailure();
+        return result == CodeQuery && last.Number != before ? last.Result : result;
     }
 
   private:

@@ -295,10 +295,7 @@ class ProtectedValues
     void Fail(Failure failure)
     {
         m_HasFailed = true;
-        if (MissesAction(failure))
-        {
-            m_Answer.Notes.emplace_back(MissingActionHint);
-        }
+        HintAtMissingAction(failure, m_Answer.Notes);
         AddFailure(m_Answer, std::move(failure));
     }
 

@@ -66,7 +66,8 @@ std::string SaveFault(const Options& options)
                                                          : "";
 }
 
-Answer SaveSettings(RedfishConfigProc& front, const Options& options, SavedHeader header)
+Answer SaveSettings(RedfishConfigProc& front, const Options& options, SavedHeader header,
+                    const std::function<RedfishConfigResult()>& lastFailure)
 {
     Answer answer;
     CauseLog causes;
@@ -80,12 +81,12 @@ Answer SaveSettings(RedfishConfigProc& front, const Options& options, SavedHeade
     }
     if (const std::optional<int> code = fallback.FailedRead())
     {
+        const RedfishConfigResult failed = lastFailure();
+        const Failure read = FailureOf(failed == *code ? failed : RedfishConfigResult(*code, "", ""));
         AddFailure(answer,
-                   {*code,
-                    "The values that wait for a reboot could not be read, so that what is saved may lack some: " +
-                        StandardText(*code),
-                    {},
-                    {}});
+                   {*code, "The values that wait for a reboot could not be read, so that what is saved may lack "
+                           "some: " +
+                               read.Message});
     }
     WarnOfDefaults(front, answer.Notes);
     LeaveRequestsOut(saved.Settings, front.GetSecondPrefix(), answer.Notes);
@@ -136,7 +137,8 @@ Answer RunSave(const Options& options, Bmc& bmc)
     RedfishConfigProc& front = bmc.Keep(bmc.Front());
     return SaveSettings(front, options,
                         {UtcNow(), bmc.Name(), system.Manufacturer, system.Model, system.SerialNumber,
-                         system.BiosVersion, bios.Registry, front.GetSecondPrefix()});
+                         system.BiosVersion, bios.Registry, front.GetSecondPrefix()},
+                        [&bmc] { return bmc.Connection().LastFailure().Result; });
 }
 
 } // namespace Tavrine::Tool

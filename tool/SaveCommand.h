@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "Answer.h"
 #include "RedfishConfigProc.h"
+#include "RedfishConfigResult.h"
 #include "SavedSettings.h"
 
 namespace Tavrine::Tool
@@ -21,6 +23,8 @@ Answer RunSave(const Options& options, Bmc& bmc);
 /// The settings that a save keeps, with this header, as the form that the options and the
 /// name of the file ask for; to the file, or without one into the answer.
 /// @param front  of text output.
-Answer SaveSettings(RedfishConfigProc& front, const Options& options, SavedHeader header);
+/// @param lastFailure  the last request that failed, since the library does not say why values cannot be read.
+Answer SaveSettings(RedfishConfigProc& front, const Options& options, SavedHeader header,
+                    const std::function<RedfishConfigResult()>& lastFailure);
 
 } // namespace Tavrine::Tool

@@ -64,7 +64,7 @@ std::uint32_t BmcConnection::RetryAfter() const { return m_Client->RetryAfter();
 
 Traffic BmcConnection::Counters() const { return m_Client->Counters(); }
 
-RequestResult BmcConnection::LastResult() const { return m_Client->LastResult(); }
+RequestFailure BmcConnection::LastFailure() const { return m_Client->LastFailure(); }
 
 void BmcConnection::AbortRequests() { Tavrine::AbortFlag::Raise(); }
 

@@ -148,7 +148,7 @@ std::shared_ptr<RedfishClient> RedfishClient::MakeClosed(const ConnectionInfo& i
 
 RedfishConfigResult RedfishClient::Get(std::string_view path, std::string& response, Revalidation* copy)
 {
-    return Kept(GetOnce(path, response, copy));
+    return Noted(GetOnce(path, response, copy));
 }
 
 RedfishConfigResult RedfishClient::GetOnce(std::string_view path, std::string& response, Revalidation* copy)
@@ -201,21 +201,23 @@ RedfishConfigResult RedfishClient::GetOnce(std::string_view path, std::string& r
 RedfishConfigResult RedfishClient::Change(const HttpRequest& request, std::string& response,
                                           std::vector<RedfishConfigResult>* errors)
 {
-    return Kept(ChangeOnce(request, response, errors));
+    return Noted(ChangeOnce(request, response, errors));
 }
 
-RedfishConfigResult RedfishClient::Kept(RedfishConfigResult result)
+RedfishConfigResult RedfishClient::Noted(RedfishConfigResult result)
 {
-    const std::lock_guard lock(m_LastMutex);
-    ++m_Last.Number;
-    m_Last.Result = result;
+    if (result != 0 && result != 1)
+    {
+        const std::lock_guard lock(m_LastFailureMutex);
+        m_LastFailure = {m_LastFailure.Number + 1, result};
+    }
     return result;
 }
 
-TavrineConnection::RequestResult RedfishClient::LastResult() const
+TavrineConnection::RequestFailure RedfishClient::LastFailure() const
 {
-    const std::lock_guard lock(m_LastMutex);
-    return m_Last;
+    const std::lock_guard lock(m_LastFailureMutex);
+    return m_LastFailure;
 }
 
 RedfishConfigResult RedfishClient::ChangeOnce(const HttpRequest& request, std::string& response,

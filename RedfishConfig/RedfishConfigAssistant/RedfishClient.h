@@ -61,7 +61,7 @@ class RedfishClient
     RedfishConfigResult CloseSession();
 
     TavrineConnection::Traffic Counters() const;
-    TavrineConnection::RequestResult LastResult() const;
+    TavrineConnection::RequestFailure LastFailure() const;
     const std::string& Language() const { return m_Language; }
     const RegistryCache& Registries() const { return m_Registries; }
     std::chrono::seconds RequestTimeout() const { return m_RequestTimeout; }
@@ -95,7 +95,8 @@ class RedfishClient
     RedfishConfigResult GetOnce(std::string_view path, std::string& response, Revalidation* copy);
     RedfishConfigResult ChangeOnce(const HttpRequest& request, std::string& response,
                                    std::vector<RedfishConfigResult>* errors);
-    RedfishConfigResult Kept(RedfishConfigResult result);
+    /// Keeps a failure.
+    RedfishConfigResult Noted(RedfishConfigResult result);
     Exchange Send(const HttpRequest& request);
     Exchange Persist(Repeat repeat, const std::function<Exchange()>& once);
     bool WaitOut(const Exchange& exchange, std::uint32_t turn);
@@ -133,8 +134,8 @@ class RedfishClient
     Session m_Session;
     MessageRegistries m_MessageRegistries;
     std::atomic<std::uint32_t> m_RetryAfter{0};
-    mutable std::mutex m_LastMutex;
-    TavrineConnection::RequestResult m_Last;
+    mutable std::mutex m_LastFailureMutex;
+    TavrineConnection::RequestFailure m_LastFailure;
     CurlConnection m_Connection;
 };
 

@@ -48,7 +48,7 @@ TEST(ConnectionVerbs, RunOverTheConnectionOfTheLibrary)
     EXPECT_EQ(server.Connections(), 1U);
 }
 
-TEST(ConnectionVerbs, TheLastResultIsThatOfAnyObjectOverTheConnection)
+TEST(ConnectionVerbs, TheLastFailureIsThatOfAnyObjectOverTheConnection)
 {
     const TestServer server(
         [](const httplib::Request& request, httplib::Response& response)
@@ -57,18 +57,19 @@ TEST(ConnectionVerbs, TheLastResultIsThatOfAnyObjectOverTheConnection)
             AnswerJson(response, request.path == "/busy" ? "" : "{}", request.path == "/busy" ? 503 : 201);
         });
     BmcConnection connection(server.Info(), {});
-    EXPECT_EQ(connection.LastResult().Number, 0U);
+    EXPECT_EQ(connection.LastFailure().Number, 0U);
     EXPECT_THAT(connection.OpenSession(), HasCode(0));
-    EXPECT_EQ(connection.LastResult().Number, 0U) << "a login is no request of the caller's";
     std::string response;
-    EXPECT_THAT(BMCBaseAssistant(connection.Info(), SystemTypeBios).GetData("/busy", response), HasCode(33));
-    EXPECT_EQ(connection.LastResult().Number, 1U);
-    EXPECT_THAT(connection.LastResult().Result, Fails(33, "503"));
+    BMCBaseAssistant client(connection.Info(), SystemTypeBios);
+    EXPECT_THAT(client.GetData("/good", response), HasCode(0));
+    EXPECT_EQ(connection.LastFailure().Number, 0U);
+    EXPECT_THAT(client.GetData("/busy", response), HasCode(33));
     std::vector<RedfishConfigResult> errors;
-    EXPECT_THAT(BMCBaseAssistant(connection.Info(), SystemTypeBios).PatchData("/x", "{}", errors, true, {}),
-                HasCode(0));
-    EXPECT_EQ(connection.LastResult().Number, 2U);
-    EXPECT_THAT(connection.LastResult().Result, HasCode(0));
+    EXPECT_THAT(client.PatchData("/x", "{}", errors, true, {}), HasCode(0));
+    EXPECT_EQ(connection.LastFailure().Number, 1U);
+    EXPECT_THAT(connection.LastFailure().Result, Fails(33, "503"));
+    EXPECT_THAT(client.PatchData("/busy", "{}", errors, true, {}), HasCode(33));
+    EXPECT_EQ(connection.LastFailure().Number, 2U);
 }
 
 TEST(ConnectionVerbs, RefusalsHaveTheCodesOfTheLibrary)
