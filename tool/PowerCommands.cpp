@@ -99,6 +99,10 @@ Answer RestartSystem(const RebootMeans& means, const Options& options)
     const std::chrono::milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
     std::string type = options.Names.empty() ? std::string() : options.Names.front();
     RestartEnd end = Restart(means, options, until, before, type);
+    if (options.Json)
+    {
+        answer.Data = RestartData(end.State, type);
+    }
     if (end.Why && end.State != RestartState::Back)
     {
         AddFailure(answer, std::move(*end.Why));
@@ -108,14 +112,9 @@ Answer RestartSystem(const RebootMeans& means, const Options& options)
     {
         answer.Notes.push_back(UnansweredWarning(*end.Why));
     }
-    const std::string outcome = options.Wait ? "the system is back" : "restart requested";
-    if (options.Json)
+    if (!options.Json)
     {
-        answer.Data = {{"type", ValidUtf8(type)}, {"outcome", outcome}};
-    }
-    else
-    {
-        answer.Text = outcome + " (" + EscapeText(type) + ")\n";
+        answer.Text = (options.Wait ? "the system is back (" : "restart requested (") + EscapeText(type) + ")\n";
     }
     return answer;
 }

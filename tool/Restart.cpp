@@ -12,6 +12,7 @@
 
 #include "Bmc.h"
 #include "ChangeDelivery.h"
+#include "JsonOutput.h"
 #include "Options.h"
 #include "Signals.h"
 #include "StandardStreams.h"
@@ -87,6 +88,23 @@ Asked PostReset(const RebootMeans& means, SystemResource& system, std::string& t
     return {std::move(failure), isOpen};
 }
 
+const char* WordsOf(RestartState state)
+{
+    switch (state)
+    {
+    case RestartState::NotRequested:
+        return "not requested";
+    case RestartState::Open:
+        return "unknown";
+    case RestartState::Requested:
+    case RestartState::NotBack:
+        return "restart requested";
+    case RestartState::Back:
+        return "the system is back";
+    }
+    return "";
+}
+
 } // namespace
 
 RebootMeans MeansOf(Bmc& bmc)
@@ -156,6 +174,17 @@ std::optional<Failure> WaitUntilBack(const RebootMeans& means, const SystemResou
                                    : "The BMC did not come back within the time to wait: " + FailureOf(result).Message};
         }
     }
+}
+
+boost::json::object RestartData(RestartState state, const std::string& type)
+{
+    boost::json::object data;
+    if (!type.empty())
+    {
+        data["type"] = ValidUtf8(type);
+    }
+    data["outcome"] = WordsOf(state);
+    return data;
 }
 
 std::string UnansweredWarning(const Failure& unanswered)

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include <boost/json/object.hpp>
+
 #include "Answer.h"
 #include "Fronts.h"
 #include "SystemResource.h"
@@ -68,6 +70,9 @@ struct RestartEnd
     /// Of Back: why the request failed, which was carried out all the same. Of Requested there is none.
     std::optional<Failure> Why = {};
 };
+
+/// For data: the outcome in words, and the type of the reset where one was chosen.
+boost::json::object RestartData(RestartState state, const std::string& type);
 
 /// The warning of a request that failed and was carried out all the same.
 std::string UnansweredWarning(const Failure& unanswered);

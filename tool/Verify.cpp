@@ -268,12 +268,14 @@ bool RebootAndLook(const RebootMeans& means, const Options& options, const std::
     }
     const milliseconds until = means.Now() + std::chrono::seconds(options.Wait.value_or(0));
     Before before;
+    answer.More["reboot"] = RestartData(RestartState::NotRequested, {});
     if (!MayRestart(means, secrets, before, answer))
     {
         return false;
     }
     std::string type;
     const RestartEnd end = Restart(means, options, until, before.System, type);
+    answer.More["reboot"] = RestartData(end.State, type);
     if (!TellRestart(end, type, secrets, answer))
     {
         return false;
@@ -294,9 +296,9 @@ std::string NotVerified(const std::vector<std::string>& names)
                               : ": the new values are not verified, since they cannot be read or may be passwords");
 }
 
-/// A restart brings everything into force that waits, whoever asked for it.
+/// A restart brings everything into force that waits, whoever asked for it: told at once, while that is still to come.
 void TellOthers(const RebootMeans& means, const WaitingChanges& waiting, const SecretTexts& secrets,
-                const Prefixes& prefixes, Answer& answer)
+                const Prefixes& prefixes)
 {
     std::set<std::string, CaseInsensitiveComparator> own;
     for (const ExpectedValue& one : waiting.Expected)
@@ -312,8 +314,8 @@ void TellOthers(const RebootMeans& means, const WaitingChanges& waiting, const S
     const RedfishConfigResult read = means.FreshFront(OutputForm::Text)->CompareSettingPendingValues(compared, "");
     if (!Answered(read))
     {
-        answer.Notes.push_back("warning: whether other changes wait for the restart, too, is not known: " +
-                               Hidden(causes.Explain(read), secrets).Message);
+        means.Tell("warning: whether other changes wait for the restart, too, is not known: " +
+                   Hidden(causes.Explain(read), secrets).Message);
         return;
     }
     std::vector<std::string> others;
@@ -326,8 +328,8 @@ void TellOthers(const RebootMeans& means, const WaitingChanges& waiting, const S
     }
     if (!others.empty())
     {
-        answer.Notes.push_back("warning: other changes wait, too, and come into force with a restart: " +
-                               OutcomeWords::FirstNames(others));
+        means.Tell("warning: other changes wait, too, and come into force with a restart: " +
+                   OutcomeWords::FirstNames(others));
     }
 }
 
@@ -365,6 +367,7 @@ void RebootForChanges(const RebootMeans& means, const Options& options, const Wa
     if (std::string why = WhyNotRestarted(waiting); !why.empty())
     {
         answer.Notes.push_back(std::move(why));
+        answer.More["reboot"] = RestartData(RestartState::NotRequested, {});
         return;
     }
     SecretTexts secrets;
@@ -372,7 +375,7 @@ void RebootForChanges(const RebootMeans& means, const Options& options, const Wa
     {
         secrets.emplace_back(secret.Text());
     }
-    TellOthers(means, waiting, secrets, PrefixesOf(options), answer);
+    TellOthers(means, waiting, secrets, PrefixesOf(options));
     if (RebootAndLook(means, options, waiting.Expected, secrets, answer) && !waiting.Unreadable.empty())
     {
         answer.Notes.push_back(NotVerified(waiting.Unreadable));

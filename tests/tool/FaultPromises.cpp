@@ -28,7 +28,8 @@ constexpr const char* PendingUnread =
     "values that wait for a reboot could not be read|the pending values could not be read back";
 
 constexpr const char* NoClaims =
-    "unknown|not known|not sent|not changed|not restarted|\"refused\"|refused: |/reason: |[*]{8}";
+    "unknown|not known|not sent|not changed|not restarted|\"refused\"|refused: |/reason: |[*]{8}|"
+    "/reboot/outcome: \"(not requested|restart requested)\"";
 constexpr const char* ClaimsOfChanges = "in place|already|sent, takes effect|changed, |\"changed\"|in force";
 
 /// Patterns are made once, which takes longer than to look for one.

@@ -80,11 +80,16 @@ TEST(RebootForChanges, OnlyForWhatIsKnownToWaitIsASystemRestarted)
         Answer unasked;
         RebootForChanges(MeansOf(machine), Options(), one.Waiting, unasked);
         EXPECT_TRUE(unasked.Notes.empty()) << one.What;
+        EXPECT_TRUE(unasked.More.empty()) << one.What;
         const Answer answer = Rebooted(machine, one.Waiting, one.Wait ? std::optional(600U) : std::nullopt);
         EXPECT_EQ(machine.Reset(), one.Restarts) << one.What;
         EXPECT_EQ(answer.Notes, one.Note.empty() ? std::vector<std::string>() : std::vector<std::string>{one.Note})
             << one.What;
         EXPECT_EQ(answer.Code, 0) << one.What;
+        const char* const outcome = !one.Restarts ? R"({"outcome":"not requested"})"
+                                    : one.Wait    ? R"({"type":"GracefulRestart","outcome":"the system is back"})"
+                                                  : R"({"type":"GracefulRestart","outcome":"restart requested"})";
+        EXPECT_EQ(boost::json::serialize(answer.More.at("reboot")), outcome) << one.What;
     }
 }
 
@@ -99,7 +104,7 @@ TEST(RebootForChanges, WhatElseComesIntoForceIsTold)
     {
         tooltest::SettingCompareMap Pending;
         RedfishConfigResult Result;
-        std::vector<std::string> Notes;
+        std::vector<std::string> Told;
     };
     const Case cases[] = {
         {{}, {2, "", ""}, {}},
@@ -121,9 +126,9 @@ TEST(RebootForChanges, WhatElseComesIntoForceIsTold)
         waiting.Secrets.emplace_back(std::string("hunter2000"));
         const Answer answer = Rebooted(machine, waiting);
         EXPECT_TRUE(machine.Reset());
-        std::vector<std::string> notes = one.Notes;
-        notes.emplace_back("restart requested (GracefulRestart); what comes of the changes: tavrine results");
-        EXPECT_EQ(answer.Notes, notes);
+        EXPECT_EQ(machine.Told, one.Told);
+        EXPECT_EQ(answer.Notes, std::vector<std::string>{"restart requested (GracefulRestart); what comes of the "
+                                                         "changes: tavrine results"});
     }
 }
 
