@@ -24,6 +24,9 @@ inline constexpr std::string_view TakenLine = "Query pending value error, use ef
 /// Stands in a refusal by the BMC, whether the library words it or the tool, and in none that was judged before.
 inline constexpr std::string_view OfBmc = "the BMC";
 
+/// Stands in a refusal of a protected setting that must not be reached.
+inline constexpr std::string_view WithheldWords = "fails since it is hidden";
+
 /// A message about the answer to a change begins with its request.
 inline constexpr std::array<std::string_view, 2> ChangeCalls = {"PATCH ", "POST "};
 /// Ends the path of the action that reads protected settings, which is no change.

@@ -85,6 +85,20 @@ constexpr std::array AnsweredCodes = {
     AnsweredCode{CodeRefused, false, true},
 };
 
+/// The library calls a protected setting hidden where it must not be reached.
+void HintAtProtection(Answer& answer, const Options& options)
+{
+    const bool withheld = std::ranges::any_of(
+        answer.Errors,
+        [](const Failure& failure) {
+            return failure.Code == CodeHidden && failure.Message.find(LibraryTexts::WithheldWords) != std::string::npos;
+        });
+    if (withheld && options.SystemType == SystemTypeUefi && !options.Protected)
+    {
+        answer.Notes.emplace_back("hint: protected settings need --protected");
+    }
+}
+
 /// Failures of answers tell which resource was wrong, but not whose it was. One line is enough that names the
 /// machine, and the file that stood in for answers. What was judged here (a setting that is read-only, a time that
 /// has passed) came of no answer alone, and a connection that failed tells where.
@@ -156,6 +170,7 @@ Answer AskBmc(const Options& options, const std::function<void(const std::string
         AddFailure(answer, std::move(*failure));
     }
     NameSource(answer, options, bmc.Name());
+    HintAtProtection(answer, options);
     bmc.Close(answer.Notes);
     return answer;
 }

@@ -248,10 +248,6 @@ Answer ShowNames(RedfishConfigProc& front, const Options& options, const FrontMa
         }
         const Failure failure = causes.Explain(result, shownName);
         HintAtMissingAction(failure, answer.Notes);
-        if (failure.Code == CodeHidden && options.SystemType == SystemTypeUefi && !options.Protected)
-        {
-            answer.Notes.emplace_back("hint: protected settings need --protected");
-        }
         if (IsUnreachable(failure.Code))
         {
             unreachable = failure;

@@ -153,6 +153,21 @@ TEST(ProgramShow, OptionsOfTheOutputWorkTogether)
     }
 }
 
+TEST(ProgramShow, ProtectedSettingsNameTheirOptionWhateverIsAskedOfThem)
+{
+    const char* const hint = "tavrine: hint: protected settings need --protected\n";
+    TestMachine machine;
+    machine.AddProtected();
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"show", "Seal"}, {"set", "Seal=x"}, {"pending", "Seal"}})
+    {
+        EXPECT_NE(RunToEnd(Simulated(machine, words)).Errors.find(hint), std::string::npos) << words.front();
+        std::vector<std::string> allowed = words;
+        allowed.insert(allowed.begin(), "--protected");
+        EXPECT_EQ(RunToEnd(Simulated(machine, allowed)).Errors.find(hint), std::string::npos) << words.front();
+    }
+}
+
 TEST(ProgramShow, EachNameFailsForItself)
 {
     TestMachine machine;

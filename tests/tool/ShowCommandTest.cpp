@@ -139,18 +139,6 @@ TEST_F(ShowCommand, EachFailureIsToldAndTheOthersAreShown)
     EXPECT_EQ(answer.Errors[2].Message, "BIOS.N: Redfish config internal error.");
 }
 
-TEST_F(ShowCommand, ProtectedSettingsNameTheirOption)
-{
-    FakeFront front;
-    front.Single.insert({"H", {{34, "The operation on setting H fails since it is hidden.", ""}, {}}});
-    Options options;
-    EXPECT_EQ(Show(front, options, {"H"}).Notes, std::vector<std::string>());
-    options.SystemType = Tavrine::SystemTypeUefi;
-    EXPECT_EQ(Show(front, options, {"H"}).Notes, std::vector<std::string>{"hint: protected settings need --protected"});
-    options.Protected = true;
-    EXPECT_EQ(Show(front, options, {"H"}).Notes, std::vector<std::string>());
-}
-
 TEST_F(ShowCommand, AValueOutsideTheRegistryIsTakenFromTheGroup)
 {
     FakeFront front("One", "Two");
