@@ -6,14 +6,15 @@
 
 #include <boost/json/serialize.hpp>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fmt/format.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -154,27 +155,45 @@ bool WriteAll(int descriptor, const std::string& text)
     return true;
 }
 
-/// Locks the file that bears the name now, for as long as the descriptor lives: what two simulators keep in one file
-/// would be lost by turns. A file system without locks goes without.
-/// @return invalid where the file cannot be opened, or `taken` where another has it.
-Descriptor LockFile(const std::string& file, bool& taken)
+bool IsNamed(const Descriptor& opened, const std::string& file)
 {
-    constexpr int mostReplacements = 100;
-    for (int i = 0; i < mostReplacements; ++i)
+    struct stat ours = {};
+    struct stat named = {};
+    return fstat(opened.Get(), &ours) == 0 && stat(file.c_str(), &named) == 0 && ours.st_dev == named.st_dev &&
+           ours.st_ino == named.st_ino;
+}
+
+/// Of the open file, so that another State of this process is kept out, too, and flock(1) around a whole run is not.
+bool IsAnothers(const Descriptor& opened)
+{
+    struct flock whole = {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    return fcntl(opened.Get(), F_OFD_SETLK, &whole) != 0 && (errno == EAGAIN || errno == EACCES);
+}
+
+/// Locks the file that bears the name now, for as long as the descriptor lives: what two simulators keep in one file
+/// would be lost by turns. Waits for another to end. A file that must not be written, or whose file system has no
+/// locks, goes without.
+/// @return invalid where the file cannot be opened, or `taken` where another keeps it.
+Descriptor LockFile(const std::string& file, std::chrono::milliseconds patience, bool& taken)
+{
+    constexpr std::chrono::milliseconds pause(20);
+    const auto until = std::chrono::steady_clock::now() + patience;
+    for (;;)
     {
-        Descriptor opened(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-        taken = opened.Valid() && flock(opened.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-        struct stat ours = {};
-        struct stat named = {};
-        const bool isNamed = opened.Valid() && fstat(opened.Get(), &ours) == 0 && stat(file.c_str(), &named) == 0 &&
-                             ours.st_dev == named.st_dev && ours.st_ino == named.st_ino;
-        if (!opened.Valid() || taken || isNamed)
+        Descriptor opened(open(file.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+        if (!opened.Valid())
+        {
+            opened = Descriptor(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+        }
+        taken = opened.Valid() && (IsAnothers(opened) || !IsNamed(opened, file));
+        if (!taken || std::chrono::steady_clock::now() >= until)
         {
             return taken ? Descriptor() : std::move(opened);
         }
+        std::this_thread::sleep_for(pause);
     }
-    taken = true; // somebody replaces it all the time
-    return Descriptor();
 }
 
 bool PutInPlace(const std::string& temporary, const std::string& file, bool mayReplace)
@@ -191,6 +210,11 @@ bool PutInPlace(const std::string& temporary, const std::string& file, bool mayR
 /// @param lock  of the file that is replaced, invalid where there must be none; of the new one afterwards.
 bool ReplaceFile(const std::string& file, const std::string& text, Descriptor& lock)
 {
+    if (lock.Valid() && !IsNamed(lock, file))
+    {
+        errno = ESTALE; // somebody removed it, and another simulator may have made it anew
+        return false;
+    }
     const fs::path parent = fs::path(file).parent_path();
     const Descriptor folder(open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     std::string temporary = file + ".XXXXXX";
@@ -202,7 +226,7 @@ bool ReplaceFile(const std::string& file, const std::string& text, Descriptor& l
     const bool written = WriteAll(made.Get(), text) && fsync(made.Get()) == 0;
     if (written)
     {
-        flock(made.Get(), LOCK_EX | LOCK_NB); // nobody else knows it yet
+        IsAnothers(made); // nobody else knows it yet
     }
     if (written && PutInPlace(temporary, file, lock.Valid()))
     {
@@ -225,32 +249,41 @@ State::State(std::string identity, std::string file, Values values, Descriptor l
 {
 }
 
-std::unique_ptr<State> State::Open(const Machine& machine, const std::string& file, std::string& error)
+std::unique_ptr<State> State::Open(const Machine& machine, const std::string& file, std::string& error,
+                                   std::chrono::milliseconds patience)
 {
     const std::string identity = machine.Identity();
     Values values = InitialValues(machine);
     std::error_code code;
-    if (!file.empty() && fs::symlink_status(file, code).type() != fs::file_type::not_found)
+    if (file.empty() || fs::symlink_status(file, code).type() == fs::file_type::not_found)
     {
-        bool taken = false;
-        Descriptor lock = LockFile(file, taken);
-        if (taken)
+        std::unique_ptr<State> state(new State(identity, file, values, Descriptor()));
+        if (state->Save(*state->m_Values, error))
         {
-            error = fmt::format("state file '{}' is in use by another simulator", file);
+            return state;
+        }
+        if (fs::symlink_status(file, code).type() == fs::file_type::not_found)
+        {
             return nullptr;
         }
-        const auto text = ReadTextFile(file, error);
-        const auto object = text ? ParseObject(*text, file, error) : std::nullopt;
-        std::string reason;
-        if (!object || !ReadValues(*object, identity, values, reason))
-        {
-            error = fmt::format("state file {}", object ? fmt::format("'{}' cannot be used: {}", file, reason) : error);
-            return nullptr;
-        }
-        return std::unique_ptr<State>(new State(identity, file, std::move(values), std::move(lock)));
+        error.clear(); // another one has just made it
     }
-    std::unique_ptr<State> state(new State(identity, file, std::move(values), Descriptor()));
-    return state->Save(*state->m_Values, error) ? std::move(state) : nullptr;
+    bool taken = false;
+    Descriptor lock = LockFile(file, patience, taken);
+    if (taken)
+    {
+        error = fmt::format("state file '{}' is in use by another simulator", file);
+        return nullptr;
+    }
+    const auto text = ReadTextFile(file, error);
+    const auto object = text ? ParseObject(*text, file, error) : std::nullopt;
+    std::string reason;
+    if (!object || !ReadValues(*object, identity, values, reason))
+    {
+        error = fmt::format("state file {}", object ? fmt::format("'{}' cannot be used: {}", file, reason) : error);
+        return nullptr;
+    }
+    return std::unique_ptr<State>(new State(identity, file, std::move(values), std::move(lock)));
 }
 
 std::shared_ptr<const Values> State::Current() const

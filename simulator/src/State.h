@@ -4,6 +4,7 @@
 #include "Machine.h"
 
 #include <boost/json/object.hpp>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -41,11 +42,15 @@ struct Values
 class State
 {
   public:
+    static constexpr std::chrono::milliseconds UsualPatience{10'000};
+
     /// Takes the values from the file; makes the file where there is none.
     /// @param file  empty: nothing is kept.
+    /// @param patience  how long the file may be another's before that is told.
     /// @return empty when the file is there but of no use, is another's, or cannot be made; it is
     /// then left as it is and error names it.
-    static std::unique_ptr<State> Open(const Machine& machine, const std::string& file, std::string& error);
+    static std::unique_ptr<State> Open(const Machine& machine, const std::string& file, std::string& error,
+                                       std::chrono::milliseconds patience = UsualPatience);
 
     /// What stands now; later changes do not show in it.
     std::shared_ptr<const Values> Current() const;

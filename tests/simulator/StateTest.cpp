@@ -3,8 +3,12 @@
 #include "Fixture.h"
 #include "SharedData.h"
 
+#include <chrono>
+#include <filesystem>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace
 {
@@ -52,11 +56,12 @@ TEST_F(StateTest, MissingFileIsMadeWithTheMachinesValues)
 
 TEST_F(StateTest, FileIsOneSimulatorsAtATime)
 {
+    constexpr std::chrono::milliseconds none(0);
     const std::string taken = "state file '" + File() + "' is in use by another simulator";
     std::string error;
     auto first = Open(File(), error);
     ASSERT_TRUE(first) << error;
-    EXPECT_FALSE(Open(File(), error));
+    EXPECT_FALSE(State::Open(m_Machine, File(), error, none));
     EXPECT_EQ(error, taken);
 
     const auto enter = [](Values& values)
@@ -65,13 +70,57 @@ TEST_F(StateTest, FileIsOneSimulatorsAtATime)
         return true;
     };
     EXPECT_TRUE(first->Update(enter)); // another file has the name now
-    EXPECT_FALSE(Open(File(), error));
+    EXPECT_FALSE(State::Open(m_Machine, File(), error, none));
     EXPECT_EQ(error, taken);
-    first.reset();
+
+    // Another one waits for its end.
+    std::thread ends([&] { first.reset(); });
     const auto second = Open(File(), error);
+    ends.join();
     ASSERT_TRUE(second) << error;
     EXPECT_EQ(second->Current()->Pending.at("BootFailLimit"), 3);
     EXPECT_EQ(FilesInFolder(), 1U);
+}
+
+TEST_F(StateTest, ManyThatMakeTheFileAtOnceTakeTurns)
+{
+    const auto takeTurns = [this](const std::string& setting)
+    {
+        std::string error;
+        const auto state = Open(File(), error);
+        ASSERT_TRUE(state) << error;
+        EXPECT_TRUE(state->Update(
+            [&](Values& values)
+            {
+                values.Pending[setting] = 1;
+                return true;
+            }))
+            << state->Trouble();
+    };
+    std::vector<std::thread> threads;
+    for (const char* setting : {"A", "B", "C", "D", "E", "F", "G", "H"})
+    {
+        threads.emplace_back(takeTurns, setting);
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    EXPECT_EQ(At(ParseFile(File()), "/Pending").as_object().size(), 8U);
+    EXPECT_EQ(FilesInFolder(), 1U);
+}
+
+TEST_F(StateTest, FileThatHasGoneIsNotMadeAnewOverAnothers)
+{
+    std::string error;
+    const auto first = Open(File(), error);
+    ASSERT_TRUE(first) << error;
+    std::filesystem::remove(File());
+    const auto second = Open(File(), error);
+    ASSERT_TRUE(second) << error;
+    EXPECT_FALSE(first->Update([](Values&) { return true; }));
+    EXPECT_THAT(first->Trouble(), HasSubstr("cannot write state file '" + File() + "'"));
+    EXPECT_TRUE(second->Update([](Values&) { return true; }));
 }
 
 TEST_F(StateTest, FileIsForItsOwnerAlone)
