@@ -16,11 +16,11 @@ namespace
 constexpr std::array SuccessCodes = {0, 1, 3, 4, 5};
 constexpr int LargestStatus = 127; // above it a status reads as death by a signal
 
-bool IsOfTheBmc(int code) { return code == CodeConnection || code == CodeBmcFailed || code == CodeNotReady; }
-
 } // namespace
 
 bool IsSuccess(int code) { return std::find(SuccessCodes.begin(), SuccessCodes.end(), code) != SuccessCodes.end(); }
+
+bool IsOfTheBmc(int code) { return IsUnreachable(code) || code == CodeBmcFailed; }
 
 bool IsUnreachable(int code) { return code == CodeConnection || code == CodeNotReady; }
 

@@ -75,6 +75,9 @@ bool IsSuccess(int code);
 /// Whether nobody needs to be asked after a failure of this code.
 bool IsUnreachable(int code);
 
+/// The same, or the BMC itself has failed: no failure is about single settings alone.
+bool IsOfTheBmc(int code);
+
 /// Exit status for a result's code: 0 for success, else the code.
 int ExitStatus(int code);
 

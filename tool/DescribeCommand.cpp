@@ -136,7 +136,7 @@ class Describer
     RedfishConfigResult DescribeUnregistered(const std::string& bare, const RedfishConfigResult& missing,
                                              SettingDescription& description)
     {
-        if (const RedfishConfigResult& pending = AllPending(); IsUnreachable(pending.ErrorCode()))
+        if (const RedfishConfigResult& pending = AllPending(); IsOfTheBmc(pending.ErrorCode()))
         {
             return pending;
         }
@@ -144,12 +144,17 @@ class Describer
         const auto value = Reported().find(key);
         if (value == Reported().end() || value->first != key)
         {
-            return IsUnreachable(m_ReportedResult.ErrorCode()) ? m_ReportedResult : missing;
+            return IsOfTheBmc(m_ReportedResult.ErrorCode()) ? m_ReportedResult : missing;
         }
         description.InForce.Text = value->second;
         if (const auto pending = m_Compared.find(key); pending != m_Compared.end())
         {
             description.Pending.Text = pending->second.second;
+        }
+        else if (const RedfishConfigResult& read = AllPending();
+                 !IsSuccess(read.ErrorCode()) && read != CodeNothingPending)
+        {
+            description.Pending.Unknown = FailureOf(read).Message;
         }
         return {CodeSucceed, "", ""};
     }

@@ -26,13 +26,13 @@ std::optional<std::size_t> ReadSome(int descriptor, char* buffer, std::size_t mo
 /// @return empty, or why it could not be read.
 std::string ReadWholeFile(const std::string& path, std::size_t most, FileContent& content);
 
+/// The same for a command: the failure has code 38.
+std::optional<Failure> LoadFile(const std::string& path, std::size_t most, FileContent& content);
+
 /// What ReadWholeFile reads, within a sentence: "the file PATH", or "standard input".
 std::string InputName(const std::string& path);
 /// The same where a sentence begins.
 std::string InputNameFirst(const std::string& path);
-
-/// The same for a command: the failure has code 38.
-std::optional<Failure> LoadFile(const std::string& path, std::size_t most, FileContent& content);
 
 /// How often a file is read by its name.
 enum class Reading

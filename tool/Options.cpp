@@ -207,7 +207,8 @@ void AddSettingOptions(CLI::App& app, Options& options, Written& written)
                  "Show and take values that are numbers in hexadecimal (text output); defaults and compare defaults "
                  "stay decimal")
         ->group(group);
-    app.add_flag("--protected", options.Protected, "Allow protected settings of a UEFI system, where they are named")
+    app.add_flag("--protected", options.Protected,
+                 "Allow protected settings of a UEFI system, where they are named, a file of compare included")
         ->group(group);
     app.add_flag("--legacy-names", options.LegacyNames,
                  "Names, those of a file too, may be old names, as the configuration lists them")

@@ -201,7 +201,7 @@ class NamedReader
         }
         if (!Answered(m_All->Result))
         {
-            return IsUnreachable(m_All->Result.ErrorCode()) ? m_All->Result : missing;
+            return IsOfTheBmc(m_All->Result.ErrorCode()) ? m_All->Result : missing;
         }
         const std::string key = m_Front->GetSecondPrefix() + "." + name;
         if (const auto entry = m_All->Compared.find(key); entry != m_All->Compared.end())
@@ -356,7 +356,10 @@ void PutDefaults(const RedfishConfigProc& front, const Options& options, bool is
     const bool due = WarnOfDefaults(front, answer.Notes);
     if (options.Json)
     {
-        answer.More["defaultsPending"] = due;
+        // A protected setting that is asked about by itself needs no resource that would tell, and a failed read tells
+        // nothing.
+        const bool isKnown = due || (IsSuccess(answer.Code) && (options.Names.empty() || !options.Protected));
+        answer.More["defaultsPending"] = isKnown ? json::value(due) : json::value();
     }
     if (due && isNothing)
     {

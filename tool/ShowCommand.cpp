@@ -107,7 +107,7 @@ class GroupLookup
     /// @return 0; `missing`, the answer about the name, where the group lacks it, too; why nobody can be asked.
     RedfishConfigResult Take(const std::string& name, const RedfishConfigResult& missing, ShownSettings& settings)
     {
-        if (const RedfishConfigResult& read = Read(); IsUnreachable(read.ErrorCode()))
+        if (const RedfishConfigResult& read = Read(); IsOfTheBmc(read.ErrorCode()))
         {
             return read;
         }

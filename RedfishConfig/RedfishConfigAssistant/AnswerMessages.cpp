@@ -145,7 +145,7 @@ class Collector
             Add(ReadOne(*messages, m_Refused, annotated));
         }
         const json::array* const array = messages->if_array();
-        for (std::size_t i = 0; array != nullptr && i < array->size() && m_List.Unread.empty(); ++i)
+        for (std::size_t i = 0; array != nullptr && i < array->size() && !m_IsFull; ++i)
         {
             if ((*array)[i].is_object())
             {
@@ -188,12 +188,18 @@ class Collector
         {
             return;
         }
-        m_NamedSettings += message.Settings.size();
-        if (m_List.Messages.size() == MaxMessages || m_NamedSettings > MaxNamedSettings)
+        if (m_List.Messages.size() == MaxMessages)
         {
+            m_IsFull = true;
             m_List.Unread = "full of messages";
             return;
         }
+        if (message.Settings.size() > MaxNamedSettings - m_NamedSettings)
+        {
+            message.Settings.resize(MaxNamedSettings - m_NamedSettings); // its kind and its words count all the same
+            m_List.Unread = "full of names";
+        }
+        m_NamedSettings += message.Settings.size();
         m_Held.insert(std::move(fault));
         m_List.Messages.push_back(std::move(message));
     }
@@ -221,6 +227,7 @@ class Collector
 
     bool m_Refused;
     bool m_Empty = true;
+    bool m_IsFull = false;
     std::size_t m_NamedSettings = 0;
     MessageList m_List;
     std::unordered_set<std::string> m_Held;

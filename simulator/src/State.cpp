@@ -207,14 +207,10 @@ bool PutInPlace(const std::string& temporary, const std::string& file, bool mayR
 }
 
 /// On failure the file is as it was.
-/// @param lock  of the file that is replaced, invalid where there must be none; of the new one afterwards.
+/// @param lock  of the file that is replaced; a file that another one has made there meanwhile is not. Of the new
+/// one afterwards.
 bool ReplaceFile(const std::string& file, const std::string& text, Descriptor& lock)
 {
-    if (lock.Valid() && !IsNamed(lock, file))
-    {
-        errno = ESTALE; // somebody removed it, and another simulator may have made it anew
-        return false;
-    }
     const fs::path parent = fs::path(file).parent_path();
     const Descriptor folder(open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     std::string temporary = file + ".XXXXXX";
@@ -228,7 +224,7 @@ bool ReplaceFile(const std::string& file, const std::string& text, Descriptor& l
     {
         IsAnothers(made); // nobody else knows it yet
     }
-    if (written && PutInPlace(temporary, file, lock.Valid()))
+    if (written && PutInPlace(temporary, file, lock.Valid() && IsNamed(lock, file)))
     {
         // The new file stands; a folder that cannot be synced does not take it back.
         fsync(folder.Get());

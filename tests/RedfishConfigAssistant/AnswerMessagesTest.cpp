@@ -54,11 +54,16 @@ TEST(AnswerMessages, SettingsAreTakenUpToTheLimit)
     EXPECT_EQ(all.Unread, "");
 
     const MessageList cut = ReadMessages(Answer(half + "," + Message("", Numbers("/Attributes/S", 2500, 5001))), true);
-    ASSERT_EQ(cut.Messages.size(), 1U);
-    EXPECT_EQ(cut.Unread, "full of messages");
-    const MessageList none = ReadMessages(Answer(Message("", Numbers("/Attributes/S", 0, 5001))), true);
-    EXPECT_EQ(none.Messages.size(), 0U);
-    EXPECT_EQ(none.Unread, "full of messages");
+    ASSERT_EQ(cut.Messages.size(), 2U);
+    EXPECT_EQ(cut.Messages[1].Settings.size(), 2500U);
+    EXPECT_EQ(cut.Unread, "full of names");
+    const MessageList behind =
+        ReadMessages(Answer(Message("", Numbers("/Attributes/S", 0, 5001)) + "," +
+                            R"({"MessageId":"Base.1.8.PropertyNotWritable","Message":"Locked.","RelatedProperties":[]})"),
+                     true);
+    ASSERT_EQ(behind.Messages.size(), 2U);
+    EXPECT_EQ(behind.Messages[0].Settings.size(), 5000U);
+    EXPECT_EQ(behind.Messages[1].Text, "Locked.");
 }
 
 TEST(AnswerMessages, WhatIsNoPointerNamesNoSetting)

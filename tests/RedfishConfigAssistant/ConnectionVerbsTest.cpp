@@ -70,6 +70,11 @@ TEST(ConnectionVerbs, TheLastFailureIsThatOfAnyObjectOverTheConnection)
     EXPECT_THAT(connection.LastFailure().Result, Fails(33, "503"));
     EXPECT_THAT(client.PatchData("/busy", "{}", errors, true, {}), HasCode(33));
     EXPECT_EQ(connection.LastFailure().Number, 2U);
+
+    const TestServer closed(Body(Refusal, 401));
+    BmcConnection refused(closed.Info(), {});
+    EXPECT_THAT(refused.OpenSession(), HasCode(24));
+    EXPECT_EQ(refused.LastFailure().Number, 0U) << "a login is no request of the caller's";
 }
 
 TEST(ConnectionVerbs, RefusalsHaveTheCodesOfTheLibrary)

@@ -204,7 +204,7 @@ TEST_F(DescribeCommand, AValueThatIsInNoRegistryIsShown)
 
 TEST_F(DescribeCommand, WhetherTheBmcHasANameIsNotKnownWhereItCannotBeAsked)
 {
-    for (const int code : {24, 33, 26})
+    for (const int code : {24, 32, 33, 26})
     {
         KnowingFront front = Machine();
         front.Group = {{code, "gone", ""}, {}};
@@ -213,6 +213,14 @@ TEST_F(DescribeCommand, WhetherTheBmcHasANameIsNotKnownWhereItCannotBeAsked)
         front.PendingPairs.insert_or_assign("", std::pair(RedfishConfigResult(code, "gone", ""), SettingCompareMap()));
         EXPECT_EQ(Describe(front, {}, {"Nowhere"}).Code, code == 26 ? 20 : code);
     }
+}
+
+TEST_F(DescribeCommand, WhatWaitsOfAValueInNoRegistryMayBeUnknown)
+{
+    KnowingFront front = Machine();
+    front.PendingPairs.insert_or_assign("", std::pair(RedfishConfigResult(26, "gone", ""), SettingCompareMap()));
+    EXPECT_EQ(Describe(front, {}, {"Loose"}).Text.find("Pending value   (unknown: gone)"),
+              std::string("BIOS.Loose\n  Value           1\n  ").size());
 }
 
 TEST_F(DescribeCommand, ProtectedValuesAreAskedForOnlyWhenThatIsAllowed)

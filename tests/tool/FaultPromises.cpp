@@ -29,7 +29,7 @@ constexpr const char* PendingUnread =
 
 constexpr const char* NoClaims =
     "unknown|not known|not sent|not changed|not restarted|\"refused\"|refused: |/reason: |[*]{8}|"
-    "/reboot/outcome: \"(not requested|restart requested)\"";
+    "/defaultsPending: null|/reboot/outcome: \"(not requested|restart requested)\"";
 constexpr const char* ClaimsOfChanges = "in place|already|sent, takes effect|changed, |\"changed\"|in force";
 
 /// Patterns are made once, which takes longer than to look for one.

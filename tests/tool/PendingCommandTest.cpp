@@ -338,13 +338,22 @@ TEST_F(PendingCommand, WhetherTheBmcHasANameIsNotKnownWhereItCannotBeAsked)
         int m_Code;
     };
     Given.Names = {"Unregistered"};
-    for (const int code : {24, 33, 26})
+    for (const int code : {24, 32, 33, 26})
     {
         const Answer answer = ShowPending(Given, [&](OutputForm) { return std::make_unique<Unregistered>(code); });
         EXPECT_EQ(answer.Code, code == 26 ? 20 : code);
         ASSERT_EQ(answer.Errors.size(), 1U);
         EXPECT_EQ(answer.Errors[0].Setting, "BIOS.Unregistered");
     }
+    Given.Json = true;
+    EXPECT_TRUE(ShowPending(Given, [&](OutputForm) { return std::make_unique<Unregistered>(33); })
+                    .More.at("defaultsPending")
+                    .is_null());
+    Given.Names = {"P"};
+    Given.Protected = true;
+    Prepare = [](ShownFront& front, bool) { front.Result = {2, "", ""}; };
+    EXPECT_TRUE(Pending({"P"}).More.at("defaultsPending").is_null());
+    EXPECT_EQ(Pending().More.at("defaultsPending"), false);
 }
 
 TEST_F(PendingCommand, MissingOemActionsNameTheOption)

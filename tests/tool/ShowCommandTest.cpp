@@ -203,6 +203,8 @@ TEST_F(ShowCommand, WhetherTheBmcHasANameIsNotKnownWhereItCannotBeAsked)
     Options options;
     options.Names = {"Unregistered"};
     EXPECT_EQ(ShowNames(front, options, [] { return nullptr; }).Code, 20);
+    front.Group = {{32, "failed", ""}, {}};
+    EXPECT_EQ(ShowNames(front, options, [] { return nullptr; }).Code, 32);
 }
 
 TEST_F(ShowCommand, AfterALostConnectionNobodyIsAskedAgain)
