@@ -163,13 +163,14 @@ bool IsNamed(const Descriptor& opened, const std::string& file)
            ours.st_ino == named.st_ino;
 }
 
-/// Of the open file, so that another State of this process is kept out, too, and flock(1) around a whole run is not.
-bool IsAnothers(const Descriptor& opened)
+/// By the open file, so that another State of this process is kept out, too, and flock(1) around a whole run is not.
+/// @return false where another one has the lock.
+bool Lock(const Descriptor& opened)
 {
     struct flock whole = {};
     whole.l_type = F_WRLCK;
     whole.l_whence = SEEK_SET;
-    return fcntl(opened.Get(), F_OFD_SETLK, &whole) != 0 && (errno == EAGAIN || errno == EACCES);
+    return fcntl(opened.Get(), F_OFD_SETLK, &whole) == 0 || (errno != EAGAIN && errno != EACCES);
 }
 
 /// Locks the file that bears the name now, for as long as the descriptor lives: what two simulators keep in one file
@@ -187,7 +188,7 @@ Descriptor LockFile(const std::string& file, std::chrono::milliseconds patience,
         {
             opened = Descriptor(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
         }
-        taken = opened.Valid() && (IsAnothers(opened) || !IsNamed(opened, file));
+        taken = opened.Valid() && (!Lock(opened) || !IsNamed(opened, file));
         if (!taken || std::chrono::steady_clock::now() >= until)
         {
             return taken ? Descriptor() : std::move(opened);
@@ -222,7 +223,7 @@ bool ReplaceFile(const std::string& file, const std::string& text, Descriptor& l
     const bool written = WriteAll(made.Get(), text) && fsync(made.Get()) == 0;
     if (written)
     {
-        IsAnothers(made); // nobody else knows it yet
+        Lock(made); // nobody else knows it yet
     }
     if (written && PutInPlace(temporary, file, lock.Valid() && IsNamed(lock, file)))
     {
