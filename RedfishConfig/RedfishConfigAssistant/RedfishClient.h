@@ -72,6 +72,9 @@ class RedfishClient
     std::uint32_t RetryAfter() const { return m_RetryAfter; }
 
   private:
+    /// DSP0266 lets the service root name another place; every service has this one.
+    static constexpr std::string_view SessionsPath = "/redfish/v1/SessionService/Sessions";
+
     struct Session
     {
         SecretText Token;

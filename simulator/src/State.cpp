@@ -193,7 +193,7 @@ Descriptor LockFile(const std::string& file, std::chrono::milliseconds patience,
         {
             return taken ? Descriptor() : std::move(opened);
         }
-        std::this_thread::sleep_for(pause);
+        std::this_thread::sleep_for(pause); // no lock of an open file is waited for up to a time
     }
 }
 
